@@ -1,0 +1,36 @@
+# Objective-C and Objective-C++. On Apple these are the system's own; elsewhere gcc's, with its runtime
+# and GNUstep base. clang cannot stand in for gcc there: exceptions that it throws through gcc's runtime
+# abort the program.
+if(NOT APPLE)
+  find_program(OSTREL_GCC NAMES gcc-12 gcc REQUIRED)
+  find_program(OSTREL_GXX NAMES g++-12 g++ REQUIRED)
+  set(CMAKE_OBJC_COMPILER "${OSTREL_GCC}" CACHE FILEPATH "Objective-C compiler")
+  set(CMAKE_OBJCXX_COMPILER "${OSTREL_GXX}" CACHE FILEPATH "Objective-C++ compiler")
+endif()
+enable_language(OBJC)
+enable_language(OBJCXX)
+
+add_library(ostrel_foundation INTERFACE)
+if(APPLE)
+  target_link_libraries(ostrel_foundation INTERFACE
+    "-framework Foundation" "-framework QTKit" "-framework CoreVideo")
+  target_compile_options(ostrel_foundation INTERFACE
+    "$<$<COMPILE_LANGUAGE:OBJC,OBJCXX>:-fno-objc-arc>")
+else()
+  find_path(GNUSTEP_INCLUDE_DIR Foundation/Foundation.h PATH_SUFFIXES GNUstep REQUIRED)
+  find_library(GNUSTEP_BASE_LIBRARY gnustep-base REQUIRED)
+  execute_process(COMMAND ${OSTREL_GXX} -print-file-name=libobjc.so
+    OUTPUT_VARIABLE OSTREL_LIBOBJC OUTPUT_STRIP_TRAILING_WHITESPACE)
+  if(NOT IS_ABSOLUTE "${OSTREL_LIBOBJC}")
+    message(FATAL_ERROR "libobjc of ${OSTREL_GXX} not found (Debian: package gobjc++)")
+  endif()
+  # GNUstep's headers are not free of warnings; SYSTEM keeps ours readable.
+  target_include_directories(ostrel_foundation SYSTEM INTERFACE "${GNUSTEP_INCLUDE_DIR}")
+  target_compile_definitions(ostrel_foundation INTERFACE
+    "$<$<COMPILE_LANGUAGE:OBJC,OBJCXX>:GNUSTEP;GNUSTEP_BASE_LIBRARY=1;GNU_RUNTIME=1;_NATIVE_OBJC_EXCEPTIONS>")
+  # -fobjc-call-cxx-cdtors: without it C++ instance variables are never constructed.
+  target_compile_options(ostrel_foundation INTERFACE
+    "$<$<COMPILE_LANGUAGE:OBJC,OBJCXX>:-fno-strict-aliasing;-fexceptions;-fobjc-exceptions;-pthread;-fconstant-string-class=NSConstantString>"
+    "$<$<COMPILE_LANGUAGE:OBJCXX>:-fobjc-call-cxx-cdtors>")
+  target_link_libraries(ostrel_foundation INTERFACE "${GNUSTEP_BASE_LIBRARY}" "${OSTREL_LIBOBJC}")
+endif()

@@ -1,0 +1,104 @@
+// Cameras without hardware. A client adds one, finds it in the listing beside the real ones and captures from
+// it with the same calls. The library adds none by itself.
+#ifndef OSTREL_VIRTUAL_CAMERA_H
+#define OSTREL_VIRTUAL_CAMERA_H
+
+#include <ostrel/export.h>
+
+#include <QtCore/QSharedPointer>
+#include <QtCore/QString>
+
+#include <stdint.h>
+
+namespace ostrel {
+
+// Ways in which a virtual camera can be told to fail.
+enum VIRTUAL_CAMERA_FAULT {
+    VIRTUAL_CAMERA_FAULT_NONE = 0,
+    VIRTUAL_CAMERA_FAULT_OPEN = 1,       // cannot be opened
+    VIRTUAL_CAMERA_FAULT_INPUT = 2,      // a session refuses it as input
+    VIRTUAL_CAMERA_FAULT_OUTPUT = 3,     // a session refuses the output
+    VIRTUAL_CAMERA_FAULT_PADDED_ROWS = 4, // frames have padding at the end of each row
+    VIRTUAL_CAMERA_FAULT_STALL = 5       // delivers no frame; healed, it goes on
+};
+
+class VirtualCameraBackend;
+
+// What the kinds have in common. Thread-safe: any thread may call, also while the camera is captured from.
+class OSTREL_EXPORT OVideoVirtualCamera {
+public:
+    virtual ~OVideoVirtualCamera(); // detaches
+
+    QString uniqueID();
+    QString name();
+
+    // Adds the camera to the machine's listing. False, with nothing changed, when it is attached already or
+    // when another attached virtual camera has the same identifier.
+    bool attach();
+    // Takes it out of the listing, as if unplugged: captures end, the last frame stays readable.
+    void detach();
+    bool isAttached();
+
+    // Takes effect at the next open, start or frame.
+    void setFault(VIRTUAL_CAMERA_FAULT fault);
+
+    // Frames that this camera has delivered to captures, and how many of them somebody took, that is, how
+    // often a picture was drawn or converted.
+    uint32_t framesDelivered();
+    uint32_t framesTaken();
+
+protected:
+    explicit OVideoVirtualCamera(const QSharedPointer<VirtualCameraBackend>& backend);
+    const QSharedPointer<VirtualCameraBackend>& backend() const { return d; }
+
+private:
+    Q_DISABLE_COPY(OVideoVirtualCamera)
+    QSharedPointer<VirtualCameraBackend> d;
+};
+
+// A moving test pattern: colour bars, a moving mark, a frame counter and a clock, each both as digits and as a
+// row of black and white cells that a program can read.
+class OSTREL_EXPORT OVideoTestPatternCamera : public OVideoVirtualCamera {
+public:
+    // width, height: the camera's native size in pixels (16 to 8192 each, even); framesPerSecond: above 0,
+    // at most 1000. Values outside are clamped. A capture of another size is scaled.
+    OVideoTestPatternCamera(const QString& uniqueID, const QString& name, int width = 1280, int height = 720,
+                            double framesPerSecond = 30.0);
+
+    // Reads the frame counter and the clock (OVideoCommon::get_time() when the frame was made) from a picture
+    // of the pattern in B, G, R, A, top row first, stride bytes from row to row. False, with the outputs
+    // untouched, when the cells cannot be read or their check sum is wrong (not this pattern, or a torn frame).
+    static bool decode(const uint8_t* bgra, int width, int height, int stride, uint32_t& counter,
+                       uint32_t& clock);
+};
+
+// Plays a Y4M file at the file's own rate.
+class OSTREL_EXPORT OVideoFileCamera : public OVideoVirtualCamera {
+public:
+    // loop: start again at the end; otherwise the last frame stays and no more arrive.
+    OVideoFileCamera(const QString& uniqueID, const QString& name, const QString& path, bool loop = true);
+
+    // Empty when the file can be played, else one line that says what is wrong with it. A camera with an error
+    // cannot be opened.
+    QString error();
+    int width();  // native, pixels; 0 with an error
+    int height();
+    double framesPerSecond();
+};
+
+// Delivers the frames that the client pushes.
+class OSTREL_EXPORT OVideoPushCamera : public OVideoVirtualCamera {
+public:
+    OVideoPushCamera(const QString& uniqueID, const QString& name);
+
+    // Delivers one frame to every running capture of this camera, on the caller's thread; each capture scales it
+    // to its own size. The picture is copied. bgra: B, G, R, A, top row first, stride bytes from row to row
+    // (at least width * 4). False when the arguments are refused or nobody captures.
+    bool push(const uint8_t* bgra, int width, int height, int stride);
+    // The same from I420: three planes one after the other in one buffer, without padding.
+    bool pushI420(const uint8_t* i420, int width, int height);
+};
+
+} // namespace ostrel
+
+#endif

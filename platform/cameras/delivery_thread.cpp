@@ -1,0 +1,80 @@
+#include "platform/cameras/delivery_thread.h"
+
+#include <algorithm>
+#include <climits>
+#include <ctime>
+#include <poll.h>
+#include <pthread.h>
+#include <signal.h>
+#include <sys/eventfd.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace ostrel {
+namespace cameras {
+
+StopSignal::StopSignal() : descriptor_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+
+StopSignal::~StopSignal() {
+    if (descriptor_ >= 0)
+        ::close(descriptor_);
+}
+
+void StopSignal::raise() {
+    raised_.store(true, std::memory_order_release);
+    ::eventfd_write(descriptor_, 1);
+}
+
+bool StopSignal::sleepUntil(int64_t monotonicNanoseconds) const {
+    while (!raised()) {
+        timespec now = {};
+        ::clock_gettime(CLOCK_MONOTONIC, &now);
+        const int64_t left =
+            monotonicNanoseconds - (static_cast<int64_t>(now.tv_sec) * 1000000000 + now.tv_nsec);
+        if (left <= 0)
+            break;
+        timespec wait = {};
+        wait.tv_sec = static_cast<time_t>(std::min<int64_t>(left / 1000000000, INT_MAX));
+        wait.tv_nsec = static_cast<long>(left % 1000000000);
+        pollfd descriptor = {descriptor_, POLLIN, 0};
+        ::ppoll(&descriptor, 1, &wait, nullptr);
+    }
+    return raised();
+}
+
+bool DeliveryThread::start(const char* name, Body body) {
+    stop();
+    auto signal = std::make_shared<StopSignal>();
+    if (!signal->valid())
+        return false;
+    // Signals are the client's affair: none is to be handled on a thread that it does not know of.
+    sigset_t all, before;
+    ::sigfillset(&all);
+    ::pthread_sigmask(SIG_SETMASK, &all, &before);
+    bool started = true;
+    try {
+        thread_ = std::thread([signal, body = std::move(body)] { body(*signal); });
+    } catch (const std::system_error&) {
+        started = false;
+    }
+    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    if (!started)
+        return false;
+    ::pthread_setname_np(thread_.native_handle(), name); // at most 15 characters, else it fails harmlessly
+    signal_ = std::move(signal);
+    return true;
+}
+
+void DeliveryThread::stop() {
+    if (!thread_.joinable())
+        return;
+    signal_->raise();
+    if (isCurrent())
+        thread_.detach();
+    else
+        thread_.join();
+    signal_.reset();
+}
+
+} // namespace cameras
+} // namespace ostrel

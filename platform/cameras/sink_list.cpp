@@ -1,0 +1,70 @@
+#include "platform/cameras/sink_list.h"
+
+#include <algorithm>
+
+namespace ostrel {
+namespace cameras {
+
+void SinkList::add(const std::shared_ptr<FrameSink>& sink) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (std::find(sinks_.begin(), sinks_.end(), sink) == sinks_.end())
+        sinks_.push_back(sink);
+}
+
+bool SinkList::remove(const std::shared_ptr<FrameSink>& sink) {
+    std::unique_lock<std::mutex> lock(mutex_);
+    const auto end = std::remove(sinks_.begin(), sinks_.end(), sink);
+    const bool found = end != sinks_.end();
+    sinks_.erase(end, sinks_.end());
+    if (deliverer_ != std::this_thread::get_id())
+        idle_.wait(lock, [&] { return busy_ != sink.get(); });
+    return found;
+}
+
+bool SinkList::empty() const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return sinks_.empty();
+}
+
+template <typename Call>
+void SinkList::each(Call call) {
+    std::unique_lock<std::mutex> lock(mutex_);
+    idle_.wait(lock, [&] { return !delivering_; });
+    if (sinks_.empty())
+        return;
+    delivering_ = true;
+    deliverer_ = std::this_thread::get_id();
+    // A sink may remove itself or another one from inside its call, so the walk goes over a copy. The common
+    // case of one sink copies one pointer and allocates nothing.
+    const auto visit = [&](const std::shared_ptr<FrameSink>& sink) {
+        busy_ = sink.get();
+        lock.unlock();
+        call(*sink);
+        lock.lock();
+        busy_ = nullptr;
+        idle_.notify_all();
+    };
+    if (sinks_.size() == 1) {
+        const std::shared_ptr<FrameSink> only = sinks_.front();
+        visit(only);
+    } else {
+        const std::vector<std::shared_ptr<FrameSink>> sinks = sinks_;
+        for (const auto& sink : sinks)
+            if (std::find(sinks_.begin(), sinks_.end(), sink) != sinks_.end())
+                visit(sink);
+    }
+    delivering_ = false;
+    deliverer_ = std::thread::id();
+    idle_.notify_all();
+}
+
+void SinkList::deliver(const std::shared_ptr<CameraFrame>& frame) {
+    each([&](FrameSink& sink) { sink.frameArrived(frame); });
+}
+
+void SinkList::end(const Error& why) {
+    each([&](FrameSink& sink) { sink.streamEnded(why); });
+}
+
+} // namespace cameras
+} // namespace ostrel
