@@ -1,8 +1,21 @@
 # ostrel_add_test(NAME [PARTS part...] [LABELS label...] SOURCES source...)
 # One GoogleTest program, registered with ctest. It links the given parts of the library (so that it can look
 # inside), or the shared library alone when none is given.
+#
+# Where OSTREL_CONFIGURATION is set (the presets do that) it prefixes the names of the tests and is a label of each,
+# so that the tests of several build folders can be run and told apart in one ctest run (scripts/test).
 find_package(GTest REQUIRED)
 include(GoogleTest)
+
+set(OSTREL_CONFIGURATION "" CACHE STRING "Name of this configuration among several, for test names and labels")
+if(OSTREL_CONFIGURATION)
+  set(OSTREL_TEST_PREFIX "${OSTREL_CONFIGURATION}.")
+endif()
+
+if(OSTREL_SANITIZE)
+  add_library(ostrel_sanitizer_options OBJECT "${PROJECT_SOURCE_DIR}/tests/sanitizers/options.cpp")
+  target_link_libraries(ostrel_sanitizer_options PRIVATE ostrel_settings)
+endif()
 
 function(ostrel_add_test name)
   cmake_parse_arguments(ARG "" "" "PARTS;LABELS;SOURCES" ${ARGN})
@@ -16,9 +29,12 @@ function(ostrel_add_test name)
   else()
     target_link_libraries(${name} PRIVATE Ostrel::VideoUnix)
   endif()
+  if(OSTREL_SANITIZE)
+    target_link_libraries(${name} PRIVATE ostrel_sanitizer_options)
+  endif()
   if(NOT ARG_LABELS)
     set(ARG_LABELS unit)
   endif()
-  gtest_discover_tests(${name} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60
+  gtest_discover_tests(${name} TEST_PREFIX "${OSTREL_TEST_PREFIX}${name}." DISCOVERY_TIMEOUT 60
     PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT 120)
 endfunction()
