@@ -1,5 +1,7 @@
 #include <ostrel/processing.h>
 
+#include "processing/clock.h"
+
 #include <sys/time.h>
 
 namespace ostrel {
@@ -46,12 +48,9 @@ QString OVideoCommon::qualityToString(int quality) {
 }
 
 uint32_t OVideoCommon::get_time() {
-    timeval now;
+    timeval now = timeval();
     gettimeofday(&now, 0);
-    // Microseconds to milliseconds by way of nanoseconds: at most 999,999,000, which fits 32 bits.
-    const int32_t nanoseconds = static_cast<int32_t>(now.tv_usec) * 1000;
-    const int64_t milliseconds = static_cast<int64_t>(nanoseconds) / 1000000;
-    return static_cast<uint32_t>(milliseconds + static_cast<int64_t>(now.tv_sec) * 1000);
+    return millisecondsOf(now);
 }
 
 } // namespace ostrel

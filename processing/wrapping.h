@@ -24,6 +24,14 @@ inline int32_t neg(int32_t a) {
     return static_cast<int32_t>(0u - static_cast<uint32_t>(a));
 }
 
+// base + bytes, also where base is null or the sum lies outside its buffer: such pointers are formed
+// before libyuv gets to refuse them, and plain pointer arithmetic would be undefined.
+template <typename Byte>
+Byte* at(Byte* base, int32_t bytes) {
+    return reinterpret_cast<Byte*>(reinterpret_cast<uintptr_t>(base) +
+                                   static_cast<uintptr_t>(static_cast<intptr_t>(bytes)));
+}
+
 } // namespace wrapping
 } // namespace ostrel
 

@@ -12,8 +12,8 @@
 
 namespace ostrel {
 
-// The three frame sizes.
-enum VIDEO_QUALITY {
+// The three frame sizes. Any int is a valid value, so that operations can answer for numbers that are no level.
+enum VIDEO_QUALITY : int {
     VIDEO_QUALITY_LD = 0, // 320 x 240
     VIDEO_QUALITY_SD = 1, // 640 x 480
     VIDEO_QUALITY_HD = 2  // 1280 x 720
@@ -31,8 +31,8 @@ public:
     static uint32_t get_time();
 };
 
-// Filters for scaling.
-enum ScaleMethod {
+// Filters for scaling. Any other number is libyuv's to interpret.
+enum ScaleMethod : int {
     SCALE_METHOD_NONE = 0,     // point sampling
     SCALE_METHOD_BILINEAR = 1, // bilinear
     SCALE_METHOD_BOX = 2       // area average when reducing
@@ -43,28 +43,30 @@ enum ScaleMethod {
 //   RGB24         bytes B, G, R               width * 3 * height bytes
 //   YUY2          bytes Y0, U, Y1, V          width * 2 * height bytes
 //   I420          planes Y, U, V              width * height * 3 / 2 bytes
-// Width and height are pixels and even. Colours are BT.601 with limited range. Raw pointers are the
-// caller's, not checked, and must hold a frame of the given size. Answers: 0, or -1 when the arguments are
-// refused (a null pointer, a width below 1, a height of 0).
+// Width and height are pixels, positive and even. Colours are BT.601 with limited range. Raw pointers are the
+// caller's: they must hold a frame of the given size, and nothing is kept after the call. Answers: 0, or -1
+// with the destination untouched when the arguments are refused (a null pointer, a width below 1, a height of 0).
 class OSTREL_EXPORT OVideoConverter {
 public:
     OVideoConverter() {}
 
     static int RGB24ToI420(const uint8_t* src, uint8_t* dst, int width, int height); // src is bottom row first
-    static int ARGBToI420(const uint8_t* src, uint8_t* dst, int width, int height);
+    static int ARGBToI420(const uint8_t* src, uint8_t* dst, int width, int height);   // ignores A
     static int I420ToARGB32(const uint8_t* src, uint8_t* dst, int width, int height); // writes A = 255
     static int YUY2ToARGB(const uint8_t* src, uint8_t* dst, int width, int height);   // writes A = 255
-    // dstStride: bytes from row to row of dst; 0 and width both mean rows without padding.
+    // dstStride: bytes from row to row of dst, any but the width * 2 of each row left alone; 0 and width both
+    // mean rows without padding.
     static int I420ToYUY2(const uint8_t* src, uint8_t* dst, int width, int height, int dstStride);
     static int YUY2ToI420(int width, int height, const uint8_t* src, uint8_t* dst); // the size comes first
 
-    // src is bottom row first; dst must already hold width * 4 * height bytes. Always answers 0.
+    // src is bottom row first; writes A = 255. Neither length is checked and dst is not resized: it must
+    // already hold width * 4 * height bytes. Answers 0 even when the arguments are refused.
     static int RGB24ToARGB32(const std::vector<uint8_t>& src, std::vector<uint8_t>& dst, int width, int height);
     // src is top row first and must have exactly width * 3 * height bytes, else -1 and dst is untouched. dst is
-    // resized. Throws std::bad_alloc.
+    // resized to its frame. Throws std::bad_alloc.
     static int RGB24ToYUY2(const std::vector<uint8_t>& src, std::vector<uint8_t>& dst, int width, int height);
-    // src is I420 (dst must already hold width * 2 * height bytes) or RGB24 (as RGB24ToYUY2), told apart by
-    // its size; any other size answers -1.
+    // src is I420 (dst is not resized and must already hold width * 2 * height bytes) or RGB24 (as
+    // RGB24ToYUY2), told apart by its length; any other length answers -1 and dst is untouched.
     static int convertToYUY2(const std::vector<uint8_t>& src, std::vector<uint8_t>& dst, int width, int height);
     // Returns an empty buffer for any input.
     static std::vector<uint8_t> ScaleLDToSD(const std::vector<uint8_t>& src);
@@ -72,10 +74,11 @@ public:
 
 // Scaling between the three frame sizes. dst is resized to the frame of its level; keep it between calls, as
 // fresh memory for each frame costs more than the scaling. src is not changed and must be another buffer than
-// dst. Answers -1, with dst untouched, when src does not have the exact length of a frame of its level.
-// Throws std::bad_alloc.
+// dst. Answers -1, with dst untouched, when src does not have the exact length of a frame of its level; a number
+// that is no level stands for an empty frame. Throws std::bad_alloc.
 class OSTREL_EXPORT OVideoScaler {
 public:
+    // Answers 0, or -1 for numbers that are no level (dst is resized all the same).
     static int scaleI420Frame(VIDEO_QUALITY srcQuality, std::vector<uint8_t>& src, VIDEO_QUALITY dstQuality,
                               std::vector<uint8_t>& dst, ScaleMethod method);
     // By way of I420. Answers 0 whenever src has the right length.
