@@ -6,4 +6,8 @@ OVideoCaptureUnix::OVideoCaptureUnix() : QThread() {}
 
 OVideoCaptureUnix::~OVideoCaptureUnix() {}
 
+QSharedPointer<OVideoCaptureUnix> OVideoCaptureUnix::ptr() {
+    return QSharedPointer<OVideoCaptureUnix>(new OVideoCaptureMacX);
+}
+
 } // namespace ostrel

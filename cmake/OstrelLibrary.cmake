@@ -1,7 +1,7 @@
 # The shared library, made of the parts.
-set(OSTREL_PARTS ostrel_processing ostrel_devices)
+set(OSTREL_PARTS ostrel_processing ostrel_devices ostrel_capture)
 if(NOT APPLE)
-  list(APPEND OSTREL_PARTS ostrel_cameras)
+  list(APPEND OSTREL_PARTS ostrel_cameras ostrel_framework)
 endif()
 
 add_library(ostrelvideounix SHARED)
@@ -17,6 +17,12 @@ set_target_properties(ostrelvideounix PROPERTIES
   EXPORT_NAME VideoUnix)
 if(NOT APPLE)
   # Objective-C classes cannot be unloaded.
-  target_link_options(ostrelvideounix PRIVATE -Wl,-z,nodelete -Wl,--no-undefined)
+  target_link_options(ostrelvideounix PRIVATE -Wl,-z,nodelete
+    "-Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map")
+  set_property(TARGET ostrelvideounix APPEND PROPERTY LINK_DEPENDS
+    "${PROJECT_SOURCE_DIR}/cmake/exports.map")
+  if(NOT OSTREL_SANITIZE) # the sanitizers' own functions come with the program
+    target_link_options(ostrelvideounix PRIVATE -Wl,--no-undefined)
+  endif()
 endif()
 add_library(Ostrel::VideoUnix ALIAS ostrelvideounix)

@@ -28,6 +28,9 @@ bool SinkList::empty() const {
 
 template <typename Call>
 void SinkList::each(Call call) {
+    // Declared before the lock: the last reference to a sink may go here, and with it a camera.
+    std::shared_ptr<FrameSink> only;
+    std::vector<std::shared_ptr<FrameSink>> sinks;
     std::unique_lock<std::mutex> lock(mutex_);
     idle_.wait(lock, [&] { return !delivering_; });
     if (sinks_.empty())
@@ -45,10 +48,10 @@ void SinkList::each(Call call) {
         idle_.notify_all();
     };
     if (sinks_.size() == 1) {
-        const std::shared_ptr<FrameSink> only = sinks_.front();
+        only = sinks_.front();
         visit(only);
     } else {
-        const std::vector<std::shared_ptr<FrameSink>> sinks = sinks_;
+        sinks = sinks_;
         for (const auto& sink : sinks)
             if (std::find(sinks_.begin(), sinks_.end(), sink) != sinks_.end())
                 visit(sink);

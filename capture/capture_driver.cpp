@@ -1,0 +1,192 @@
+#include <ostrel/capture.h>
+
+#include "capture/diagnostics.h"
+#include "capture/session_handle.h"
+#include "processing/wrapping.h"
+
+#include <ostrel/devices.h>
+#include <ostrel/processing.h>
+
+#include <algorithm>
+#include <atomic>
+#include <memory>
+#include <stddef.h>
+
+namespace ostrel {
+
+// States of a driver, all changes on the client's thread:
+//
+//   Idle       constructed                               capturing false
+//   Refused    startCapture, camera unknown              capturing true, nothing started
+//   Starting   startCapture, camera known                capturing true, run() in progress
+//   Capturing  run() has returned                        capturing true, the framework delivers
+//   Stopped    stopVideoCapture while capturing          capturing false, session object given up
+//
+// The session object has one reference and two threads that use it: the client's, and the driver's own during
+// run(). Who is last gives it back: see SessionUse.
+struct OVideoCaptureMacXPrivate {
+    // Whether run() has the session object, and whether the client has given it up meanwhile.
+    enum SessionUse { FREE, STARTING, GIVEN_UP_WHILE_STARTING, RELEASED };
+
+    OVideoCaptureMacXPrivate()
+        : width(0), height(0), capturing(false), captureObject(0), sessionUse(FREE), givenUp(false) {}
+
+    int32_t width;
+    int32_t height;
+    std::unique_ptr<unsigned char[]> frameBuffer; // at least frameBytes() of them while capturing
+    QString cameraId;
+    bool capturing;
+    SessionObject* captureObject;
+    std::atomic<int> sessionUse;
+    bool givenUp; // by the client; captureObject must not be used by it any more
+
+    // Bytes of a frame of the driver's size, as an unsigned 32-bit product.
+    int64_t frameBytes() const {
+        return static_cast<int64_t>(static_cast<uint32_t>(wrapping::mul(width, height, 4)));
+    }
+
+    void replaceFrameBuffer(int newWidth, int newHeight);
+    bool copyNewestFrame();
+    void giveUpSession();
+};
+
+namespace {
+
+// A negative product, once widened, is more memory than there is.
+size_t bufferBytes(int width, int height) {
+    return static_cast<size_t>(static_cast<int64_t>(wrapping::mul(width, 4, height)));
+}
+
+} // namespace
+
+// A start that is refused replaces the buffer too, while the old size stays and the old capture may go on:
+// the new buffer is large enough for both. The old one goes when the new one is there.
+void OVideoCaptureMacXPrivate::replaceFrameBuffer(int newWidth, int newHeight) {
+    const size_t bytes = std::max(bufferBytes(newWidth, newHeight), static_cast<size_t>(frameBytes()));
+    frameBuffer.reset(new unsigned char[bytes]);
+}
+
+// Copies the newest frame into frameBuffer; false unless it has the driver's size.
+bool OVideoCaptureMacXPrivate::copyNewestFrame() {
+    const int64_t expected = frameBytes();
+    const int64_t copied = givenUp ? 0 : session::copyFrame(captureObject, frameBuffer.get(), expected);
+    return copied == expected;
+}
+
+// Stops the session and gives it back, or leaves both to run() when that is still starting it.
+void OVideoCaptureMacXPrivate::giveUpSession() {
+    if (givenUp)
+        return;
+    givenUp = true;
+    int use = FREE;
+    while (!sessionUse.compare_exchange_weak(use, use == STARTING ? GIVEN_UP_WHILE_STARTING : RELEASED)) {
+    }
+    if (use == STARTING) {
+        diagnostics::line("after stop");
+        return;
+    }
+    session::stop(captureObject);
+    diagnostics::line("after stop");
+    session::release(captureObject);
+}
+
+OVideoCaptureMacX::OVideoCaptureMacX() : OVideoCaptureUnix(), d(new OVideoCaptureMacXPrivate) {
+    diagnostics::line("OVideoCaptureMacX::OVideoCaptureMacX() ", this);
+    d->captureObject = session::create();
+}
+
+void OVideoCaptureMacX::startCapture(const char* cameraId, int width, int height) {
+    d->capturing = true;
+    d->replaceFrameBuffer(width, height);
+    const char* const identifier = cameraId ? cameraId : "";
+    {
+        OVideoInfoMacX info;
+        if (!info.deviceByID(QString::fromLatin1(identifier)))
+            return;
+    }
+    d->width = width;
+    d->height = height;
+    d->cameraId = QString::fromLatin1(identifier);
+    if (d->givenUp)
+        return;
+    // A start-up still in progress reads what is set here, so a second start waits for it.
+    wait();
+    session::setCamera(d->captureObject, identifier, width, height);
+    start(QThread::InheritPriority);
+}
+
+void OVideoCaptureMacX::run() {
+    diagnostics::line(">>> OVideoCaptureMacX::run() ", this);
+    int use = OVideoCaptureMacXPrivate::FREE;
+    if (!d->sessionUse.compare_exchange_strong(use, OVideoCaptureMacXPrivate::STARTING))
+        return; // stopped before it began
+    session::start(d->captureObject);
+    use = OVideoCaptureMacXPrivate::STARTING;
+    if (d->sessionUse.compare_exchange_strong(use, OVideoCaptureMacXPrivate::FREE))
+        return;
+    session::stop(d->captureObject);
+    session::release(d->captureObject);
+    d->sessionUse.store(OVideoCaptureMacXPrivate::RELEASED);
+}
+
+void OVideoCaptureMacX::stopVideoCapture() {
+    diagnostics::line("stopping for OVideoCaptureMacX ", this);
+    if (!d->capturing)
+        return;
+    diagnostics::line("stopping for OVideoCaptureMacX1 ", this);
+    d->capturing = false;
+    d->giveUpSession();
+    quit();
+    d->frameBuffer.reset();
+}
+
+QSharedPointer<VideoFrame> OVideoCaptureMacX::frame() {
+    return QSharedPointer<VideoFrame>();
+}
+
+void OVideoCaptureMacX::videoFrame(std::vector<unsigned char>& out) {
+    out.clear();
+    if (!d->capturing || !d->copyNewestFrame())
+        return;
+    out.insert(out.end(), d->frameBuffer.get(), d->frameBuffer.get() + d->frameBytes());
+}
+
+void OVideoCaptureMacX::selfVideoFrame(VideoFrame& frame) {
+    if (!d->capturing || !d->copyNewestFrame())
+        return;
+    const size_t bytes = static_cast<size_t>(d->frameBytes());
+    frame.width = d->width;
+    frame.height = d->height;
+    frame.timestamp = OVideoCommon::get_time();
+    frame.data.resize(bytes);
+    frame.frameNumber = d->givenUp ? 0 : session::frameCounter(d->captureObject);
+    frame.formatId = 4;
+    std::copy(d->frameBuffer.get(), d->frameBuffer.get() + bytes, frame.data.begin());
+}
+
+QString OVideoCaptureMacX::cameraUniqueId() {
+    return d->cameraId;
+}
+
+int OVideoCaptureMacX::width() {
+    return d->width;
+}
+
+int OVideoCaptureMacX::height() {
+    return d->height;
+}
+
+void OVideoCaptureMacX::startThreadVideoCapture() {}
+
+// The start-up may still be running, on this object's thread: it is waited for, so that the object is not
+// freed under it.
+OVideoCaptureMacX::~OVideoCaptureMacX() {
+    diagnostics::line("OVideoCaptureMacX::~OVideoCaptureMacX() ", this);
+    stopVideoCapture();
+    wait();
+    d->sessionUse.load(std::memory_order_acquire); // pairs with the end of run()
+    delete d;
+    d = 0;
+}
+
+} // namespace ostrel

@@ -1,0 +1,24 @@
+#include "devices/platform_listing.h"
+
+#include "devices/fast_enumeration.h"
+
+#import <Foundation/Foundation.h>
+#import <QTKit/QTKit.h>
+
+namespace ostrel {
+
+std::vector<std::pair<std::string, std::string> > platformCameras() {
+    std::vector<std::pair<std::string, std::string> > cameras;
+    // A pool of its own, since the caller's thread may have none.
+    NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
+    forEachObject([QTCaptureDevice inputDevicesWithMediaType:QTMediaTypeVideo], [&cameras](id device) {
+        const std::string identifier([[device uniqueID] UTF8String]);
+        const std::string name([[device localizedDisplayName] UTF8String]);
+        cameras.push_back(std::make_pair(identifier, name));
+        return true;
+    });
+    [pool release];
+    return cameras;
+}
+
+} // namespace ostrel

@@ -1,0 +1,6 @@
+#import <CoreVideo/CoreVideo.h>
+#import <Foundation/Foundation.h>
+
+const CFStringRef kCVPixelBufferPixelFormatTypeKey = (CFStringRef) @"PixelFormatType";
+const CFStringRef kCVPixelBufferWidthKey = (CFStringRef) @"Width";
+const CFStringRef kCVPixelBufferHeightKey = (CFStringRef) @"Height";

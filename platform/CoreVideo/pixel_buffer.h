@@ -1,0 +1,44 @@
+// What stands behind a CVPixelBufferRef.
+#ifndef OSTREL_PLATFORM_COREVIDEO_PIXEL_BUFFER_H
+#define OSTREL_PLATFORM_COREVIDEO_PIXEL_BUFFER_H
+
+#include "platform/CoreVideo/CoreVideo.h"
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+
+namespace ostrel {
+
+// Where the pixels of a buffer come from, once somebody wants them.
+class PixelSource {
+public:
+    virtual ~PixelSource() = default;
+    // The whole picture in rows of the buffer's bytesPerRow; null when it cannot be had. Called once.
+    virtual std::shared_ptr<uint8_t> pixels() = 0;
+};
+
+} // namespace ostrel
+
+// Reference counted; made with one reference.
+struct __CVBuffer {
+    __CVBuffer(size_t columns, size_t rows, size_t stride, std::unique_ptr<ostrel::PixelSource> picture)
+        : width(columns), height(rows), bytesPerRow(stride), source(std::move(picture)) {}
+
+    // The pixels: the first call asks the source and then lets go of it, so that what the source holds (a
+    // camera's buffer) is free again while the picture is still in use.
+    uint8_t* lock();
+
+    const size_t width;
+    const size_t height;
+    const size_t bytesPerRow;
+    std::atomic<uint32_t> references{1};
+    std::atomic<uint8_t*> base{nullptr};
+
+private:
+    std::mutex mutex;
+    std::unique_ptr<ostrel::PixelSource> source;
+    std::shared_ptr<uint8_t> memory;
+};
+
+#endif

@@ -1,0 +1,89 @@
+#import <QTKit/QTCaptureDevice.h>
+
+#include "platform/QTKit/device_access.h"
+#include "platform/QTKit/framework_error.h"
+#include "platform/cameras/registry.h"
+
+#include <map>
+
+using ostrel::cameras::Camera;
+
+NSString* const QTMediaTypeVideo = @"vide";
+
+@interface QTCaptureDevice (OstrelPrivate)
+- (id)initWithState:(QTCaptureDeviceState*)newState;
+- (QTCaptureDeviceState*)state;
+@end
+
+namespace {
+
+// Every device that was ever listed, by its identifier. Never destroyed, as the devices are not.
+class DeviceTable {
+public:
+    QTCaptureDevice* deviceFor(const std::shared_ptr<Camera>& camera) {
+        const std::string identifier = camera->identifier();
+        std::lock_guard<std::mutex> lock(mutex_);
+        auto found = devices_.find(identifier);
+        if (found == devices_.end()) {
+            QTCaptureDevice* device =
+                [[QTCaptureDevice alloc] initWithState:new QTCaptureDeviceState(camera)];
+            found = devices_.emplace(identifier, device).first;
+        } else {
+            ostrel::stateOf(found->second)->setListed(camera);
+        }
+        return found->second;
+    }
+
+private:
+    std::mutex mutex_;
+    std::map<std::string, QTCaptureDevice*> devices_;
+};
+
+DeviceTable& deviceTable() {
+    static DeviceTable* const table = new DeviceTable;
+    return *table;
+}
+
+} // namespace
+
+QTCaptureDeviceState* ostrel::stateOf(QTCaptureDevice* device) {
+    return [device state];
+}
+
+@implementation QTCaptureDevice
+
++ (NSArray*)inputDevicesWithMediaType:(NSString*)mediaType {
+    NSMutableArray* devices = [NSMutableArray array];
+    if ([mediaType isEqualToString:QTMediaTypeVideo])
+        for (const auto& camera : ostrel::cameras::attachedCameras())
+            [devices addObject:deviceTable().deviceFor(camera)];
+    return devices;
+}
+
+- (id)initWithState:(QTCaptureDeviceState*)newState {
+    if ((self = [super init]))
+        state = newState;
+    return self;
+}
+
+- (QTCaptureDeviceState*)state {
+    return state;
+}
+
+- (NSString*)uniqueID {
+    return ostrel::toNSString(state->identifier);
+}
+
+- (NSString*)localizedDisplayName {
+    return ostrel::toNSString(state->displayName());
+}
+
+- (BOOL)open:(NSError**)errorPtr {
+    return ostrel::report(state->open(), errorPtr);
+}
+
+- (void)close {
+    state->close();
+}
+
+@end

@@ -1,0 +1,62 @@
+#include "platform/QTKit/captured_picture.h"
+
+#include <new>
+
+namespace ostrel {
+
+namespace {
+constexpr size_t BYTES_PER_PIXEL = 4;
+}
+
+// The camera's frame until it is converted.
+class CapturedPicture : public PixelSource {
+public:
+    CapturedPicture(std::shared_ptr<PictureMaker> maker, std::shared_ptr<cameras::CameraFrame> frame,
+                    size_t bytesPerRow)
+        : maker_(std::move(maker)), frame_(std::move(frame)), bytesPerRow_(bytesPerRow) {}
+
+    std::shared_ptr<uint8_t> pixels() override { return maker_->convert(*frame_, bytesPerRow_); }
+
+private:
+    const std::shared_ptr<PictureMaker> maker_;
+    const std::shared_ptr<cameras::CameraFrame> frame_;
+    const size_t bytesPerRow_;
+};
+
+CVPixelBufferRef PictureMaker::makeBuffer(const std::shared_ptr<cameras::CameraFrame>& frame) {
+    const size_t width = static_cast<size_t>(width_);
+    const size_t bytesPerRow = width * BYTES_PER_PIXEL + static_cast<size_t>(frame->rowPadding());
+    std::unique_ptr<PixelSource> picture(new CapturedPicture(shared_from_this(), frame, bytesPerRow));
+    return new __CVBuffer(width, static_cast<size_t>(height_), bytesPerRow, std::move(picture));
+}
+
+std::shared_ptr<PixelMemoryPool> PictureMaker::poolFor(size_t blockSize) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (!pool_ || pool_->blockSize() != blockSize)
+        pool_ = PixelMemoryPool::make(blockSize);
+    return pool_;
+}
+
+// A picture that turns out to be broken shows the last good one instead: a client that polls sees the frame
+// before for a little longer, not a hole.
+std::shared_ptr<uint8_t> PictureMaker::convert(cameras::CameraFrame& frame, size_t bytesPerRow) {
+    const size_t size = bytesPerRow * static_cast<size_t>(height_);
+    std::shared_ptr<uint8_t> pixels;
+    try {
+        pixels = poolFor(size)->take();
+        if (pixels && !frame.convert(pixels.get(), width_, height_, static_cast<int>(bytesPerRow)))
+            pixels.reset();
+    } catch (const std::bad_alloc&) {
+        pixels.reset();
+    }
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (pixels) {
+        lastGood_ = pixels;
+        lastGoodSize_ = size;
+    } else if (lastGoodSize_ == size) {
+        pixels = lastGood_;
+    }
+    return pixels;
+}
+
+} // namespace ostrel

@@ -1,0 +1,38 @@
+// The picture of one captured frame, made when somebody wants it.
+#ifndef OSTREL_PLATFORM_QTKIT_CAPTURED_PICTURE_H
+#define OSTREL_PLATFORM_QTKIT_CAPTURED_PICTURE_H
+
+#include "platform/cameras/camera.h"
+#include "platform/CoreVideo/pixel_buffer.h"
+#include "platform/CoreVideo/pixel_memory.h"
+
+#include <memory>
+#include <mutex>
+
+namespace ostrel {
+
+// What the pictures of one capture have in common: their size, their memory, and the last good one.
+// Thread-safe. Pictures may outlive the capture and keep this alive.
+class PictureMaker : public std::enable_shared_from_this<PictureMaker> {
+public:
+    PictureMaker(int width, int height) : width_(width), height_(height) {}
+
+    // A buffer with one reference, which belongs to the caller. Nothing is converted yet.
+    CVPixelBufferRef makeBuffer(const std::shared_ptr<cameras::CameraFrame>& frame);
+
+private:
+    friend class CapturedPicture;
+    std::shared_ptr<uint8_t> convert(cameras::CameraFrame& frame, size_t bytesPerRow);
+    std::shared_ptr<PixelMemoryPool> poolFor(size_t blockSize);
+
+    const int width_;  // pixels
+    const int height_; // pixels
+    std::mutex mutex_;
+    std::shared_ptr<PixelMemoryPool> pool_;
+    std::shared_ptr<uint8_t> lastGood_;
+    size_t lastGoodSize_ = 0;
+};
+
+} // namespace ostrel
+
+#endif

@@ -1,0 +1,81 @@
+#include "platform/QTKit/delivery.h"
+
+#include <ctime>
+#include <new>
+
+namespace ostrel {
+
+namespace {
+
+// Beyond any camera's pictures, and what the scaler of libyuv can still do.
+constexpr uint32_t LARGEST_SIDE = 16384;
+
+cameras::Error checkRequest(const FrameRequest& request) {
+    if (request.format != kCVPixelFormatType_32BGRA)
+        return cameras::Error("only 32-bit BGRA frames can be delivered");
+    if (request.width < 1 || request.width > LARGEST_SIDE || request.height < 1 ||
+        request.height > LARGEST_SIDE)
+        return cameras::Error("frames of " + std::to_string(request.width) + " x " +
+                              std::to_string(request.height) +
+                              " pixels cannot be delivered: each side may be from 1 to " +
+                              std::to_string(LARGEST_SIDE));
+    return cameras::Error();
+}
+
+double monotonicSeconds() {
+    timespec now = {};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+}
+
+} // namespace
+
+cameras::Error Delivery::start() {
+    const FrameRequest request = requestOf(output_);
+    const cameras::Error wrong = checkRequest(request);
+    if (wrong)
+        return wrong;
+    const int width = static_cast<int>(request.width);
+    const int height = static_cast<int>(request.height);
+    pictures_ = std::make_shared<PictureMaker>(width, height);
+    return (*camera_)->start(width, height, shared_from_this());
+}
+
+void Delivery::stop() {
+    setRunning(false);
+    (*camera_)->stop(shared_from_this());
+}
+
+bool Delivery::tooSoon() {
+    const double interval = stateOf(output_).minimumInterval.load(std::memory_order_relaxed);
+    if (interval <= 0)
+        return false;
+    const double now = monotonicSeconds();
+    if (lastTime_ >= 0 && now - lastTime_ < interval)
+        return true;
+    lastTime_ = now;
+    return false;
+}
+
+void Delivery::frameArrived(const std::shared_ptr<cameras::CameraFrame>& frame) {
+    if (!running_.load(std::memory_order_acquire) || tooSoon())
+        return;
+    id delegate = stateOf(output_).delegate.load(std::memory_order_acquire);
+    if (!delegate)
+        return;
+    CVPixelBufferRef buffer = nullptr;
+    try {
+        buffer = pictures_->makeBuffer(frame);
+    } catch (const std::bad_alloc&) {
+        return; // a frame lost for want of memory; the next one may do better
+    }
+    NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
+    [delegate captureOutput:output_ didOutputVideoFrame:buffer withSampleBuffer:nil fromConnection:nil];
+    [pool release];
+    CVBufferRelease(buffer);
+}
+
+// The client sees it in that no new frame comes, and in the listing. The reason stands in the statistics.
+void Delivery::streamEnded(const cameras::Error&) {}
+
+} // namespace ostrel
