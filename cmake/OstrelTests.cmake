@@ -13,8 +13,9 @@ if(OSTREL_CONFIGURATION)
 endif()
 
 if(OSTREL_SANITIZE)
-  add_library(ostrel_sanitizer_options OBJECT "${PROJECT_SOURCE_DIR}/tests/sanitizers/options.cpp")
-  target_link_libraries(ostrel_sanitizer_options PRIVATE ostrel_settings)
+  add_library(ostrel_sanitizer_options OBJECT
+    "${PROJECT_SOURCE_DIR}/tests/sanitizers/huge_allocations.cpp" "${PROJECT_SOURCE_DIR}/tests/sanitizers/options.cpp")
+  target_link_libraries(ostrel_sanitizer_options PRIVATE ostrel_settings ${CMAKE_DL_LIBS})
 endif()
 
 function(ostrel_add_test name)

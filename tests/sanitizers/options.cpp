@@ -17,17 +17,13 @@
 
 #ifdef OSTREL_ADDRESS_SANITIZER
 
-// fast_unwind_on_malloc=0: the frameworks are built without frame pointers; with the fast unwinder the stacks of
-// their allocations end before the name that a suppression looks for.
-// allocator_may_return_null=1: a request for more memory than there is answers std::bad_alloc, as without sanitizer,
-// and the tests expect that.
-SANITIZER_HOOK const char* __asan_default_options()
-{
-    return "fast_unwind_on_malloc=0:allocator_may_return_null=1:detect_stack_use_after_return=1";
+// fast_unwind_on_malloc=0: the frameworks are built without frame pointers; with the fast unwinder the stacks
+// of their allocations end before the name that a suppression looks for.
+SANITIZER_HOOK const char* __asan_default_options() {
+    return "fast_unwind_on_malloc=0:detect_stack_use_after_return=1";
 }
 
-SANITIZER_HOOK const char* __lsan_default_suppressions()
-{
+SANITIZER_HOOK const char* __lsan_default_suppressions() {
     return
         // The Objective-C runtime keeps its class, selector and dispatch tables until the process ends.
         "leak:libobjc.so.4\n"
@@ -35,13 +31,11 @@ SANITIZER_HOOK const char* __lsan_default_suppressions()
         "leak:NSLogv\n";
 }
 
-SANITIZER_HOOK const char* __lsan_default_options()
-{
+SANITIZER_HOOK const char* __lsan_default_options() {
     return "print_suppressions=0";
 }
 
-SANITIZER_HOOK const char* __ubsan_default_options()
-{
+SANITIZER_HOOK const char* __ubsan_default_options() {
     return "print_stacktrace=1";
 }
 
@@ -49,13 +43,12 @@ SANITIZER_HOOK const char* __ubsan_default_options()
 
 #ifdef OSTREL_THREAD_SANITIZER
 
-// ignore_noninstrumented_modules=1: Qt, GNUstep and libobjc are not instrumented, so the order that their own locks
-// and atomics give to their own memory is not seen and would be reported as races.
-// detect_deadlocks=0: libobjc takes its runtime lock and the locks of objects in either order while it sets up a
-// class; nothing of that is ours to order.
-SANITIZER_HOOK const char* __tsan_default_options()
-{
-    return "ignore_noninstrumented_modules=1:detect_deadlocks=0:second_deadlock_stack=1";
+// ignore_noninstrumented_modules=1: Qt, GNUstep and libobjc are not instrumented, so the order that their own
+// locks and atomics give to their own memory is not seen and would be reported as races. detect_deadlocks=0:
+// libobjc takes its runtime lock and the locks of objects in either order while it sets up a class; nothing
+// of that is ours to order.
+SANITIZER_HOOK const char* __tsan_default_options() {
+    return "ignore_noninstrumented_modules=1:detect_deadlocks=0";
 }
 
 #endif

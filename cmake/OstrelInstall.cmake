@@ -1,0 +1,50 @@
+# What `cmake --install` puts where, in three components: library, development, tools.
+include(CMakePackageConfigHelpers)
+set(_cmake_dir "${CMAKE_INSTALL_LIBDIR}/cmake/OstrelVideoUnix")
+
+install(TARGETS ostrelvideounix EXPORT OstrelVideoUnixTargets
+  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT library NAMELINK_COMPONENT development)
+
+# Headers
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/ostrel" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
+  COMPONENT development FILES_MATCHING PATTERN "*.h")
+if(NOT APPLE)
+  # The published framework names, for Objective-C++ clients of capture_session.h.
+  install(DIRECTORY "${PROJECT_SOURCE_DIR}/platform/QTKit" "${PROJECT_SOURCE_DIR}/platform/CoreVideo"
+    DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/ostrel/framework" COMPONENT development
+    FILES_MATCHING PATTERN "QT*.h" PATTERN "CoreVideo.h")
+endif()
+
+# find_package(OstrelVideoUnix)
+install(EXPORT OstrelVideoUnixTargets NAMESPACE Ostrel:: DESTINATION "${_cmake_dir}" COMPONENT development)
+configure_package_config_file("${CMAKE_CURRENT_LIST_DIR}/OstrelVideoUnixConfig.cmake.in"
+  "${PROJECT_BINARY_DIR}/OstrelVideoUnixConfig.cmake" INSTALL_DESTINATION "${_cmake_dir}")
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/OstrelVideoUnixConfigVersion.cmake"
+  COMPATIBILITY SameMajorVersion)
+install(FILES "${PROJECT_BINARY_DIR}/OstrelVideoUnixConfig.cmake"
+  "${PROJECT_BINARY_DIR}/OstrelVideoUnixConfigVersion.cmake" DESTINATION "${_cmake_dir}" COMPONENT development)
+
+# pkg-config. The prefix is found from the file's own place, so that an installed tree can be moved.
+file(RELATIVE_PATH OSTREL_PC_PREFIX "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
+string(REGEX REPLACE "/$" "" OSTREL_PC_PREFIX "${OSTREL_PC_PREFIX}")
+if(OSTREL_QT STREQUAL "Qt5")
+  set(OSTREL_PC_CFLAGS "-fPIC")
+else()
+  set(OSTREL_PC_CFLAGS "-fPIC -std=c++17")
+endif()
+configure_file("${CMAKE_CURRENT_LIST_DIR}/ostrelvideounix.pc.in" "${PROJECT_BINARY_DIR}/ostrelvideounix.pc" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/ostrelvideounix.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
+  COMPONENT development)
+
+# Tools. They find the library beside them wherever the tree stands; under /usr the system's linker does, and
+# Debian's policy forbids a path in the program.
+foreach(tool ostrel-camera ostrel-viewer)
+  if(TARGET ${tool})
+    set_target_properties(${tool} PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+    install(TARGETS ${tool} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tools)
+    install(CODE "
+      if(CMAKE_INSTALL_PREFIX STREQUAL \"/usr\")
+        file(RPATH_REMOVE FILE \"\$ENV{DESTDIR}/usr/${CMAKE_INSTALL_BINDIR}/${tool}\")
+      endif()" COMPONENT tools)
+  endif()
+endforeach()

@@ -1,0 +1,17 @@
+#!/bin/bash
+# The name that programs record, the links to it, and what protects the library at run time.
+source "$(dirname "$0")/common.sh"
+library=$TREE/$LIBDIR/libostrelvideounix.so
+
+readelf -d "$library" >"$work/dynamic"
+grep -q 'SONAME.*\[libostrelvideounix\.so\.1\]' "$work/dynamic" || fail "no SONAME libostrelvideounix.so.1"
+[ "$(readlink "$library")" = libostrelvideounix.so.1 ] || fail "libostrelvideounix.so does not point to .so.1"
+version=$(head -n 1 "$SOURCE/VERSION")
+[ "$(readlink "$library.1")" = "libostrelvideounix.so.$version" ] || fail ".so.1 does not point to .so.$version"
+grep -q 'NODELETE' "$work/dynamic" || fail "the library can be unloaded, which Objective-C classes cannot"
+grep -q 'BIND_NOW\|FLAGS.*NOW' "$work/dynamic" || fail "symbols are bound late (BIND_NOW is missing)"
+readelf -lW "$library" | grep -q GNU_RELRO || fail "no read-only relocations (RELRO)"
+readelf -lW "$library" | grep 'GNU_STACK' | grep -q 'RWE' && fail "an executable stack"
+readelf -sW "$library" | grep -q '__stack_chk_fail' || fail "no stack protector"
+grep -q 'R.*PATH.*/home\|R.*PATH.*build' "$work/dynamic" && fail "a path of the build machine in the library"
+exit 0
