@@ -1,0 +1,1 @@
+"""A USB webcam without hardware: descriptors, control requests, stream and USB/IP link."""
