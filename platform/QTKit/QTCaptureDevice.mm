@@ -34,6 +34,13 @@ public:
         return found->second;
     }
 
+    // Nil when no camera with this identifier was ever listed.
+    QTCaptureDevice* deviceWith(const std::string& identifier) {
+        std::lock_guard<std::mutex> lock(mutex_);
+        const auto found = devices_.find(identifier);
+        return found == devices_.end() ? nil : found->second;
+    }
+
 private:
     std::mutex mutex_;
     std::map<std::string, QTCaptureDevice*> devices_;
@@ -48,6 +55,11 @@ DeviceTable& deviceTable() {
 
 QTCaptureDeviceState* ostrel::stateOf(QTCaptureDevice* device) {
     return [device state];
+}
+
+std::shared_ptr<ostrel::OpenCamera> ostrel::openedCamera(const std::string& identifier) {
+    QTCaptureDevice* device = deviceTable().deviceWith(identifier);
+    return device ? stateOf(device)->opened() : nullptr;
 }
 
 @implementation QTCaptureDevice

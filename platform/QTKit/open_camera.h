@@ -59,4 +59,11 @@ private:
     unsigned opens_ = 0;
 };
 
+namespace ostrel {
+
+// The opened camera with this identifier (UTF-8); null when none is open. Thread-safe.
+std::shared_ptr<OpenCamera> openedCamera(const std::string& identifier);
+
+} // namespace ostrel
+
 #endif

@@ -53,14 +53,16 @@ bool DeliveryThread::start(const char* name, Body body) {
     ::pthread_sigmask(SIG_SETMASK, &all, &before);
     bool started = true;
     try {
-        thread_ = std::thread([signal, body = std::move(body)] { body(*signal); });
+        thread_ = std::thread([signal, name, body = std::move(body)] {
+            ::pthread_setname_np(::pthread_self(), name); // at most 15 characters, else it fails harmlessly
+            body(*signal);
+        });
     } catch (const std::system_error&) {
         started = false;
     }
     ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
     if (!started)
         return false;
-    ::pthread_setname_np(thread_.native_handle(), name); // at most 15 characters, else it fails harmlessly
     signal_ = std::move(signal);
     return true;
 }

@@ -41,7 +41,7 @@ public:
     DeliveryThread(const DeliveryThread&) = delete;
     DeliveryThread& operator=(const DeliveryThread&) = delete;
 
-    // False when the system gives no thread or descriptor. The body must hold what it uses by shared ownership:
+    // name: a string literal. False when the system gives no thread or descriptor. The body must hold what it uses by shared ownership:
     // after a stop from inside it, it outlives the owner.
     bool start(const char* name, Body body);
     // Raises the signal and waits for the body to return. Called on the thread itself it only raises the
