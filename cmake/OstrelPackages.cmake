@@ -1,0 +1,96 @@
+# Debian packages by CPack: libostrelvideounix1, libostrelvideounix-dev, ostrel-tools. scripts/release configures a
+# build with the prefix /usr for them, so that files land where Debian looks.
+if(APPLE)
+  return()
+endif()
+
+# Each package has its licence and its changelog, made from LICENSE and CHANGELOG.md.
+set(_copyright "${PROJECT_BINARY_DIR}/package/copyright")
+file(READ "${PROJECT_SOURCE_DIR}/LICENSE" _license)
+file(WRITE "${_copyright}" "libostrelvideounix ${PROJECT_VERSION}, under this licence:\n\n${_license}")
+file(STRINGS "${PROJECT_SOURCE_DIR}/CHANGELOG.md" _heading REGEX "^## ${PROJECT_VERSION} - ")
+if(NOT _heading MATCHES "([0-9]+-[0-9]+-[0-9]+)$")
+  message(FATAL_ERROR "CHANGELOG.md has no dated heading for the version in VERSION, ${PROJECT_VERSION}")
+endif()
+execute_process(COMMAND date -R -u -d "${CMAKE_MATCH_1}" OUTPUT_VARIABLE _date OUTPUT_STRIP_TRAILING_WHITESPACE)
+set(_maintainer "The libostrelvideounix authors <libostrelvideounix@ostrel.example>")
+file(WRITE "${PROJECT_BINARY_DIR}/package/changelog.Debian"
+  "ostrelvideounix (${PROJECT_VERSION}-1) unstable; urgency=medium\n\n"
+  "  * Release ${PROJECT_VERSION}; CHANGELOG.md of the source tells what changed.\n\n"
+  " -- ${_maintainer}  ${_date}\n")
+execute_process(COMMAND gzip -9nf "${PROJECT_BINARY_DIR}/package/changelog.Debian")
+
+function(ostrel_package_documents component package)
+  install(FILES "${PROJECT_BINARY_DIR}/package/copyright" "${PROJECT_BINARY_DIR}/package/changelog.Debian.gz"
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/${package}" COMPONENT ${component})
+endfunction()
+ostrel_package_documents(library libostrelvideounix1)
+ostrel_package_documents(development libostrelvideounix-dev)
+ostrel_package_documents(tools ostrel-tools)
+
+# Qt refuses to compile without -fPIC, so a client that asks pkg-config alone must get it there.
+file(WRITE "${PROJECT_BINARY_DIR}/package/lintian-overrides"
+  "libostrelvideounix-dev: pkg-config-bad-directive -fPIC *\n")
+install(FILES "${PROJECT_BINARY_DIR}/package/lintian-overrides" RENAME libostrelvideounix-dev
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/lintian/overrides" COMPONENT development)
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME ostrelvideounix)
+set(CPACK_PACKAGE_VENDOR "The libostrelvideounix authors")
+set(CPACK_PACKAGE_CONTACT "${_maintainer}")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
+set(CPACK_PACKAGE_VERSION "${PROJECT_VERSION}")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+  OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+set(CPACK_COMPONENTS_ALL library development tools)
+set(CPACK_COMPONENTS_GROUPING IGNORE)
+
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}")
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(_same_version "libostrelvideounix1 (= ${PROJECT_VERSION}-1)")
+
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME libostrelvideounix1)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
+# Written here, since those that CPack makes run ldconfig from scripts, where Debian wants its trigger.
+file(WRITE "${PROJECT_BINARY_DIR}/package/triggers" "activate-noawait ldconfig\n")
+file(WRITE "${PROJECT_BINARY_DIR}/package/shlibs"
+  "libostrelvideounix ${PROJECT_VERSION_MAJOR} libostrelvideounix1 (>= ${PROJECT_VERSION})\n")
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA
+  "${PROJECT_BINARY_DIR}/package/triggers" "${PROJECT_BINARY_DIR}/package/shlibs")
+set(CPACK_COMPONENT_LIBRARY_DESCRIPTION "camera capture, frame conversion and scaling
+Lists the cameras of a machine, captures frames from one of them, hands out
+the newest when asked, converts between the BGRA, RGB24, YUY2 and I420 pixel
+layouts and scales between 320x240, 640x480 and 1280x720.
+
+Works with V4L2 cameras and with virtual cameras made by the program.")
+
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libostrelvideounix-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+if(OSTREL_QT STREQUAL "Qt5")
+  set(_qt_development qtbase5-dev)
+else()
+  set(_qt_development qt6-base-dev)
+endif()
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${_same_version}, ${_qt_development}")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "gobjc++, libgnustep-base-dev")
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "camera capture library, development files
+Headers, the link to the library, and the files by which CMake and pkg-config
+find it.
+
+Objective-C++ programs that use the capture session class need gobjc++ and
+libgnustep-base-dev as well.")
+
+set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME ostrel-tools)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION video)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${_same_version}")
+set(CPACK_COMPONENT_TOOLS_DESCRIPTION "list cameras, take pictures, record films
+The command line ostrel-camera lists the cameras of the machine, saves single
+pictures as PNG and records films as Y4M. Where the package was built with
+Qt's widgets, the window ostrel-viewer shows the live picture.")
+include(CPack)

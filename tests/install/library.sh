@@ -10,8 +10,10 @@ version=$(head -n 1 "$SOURCE/VERSION")
 [ "$(readlink "$library.1")" = "libostrelvideounix.so.$version" ] || fail ".so.1 does not point to .so.$version"
 grep -q 'NODELETE' "$work/dynamic" || fail "the library can be unloaded, which Objective-C classes cannot"
 grep -q 'BIND_NOW\|FLAGS.*NOW' "$work/dynamic" || fail "symbols are bound late (BIND_NOW is missing)"
-readelf -lW "$library" | grep -q GNU_RELRO || fail "no read-only relocations (RELRO)"
-readelf -lW "$library" | grep 'GNU_STACK' | grep -q 'RWE' && fail "an executable stack"
-readelf -sW "$library" | grep -q '__stack_chk_fail' || fail "no stack protector"
+readelf -lW "$library" >"$work/segments"
+readelf --dyn-syms -W "$library" >"$work/symbols"
+grep -q GNU_RELRO "$work/segments" || fail "no read-only relocations (RELRO)"
+grep -q 'GNU_STACK.*RWE' "$work/segments" && fail "an executable stack"
+grep -q '__stack_chk_fail' "$work/symbols" || fail "no stack protector"
 grep -q 'R.*PATH.*/home\|R.*PATH.*build' "$work/dynamic" && fail "a path of the build machine in the library"
 exit 0
