@@ -1,0 +1,69 @@
+#include "platform/cameras/virtual/canvas.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <iterator>
+
+namespace ostrel {
+namespace cameras {
+
+namespace {
+
+struct Glyph {
+    char character;
+    uint8_t rows[Canvas::GLYPH_HEIGHT]; // from the top; bit 4 is the leftmost dot
+};
+
+const Glyph GLYPHS[] = {
+    {'0', {0x0E, 0x11, 0x13, 0x15, 0x19, 0x11, 0x0E}}, {'1', {0x04, 0x0C, 0x04, 0x04, 0x04, 0x04, 0x0E}},
+    {'2', {0x0E, 0x11, 0x01, 0x02, 0x04, 0x08, 0x1F}}, {'3', {0x1F, 0x02, 0x04, 0x02, 0x01, 0x11, 0x0E}},
+    {'4', {0x02, 0x06, 0x0A, 0x12, 0x1F, 0x02, 0x02}}, {'5', {0x1F, 0x10, 0x1E, 0x01, 0x01, 0x11, 0x0E}},
+    {'6', {0x06, 0x08, 0x10, 0x1E, 0x11, 0x11, 0x0E}}, {'7', {0x1F, 0x01, 0x02, 0x04, 0x08, 0x08, 0x08}},
+    {'8', {0x0E, 0x11, 0x11, 0x0E, 0x11, 0x11, 0x0E}}, {'9', {0x0E, 0x11, 0x11, 0x0F, 0x01, 0x02, 0x0C}},
+    {'A', {0x0E, 0x11, 0x11, 0x1F, 0x11, 0x11, 0x11}}, {'C', {0x0E, 0x11, 0x10, 0x10, 0x10, 0x11, 0x0E}},
+    {'E', {0x1F, 0x10, 0x10, 0x1E, 0x10, 0x10, 0x1F}}, {'F', {0x1F, 0x10, 0x10, 0x1E, 0x10, 0x10, 0x10}},
+    {'K', {0x11, 0x12, 0x14, 0x18, 0x14, 0x12, 0x11}}, {'L', {0x10, 0x10, 0x10, 0x10, 0x10, 0x10, 0x1F}},
+    {'M', {0x11, 0x1B, 0x15, 0x15, 0x11, 0x11, 0x11}}, {'O', {0x0E, 0x11, 0x11, 0x11, 0x11, 0x11, 0x0E}},
+    {'P', {0x1E, 0x11, 0x11, 0x1E, 0x10, 0x10, 0x10}}, {'R', {0x1E, 0x11, 0x11, 0x1E, 0x14, 0x12, 0x11}},
+    {'T', {0x1F, 0x04, 0x04, 0x04, 0x04, 0x04, 0x04}},
+};
+
+} // namespace
+
+uint8_t* Canvas::row(int y) const {
+    return pixels_ + static_cast<ptrdiff_t>(y) * stride_;
+}
+
+void Canvas::fill(int left, int top, int right, int bottom, const Colour& colour) {
+    left = std::max(left, 0);
+    top = std::max(top, 0);
+    right = std::min(right, width_);
+    bottom = std::min(bottom, height_);
+    if (left >= right)
+        return;
+    const uint8_t pixel[4] = {colour.blue, colour.green, colour.red, 255};
+    for (int y = top; y < bottom; ++y) {
+        uint8_t* to = row(y) + static_cast<ptrdiff_t>(left) * 4;
+        for (int x = left; x < right; ++x, to += 4)
+            std::memcpy(to, pixel, sizeof(pixel));
+    }
+}
+
+void Canvas::text(int left, int top, int scale, const char* characters, const Colour& colour) {
+    for (; *characters; ++characters, left += ADVANCE * scale) {
+        const char wanted = *characters;
+        const Glyph* const glyph = std::find_if(std::begin(GLYPHS), std::end(GLYPHS),
+                                                [wanted](const Glyph& g) { return g.character == wanted; });
+        if (glyph == std::end(GLYPHS))
+            continue;
+        for (int y = 0; y < GLYPH_HEIGHT; ++y)
+            for (int x = 0; x < GLYPH_WIDTH; ++x)
+                if (glyph->rows[y] & (0x10 >> x))
+                    fill(left + x * scale, top + y * scale, left + (x + 1) * scale, top + (y + 1) * scale,
+                         colour);
+    }
+}
+
+} // namespace cameras
+} // namespace ostrel

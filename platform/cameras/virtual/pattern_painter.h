@@ -1,0 +1,43 @@
+// Draws the test pattern.
+#ifndef OSTREL_PLATFORM_CAMERAS_VIRTUAL_PATTERN_PAINTER_H
+#define OSTREL_PLATFORM_CAMERAS_VIRTUAL_PATTERN_PAINTER_H
+
+#include "platform/cameras/virtual/pattern_code.h"
+#include "platform/cameras/virtual/pixel_pool.h"
+
+#include <memory>
+#include <mutex>
+
+namespace ostrel {
+namespace cameras {
+
+class Canvas;
+
+// Thread-safe: several captures may draw at the same time. Keeps the part of the picture that stands still,
+// and the memory that scaling needs, from one frame to the next; takes none before the first frame is drawn.
+class PatternPainter {
+public:
+    PatternPainter(int width, int height) : width_(width), height_(height) {}
+
+    // The pattern at its native size, scaled when another size is asked for. False when there is no memory or
+    // the size cannot be scaled to.
+    bool paint(const pattern::Stamp& stamp, uint8_t* bgra, int width, int height, int stride);
+
+    // How many pictures' worth of memory was ever allocated.
+    uint64_t allocations() const { return pool_->allocations(); }
+
+private:
+    const uint8_t* background();
+    void draw(const uint8_t* background, const pattern::Stamp& stamp, Canvas& canvas) const;
+
+    const int width_;
+    const int height_;
+    const std::shared_ptr<PixelPool> pool_ = std::make_shared<PixelPool>();
+    std::mutex mutex_; // of background_, until it is drawn
+    PixelPool::Block background_;
+};
+
+} // namespace cameras
+} // namespace ostrel
+
+#endif

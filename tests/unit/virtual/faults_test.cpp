@@ -1,0 +1,131 @@
+// Each way in which a virtual camera can be told to fail, and that it heals.
+#include "capture_fixture.h"
+
+using namespace ostrel;
+
+namespace {
+
+class Faults : public PatternFixture {};
+
+TEST_F(Faults, NotOpeningSaysSoAndHeals) {
+    camera->close();
+    virtualCamera->setFault(VIRTUAL_CAMERA_FAULT_OPEN);
+    const cameras::Error error = camera->open();
+    EXPECT_TRUE(error);
+    EXPECT_EQ("Fixture was told not to open", error.text);
+    EXPECT_TRUE(camera->start(WIDTH, HEIGHT, sink)) << "it is not open";
+    virtualCamera->setFault(VIRTUAL_CAMERA_FAULT_NONE);
+    EXPECT_FALSE(camera->open());
+    EXPECT_FALSE(camera->start(WIDTH, HEIGHT, sink));
+}
+
+TEST_F(Faults, InputRefusedLetsItOpen) {
+    EXPECT_FALSE(camera->admitInput());
+    virtualCamera->setFault(VIRTUAL_CAMERA_FAULT_INPUT);
+    camera->close();
+    EXPECT_FALSE(camera->open());
+    EXPECT_EQ("Fixture was told to be refused as an input", camera->admitInput().text);
+    virtualCamera->setFault(VIRTUAL_CAMERA_FAULT_NONE);
+    EXPECT_FALSE(camera->admitInput());
+}
+
+TEST_F(Faults, OutputRefusedDeliversNothing) {
+    virtualCamera->setFault(VIRTUAL_CAMERA_FAULT_OUTPUT);
+    EXPECT_FALSE(camera->admitInput());
+    EXPECT_EQ("Fixture was told to refuse the output", camera->start(WIDTH, HEIGHT, sink).text);
+    camera->stop(sink);
+    EXPECT_EQ(0u, virtualCamera->framesDelivered());
+    virtualCamera->setFault(VIRTUAL_CAMERA_FAULT_NONE);
+    EXPECT_FALSE(camera->start(WIDTH, HEIGHT, sink));
+    EXPECT_TRUE(sink->waitForFrames(1));
+}
+
+TEST_F(Faults, PaddedRowsShowInTheFramesThatAreMadeFromThenOn) {
+    ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
+    ASSERT_TRUE(sink->waitForFrames(1));
+    EXPECT_EQ(0, sink->last()->rowPadding());
+    virtualCamera->setFault(VIRTUAL_CAMERA_FAULT_PADDED_ROWS);
+    ASSERT_TRUE(sink->waitForMoreFrames(2)); // one may have been on its way
+    const auto padded = sink->last();
+    EXPECT_EQ(64, padded->rowPadding());
+    virtualCamera->setFault(VIRTUAL_CAMERA_FAULT_NONE);
+    ASSERT_TRUE(sink->waitForMoreFrames(2));
+    EXPECT_EQ(0, sink->last()->rowPadding());
+    EXPECT_EQ(64, padded->rowPadding());
+}
+
+TEST_F(Faults, StalledFromTheStartItDeliversOnlyOnceHealed) {
+    virtualCamera->setFault(VIRTUAL_CAMERA_FAULT_STALL);
+    ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
+    // At 1000 frames a second some fifty would have come.
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_EQ(0, sink->arrived());
+    EXPECT_EQ(0u, virtualCamera->framesDelivered());
+    virtualCamera->setFault(VIRTUAL_CAMERA_FAULT_NONE);
+    ASSERT_TRUE(sink->waitForFrames(1));
+    EXPECT_GE(read(sink->last()).counter, 50u) << "the gap shows";
+    EXPECT_TRUE(sink->ends().empty());
+}
+
+TEST_F(Faults, AStalledStreamStopsAtOnce) {
+    virtualCamera->setFault(VIRTUAL_CAMERA_FAULT_STALL);
+    ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
+    camera->stop(sink);
+    EXPECT_EQ(0, sink->arrived());
+}
+
+TEST_F(Faults, UnpluggedItEndsTheStreamOnceWithAReason) {
+    ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
+    ASSERT_TRUE(sink->waitForFrames(1));
+    virtualCamera->detach();
+    const int arrived = sink->arrived();
+    EXPECT_EQ(std::vector<std::string>{"Fixture was unplugged"}, sink->ends());
+    EXPECT_EQ("Fixture was unplugged", camera->statistics().ended);
+    EXPECT_FALSE(camera->attached());
+    EXPECT_TRUE(read(sink->last()).decoded) << "the last frame stays readable";
+    EXPECT_TRUE(camera->start(WIDTH, HEIGHT, std::make_shared<RecordingSink>()));
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_EQ(arrived, sink->arrived()) << "no frame after detach() has returned";
+    camera->stop(sink);
+    camera->close();
+    EXPECT_TRUE(camera->open());
+    EXPECT_EQ(1u, sink->ends().size());
+}
+
+TEST_F(Faults, DestroyingTheClientsObjectUnplugs) {
+    ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
+    ASSERT_TRUE(sink->waitForFrames(1));
+    virtualCamera.reset();
+    EXPECT_EQ(1u, sink->ends().size());
+    EXPECT_TRUE(read(sink->last()).decoded);
+    EXPECT_EQ("fixture", camera->identifier());
+    camera->stop(sink);
+    camera->close();
+}
+
+TEST_F(Faults, UnpluggedFromInsideACallItEndsWhenTheCallReturns) {
+    bool endedInside = false;
+    sink->onFrame = [&](const RecordingSink::FramePointer&) {
+        virtualCamera->detach();
+        endedInside = !sink->ends().empty();
+    };
+    ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
+    ASSERT_TRUE(sink->waitForEnd());
+    camera->stop(sink);
+    EXPECT_FALSE(endedInside);
+    EXPECT_EQ(1, sink->arrived());
+    EXPECT_EQ(1u, sink->ends().size());
+}
+
+TEST_F(Faults, ASinkMayStopAndCloseWhenItIsToldTheEnd) {
+    sink->onEnd = [&] {
+        camera->stop(sink);
+        camera->close();
+    };
+    ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
+    ASSERT_TRUE(sink->waitForFrames(1));
+    virtualCamera->detach();
+    EXPECT_EQ(1u, sink->ends().size());
+}
+
+} // namespace

@@ -1,0 +1,136 @@
+// Attaching, the listing, detaching.
+#include "recording_sink.h"
+
+#include <gtest/gtest.h>
+
+using namespace ostrel;
+
+namespace {
+
+QString text(const char* utf8) {
+    return QString::fromUtf8(utf8);
+}
+
+int listedTimes(const std::string& identifier) {
+    int times = 0;
+    for (const auto& camera : cameras::attachedCameras())
+        times += camera->identifier() == identifier;
+    return times;
+}
+
+TEST(VirtualListing, NoCameraIsListedBeforeItIsAttached) {
+    OVideoTestPatternCamera camera(text("pattern-1"), text("Pattern"));
+    EXPECT_FALSE(camera.isAttached());
+    EXPECT_EQ(nullptr, listed("pattern-1"));
+}
+
+TEST(VirtualListing, AttachedItIsListedWithItsNamesInUtf8) {
+    OVideoTestPatternCamera camera(text("kamera-\xC3\xA4"), text("Testbild \xC3\xBC"));
+    EXPECT_TRUE(camera.attach());
+    EXPECT_TRUE(camera.isAttached());
+    const auto found = listed("kamera-\xC3\xA4");
+    ASSERT_NE(nullptr, found);
+    EXPECT_EQ("Testbild \xC3\xBC", found->displayName());
+    EXPECT_TRUE(found->attached());
+    EXPECT_EQ(text("kamera-\xC3\xA4"), camera.uniqueID());
+    EXPECT_EQ(text("Testbild \xC3\xBC"), camera.name());
+}
+
+TEST(VirtualListing, ASecondAttachIsRefusedAndChangesNothing) {
+    OVideoTestPatternCamera camera(text("pattern-1"), text("Pattern"));
+    ASSERT_TRUE(camera.attach());
+    EXPECT_FALSE(camera.attach());
+    EXPECT_EQ(1, listedTimes("pattern-1"));
+    EXPECT_TRUE(camera.isAttached());
+}
+
+TEST(VirtualListing, TheIdentifierOfAnotherAttachedCameraIsRefused) {
+    OVideoTestPatternCamera first(text("pattern-1"), text("First")),
+        second(text("pattern-1"), text("Second"));
+    ASSERT_TRUE(first.attach());
+    EXPECT_FALSE(second.attach());
+    EXPECT_FALSE(second.isAttached());
+    EXPECT_EQ(1, listedTimes("pattern-1"));
+    first.detach();
+    EXPECT_TRUE(second.attach());
+    EXPECT_EQ("Second", listed("pattern-1")->displayName());
+}
+
+TEST(VirtualListing, AnEmptyIdentifierIsRefused) {
+    OVideoTestPatternCamera camera(QString(), text("Nobody"));
+    EXPECT_FALSE(camera.attach());
+}
+
+TEST(VirtualListing, AnEmptyNameBecomesTheIdentifier) {
+    OVideoTestPatternCamera camera(text("pattern-1"), QString());
+    ASSERT_TRUE(camera.attach());
+    EXPECT_EQ(text("pattern-1"), camera.name());
+    EXPECT_EQ("pattern-1", listed("pattern-1")->displayName());
+}
+
+TEST(VirtualListing, CamerasAreListedInTheOrderOfTheirAttaching) {
+    OVideoTestPatternCamera a(text("order-a"), text("A")), b(text("order-b"), text("B"));
+    ASSERT_TRUE(b.attach());
+    ASSERT_TRUE(a.attach());
+    std::vector<std::string> order;
+    for (const auto& camera : cameras::attachedCameras())
+        if (camera->identifier().compare(0, 6, "order-") == 0)
+            order.push_back(camera->identifier());
+    EXPECT_EQ((std::vector<std::string>{"order-b", "order-a"}), order);
+}
+
+TEST(VirtualListing, DetachingTakesItOutAndIsHarmlessTwice) {
+    OVideoTestPatternCamera camera(text("pattern-1"), text("Pattern"));
+    camera.detach();
+    ASSERT_TRUE(camera.attach());
+    const auto before = listed("pattern-1");
+    camera.detach();
+    camera.detach();
+    EXPECT_FALSE(camera.isAttached());
+    EXPECT_EQ(nullptr, listed("pattern-1"));
+    EXPECT_FALSE(before->attached());
+    EXPECT_TRUE(before->open());
+}
+
+TEST(VirtualListing, AttachedAgainItIsACameraLikeNew) {
+    OVideoTestPatternCamera camera(text("pattern-1"), text("Pattern"), 320, 240, 1000);
+    ASSERT_TRUE(camera.attach());
+    const auto before = listed("pattern-1");
+    camera.detach();
+    ASSERT_TRUE(camera.attach());
+    const auto after = listed("pattern-1");
+    EXPECT_NE(before, after);
+    EXPECT_FALSE(before->attached());
+    EXPECT_TRUE(after->attached());
+    ASSERT_FALSE(after->open());
+    auto sink = std::make_shared<RecordingSink>();
+    ASSERT_FALSE(after->start(320, 240, sink));
+    EXPECT_TRUE(sink->waitForFrames(2));
+    after->stop(sink);
+    after->close();
+}
+
+TEST(VirtualListing, DestroyingTheObjectDetaches) {
+    {
+        OVideoTestPatternCamera camera(text("pattern-1"), text("Pattern"));
+        ASSERT_TRUE(camera.attach());
+    }
+    EXPECT_EQ(nullptr, listed("pattern-1"));
+}
+
+TEST(VirtualListing, ThreadsMayAttachAndDetachAtOnce) {
+    OVideoTestPatternCamera camera(text("pattern-1"), text("Pattern"));
+    const auto work = [&] {
+        for (int i = 0; i < 500; ++i) {
+            camera.attach();
+            EXPECT_LE(listedTimes("pattern-1"), 1);
+            camera.detach();
+        }
+    };
+    std::thread other(work);
+    work();
+    other.join();
+    EXPECT_EQ(0, listedTimes("pattern-1"));
+}
+
+} // namespace

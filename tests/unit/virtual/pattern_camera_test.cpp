@@ -1,0 +1,191 @@
+// The test pattern camera as a capture sees it.
+#include "capture_fixture.h"
+
+#include "platform/cameras/virtual/frame_schedule.h"
+
+#include <ostrel/processing.h>
+
+#include <cmath>
+#include <limits>
+
+using namespace ostrel;
+
+namespace {
+
+class PatternCamera : public PatternFixture {};
+
+TEST_F(PatternCamera, CountsFromOneAndStampsTheClock) {
+    std::vector<Reading> readings;
+    sink->onFrame = [&](const RecordingSink::FramePointer& frame) { readings.push_back(read(frame)); };
+    const uint32_t before = OVideoCommon::get_time();
+    ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
+    ASSERT_TRUE(sink->waitForFrames(20));
+    camera->stop(sink);
+    const uint32_t after = OVideoCommon::get_time();
+    ASSERT_TRUE(readings.front().decoded);
+    EXPECT_GE(readings.front().counter, 1u);
+    uint32_t last = 0;
+    for (const Reading& reading : readings) {
+        ASSERT_TRUE(reading.decoded);
+        EXPECT_GT(reading.counter, last);
+        EXPECT_LE(reading.clock - before, after - before);
+        last = reading.counter;
+    }
+}
+
+TEST_F(PatternCamera, ANewStreamCountsFromTheBeginningAgain) {
+    ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
+    ASSERT_TRUE(sink->waitForFrames(30));
+    camera->stop(sink);
+    const uint32_t reached = read(sink->last()).counter;
+    EXPECT_GE(reached, 30u);
+    uint32_t first = 0;
+    auto again = std::make_shared<RecordingSink>();
+    const int64_t started = cameras::FrameSchedule::now();
+    int64_t arrived = 0;
+    again->onFrame = [&](const RecordingSink::FramePointer& frame) {
+        if (first == 0) {
+            arrived = cameras::FrameSchedule::now();
+            first = read(frame).counter;
+        }
+    };
+    ASSERT_FALSE(camera->start(WIDTH, HEIGHT, again));
+    ASSERT_TRUE(again->waitForFrames(2));
+    camera->stop(again);
+    EXPECT_GE(first, 1u);
+    EXPECT_LE(first, 1 + (arrived - started) / 1000000) << "1 on a machine that is not busy";
+}
+
+TEST_F(PatternCamera, DrawsNothingUntilAFrameIsTaken) {
+    ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
+    ASSERT_TRUE(sink->waitForFrames(10));
+    EXPECT_EQ(0u, virtualCamera->framesTaken());
+    EXPECT_GE(virtualCamera->framesDelivered(), 10u);
+    EXPECT_TRUE(read(sink->last()).decoded);
+    EXPECT_EQ(1u, virtualCamera->framesTaken());
+    EXPECT_TRUE(read(sink->last(), 640, 480).decoded);
+    EXPECT_EQ(2u, virtualCamera->framesTaken());
+    camera->stop(sink);
+    const cameras::StreamStatistics figures = camera->statistics();
+    EXPECT_EQ(2u, figures.taken);
+    EXPECT_EQ(virtualCamera->framesDelivered(), figures.delivered);
+    EXPECT_EQ(static_cast<uint64_t>(sink->arrived()), figures.delivered);
+}
+
+TEST_F(PatternCamera, SaysWhatItRunsAt) {
+    EXPECT_EQ("", camera->statistics().grantedFormat) << "no stream yet";
+    ASSERT_FALSE(camera->start(1280, 720, sink));
+    const cameras::StreamStatistics figures = camera->statistics();
+    EXPECT_EQ("BGRA", figures.grantedFormat);
+    EXPECT_EQ(WIDTH, figures.grantedWidth);
+    EXPECT_EQ(HEIGHT, figures.grantedHeight);
+    EXPECT_EQ(1000.0, figures.grantedRate);
+    EXPECT_EQ("", figures.ended);
+    camera->stop(sink);
+    EXPECT_EQ("BGRA", camera->statistics().grantedFormat) << "the figures stay after the stop";
+}
+
+TEST_F(PatternCamera, FramesHeldStayConvertibleAfterStopCloseAndDetach) {
+    ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
+    ASSERT_TRUE(sink->waitForFrames(1));
+    camera->stop(sink);
+    camera->close();
+    virtualCamera.reset();
+    camera.reset();
+    const Reading first = read(sink->last()), again = read(sink->last(), 1280, 720);
+    EXPECT_TRUE(first.decoded);
+    EXPECT_TRUE(again.decoded);
+    EXPECT_EQ(first.counter, again.counter);
+}
+
+TEST_F(PatternCamera, NoFrameComesBeforeItIsDue) {
+    std::vector<std::pair<int64_t, RecordingSink::FramePointer>> frames;
+    sink->onFrame = [&](const RecordingSink::FramePointer& frame) {
+        frames.emplace_back(cameras::FrameSchedule::now(), frame);
+    };
+    const int64_t started = cameras::FrameSchedule::now();
+    ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
+    ASSERT_TRUE(sink->waitForFrames(100));
+    camera->stop(sink);
+    for (const auto& [arrival, frame] : frames)
+        ASSERT_GE(arrival, started + (read(frame).counter - int64_t(1)) * 1000000);
+}
+
+TEST_F(PatternCamera, ADeliveryThatFallsBehindSkipsToTheNewestAndNeverCatchesUpInABurst) {
+    std::vector<uint32_t> counters;
+    sink->onFrame = [&](const RecordingSink::FramePointer& frame) {
+        counters.push_back(read(frame).counter);
+        if (counters.size() == 5) { // sixty frames' time
+            const int64_t until = cameras::FrameSchedule::now() + 60 * 1000000;
+            while (cameras::FrameSchedule::now() < until)
+                std::this_thread::yield();
+        }
+    };
+    ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
+    ASSERT_TRUE(sink->waitForFrames(8));
+    camera->stop(sink);
+    ASSERT_GE(counters.size(), 6u);
+    EXPECT_GE(counters[5], counters[4] + 60);
+    const cameras::StreamStatistics figures = camera->statistics();
+    EXPECT_GE(figures.skipped, 59u);
+    EXPECT_EQ(counters.back(), figures.delivered + figures.skipped) << "every frame is delivered or skipped";
+}
+
+TEST_F(PatternCamera, ScalesToTheSizeAskedFor) {
+    ASSERT_FALSE(camera->start(1280, 720, sink));
+    ASSERT_TRUE(sink->waitForFrames(1));
+    for (const auto& size : {std::pair<int, int>(160, 120), {320, 240}, {640, 480}, {1280, 720}, {333, 777}})
+        EXPECT_TRUE(read(sink->last(), size.first, size.second).decoded)
+            << size.first << " x " << size.second;
+}
+
+cameras::StreamStatistics granted(int width, int height, double rate) {
+    OVideoTestPatternCamera virtualCamera(QString::fromLatin1("clamped"), QString(), width, height, rate);
+    virtualCamera.attach();
+    const auto camera = listed("clamped");
+    const auto sink = std::make_shared<RecordingSink>();
+    EXPECT_FALSE(camera->open());
+    EXPECT_FALSE(camera->start(320, 240, sink));
+    const cameras::StreamStatistics result = camera->statistics();
+    camera->stop(sink);
+    camera->close();
+    return result;
+}
+
+TEST(PatternCameraLimits, SizesAreClampedAndMadeEven) {
+    EXPECT_EQ(16, granted(0, 0, 30).grantedWidth);
+    EXPECT_EQ(16, granted(-5, std::numeric_limits<int>::min(), 30).grantedHeight);
+    EXPECT_EQ(8192, granted(9000, 16, 30).grantedWidth);
+    EXPECT_EQ(8192, granted(16, std::numeric_limits<int>::max(), 30).grantedHeight);
+    EXPECT_EQ(320, granted(321, 16, 30).grantedWidth);
+    EXPECT_EQ(16, granted(17, 16, 30).grantedWidth);
+}
+
+TEST(PatternCameraLimits, RatesAreClamped) {
+    EXPECT_EQ(1000, granted(320, 240, 1e9).grantedRate);
+    EXPECT_EQ(1000, granted(320, 240, std::numeric_limits<double>::infinity()).grantedRate);
+    EXPECT_EQ(0.001, granted(320, 240, 0).grantedRate);
+    EXPECT_EQ(0.001, granted(320, 240, -30).grantedRate);
+    EXPECT_EQ(0.001, granted(320, 240, std::nan("")).grantedRate);
+    EXPECT_EQ(29.97, granted(320, 240, 29.97).grantedRate);
+}
+
+TEST(FrameSchedule, DoesNotDriftInAYear) {
+    const cameras::FrameSchedule schedule(5000, 30000.0 / 1001);
+    const uint64_t frames = 30000ull * 31536; // 1001 frames' time for each 30000: one year and a bit
+    EXPECT_NEAR(static_cast<double>(schedule.due(frames) - 5000), 1001.0 * 31536 * 1e9, 1000);
+}
+
+TEST(FrameSchedule, TheNewestFrameIsTheLastOneThatIsDue) {
+    for (const double rate : {0.001, 1.0, 24.0, 29.97, 30.0, 59.94, 999.0, 1000.0}) {
+        const cameras::FrameSchedule schedule(123456789, rate);
+        for (uint64_t frame = 0; frame < 3000; ++frame) {
+            ASSERT_EQ(frame, schedule.newest(schedule.due(frame), 0)) << rate;
+            ASSERT_EQ(frame, schedule.newest(schedule.due(frame + 1) - 1, 0)) << rate;
+            ASSERT_EQ(frame + 5, schedule.newest(schedule.due(frame), frame + 5)) << "never one before";
+        }
+        EXPECT_EQ(0u, schedule.newest(0, 0)) << "before the start";
+    }
+}
+
+} // namespace

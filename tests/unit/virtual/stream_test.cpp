@@ -1,0 +1,178 @@
+// Several sinks, stopping from anywhere, closing under way.
+#include "capture_fixture.h"
+
+#include <fstream>
+#include <sys/types.h>
+#include <unistd.h>
+
+using namespace ostrel;
+
+namespace {
+
+class Stream : public PatternFixture {};
+
+int threadsOfThisProcess() {
+    std::ifstream status("/proc/self/status");
+    std::string word;
+    int threads = -1;
+    while (status >> word)
+        if (word == "Threads:")
+            status >> threads;
+    return threads;
+}
+
+TEST_F(Stream, ASecondSinkJoinsAndBothGetTheSameFrames) {
+    auto second = std::make_shared<RecordingSink>();
+    ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
+    ASSERT_TRUE(sink->waitForFrames(3));
+    ASSERT_FALSE(camera->start(640, 480, second));
+    ASSERT_TRUE(second->waitForFrames(3));
+    EXPECT_GT(read(second->last()).counter, 3u) << "the running stream, not one of its own";
+    camera->stop(second);
+    const int stopped = second->arrived();
+    ASSERT_TRUE(sink->waitForMoreFrames(10));
+    EXPECT_EQ(stopped, second->arrived());
+    camera->stop(sink);
+}
+
+TEST_F(Stream, NothingArrivesAfterStopReturns) {
+    for (int i = 0; i < 50; ++i) {
+        auto fresh = std::make_shared<RecordingSink>();
+        ASSERT_FALSE(camera->start(WIDTH, HEIGHT, fresh));
+        if (i % 2) {
+            ASSERT_TRUE(fresh->waitForFrames(1));
+        }
+        camera->stop(fresh);
+        const int arrived = fresh->arrived();
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        ASSERT_EQ(arrived, fresh->arrived());
+    }
+}
+
+TEST_F(Stream, StopFromInsideTheCallReturnsAtOnceAndIsTheLastCall) {
+    sink->onFrame = [&](const RecordingSink::FramePointer&) { camera->stop(sink); };
+    ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
+    ASSERT_TRUE(sink->waitForFrames(1));
+    camera->stop(sink);
+    camera->close();
+    EXPECT_EQ(1, sink->arrived());
+    EXPECT_TRUE(sink->ends().empty()) << "a stop is no end";
+}
+
+TEST_F(Stream, AStopWaitsForTheCallInProgress) {
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool inside = false, leave = false;
+    std::atomic<bool> left{false};
+    sink->onFrame = [&](const RecordingSink::FramePointer&) {
+        std::unique_lock<std::mutex> lock(mutex);
+        inside = true;
+        changed.notify_all();
+        changed.wait(lock, [&] { return leave; });
+        left = true;
+    };
+    ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
+    std::unique_lock<std::mutex> lock(mutex);
+    changed.wait(lock, [&] { return inside; });
+    std::thread stopper([&] {
+        camera->stop(sink);
+        EXPECT_TRUE(left);
+    });
+    leave = true;
+    changed.notify_all();
+    lock.unlock();
+    stopper.join();
+}
+
+TEST_F(Stream, StopFromInsideAndOutsideAtOnceDoesNotHang) {
+    for (int i = 0; i < 200; ++i) {
+        auto fresh = std::make_shared<RecordingSink>();
+        fresh->onFrame = [&](const RecordingSink::FramePointer&) { camera->stop(fresh); };
+        ASSERT_FALSE(camera->start(WIDTH, HEIGHT, fresh));
+        camera->stop(fresh);
+        ASSERT_LE(fresh->arrived(), 1);
+    }
+}
+
+TEST_F(Stream, CanBeStartedAgainFromInsideTheCallThatStoppedIt) {
+    auto next = std::make_shared<RecordingSink>();
+    std::atomic<bool> refused{false};
+    sink->onFrame = [&](const RecordingSink::FramePointer&) {
+        camera->stop(sink);
+        refused = static_cast<bool>(camera->start(WIDTH, HEIGHT, next));
+    };
+    ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
+    EXPECT_TRUE(next->waitForFrames(3));
+    camera->stop(next);
+    EXPECT_FALSE(refused);
+    EXPECT_EQ(1, sink->arrived());
+}
+
+TEST_F(Stream, CloseStopsWhatStillRuns) {
+    auto second = std::make_shared<RecordingSink>();
+    ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
+    ASSERT_FALSE(camera->start(WIDTH, HEIGHT, second));
+    ASSERT_TRUE(second->waitForFrames(1));
+    camera->close();
+    const int arrived = sink->arrived() + second->arrived();
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    EXPECT_EQ(arrived, sink->arrived() + second->arrived());
+    camera->stop(sink);
+    camera->stop(second);
+    EXPECT_TRUE(camera->start(WIDTH, HEIGHT, sink)) << "it is closed";
+}
+
+TEST_F(Stream, CloseFromInsideTheCallDoesNotHang) {
+    sink->onFrame = [&](const RecordingSink::FramePointer&) { camera->close(); };
+    ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
+    ASSERT_TRUE(sink->waitForFrames(1));
+    camera->stop(sink);
+    EXPECT_EQ(1, sink->arrived());
+}
+
+TEST_F(Stream, StoppingASinkThatWasNotStartedIsHarmless) {
+    camera->stop(sink);
+    ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
+    camera->stop(std::make_shared<RecordingSink>());
+    EXPECT_TRUE(sink->waitForFrames(5));
+    camera->stop(sink);
+    camera->stop(sink);
+}
+
+TEST_F(Stream, StartIsRefusedBeforeOpen) {
+    camera->close();
+    EXPECT_EQ("Fixture is not open", camera->start(WIDTH, HEIGHT, sink).text);
+}
+
+TEST_F(Stream, TheThreadEndsWithTheLastSink) {
+    auto second = std::make_shared<RecordingSink>();
+    const int before = threadsOfThisProcess();
+    ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
+    ASSERT_FALSE(camera->start(WIDTH, HEIGHT, second));
+    EXPECT_EQ(before + 1, threadsOfThisProcess()) << "one for both";
+    camera->stop(sink);
+    EXPECT_EQ(before + 1, threadsOfThisProcess());
+    camera->stop(second);
+    EXPECT_EQ(before, threadsOfThisProcess());
+}
+
+TEST_F(Stream, DetachCloseAndStopAtOnceDoNotHang) {
+    camera->close();
+    for (int i = 0; i < 100; ++i) {
+        virtualCamera->attach();
+        camera = listed("fixture");
+        auto fresh = std::make_shared<RecordingSink>();
+        ASSERT_FALSE(camera->open());
+        ASSERT_FALSE(camera->start(WIDTH, HEIGHT, fresh));
+        std::thread detacher([&] { virtualCamera->detach(); });
+        std::thread closer([&] { camera->close(); });
+        camera->stop(fresh);
+        const int arrived = fresh->arrived();
+        detacher.join();
+        closer.join();
+        ASSERT_EQ(arrived, fresh->arrived());
+        ASSERT_LE(fresh->ends().size(), 1u);
+    }
+}
+
+} // namespace
