@@ -1,0 +1,22 @@
+// What this process uses of the system.
+#ifndef OSTREL_TESTS_PROCESS_FIGURES_H
+#define OSTREL_TESTS_PROCESS_FIGURES_H
+
+#include <cstddef>
+
+namespace ostrel {
+namespace testing_support {
+
+struct ProcessFigures {
+    size_t threads = 0;
+    size_t descriptors = 0;
+    size_t heapBytes = 0;     // in use, as malloc counts them
+    size_t residentBytes = 0; // of the whole process
+};
+
+ProcessFigures processFigures();
+
+} // namespace testing_support
+} // namespace ostrel
+
+#endif
