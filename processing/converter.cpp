@@ -96,6 +96,9 @@ int OVideoConverter::I420ToYUY2(const uint8_t* src, uint8_t* dst, int width, int
 }
 
 int OVideoConverter::YUY2ToI420(int width, int height, const uint8_t* src, uint8_t* dst) {
+    // Some releases of libyuv check nothing here, and write some bytes even for a width of 0.
+    if (!src || !dst || width < 1 || height == 0)
+        return -1;
     const Planes<uint8_t> to(dst, width, height);
     return libyuv::YUY2ToI420(src, mul(width, 2), to.y, to.yStride, to.u, to.chromaStride, to.v,
                               to.chromaStride, width, height);

@@ -12,7 +12,7 @@
 
 namespace ostrel {
 
-// The three frame sizes. Any int is a valid value, so that operations can answer for numbers that are no level.
+// The three frame sizes. Any int is a valid value: operations answer for numbers that are no level, too.
 enum VIDEO_QUALITY : int {
     VIDEO_QUALITY_LD = 0, // 320 x 240
     VIDEO_QUALITY_SD = 1, // 640 x 480
@@ -31,7 +31,8 @@ public:
     static uint32_t get_time();
 };
 
-// Filters for scaling. Any other number is libyuv's to interpret.
+// Filters for scaling. Other numbers go to libyuv as they are, at the caller's risk: with some of them its
+// releases read beyond the source when they enlarge.
 enum ScaleMethod : int {
     SCALE_METHOD_NONE = 0,     // point sampling
     SCALE_METHOD_BILINEAR = 1, // bilinear
@@ -45,12 +46,14 @@ enum ScaleMethod : int {
 //   I420          planes Y, U, V              width * height * 3 / 2 bytes
 // Width and height are pixels, positive and even. Colours are BT.601 with limited range. Raw pointers are the
 // caller's: they must hold a frame of the given size, and nothing is kept after the call. Answers: 0, or -1
-// with the destination untouched when the arguments are refused (a null pointer, a width below 1, a height of 0).
+// with the destination untouched when the arguments are refused (a null pointer, a width below 1, a height
+// of 0).
 class OSTREL_EXPORT OVideoConverter {
 public:
     OVideoConverter() {}
 
-    static int RGB24ToI420(const uint8_t* src, uint8_t* dst, int width, int height); // src is bottom row first
+    // src is bottom row first.
+    static int RGB24ToI420(const uint8_t* src, uint8_t* dst, int width, int height);
     static int ARGBToI420(const uint8_t* src, uint8_t* dst, int width, int height);   // ignores A
     static int I420ToARGB32(const uint8_t* src, uint8_t* dst, int width, int height); // writes A = 255
     static int YUY2ToARGB(const uint8_t* src, uint8_t* dst, int width, int height);   // writes A = 255
@@ -61,21 +64,23 @@ public:
 
     // src is bottom row first; writes A = 255. Neither length is checked and dst is not resized: it must
     // already hold width * 4 * height bytes. Answers 0 even when the arguments are refused.
-    static int RGB24ToARGB32(const std::vector<uint8_t>& src, std::vector<uint8_t>& dst, int width, int height);
-    // src is top row first and must have exactly width * 3 * height bytes, else -1 and dst is untouched. dst is
-    // resized to its frame. Throws std::bad_alloc.
+    static int RGB24ToARGB32(const std::vector<uint8_t>& src, std::vector<uint8_t>& dst, int width,
+                             int height);
+    // src is top row first and must have exactly width * 3 * height bytes, else -1 and dst is untouched. dst
+    // is resized to its frame. Throws std::bad_alloc.
     static int RGB24ToYUY2(const std::vector<uint8_t>& src, std::vector<uint8_t>& dst, int width, int height);
     // src is I420 (dst is not resized and must already hold width * 2 * height bytes) or RGB24 (as
     // RGB24ToYUY2), told apart by its length; any other length answers -1 and dst is untouched.
-    static int convertToYUY2(const std::vector<uint8_t>& src, std::vector<uint8_t>& dst, int width, int height);
+    static int convertToYUY2(const std::vector<uint8_t>& src, std::vector<uint8_t>& dst, int width,
+                             int height);
     // Returns an empty buffer for any input.
     static std::vector<uint8_t> ScaleLDToSD(const std::vector<uint8_t>& src);
 };
 
 // Scaling between the three frame sizes. dst is resized to the frame of its level; keep it between calls, as
 // fresh memory for each frame costs more than the scaling. src is not changed and must be another buffer than
-// dst. Answers -1, with dst untouched, when src does not have the exact length of a frame of its level; a number
-// that is no level stands for an empty frame. Throws std::bad_alloc.
+// dst. Answers -1, with dst untouched, when src does not have the exact length of a frame of its level; a
+// number that is no level stands for an empty frame. Throws std::bad_alloc.
 class OSTREL_EXPORT OVideoScaler {
 public:
     // Answers 0, or -1 for numbers that are no level (dst is resized all the same).

@@ -1,0 +1,235 @@
+// How often the operations allocate, counted in a replaced operator new, and that a failed allocation leaves
+// nothing behind.
+#include <ostrel/processing.h>
+
+#include <gtest/gtest.h>
+
+#include <new>
+#include <stdlib.h>
+#include <vector>
+
+namespace {
+
+bool g_counting = false;
+int g_allocations = 0;
+size_t g_bytes = 0;
+int g_live = 0;
+int g_failAt = 0; // the allocation of this number fails; 0 for none
+
+void* allocate(size_t size) {
+    if (g_counting) {
+        ++g_allocations;
+        g_bytes += size;
+        if (g_allocations == g_failAt)
+            throw std::bad_alloc();
+        ++g_live;
+    }
+    void* const memory = malloc(size ? size : 1);
+    if (!memory)
+        throw std::bad_alloc();
+    return memory;
+}
+
+void release(void* memory) {
+    if (g_counting && memory)
+        --g_live;
+    free(memory);
+}
+
+} // namespace
+
+void* operator new(size_t size) {
+    return allocate(size);
+}
+
+void* operator new[](size_t size) {
+    return allocate(size);
+}
+
+void operator delete(void* memory) noexcept {
+    release(memory);
+}
+
+void operator delete[](void* memory) noexcept {
+    release(memory);
+}
+
+void operator delete(void* memory, size_t) noexcept {
+    release(memory);
+}
+
+void operator delete[](void* memory, size_t) noexcept {
+    release(memory);
+}
+
+using namespace ostrel;
+
+namespace {
+
+typedef std::vector<uint8_t> Bytes;
+
+const size_t LD_I420 = 320 * 240 * 3 / 2;
+const size_t LD_YUY2 = 320 * 240 * 2;
+const size_t LD_RGB24 = 320 * 240 * 3;
+const size_t LD_ARGB = 320 * 240 * 4;
+const size_t HD_I420 = 1280 * 720 * 3 / 2;
+const size_t HD_YUY2 = 1280 * 720 * 2;
+
+// Counts while it lives.
+class Count {
+public:
+    explicit Count(int failAt = 0) {
+        g_allocations = 0;
+        g_bytes = 0;
+        g_live = 0;
+        g_failAt = failAt;
+        g_counting = true;
+    }
+    ~Count() { g_counting = false; }
+};
+
+} // namespace
+
+TEST(Allocations, OfOperatorNewAreCounted) {
+    Count count;
+    const Bytes bytes(100);
+    EXPECT_EQ(g_allocations, 1);
+    EXPECT_EQ(g_bytes, 100u);
+}
+
+TEST(Allocations, OfTheConversionsBetweenRawPointersAreNone) {
+    const Bytes src(LD_ARGB, 7);
+    Bytes dst(LD_ARGB);
+    Count count;
+    OVideoConverter::RGB24ToI420(src.data(), dst.data(), 320, 240);
+    OVideoConverter::ARGBToI420(src.data(), dst.data(), 320, 240);
+    OVideoConverter::I420ToARGB32(src.data(), dst.data(), 320, 240);
+    OVideoConverter::YUY2ToARGB(src.data(), dst.data(), 320, 240);
+    OVideoConverter::I420ToYUY2(src.data(), dst.data(), 320, 240, 0);
+    OVideoConverter::YUY2ToI420(320, 240, src.data(), dst.data());
+    EXPECT_EQ(g_allocations, 0);
+}
+
+TEST(Allocations, OfRGB24ToARGB32AreNone) {
+    const Bytes src(LD_RGB24);
+    Bytes dst(LD_ARGB);
+    Count count;
+    OVideoConverter::RGB24ToARGB32(src, dst, 320, 240);
+    EXPECT_EQ(g_allocations, 0);
+}
+
+TEST(Allocations, OfConvertToYUY2FromI420AreNone) {
+    const Bytes src(LD_I420);
+    Bytes dst(LD_YUY2);
+    Count count;
+    EXPECT_EQ(OVideoConverter::convertToYUY2(src, dst, 320, 240), 0);
+    EXPECT_EQ(g_allocations, 0);
+}
+
+TEST(Allocations, OfRGB24ToYUY2AreOneI420FrameWhenTheDestinationIsKept) {
+    const Bytes src(LD_RGB24);
+    Bytes dst(LD_YUY2);
+    Count count;
+    EXPECT_EQ(OVideoConverter::RGB24ToYUY2(src, dst, 320, 240), 0);
+    EXPECT_EQ(g_allocations, 1);
+    EXPECT_EQ(g_bytes, LD_I420);
+    EXPECT_EQ(g_live, 0);
+}
+
+TEST(Allocations, OfRGB24ToYUY2AreOneMoreForAFreshDestination) {
+    const Bytes src(LD_RGB24);
+    Bytes dst;
+    Count count;
+    EXPECT_EQ(OVideoConverter::RGB24ToYUY2(src, dst, 320, 240), 0);
+    EXPECT_EQ(g_allocations, 2);
+    EXPECT_EQ(g_bytes, LD_I420 + LD_YUY2);
+    EXPECT_EQ(g_live, 1);
+}
+
+TEST(Allocations, OfRefusedLengthsAreNone) {
+    Bytes src(100);
+    Bytes dst;
+    Count count;
+    EXPECT_EQ(OVideoConverter::RGB24ToYUY2(src, dst, 320, 240), -1);
+    EXPECT_EQ(OVideoConverter::convertToYUY2(src, dst, 320, 240), -1);
+    EXPECT_EQ(OVideoScaler::scaleI420Frame(VIDEO_QUALITY_LD, src, VIDEO_QUALITY_SD, dst, SCALE_METHOD_BOX),
+              -1);
+    EXPECT_EQ(OVideoScaler::scaleYUY2Frame(VIDEO_QUALITY_LD, src, VIDEO_QUALITY_SD, dst, SCALE_METHOD_BOX),
+              -1);
+    EXPECT_EQ(g_allocations, 0);
+}
+
+TEST(Allocations, OfScaleLDToSDAreNone) {
+    const Bytes src(LD_I420);
+    Count count;
+    OVideoConverter::ScaleLDToSD(src);
+    EXPECT_EQ(g_allocations, 0);
+}
+
+TEST(Allocations, OfScaleI420FrameAreNoneWhenTheDestinationIsKept) {
+    Bytes src(LD_I420);
+    Bytes dst(HD_I420);
+    Count count;
+    for (int method = 0; method < 3; ++method)
+        OVideoScaler::scaleI420Frame(VIDEO_QUALITY_LD, src, VIDEO_QUALITY_HD, dst,
+                                     static_cast<ScaleMethod>(method));
+    EXPECT_EQ(g_allocations, 0);
+}
+
+TEST(Allocations, OfScaleYUY2FrameAreTwoI420FramesWhenTheDestinationIsKept) {
+    Bytes src(LD_YUY2);
+    Bytes dst(HD_YUY2);
+    Count count;
+    OVideoScaler::scaleYUY2Frame(VIDEO_QUALITY_LD, src, VIDEO_QUALITY_HD, dst, SCALE_METHOD_BILINEAR);
+    EXPECT_EQ(g_allocations, 2);
+    EXPECT_EQ(g_bytes, LD_I420 + HD_I420);
+    EXPECT_EQ(g_live, 0);
+}
+
+TEST(Allocations, OfTheClockAndTheSizesAreNone) {
+    int width = 0;
+    int height = 0;
+    Count count;
+    OVideoCommon::get_time();
+    OVideoCommon::qualityToResolution(1, width, height);
+    OVideoCommon::resolutionToQuality(width, height);
+    EXPECT_EQ(g_allocations, 0);
+}
+
+TEST(FailedAllocations, OfRGB24ToYUY2ReachTheCallerAndLeaveNothingBehind) {
+    const Bytes src(LD_RGB24);
+    for (int failing = 1; failing <= 2; ++failing) {
+        bool thrown = false;
+        Count count(failing);
+        {
+            Bytes dst;
+            try {
+                OVideoConverter::RGB24ToYUY2(src, dst, 320, 240);
+            } catch (const std::bad_alloc&) {
+                thrown = true;
+            }
+        }
+        g_counting = false;
+        EXPECT_TRUE(thrown) << failing;
+        EXPECT_EQ(g_live, 0) << failing;
+    }
+}
+
+TEST(FailedAllocations, OfScaleYUY2FrameReachTheCallerAndLeaveNothingBehind) {
+    Bytes src(LD_YUY2);
+    for (int failing = 1; failing <= 3; ++failing) {
+        bool thrown = false;
+        Count count(failing);
+        {
+            Bytes dst;
+            try {
+                OVideoScaler::scaleYUY2Frame(VIDEO_QUALITY_LD, src, VIDEO_QUALITY_HD, dst, SCALE_METHOD_BOX);
+            } catch (const std::bad_alloc&) {
+                thrown = true;
+            }
+        }
+        g_counting = false;
+        EXPECT_TRUE(thrown) << failing;
+        EXPECT_EQ(g_live, 0) << failing;
+    }
+}
