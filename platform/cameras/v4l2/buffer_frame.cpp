@@ -1,0 +1,52 @@
+#include "platform/cameras/v4l2/buffer_frame.h"
+
+#include "platform/cameras/pixels/bgra.h"
+#include "platform/cameras/v4l2/buffer_queue.h"
+
+#include <cstring>
+#include <mutex>
+#include <new>
+
+namespace ostrel {
+namespace cameras {
+namespace v4l2 {
+
+BufferFrame::BufferFrame(const std::shared_ptr<BufferQueue>& queue, unsigned index,
+                         const pixels::Picture& picture, const std::shared_ptr<pixels::ScratchPool>& pool,
+                         const std::shared_ptr<StreamCounters>& counters)
+    : queue_(queue), index_(index), pool_(pool), counters_(counters), picture_(picture) {}
+
+BufferFrame::~BufferFrame() {
+    // First of all, while every member is whole: the queue may be turning this frame into a copy right now.
+    queue_->dropped(*this, index_);
+}
+
+bool BufferFrame::convert(uint8_t* bgra, int width, int height, int stride) {
+    bool whole = false;
+    {
+        std::shared_lock<std::shared_mutex> lock(mutex_);
+        whole = picture_.data && pixels::toBgra(picture_, bgra, width, height, stride, *pool_);
+    }
+    if (!whole)
+        counters_->drop("undecodable");
+    else if (!taken_.exchange(true, std::memory_order_relaxed))
+        counters_->change([](StreamStatistics& figures) { ++figures.taken; });
+    return whole;
+}
+
+void BufferFrame::becomeIndependent() {
+    std::unique_lock<std::shared_mutex> lock(mutex_);
+    if (own_.data() || !picture_.data)
+        return;
+    try {
+        own_ = pool_->take(picture_.bytes);
+        std::memcpy(own_.data(), picture_.data, picture_.bytes);
+        picture_.data = own_.data();
+    } catch (const std::bad_alloc&) {
+        picture_.data = nullptr; // a frame that cannot be read is better than one that reads freed memory
+    }
+}
+
+} // namespace v4l2
+} // namespace cameras
+} // namespace ostrel

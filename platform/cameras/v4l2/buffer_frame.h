@@ -1,0 +1,52 @@
+// A frame that reads a driver's buffer in place.
+#ifndef OSTREL_PLATFORM_CAMERAS_V4L2_BUFFER_FRAME_H
+#define OSTREL_PLATFORM_CAMERAS_V4L2_BUFFER_FRAME_H
+
+#include "platform/cameras/camera.h"
+#include "platform/cameras/pixels/picture.h"
+#include "platform/cameras/pixels/scratch_pool.h"
+#include "platform/cameras/v4l2/stream_counters.h"
+
+#include <atomic>
+#include <memory>
+#include <shared_mutex>
+
+namespace ostrel {
+namespace cameras {
+namespace v4l2 {
+
+class BufferQueue;
+
+// Thread-safe.
+class BufferFrame : public CameraFrame {
+public:
+    static const unsigned kNoBuffer = ~0u;
+
+    // The picture's bytes belong to buffer `index` of the queue, which gets it back when the frame is
+    // dropped.
+    BufferFrame(const std::shared_ptr<BufferQueue>& queue, unsigned index, const pixels::Picture& picture,
+                const std::shared_ptr<pixels::ScratchPool>& pool,
+                const std::shared_ptr<StreamCounters>& counters);
+    ~BufferFrame() override;
+
+    bool convert(uint8_t* bgra, int width, int height, int stride) override;
+
+    // Copies the picture, so that the buffer is not read any more. Waits for conversions in progress.
+    void becomeIndependent();
+
+private:
+    const std::shared_ptr<BufferQueue> queue_;
+    const unsigned index_;
+    const std::shared_ptr<pixels::ScratchPool> pool_;
+    const std::shared_ptr<StreamCounters> counters_;
+    std::atomic<bool> taken_{false};
+    std::shared_mutex mutex_; // shared by those who read the picture, alone for the one who moves it
+    pixels::Picture picture_;
+    pixels::ScratchPool::Block own_;
+};
+
+} // namespace v4l2
+} // namespace cameras
+} // namespace ostrel
+
+#endif

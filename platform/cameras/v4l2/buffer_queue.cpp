@@ -1,0 +1,238 @@
+// Locks: the queue's own, then a frame's. A frame takes the queue's lock only in its destructor, and holds
+// none then.
+#include "platform/cameras/v4l2/buffer_queue.h"
+
+#include "platform/cameras/v4l2/buffer_frame.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <linux/videodev2.h>
+#include <sys/mman.h>
+
+namespace ostrel {
+namespace cameras {
+namespace v4l2 {
+
+namespace {
+
+// One held as the newest, one being converted, one being delivered, two for the driver to fill in turn.
+const unsigned kWantedBuffers = 5;
+// Some drivers allow no more; the frames are then copies.
+const unsigned kFewestBuffers = 2;
+// No driver grants more; a number beyond it is a mistake.
+const unsigned kMostBuffers = 32;
+
+// A buffer and, for the interface of several planes, its only plane.
+struct KernelBuffer {
+    v4l2_buffer buffer = {};
+    v4l2_plane plane = {};
+
+    KernelBuffer(uint32_t type, unsigned index) {
+        buffer.type = type;
+        buffer.memory = V4L2_MEMORY_MMAP;
+        buffer.index = index;
+        if (severalPlanes()) {
+            buffer.m.planes = &plane;
+            buffer.length = 1;
+        }
+    }
+    bool severalPlanes() const { return buffer.type == V4L2_BUF_TYPE_VIDEO_CAPTURE_MPLANE; }
+    size_t length() const { return severalPlanes() ? plane.length : buffer.length; }
+    long offset() const { return severalPlanes() ? plane.m.mem_offset : buffer.m.offset; }
+    size_t begin() const { return severalPlanes() ? plane.data_offset : 0; }
+    size_t end() const { return severalPlanes() ? plane.bytesused : buffer.bytesused; }
+};
+
+} // namespace
+
+BufferQueue::BufferQueue(const std::shared_ptr<VideoNode>& node, const Granted& granted,
+                         const std::shared_ptr<StreamCounters>& counters)
+    : node_(node), granted_(granted), counters_(counters), pool_(std::make_shared<pixels::ScratchPool>()) {}
+
+BufferQueue::~BufferQueue() {
+    close();
+}
+
+uint32_t BufferQueue::type() const {
+    return granted_.multiplanar ? V4L2_BUF_TYPE_VIDEO_CAPTURE_MPLANE : V4L2_BUF_TYPE_VIDEO_CAPTURE;
+}
+
+int BufferQueue::open(const char*& step) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    step = "VIDIOC_REQBUFS";
+    int error = request();
+    for (unsigned i = 0; i < buffers_.size() && !error; ++i) {
+        step = "mapping the buffers";
+        error = map(i);
+    }
+    for (unsigned i = 0; i < buffers_.size() && !error; ++i) {
+        step = "VIDIOC_QBUF";
+        error = queue(i);
+    }
+    if (!error) {
+        step = "VIDIOC_STREAMON";
+        int which = static_cast<int>(type());
+        error = node_->ioctl(VIDIOC_STREAMON, &which);
+    }
+    if (error)
+        release();
+    return error;
+}
+
+int BufferQueue::request() {
+    v4l2_requestbuffers request = {};
+    request.type = type();
+    request.memory = V4L2_MEMORY_MMAP;
+    request.count = kWantedBuffers;
+    if (const int error = node_->ioctl(VIDIOC_REQBUFS, &request))
+        return error;
+    requested_ = true;
+    if (request.count < kFewestBuffers || request.count > kMostBuffers)
+        return ENOMEM;
+    buffers_.resize(request.count);
+    return 0;
+}
+
+int BufferQueue::map(unsigned index) {
+    KernelBuffer info(type(), index);
+    if (const int error = node_->ioctl(VIDIOC_QUERYBUF, &info.buffer))
+        return error;
+    if (info.length() == 0)
+        return EINVAL;
+    void* address = node_->kernel().mmap(info.length(), node_->descriptor(), info.offset());
+    if (address == MAP_FAILED)
+        return errno;
+    buffers_[index].address = address;
+    buffers_[index].length = info.length();
+    return 0;
+}
+
+int BufferQueue::queue(unsigned index) {
+    KernelBuffer request(type(), index);
+    const int error = node_->ioctl(VIDIOC_QBUF, &request.buffer);
+    buffers_[index].place = error ? Place::Refused : Place::Driver;
+    return error;
+}
+
+void BufferQueue::close() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (!node_)
+        return;
+    for (Buffer& buffer : buffers_)
+        if (buffer.frame)
+            buffer.frame->becomeIndependent();
+    release();
+    pool_->retire();
+    node_.reset();
+}
+
+void BufferQueue::release() {
+    int which = static_cast<int>(type());
+    if (requested_)
+        node_->ioctl(VIDIOC_STREAMOFF, &which); // also after a failed STREAMON: it takes the buffers back
+    unmap();
+    if (requested_) {
+        v4l2_requestbuffers none = {};
+        none.type = type();
+        none.memory = V4L2_MEMORY_MMAP;
+        node_->ioctl(VIDIOC_REQBUFS, &none);
+        requested_ = false;
+    }
+}
+
+void BufferQueue::unmap() {
+    for (Buffer& buffer : buffers_)
+        if (buffer.address)
+            node_->kernel().munmap(buffer.address, buffer.length);
+    buffers_.clear();
+}
+
+int BufferQueue::dequeue(Filled& filled) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (!node_)
+        return ENODEV;
+    KernelBuffer info(type(), 0);
+    if (const int error = node_->ioctl(VIDIOC_DQBUF, &info.buffer))
+        return error;
+    if (info.buffer.index >= buffers_.size() || buffers_[info.buffer.index].place != Place::Driver) {
+        counters_->drop("unknown buffer");
+        return EIO;
+    }
+    Buffer& buffer = buffers_[info.buffer.index];
+    buffer.place = Place::Ours;
+    const size_t end = std::min(info.end(), buffer.length);
+    const size_t begin = std::min(info.begin(), end);
+    filled.index = info.buffer.index;
+    filled.sequence = info.buffer.sequence;
+    filled.damaged = info.buffer.flags & V4L2_BUF_FLAG_ERROR;
+    filled.data = static_cast<const uint8_t*>(buffer.address) + begin;
+    filled.bytes = end - begin;
+    return 0;
+}
+
+void BufferQueue::requeue(unsigned index) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (!node_)
+        return;
+    if (const int error = queue(index))
+        refusal_ = error;
+}
+
+int BufferQueue::requeueRefused() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (!node_ || refusal_ == 0)
+        return 0;
+    const int error = refusal_;
+    refusal_ = 0;
+    for (unsigned i = 0; i < buffers_.size(); ++i)
+        if (buffers_[i].place == Place::Refused)
+            if (const int again = queue(i))
+                refusal_ = again;
+    return count(Place::Driver) == 0 ? error : 0;
+}
+
+unsigned BufferQueue::count(Place place) const {
+    return static_cast<unsigned>(std::count_if(buffers_.begin(), buffers_.end(),
+                                               [place](const Buffer& b) { return b.place == place; }));
+}
+
+unsigned BufferQueue::queued() const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return count(Place::Driver);
+}
+
+std::shared_ptr<CameraFrame> BufferQueue::frame(const Filled& filled) {
+    pixels::Picture picture;
+    picture.layout = granted_.layout;
+    picture.matrix = granted_.matrix;
+    picture.width = granted_.size.width;
+    picture.height = granted_.size.height;
+    picture.stride = granted_.stride;
+    picture.data = filled.data;
+    picture.bytes = filled.bytes;
+    auto frame = std::make_shared<BufferFrame>(shared_from_this(), filled.index, picture, pool_, counters_);
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        const unsigned left = buffers_.size() <= kFewestBuffers ? 1 : 2;
+        if (count(Place::Driver) >= left) {
+            buffers_[filled.index].frame = frame.get();
+            return frame;
+        }
+    }
+    frame->becomeIndependent();
+    requeue(filled.index);
+    return frame;
+}
+
+void BufferQueue::dropped(BufferFrame& frame, unsigned index) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (!node_ || index >= buffers_.size() || buffers_[index].frame != &frame)
+        return; // a copy, or the stream has ended
+    buffers_[index].frame = nullptr;
+    if (const int error = queue(index))
+        refusal_ = error;
+}
+
+} // namespace v4l2
+} // namespace cameras
+} // namespace ostrel

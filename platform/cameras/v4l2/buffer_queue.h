@@ -1,0 +1,93 @@
+// The driver's few buffers: which of them the driver has, and which of them somebody still reads.
+#ifndef OSTREL_PLATFORM_CAMERAS_V4L2_BUFFER_QUEUE_H
+#define OSTREL_PLATFORM_CAMERAS_V4L2_BUFFER_QUEUE_H
+
+#include "platform/cameras/camera.h"
+#include "platform/cameras/pixels/scratch_pool.h"
+#include "platform/cameras/v4l2/stream_counters.h"
+#include "platform/cameras/v4l2/video_node.h"
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+namespace ostrel {
+namespace cameras {
+namespace v4l2 {
+
+class BufferFrame;
+
+// A buffer that the driver has filled and that is ours until it is requeued.
+struct Filled {
+    unsigned index = 0;
+    uint32_t sequence = 0;
+    bool damaged = false; // the driver says so
+    const uint8_t* data = nullptr;
+    size_t bytes = 0;
+};
+
+// Thread-safe. Frames keep the queue's memory alive, but neither its mappings nor the device beyond close().
+class BufferQueue : public std::enable_shared_from_this<BufferQueue> {
+public:
+    BufferQueue(const std::shared_ptr<VideoNode>& node, const Granted& granted,
+                const std::shared_ptr<StreamCounters>& counters);
+    ~BufferQueue();
+
+    // Takes buffers from the driver, maps and queues them and switches the stream on. After a failure
+    // everything is as before. The number is the errno; `step` names the call.
+    int open(const char*& step);
+    // Turns what frames still hold into memory of their own, switches the stream off, unmaps and frees.
+    // Waits for conversions in progress.
+    void close();
+
+    // 0, or the errno of the kernel: EAGAIN when there is none yet.
+    int dequeue(Filled& filled);
+    // Gives a buffer back. What the driver refuses is offered again at the next call of requeueRefused().
+    void requeue(unsigned index);
+    // 0, or the errno of the last refusal when the driver is left without a buffer.
+    int requeueRefused();
+
+    // A frame that holds the buffer until it is dropped, or a copy when the driver would be left with too
+    // few.
+    std::shared_ptr<CameraFrame> frame(const Filled& filled);
+
+    const Granted& granted() const { return granted_; }
+    // How many buffers the driver has.
+    unsigned queued() const;
+
+private:
+    friend class BufferFrame;
+
+    enum class Place { Driver, Ours, Refused };
+    struct Buffer {
+        void* address = nullptr;
+        size_t length = 0;
+        Place place = Place::Ours;
+        BufferFrame* frame = nullptr; // that reads it
+    };
+
+    int request();
+    int map(unsigned index);
+    int queue(unsigned index);
+    void release();
+    void unmap();
+    unsigned count(Place place) const;
+    uint32_t type() const;
+    void dropped(BufferFrame& frame, unsigned index);
+
+    mutable std::mutex mutex_;
+    std::shared_ptr<VideoNode> node_; // null once closed
+    const Granted granted_;
+    const std::shared_ptr<StreamCounters> counters_;
+    const std::shared_ptr<pixels::ScratchPool> pool_;
+    std::vector<Buffer> buffers_;
+    bool requested_ = false;
+    int refusal_ = 0;
+};
+
+} // namespace v4l2
+} // namespace cameras
+} // namespace ostrel
+
+#endif

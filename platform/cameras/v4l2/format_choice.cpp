@@ -1,0 +1,97 @@
+// Raw formats cost the least to decode, but over USB 2 a camera sends large raw pictures five or ten times a
+// second where it sends compressed ones thirty times. So the rate comes before the cost, and a compressed
+// format wins exactly where the raw ones are slower.
+#include "platform/cameras/v4l2/format_choice.h"
+
+#include <algorithm>
+#include <cmath>
+#include <tuple>
+
+namespace ostrel {
+namespace cameras {
+namespace v4l2 {
+
+namespace {
+
+// More is not worth a compressed format or a larger picture.
+const int kEnoughRate = 30;
+
+// Frames a second, whole ones, so that 29.97 is no worse than 30. A camera that does not tell mostly has the
+// usual rate, but one that says so is to be preferred.
+int rateRank(const Interval& interval) {
+    if (!interval.known())
+        return kEnoughRate - 1;
+    return std::min(kEnoughRate, static_cast<int>(std::lround(std::min(interval.rate(), 1000.0))));
+}
+
+bool isEnough(const Interval& interval) {
+    return rateRank(interval) >= kEnoughRate;
+}
+
+int fitAxis(int least, int most, int step, int wanted) {
+    if (wanted <= least)
+        return least;
+    if (wanted >= most)
+        return most;
+    step = std::max(step, 1);
+    const int above = least + (wanted - least + step - 1) / step * step;
+    return std::min(above, most);
+}
+
+int64_t area(const Size& size) {
+    return static_cast<int64_t>(size.width) * size.height;
+}
+
+bool covers(const Size& size, const Size& wanted) {
+    return size.width >= wanted.width && size.height >= wanted.height;
+}
+
+// Smaller is better. Pixels that the camera does not have cannot be made up, so a size that covers the
+// request goes before everything else; where none does, the largest.
+std::tuple<bool, int64_t, int, bool, int64_t, int> rank(const Candidate& c, const Size& wanted) {
+    const bool small = !covers(c.size, wanted);
+    return std::make_tuple(small, small ? -area(c.size) : 0, -rateRank(c.interval), !(c.size == wanted),
+                           area(c.size), c.cost);
+}
+
+} // namespace
+
+Size fit(const SizeRange& range, const Size& wanted) {
+    Size size;
+    size.width = fitAxis(range.least.width, range.most.width, range.step.width, wanted.width);
+    size.height = fitAxis(range.least.height, range.most.height, range.step.height, wanted.height);
+    return size;
+}
+
+Interval bestInterval(const std::vector<Interval>& offered) {
+    Interval best;
+    for (const Interval& one : offered) {
+        if (!one.known())
+            continue;
+        const bool better = !best.known() || (isEnough(one) ? !isEnough(best) || one.rate() < best.rate()
+                                                            : !isEnough(best) && one.rate() > best.rate());
+        if (better)
+            best = one;
+    }
+    return best;
+}
+
+Interval bestInterval(const Interval& shortest, const Interval& longest) {
+    Interval enough;
+    enough.numerator = 1;
+    enough.denominator = kEnoughRate;
+    if (!shortest.known() || shortest.rate() <= enough.rate())
+        return shortest;
+    return longest.known() && longest.rate() > enough.rate() ? longest : enough;
+}
+
+std::vector<Candidate> ranked(std::vector<Candidate> candidates, const Size& wanted) {
+    std::stable_sort(candidates.begin(), candidates.end(), [&](const Candidate& a, const Candidate& b) {
+        return rank(a, wanted) < rank(b, wanted);
+    });
+    return candidates;
+}
+
+} // namespace v4l2
+} // namespace cameras
+} // namespace ostrel

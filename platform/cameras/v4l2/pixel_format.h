@@ -1,0 +1,27 @@
+// The kernel's pixel formats in our words.
+#ifndef OSTREL_PLATFORM_CAMERAS_V4L2_PIXEL_FORMAT_H
+#define OSTREL_PLATFORM_CAMERAS_V4L2_PIXEL_FORMAT_H
+
+#include "platform/cameras/pixels/picture.h"
+
+#include <cstdint>
+#include <string>
+
+namespace ostrel {
+namespace cameras {
+namespace v4l2 {
+
+// False for a format that cannot be converted; `layout` is then untouched.
+bool layoutOf(uint32_t fourcc, pixels::Layout& layout);
+
+// The four characters, bytes that are not printable as '?', without the blanks at the end.
+std::string fourccText(uint32_t fourcc);
+
+// From the colour fields of a v4l2_pix_format: each may be 0, "default".
+pixels::YuvMatrix matrixOf(uint32_t colorspace, uint32_t encoding, uint32_t quantization);
+
+} // namespace v4l2
+} // namespace cameras
+} // namespace ostrel
+
+#endif

@@ -1,0 +1,259 @@
+#include "platform/cameras/v4l2/video_node.h"
+
+#include "platform/cameras/v4l2/pixel_format.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <linux/videodev2.h>
+
+namespace ostrel {
+namespace cameras {
+namespace v4l2 {
+
+namespace {
+
+// A driver that never says "no more" must not hold up the listing.
+const uint32_t kMostEntries = 256;
+
+// Larger pictures are taken for a driver's mistake: their sizes in bytes would leave int.
+const uint32_t kLargestSide = 16384;
+
+const uint32_t kNotACamera = V4L2_CAP_VIDEO_OUTPUT | V4L2_CAP_VIDEO_OUTPUT_MPLANE | V4L2_CAP_VIDEO_M2M |
+                             V4L2_CAP_VIDEO_M2M_MPLANE | V4L2_CAP_META_CAPTURE | V4L2_CAP_META_OUTPUT |
+                             V4L2_CAP_TOUCH;
+
+uint32_t bufferType(bool multiplanar) {
+    return multiplanar ? V4L2_BUF_TYPE_VIDEO_CAPTURE_MPLANE : V4L2_BUF_TYPE_VIDEO_CAPTURE;
+}
+
+// The kernel's texts end with a zero, but not every driver's do.
+template <size_t N>
+std::string text(const __u8 (&bytes)[N]) {
+    const char* chars = reinterpret_cast<const char*>(bytes);
+    return std::string(chars, ::strnlen(chars, N));
+}
+
+Size size(uint32_t width, uint32_t height) {
+    Size s;
+    s.width = static_cast<int>(std::min(width, kLargestSide));
+    s.height = static_cast<int>(std::min(height, kLargestSide));
+    return s;
+}
+
+Interval interval(const v4l2_fract& fraction) {
+    Interval i;
+    i.numerator = fraction.numerator;
+    i.denominator = fraction.denominator;
+    return i;
+}
+
+v4l2_format requestOf(const Candidate& asked, bool multiplanar) {
+    v4l2_format format = {};
+    format.type = bufferType(multiplanar);
+    if (multiplanar) {
+        v4l2_pix_format_mplane& pix = format.fmt.pix_mp;
+        pix.pixelformat = asked.fourcc;
+        pix.width = static_cast<uint32_t>(asked.size.width);
+        pix.height = static_cast<uint32_t>(asked.size.height);
+        pix.field = V4L2_FIELD_NONE;
+        pix.num_planes = 1;
+    } else {
+        v4l2_pix_format& pix = format.fmt.pix;
+        pix.pixelformat = asked.fourcc;
+        pix.width = static_cast<uint32_t>(asked.size.width);
+        pix.height = static_cast<uint32_t>(asked.size.height);
+        pix.field = V4L2_FIELD_NONE;
+        pix.priv = V4L2_PIX_FMT_PRIV_MAGIC; // else the colour fields that follow it are not filled
+    }
+    return format;
+}
+
+// False when the picture is none that can be converted.
+bool readGranted(const v4l2_format& format, bool multiplanar, Granted& granted) {
+    uint32_t width, height, stride;
+    if (multiplanar) {
+        const v4l2_pix_format_mplane& pix = format.fmt.pix_mp;
+        if (pix.num_planes != 1)
+            return false;
+        granted.fourcc = pix.pixelformat;
+        width = pix.width;
+        height = pix.height;
+        stride = pix.plane_fmt[0].bytesperline;
+        granted.matrix = matrixOf(pix.colorspace, pix.ycbcr_enc, pix.quantization);
+    } else {
+        const v4l2_pix_format& pix = format.fmt.pix;
+        granted.fourcc = pix.pixelformat;
+        width = pix.width;
+        height = pix.height;
+        stride = pix.bytesperline;
+        const bool extended = pix.priv == V4L2_PIX_FMT_PRIV_MAGIC;
+        granted.matrix =
+            matrixOf(pix.colorspace, extended ? pix.ycbcr_enc : 0, extended ? pix.quantization : 0);
+    }
+    if (width == 0 || height == 0 || width > kLargestSide || height > kLargestSide)
+        return false;
+    if (!layoutOf(granted.fourcc, granted.layout))
+        return false;
+    granted.multiplanar = multiplanar;
+    granted.size = size(width, height);
+    // Zero, and what some drivers leave there, means rows without padding.
+    const int least = pixels::minimumStride(granted.layout, granted.size.width);
+    granted.stride = std::max(least, static_cast<int>(std::min<uint32_t>(stride, kLargestSide * 4 * 2)));
+    return true;
+}
+
+} // namespace
+
+std::shared_ptr<VideoNode> VideoNode::open(const std::shared_ptr<KernelCalls>& kernel,
+                                           const std::string& path) {
+    const int descriptor = kernel->open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor < 0)
+        return nullptr;
+    return std::shared_ptr<VideoNode>(new VideoNode(kernel, descriptor));
+}
+
+void VideoNode::close() {
+    const int descriptor = descriptor_.exchange(-1);
+    if (descriptor >= 0)
+        kernel_->close(descriptor);
+}
+
+int VideoNode::ioctl(unsigned long request, void* argument) const {
+    return kernel_->ioctl(descriptor(), request, argument) == -1 ? errno : 0;
+}
+
+int VideoNode::ask(Abilities& abilities) const {
+    v4l2_capability caps = {};
+    if (const int error = ioctl(VIDIOC_QUERYCAP, &caps))
+        return error;
+    // `capabilities` speaks of the whole device, of which this node may be the part that only has metadata.
+    const uint32_t flags = caps.capabilities & V4L2_CAP_DEVICE_CAPS ? caps.device_caps : caps.capabilities;
+    const bool single = flags & V4L2_CAP_VIDEO_CAPTURE;
+    const bool several = flags & V4L2_CAP_VIDEO_CAPTURE_MPLANE;
+    abilities.capture = (single || several) && !(flags & kNotACamera);
+    abilities.multiplanar = several && !single;
+    abilities.streaming = flags & V4L2_CAP_STREAMING;
+    abilities.card = text(caps.card);
+    abilities.driver = text(caps.driver);
+    abilities.busInfo = text(caps.bus_info);
+    return 0;
+}
+
+bool VideoNode::isGone() const {
+    Abilities abilities;
+    const int error = ask(abilities);
+    return error == ENODEV || error == ENXIO;
+}
+
+std::vector<uint32_t> VideoNode::formats(bool multiplanar) const {
+    std::vector<uint32_t> result;
+    for (uint32_t index = 0; index < kMostEntries; ++index) {
+        v4l2_fmtdesc description = {};
+        description.index = index;
+        description.type = bufferType(multiplanar);
+        if (ioctl(VIDIOC_ENUM_FMT, &description) != 0)
+            break;
+        pixels::Layout layout;
+        if (layoutOf(description.pixelformat, layout) &&
+            std::find(result.begin(), result.end(), description.pixelformat) == result.end())
+            result.push_back(description.pixelformat);
+    }
+    return result;
+}
+
+std::vector<SizeRange> VideoNode::sizes(uint32_t fourcc) const {
+    std::vector<SizeRange> result;
+    for (uint32_t index = 0; index < kMostEntries; ++index) {
+        v4l2_frmsizeenum entry = {};
+        entry.index = index;
+        entry.pixel_format = fourcc;
+        if (ioctl(VIDIOC_ENUM_FRAMESIZES, &entry) != 0)
+            break;
+        SizeRange range;
+        if (entry.type == V4L2_FRMSIZE_TYPE_DISCRETE) {
+            range.least = range.most = size(entry.discrete.width, entry.discrete.height);
+        } else {
+            range.least = size(entry.stepwise.min_width, entry.stepwise.min_height);
+            range.most = size(entry.stepwise.max_width, entry.stepwise.max_height);
+            if (entry.type == V4L2_FRMSIZE_TYPE_STEPWISE)
+                range.step = size(entry.stepwise.step_width, entry.stepwise.step_height);
+        }
+        if (range.most.width > 0 && range.most.height > 0)
+            result.push_back(range);
+        if (entry.type != V4L2_FRMSIZE_TYPE_DISCRETE)
+            break; // a range has one entry
+    }
+    return result;
+}
+
+Interval VideoNode::interval(uint32_t fourcc, const Size& frame) const {
+    std::vector<Interval> offered;
+    for (uint32_t index = 0; index < kMostEntries; ++index) {
+        v4l2_frmivalenum entry = {};
+        entry.index = index;
+        entry.pixel_format = fourcc;
+        entry.width = static_cast<uint32_t>(frame.width);
+        entry.height = static_cast<uint32_t>(frame.height);
+        if (ioctl(VIDIOC_ENUM_FRAMEINTERVALS, &entry) != 0)
+            break;
+        if (entry.type != V4L2_FRMIVAL_TYPE_DISCRETE)
+            return bestInterval(v4l2::interval(entry.stepwise.min), v4l2::interval(entry.stepwise.max));
+        offered.push_back(v4l2::interval(entry.discrete));
+    }
+    return bestInterval(offered);
+}
+
+std::vector<Candidate> VideoNode::candidates(bool multiplanar, const Size& wanted) const {
+    std::vector<Candidate> result;
+    for (const uint32_t fourcc : formats(multiplanar)) {
+        pixels::Layout layout = pixels::Layout::Bgrx;
+        layoutOf(fourcc, layout);
+        Candidate candidate;
+        candidate.fourcc = fourcc;
+        candidate.cost = pixels::decodeCost(layout);
+        const std::vector<SizeRange> ranges = sizes(fourcc);
+        for (const SizeRange& range : ranges) {
+            candidate.size = fit(range, wanted);
+            candidate.interval = interval(fourcc, candidate.size);
+            result.push_back(candidate);
+        }
+        if (ranges.empty()) {
+            candidate.size = wanted;
+            candidate.interval = Interval();
+            result.push_back(candidate);
+        }
+    }
+    return result;
+}
+
+int VideoNode::setFormat(const Candidate& asked, bool multiplanar, Granted& granted) const {
+    v4l2_format format = requestOf(asked, multiplanar);
+    if (const int error = ioctl(VIDIOC_S_FMT, &format))
+        return error;
+    return readGranted(format, multiplanar, granted) ? 0 : EINVAL;
+}
+
+void VideoNode::setInterval(const Interval& asked, Granted& granted) const {
+    granted.interval = asked;
+    v4l2_streamparm parameters = {};
+    parameters.type = bufferType(granted.multiplanar);
+    if (ioctl(VIDIOC_G_PARM, &parameters) != 0)
+        return;
+    v4l2_captureparm& capture = parameters.parm.capture;
+    if (asked.known() && (capture.capability & V4L2_CAP_TIMEPERFRAME)) {
+        capture.timeperframe.numerator = asked.numerator;
+        capture.timeperframe.denominator = asked.denominator;
+        v4l2_streamparm set = parameters;
+        if (ioctl(VIDIOC_S_PARM, &set) == 0)
+            parameters = set; // else whatever rate it has
+    }
+    const Interval now = v4l2::interval(parameters.parm.capture.timeperframe);
+    if (now.known())
+        granted.interval = now;
+}
+
+} // namespace v4l2
+} // namespace cameras
+} // namespace ostrel

@@ -1,0 +1,84 @@
+// An open device node, asked in questions instead of kernel structures.
+#ifndef OSTREL_PLATFORM_CAMERAS_V4L2_VIDEO_NODE_H
+#define OSTREL_PLATFORM_CAMERAS_V4L2_VIDEO_NODE_H
+
+#include "platform/cameras/pixels/picture.h"
+#include "platform/cameras/v4l2/format_choice.h"
+#include "platform/cameras/v4l2/kernel_calls.h"
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace ostrel {
+namespace cameras {
+namespace v4l2 {
+
+struct Abilities {
+    bool capture = false;     // pictures, and nothing else: no output, no codec, no metadata, no touch pad
+    bool multiplanar = false; // speaks only the interface for several planes
+    bool streaming = false;
+    std::string card, driver, busInfo; // bytes as the driver gives them
+};
+
+// What the driver granted, which may be anything else than what was asked.
+struct Granted {
+    pixels::Layout layout = pixels::Layout::Bgrx;
+    pixels::YuvMatrix matrix = pixels::YuvMatrix::Bt601;
+    uint32_t fourcc = 0;
+    Size size;      // of one picture; of one field where the driver sends half pictures
+    int stride = 0; // never less than a row needs
+    bool multiplanar = false;
+    Interval interval;
+};
+
+// Owns the descriptor. Thread-safe as far as the kernel is, that is, every single call.
+class VideoNode {
+public:
+    // Null with errno set when it does not open.
+    static std::shared_ptr<VideoNode> open(const std::shared_ptr<KernelCalls>& kernel,
+                                           const std::string& path);
+    ~VideoNode() { close(); }
+    VideoNode(const VideoNode&) = delete;
+    VideoNode& operator=(const VideoNode&) = delete;
+
+    // For who knows that nobody uses it any more, though others still hold the object.
+    void close();
+
+    // 0 or errno.
+    int ask(Abilities& abilities) const;
+    // The device has left the machine.
+    bool isGone() const;
+
+    // The formats that can be converted, in the driver's order, each once.
+    std::vector<uint32_t> formats(bool multiplanar) const;
+    // One candidate for each format and size range; a driver that lists no sizes is asked for the wanted one.
+    std::vector<Candidate> candidates(bool multiplanar, const Size& wanted) const;
+
+    // 0, or errno; EINVAL also when what is granted cannot be converted.
+    int setFormat(const Candidate& asked, bool multiplanar, Granted& granted) const;
+    // Asks for the interval and reads back the granted one. A driver may know no rates at all.
+    void setInterval(const Interval& asked, Granted& granted) const;
+
+    int descriptor() const { return descriptor_.load(std::memory_order_relaxed); }
+    KernelCalls& kernel() const { return *kernel_; }
+    int ioctl(unsigned long request, void* argument) const; // 0 or errno
+
+private:
+    VideoNode(const std::shared_ptr<KernelCalls>& kernel, int descriptor)
+        : kernel_(kernel), descriptor_(descriptor) {}
+
+    std::vector<SizeRange> sizes(uint32_t fourcc) const;
+    Interval interval(uint32_t fourcc, const Size& size) const;
+
+    const std::shared_ptr<KernelCalls> kernel_;
+    std::atomic<int> descriptor_; // -1 once closed
+};
+
+} // namespace v4l2
+} // namespace cameras
+} // namespace ostrel
+
+#endif

@@ -1,0 +1,251 @@
+// A V4L2 camera with which nothing is wrong.
+#include "unit/v4l2/camera_fixture.h"
+
+#include <atomic>
+#include <thread>
+
+namespace ostrel {
+namespace tests {
+
+using cameras::CameraFrame;
+using cameras::Error;
+
+TEST_F(V4l2CameraTest, DeliversWhatTheDriverCaptures) {
+    start();
+    deliver(10);
+    EXPECT_EQ(brightness(sink->newest()), 10);
+    deliver(200);
+    EXPECT_EQ(brightness(sink->newest()), 200);
+}
+
+TEST_F(V4l2CameraTest, ScalesToTheSizeThatIsAsked) {
+    start(32, 24);
+    deliver(77);
+    EXPECT_EQ(brightness(sink->newest(), 32, 24), 77);
+    EXPECT_EQ(brightness(sink->newest(), 100, 75), 77);
+}
+
+TEST_F(V4l2CameraTest, UsesTheKernelInOrderAndGivesEverythingBack) {
+    start();
+    camera->stop(sink);
+    camera->close();
+    const std::vector<std::string> expected = {"open",   "REQBUFS 5", "STREAMON", "STREAMOFF",
+                                               "munmap", "munmap",    "munmap",   "munmap",
+                                               "munmap", "REQBUFS 0", "close"};
+    EXPECT_EQ(kernel->journal(), expected);
+}
+
+TEST_F(V4l2CameraTest, HoldsABufferOnlyAsLongAsTheFrame) {
+    start();
+    deliver(1);
+    ASSERT_TRUE(kernel->waitUntilIdle(path));
+    EXPECT_EQ(kernel->queued(path), 4u);
+    sink->drop();
+    EXPECT_EQ(kernel->queued(path), 5u);
+}
+
+TEST_F(V4l2CameraTest, NeverStarvesTheDriverHoweverManyFramesAreHeld) {
+    sink->keepAll = true;
+    start();
+    for (int i = 0; i < 20; ++i)
+        deliver(static_cast<uint8_t>(i));
+    ASSERT_TRUE(kernel->waitUntilIdle(path));
+    EXPECT_GE(kernel->queued(path), 2u);
+    const auto frames = sink->takeAll();
+    for (int i = 0; i < 20; ++i)
+        EXPECT_EQ(brightness(frames[static_cast<size_t>(i)]), i);
+}
+
+TEST_F(V4l2CameraTest, CapturesWithTwoBuffersWhereTheDriverGrantsNoMore) {
+    device.mostBuffers = 2;
+    sink->keepAll = true;
+    start();
+    for (int i = 0; i < 5; ++i)
+        deliver(static_cast<uint8_t>(i));
+    ASSERT_TRUE(kernel->waitUntilIdle(path));
+    EXPECT_GE(kernel->queued(path), 1u);
+    EXPECT_EQ(brightness(sink->newest()), 4);
+}
+
+TEST_F(V4l2CameraTest, TakesTheNewestAndRequeuesTheRestWhenItFallsBehind) {
+    std::mutex gate;
+    gate.lock();
+    std::atomic<int> calls{0};
+    sink->onFrame = [&] {
+        if (calls++ == 0)
+            std::lock_guard<std::mutex> wait(gate); // the first call takes long
+    };
+    start();
+    ASSERT_TRUE(kernel->feed(path, grey(1)));
+    ASSERT_TRUE(sink->waitForFrames(1));
+    for (uint8_t i = 2; i <= 4; ++i)
+        ASSERT_TRUE(kernel->feed(path, grey(i)));
+    gate.unlock();
+    ASSERT_TRUE(sink->waitForFrames(2));
+    ASSERT_TRUE(kernel->waitUntilIdle(path));
+    EXPECT_EQ(sink->frames(), 2);
+    EXPECT_EQ(brightness(sink->newest()), 4);
+    EXPECT_EQ(camera->statistics().skipped, 2u);
+    EXPECT_EQ(camera->statistics().lost, 0u);
+}
+
+TEST_F(V4l2CameraTest, FramesHeldStayReadableAfterStopAndClose) {
+    start();
+    deliver(123);
+    camera->stop(sink);
+    EXPECT_EQ(brightness(sink->newest()), 123);
+    camera->close();
+    EXPECT_EQ(kernel->openDescriptors(), 0);
+    EXPECT_EQ(kernel->mappings(), 0);
+    EXPECT_EQ(brightness(sink->newest()), 123);
+    camera.reset();
+    EXPECT_EQ(brightness(sink->newest()), 123);
+}
+
+TEST_F(V4l2CameraTest, StopsFromInsideTheSinksOwnCall) {
+    sink->onFrame = [this] { camera->stop(sink); };
+    start();
+    ASSERT_TRUE(kernel->feed(path, grey(5)));
+    ASSERT_TRUE(sink->waitForFrames(1));
+    camera->close();
+    EXPECT_EQ(sink->frames(), 1);
+    EXPECT_EQ(brightness(sink->newest()), 5);
+}
+
+TEST_F(V4l2CameraTest, ClosesFromInsideTheSinksOwnCall) {
+    sink->onFrame = [this] { camera->close(); };
+    start();
+    ASSERT_TRUE(kernel->feed(path, grey(5)));
+    ASSERT_TRUE(sink->waitForFrames(1));
+    camera->stop(sink); // waits for that call
+    EXPECT_EQ(kernel->openDescriptors(), 0);
+}
+
+TEST_F(V4l2CameraTest, StartsAgainFromInsideTheSinksOwnCall) {
+    const auto second = std::make_shared<RecordingSink>();
+    Error restarted;
+    sink->onFrame = [&] {
+        camera->stop(sink);
+        restarted = camera->start(64, 48, second);
+    };
+    start();
+    ASSERT_TRUE(kernel->feed(path, grey(5)));
+    ASSERT_TRUE(sink->waitForFrames(1));
+    camera->stop(sink);
+    ASSERT_FALSE(restarted) << restarted.text;
+    ASSERT_TRUE(kernel->feed(path, grey(6)));
+    ASSERT_TRUE(second->waitForFrames(1));
+    EXPECT_EQ(brightness(second->newest()), 6);
+    EXPECT_EQ(sink->frames(), 1);
+    camera->stop(second);
+}
+
+TEST_F(V4l2CameraTest, StopReturnsAlthoughNoFrameComes) {
+    start();
+    ASSERT_TRUE(kernel->waitUntilIdle(path));
+    camera->stop(sink);
+    EXPECT_FALSE(kernel->isStreaming(path));
+}
+
+TEST_F(V4l2CameraTest, StopWaitsForTheCallInProgress) {
+    std::mutex gate;
+    gate.lock();
+    std::atomic<bool> returned{false};
+    sink->onFrame = [&] {
+        std::lock_guard<std::mutex> wait(gate);
+        returned = true;
+    };
+    start();
+    ASSERT_TRUE(kernel->feed(path, grey(1)));
+    ASSERT_TRUE(sink->waitForFrames(1));
+    std::atomic<bool> stopped{false};
+    std::thread stopper([&] {
+        camera->stop(sink);
+        EXPECT_TRUE(returned);
+        stopped = true;
+    });
+    EXPECT_FALSE(stopped);
+    gate.unlock();
+    stopper.join();
+}
+
+TEST_F(V4l2CameraTest, ASecondSinkJoinsTheRunningStream) {
+    const auto second = std::make_shared<RecordingSink>();
+    start();
+    ASSERT_FALSE(camera->start(32, 24, second));
+    deliver(9);
+    ASSERT_TRUE(second->waitForFrames(1));
+    EXPECT_EQ(brightness(second->newest(), 32, 24), 9);
+    camera->stop(sink);
+    EXPECT_TRUE(kernel->isStreaming(path));
+    ASSERT_TRUE(kernel->feed(path, grey(10)));
+    ASSERT_TRUE(second->waitForFrames(2));
+    EXPECT_EQ(sink->frames(), 1);
+    camera->stop(second);
+    EXPECT_FALSE(kernel->isStreaming(path));
+}
+
+TEST_F(V4l2CameraTest, StartsAgainAfterAStop) {
+    start();
+    deliver(1);
+    camera->stop(sink);
+    ASSERT_FALSE(camera->start(64, 48, sink));
+    deliver(2);
+    EXPECT_EQ(brightness(sink->newest()), 2);
+    EXPECT_EQ(camera->statistics().delivered, 1u);
+}
+
+TEST_F(V4l2CameraTest, RefusesToStartWhatIsNotOpen) {
+    plug();
+    const Error error = camera->start(64, 48, sink);
+    EXPECT_TRUE(error);
+    EXPECT_NE(error.text.find("not open"), std::string::npos) << error.text;
+}
+
+TEST_F(V4l2CameraTest, StoppingASinkThatWasNotStartedDoesNoHarm) {
+    start();
+    camera->stop(std::make_shared<RecordingSink>());
+    deliver(3);
+}
+
+TEST_F(V4l2CameraTest, CountsWhatWasDeliveredAndTaken) {
+    start();
+    deliver(1);
+    deliver(2);
+    brightness(sink->newest());
+    brightness(sink->newest());
+    deliver(3);
+    const cameras::StreamStatistics figures = camera->statistics();
+    EXPECT_EQ(figures.delivered, 3u);
+    EXPECT_EQ(figures.taken, 1u);
+    EXPECT_EQ(figures.grantedFormat, "GREY");
+    EXPECT_EQ(figures.grantedWidth, 64);
+    EXPECT_EQ(figures.grantedHeight, 48);
+    EXPECT_DOUBLE_EQ(figures.grantedRate, 30);
+    EXPECT_EQ(figures.ended, "");
+}
+
+TEST_F(V4l2CameraTest, ConvertsWhileTheStreamStops) {
+    for (int round = 0; round < 20; ++round) {
+        sink = std::make_shared<RecordingSink>();
+        if (round == 0)
+            start();
+        else
+            ASSERT_FALSE(camera->start(64, 48, sink));
+        deliver(static_cast<uint8_t>(round));
+        std::atomic<bool> go{false};
+        std::thread reader([&] {
+            const auto frame = sink->newest();
+            while (!go)
+                std::this_thread::yield();
+            for (int i = 0; i < 50; ++i)
+                ASSERT_EQ(brightness(frame), round);
+        });
+        go = true;
+        camera->stop(sink);
+        reader.join();
+    }
+}
+
+} // namespace tests
+} // namespace ostrel
