@@ -1,0 +1,30 @@
+#!/usr/bin/env python3
+"""check_links.py ROOT - every relative link and picture in the Markdown documents of the project leads somewhere, and
+every heading that a link names is there."""
+import pathlib
+import re
+import subprocess
+import sys
+
+
+def anchors(path):
+    headings = re.findall(r"^#+ +(.*)$", path.read_text(), re.M)
+    return {re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-") for heading in headings}
+
+
+root = pathlib.Path(sys.argv[1]).resolve()
+skipped = {"build", ".git"}
+documents = [p for p in root.rglob("*.md") if not skipped & set(p.relative_to(root).parts)]
+broken, links = [], 0
+for document in documents:
+    for target in re.findall(r"\]\(([^)\s]+)\)", document.read_text()):
+        if re.match(r"[a-z]+:", target):
+            continue
+        links += 1
+        name, _, anchor = target.partition("#")
+        path = (document.parent / name).resolve() if name else document
+        if not path.exists() or (anchor and path.suffix == ".md" and anchor not in anchors(path)):
+            broken.append(f"{document.relative_to(root)}: {target}")
+print(f"{links} links in {len(documents)} documents")
+if links == 0 or broken:
+    sys.exit("broken links:\n" + "\n".join(broken))
