@@ -21,17 +21,22 @@ void QTCaptureDeviceState::setListed(const std::shared_ptr<Camera>& camera) {
 }
 
 Error QTCaptureDeviceState::open() {
-    std::shared_ptr<OpenCamera> gone; // closed outside the lock
+    std::shared_ptr<OpenCamera> before; // let go of outside the lock
     std::lock_guard<std::mutex> lock(mutex_);
-    if (opened_ && !(*opened_)->attached())
-        gone.swap(opened_); // unplugged: whoever still runs on it keeps it, and this open gets the new one
-    if (!opened_) {
-        const auto fresh = std::make_shared<OpenCamera>(listed_);
-        const Error refused = fresh->open();
-        if (refused)
+    before.swap(opened_);
+    // A session may run on after the device was closed: the camera is then still open. One that was unplugged
+    // stays with whoever still holds it, and this open gets the new one.
+    std::shared_ptr<OpenCamera> current = last_.lock();
+    if (!current || !(*current)->attached()) {
+        current = std::make_shared<OpenCamera>(listed_, order_);
+        const Error refused = current->open();
+        if (refused) {
+            opened_.swap(before);
             return refused;
-        opened_ = fresh;
+        }
     }
+    opened_ = current;
+    last_ = current;
     ++opens_;
     return Error();
 }

@@ -14,8 +14,11 @@ namespace ostrel {
 // session that runs on it.
 class OpenCamera {
 public:
-    explicit OpenCamera(std::shared_ptr<cameras::Camera> camera) : camera_(std::move(camera)) {}
+    // order: held while the camera opens or closes, by all that open the same camera.
+    OpenCamera(std::shared_ptr<cameras::Camera> camera, std::shared_ptr<std::mutex> order)
+        : camera_(std::move(camera)), order_(std::move(order)) {}
     ~OpenCamera() {
+        std::lock_guard<std::mutex> lock(*order_);
         if (open_)
             camera_->close();
     }
@@ -23,6 +26,7 @@ public:
     OpenCamera& operator=(const OpenCamera&) = delete;
 
     cameras::Error open() {
+        std::lock_guard<std::mutex> lock(*order_);
         const cameras::Error refused = camera_->open();
         open_ = !refused;
         return refused;
@@ -30,7 +34,8 @@ public:
     cameras::Camera* operator->() const { return camera_.get(); }
 
 private:
-    std::shared_ptr<cameras::Camera> camera_;
+    const std::shared_ptr<cameras::Camera> camera_;
+    const std::shared_ptr<std::mutex> order_;
     bool open_ = false;
 };
 
@@ -55,8 +60,10 @@ struct QTCaptureDeviceState {
 private:
     std::mutex mutex_;
     std::shared_ptr<ostrel::cameras::Camera> listed_;
-    std::shared_ptr<ostrel::OpenCamera> opened_;
+    std::shared_ptr<ostrel::OpenCamera> opened_; // while opens_ is not 0
+    std::weak_ptr<ostrel::OpenCamera> last_;     // the same, and for as long as a session still runs on it
     unsigned opens_ = 0;
+    const std::shared_ptr<std::mutex> order_ = std::make_shared<std::mutex>();
 };
 
 namespace ostrel {
