@@ -1,0 +1,84 @@
+#include "apps/camera/application.h"
+
+#include "apps/camera/commands.h"
+#include "apps/camera/failure.h"
+#include "apps/camera/output_file.h"
+
+#include <cerrno>
+#include <clocale>
+#include <csignal>
+#include <fcntl.h>
+#include <new>
+#include <unistd.h>
+
+namespace ostrel {
+namespace cli {
+
+namespace {
+
+// A program may be started with its standard streams closed; the next file that is opened would then pose as
+// one of them. Opened the wrong way round, they go on failing.
+void occupyStandardStreams() {
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (fcntl(descriptor, F_GETFD) < 0 && errno == EBADF)
+            (void)open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+}
+
+int runCommand(const Options& options, const Surroundings& around) {
+    switch (options.command) {
+    case Command::List:
+        return runList(options, around);
+    case Command::Snapshot:
+        return runSnapshot(options, around);
+    case Command::Record:
+        return runRecord(options, around);
+    case Command::Watch:
+        return runWatch(options, around);
+    case Command::Convert:
+        return runConvert(options, around);
+    case Command::Scale:
+        return runScale(options, around);
+    }
+    return EXIT_INTERNAL;
+}
+
+int parseAndRun(int argc, const char* const* argv, Messages& messages) {
+    CommandLine commandLine;
+    const std::string text = commandLine.parse(argc, argv);
+    if (!text.empty()) {
+        OutputFile output("-", OutputFile::Mode::Stream);
+        output.write(text);
+        output.commit();
+        return EXIT_OK;
+    }
+    const Options& options = commandLine.options();
+    messages.setQuiet(options.quiet);
+    LibraryLog log(messages.descriptor(), options.verbose);
+    const StopRequest stop;
+    return runCommand(options, {messages, log, stop});
+}
+
+} // namespace
+
+int runApplication(int argc, const char* const* argv) {
+    occupyStandardStreams();
+    std::setlocale(LC_CTYPE, "");  // what widths letters have
+    std::signal(SIGPIPE, SIG_IGN); // a reader that has gone is a failed write
+    Messages messages;
+    try {
+        return parseAndRun(argc, argv, messages);
+    } catch (const Interrupted& interrupted) {
+        return interrupted.code();
+    } catch (const Failure& failure) {
+        messages.error(failure.what());
+        return failure.code();
+    } catch (const std::bad_alloc&) {
+        messages.error("out of memory: choose a smaller --size");
+    } catch (const std::exception& error) {
+        messages.error(std::string("unexpected failure: ") + error.what());
+    }
+    return EXIT_INTERNAL;
+}
+
+} // namespace cli
+} // namespace ostrel

@@ -1,0 +1,25 @@
+// ostrel-camera list
+#include "apps/camera/camera_list.h"
+#include "apps/camera/commands.h"
+#include "apps/camera/exit_codes.h"
+#include "apps/camera/output_file.h"
+
+namespace ostrel {
+namespace cli {
+
+int runList(const Options& options, const Surroundings&) {
+    const AddedCameras added(options.camera, options.size());
+    const std::vector<Camera> cameras = attachedCameras();
+    OutputFile output("-", OutputFile::Mode::Stream);
+    if (options.list.json)
+        output.write(cameraJson(cameras));
+    else if (!cameras.empty())
+        output.write(cameraTable(cameras));
+    output.commit();
+    if (cameras.empty())
+        failWithoutCamera(closedVideoNodes());
+    return EXIT_OK;
+}
+
+} // namespace cli
+} // namespace ostrel

@@ -1,0 +1,23 @@
+// ostrel-camera scale
+#include "apps/camera/failure.h"
+#include "apps/camera/file_work.h"
+
+namespace ostrel {
+namespace cli {
+
+int runScale(const Options& options, const Surroundings& around) {
+    const VIDEO_QUALITY target = *options.scaleTo;
+    const auto makeStep = [&options, target](const Size& size, const FileKind& from, const FileKind& to) {
+        const std::optional<VIDEO_QUALITY> source = levelOf(size);
+        if (!source)
+            throw Failure(EXIT_USAGE, "frames of " + toString(size) +
+                                          " cannot be scaled: only 320x240, 640x480 and 1280x720 can");
+        return FileStep{std::make_unique<FrameScaler>(*source, from.layout, target, to.layout, options.filter,
+                                                      options.files.bottomUp),
+                        sizeOf(target)};
+    };
+    return runFileWork(options, around, makeStep);
+}
+
+} // namespace cli
+} // namespace ostrel

@@ -1,0 +1,112 @@
+// ostrel-camera watch
+#include "apps/camera/commands.h"
+#include "apps/camera/failure.h"
+#include "apps/camera/frame_source.h"
+#include "apps/camera/output_file.h"
+#include "apps/camera/stream_report.h"
+
+#include <unistd.h>
+
+namespace ostrel {
+namespace cli {
+
+namespace {
+
+const double BETWEEN_REPORTS = 1; // seconds
+
+// Lines on standard output: one that rewrites itself on a terminal, else one below the other.
+class Report {
+public:
+    Report() : output_("-", OutputFile::Mode::Stream), terminal_(isatty(STDOUT_FILENO) == 1) {}
+    ~Report() {
+        if (terminal_ && drawn_)
+            (void)!::write(STDOUT_FILENO, "\n", 1);
+    }
+
+    void show(const std::string& line) {
+        output_.write(terminal_ ? "\r\033[K" + line : line + "\n");
+        drawn_ = true;
+    }
+
+private:
+    OutputFile output_;
+    bool terminal_;
+    bool drawn_ = false;
+};
+
+class Watch {
+public:
+    Watch(const Options& options, const Surroundings& around, const Camera& camera)
+        : options_(options), around_(around), camera_(camera),
+          source_(camera, options.size(), around.log, around.stop) {}
+
+    int run() {
+        around_.messages.say("watching " + camera_.name + " at " + toString(options_.size()) +
+                             (limited() ? "" : ", Ctrl-C ends it"));
+        while (!reached()) {
+            const double untilReport =
+                BETWEEN_REPORTS - std::chrono::duration<double>(Clock::now() - reported_).count();
+            const FrameSource::Result result = source_.next(frame_, std::max(untilReport, 0.0));
+            if (result == FrameSource::Result::Frame)
+                lastFrame_ = Clock::now();
+            if (result == FrameSource::Result::Stopped)
+                return stopped();
+            if (untilReport <= 0)
+                report();
+            checkSilence(result);
+        }
+        report();
+        return EXIT_OK;
+    }
+
+private:
+    bool limited() const { return options_.limit.frames || options_.limit.seconds; }
+
+    bool reached() const {
+        const StreamFigures figures = source_.figures();
+        return (options_.limit.frames && figures.taken >= *options_.limit.frames) ||
+               (options_.limit.seconds && figures.seconds >= *options_.limit.seconds);
+    }
+
+    int stopped() {
+        report();
+        return limited() ? EXIT_SIGNAL + around_.stop.signal() : EXIT_OK;
+    }
+
+    void report() {
+        reported_ = Clock::now();
+        report_.show(streamReport(source_.figures(), source_.statistics(), options_.size()));
+    }
+
+    void checkSilence(FrameSource::Result result) {
+        const double silent = std::chrono::duration<double>(Clock::now() - lastFrame_).count();
+        const bool ended = result == FrameSource::Result::Ended;
+        if (!ended && silent < options_.camera.timeout)
+            return;
+        report();
+        if (ended)
+            throw Failure(EXIT_CANNOT_OPEN, source_.endReason());
+        throw Failure(EXIT_NO_FRAME, source_.timeoutReason(options_.camera.timeout));
+    }
+
+    const Options& options_;
+    const Surroundings& around_;
+    const Camera& camera_;
+    FrameSource source_;
+    Report report_;
+    VideoFrame frame_;
+    Clock::time_point reported_ = Clock::now();
+    Clock::time_point lastFrame_ = Clock::now();
+};
+
+} // namespace
+
+int runWatch(const Options& options, const Surroundings& around) {
+    const AddedCameras added(options.camera, options.size());
+    const Camera camera =
+        chooseCamera(attachedCameras(), options.camera.camera, added.identifiers(), closedVideoNodes());
+    return Watch(options, around, camera).run();
+}
+
+} // namespace cli
+} // namespace ostrel

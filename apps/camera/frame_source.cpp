@@ -1,0 +1,131 @@
+#include "apps/camera/frame_source.h"
+
+#include "apps/camera/failure.h"
+#include "apps/camera/text.h"
+
+#include <algorithm>
+#include <thread>
+
+namespace ostrel {
+namespace cli {
+
+namespace {
+
+const std::chrono::milliseconds BEFORE_FIRST_FRAME(5);
+const std::chrono::milliseconds SHORTEST_PAUSE(1);
+const std::chrono::milliseconds LONGEST_POLL(10);
+// Keeps Ctrl-C quick with cameras that deliver a frame every few seconds.
+const std::chrono::milliseconds LONGEST_PAUSE(50);
+
+Clock::duration seconds(double value) {
+    return std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(value));
+}
+
+// Frames that the camera took and that never reached a capture.
+uint64_t lostOnTheWay(const OVideoStatistics& statistics) {
+    uint64_t sum = statistics.skipped + statistics.lost;
+    for (const uint64_t dropped : statistics.dropped)
+        sum += dropped;
+    return sum;
+}
+
+} // namespace
+
+void PollPace::frameArrived(Clock::time_point when, uint32_t framesSinceLast) {
+    if (started_) {
+        const Clock::duration interval = (when - last_) / std::max(framesSinceLast, 1U);
+        // One late frame must not slow the polling down for long.
+        interval_ = interval_ == Clock::duration::zero() ? interval : (interval_ * 7 + interval) / 8;
+    }
+    started_ = true;
+    last_ = when;
+}
+
+// No frame comes in the first half of an interval; after that, eight looks an interval find it early.
+Clock::duration PollPace::pause(Clock::time_point now) const {
+    if (interval_ == Clock::duration::zero())
+        return BEFORE_FIRST_FRAME;
+    const Clock::duration quiet = last_ + interval_ / 2 - now;
+    const Clock::duration poll = std::clamp<Clock::duration>(interval_ / 8, SHORTEST_PAUSE, LONGEST_POLL);
+    return std::min<Clock::duration>(std::max(quiet, poll), LONGEST_PAUSE);
+}
+
+FrameSource::FrameSource(const Camera& camera, const Size& size, LibraryLog& log, const StopRequest& stop)
+    : camera_(camera), size_(size), log_(log), stop_(stop), capture_(OVideoCaptureUnix::ptr()) {
+    capture_->startCapture(camera_.identifier.c_str(), size_.width, size_.height);
+    // An unknown camera is refused silently.
+    if (capture_->width() != size_.width || capture_->height() != size_.height)
+        throw Failure(EXIT_NO_SUCH_CAMERA, "the camera " + quoted(camera_.name) +
+                                               " has gone: plug it in again, 'ostrel-camera list' shows "
+                                               "those that are there");
+}
+
+FrameSource::Result FrameSource::next(VideoFrame& frame, double timeoutSeconds) {
+    const Clock::time_point deadline = Clock::now() + seconds(timeoutSeconds);
+    while (!stop_.raised()) {
+        if (poll(frame)) {
+            count(frame);
+            return Result::Frame;
+        }
+        const std::string& error = log_.drain().error();
+        if (!error.empty())
+            throw Failure(EXIT_CANNOT_OPEN, "cannot use the camera " + quoted(camera_.name) + ": " + error);
+        if (!statistics().ended.isEmpty())
+            return Result::Ended;
+        const Clock::time_point now = Clock::now();
+        if (now >= deadline)
+            return Result::TimedOut;
+        std::this_thread::sleep_for(std::min(pace_.pause(now), deadline - now));
+    }
+    return Result::Stopped;
+}
+
+// The library leaves the frame untouched when it has none, and hands out the same one until a newer came. The
+// number is read a moment after the picture and may count one frame more; that frame is then never returned.
+bool FrameSource::poll(VideoFrame& frame) {
+    frame.formatId = 0;
+    capture_->selfVideoFrame(frame);
+    return frame.formatId != 0 && (figures_.taken == 0 || frame.frameNumber != lastNumber_);
+}
+
+void FrameSource::count(const VideoFrame& frame) {
+    const Clock::time_point now = Clock::now();
+    const uint32_t advance = frame.frameNumber - lastNumber_;
+    if (figures_.taken == 0) { // frames before the first one taken are nobody's loss
+        first_ = now;
+        lostBefore_ = lostOnTheWay(statistics());
+    } else {
+        figures_.missed += advance - 1;
+    }
+    ++figures_.taken;
+    figures_.seconds = std::chrono::duration<double>(now - first_).count();
+    lastNumber_ = frame.frameNumber;
+    pace_.frameArrived(now, advance);
+}
+
+uint64_t FrameSource::lost() const {
+    return figures_.missed + lostOnTheWay(statistics()) - lostBefore_;
+}
+
+std::string FrameSource::timeoutReason(double timeoutSeconds) {
+    const std::string what = "no frame from " + quoted(camera_.name) + " within " +
+                             QString::number(timeoutSeconds).toStdString() + " s: ";
+    const int64_t refused = log_.drain().refusedFrameBytes();
+    if (refused > 0)
+        return what + "its frames of " + std::to_string(refused) + " bytes do not have the size " +
+               toString(size_) + ", try another --size";
+    return what + "check its cable and privacy switch, or allow more time with --timeout";
+}
+
+std::string FrameSource::endReason() const {
+    return "the camera " + quoted(camera_.name) + " stopped: " + statistics().ended.toStdString();
+}
+
+OVideoStatistics FrameSource::statistics() const {
+    OVideoStatistics statistics;
+    videoStatistics(QString::fromStdString(camera_.identifier), statistics);
+    return statistics;
+}
+
+} // namespace cli
+} // namespace ostrel

@@ -1,0 +1,89 @@
+// The frames of one camera, one after the other, by polling the library.
+#ifndef OSTREL_APPS_CAMERA_FRAME_SOURCE_H
+#define OSTREL_APPS_CAMERA_FRAME_SOURCE_H
+
+#include "apps/camera/camera_choice.h"
+#include "apps/camera/library_log.h"
+#include "apps/camera/stop_request.h"
+
+#include <ostrel/capture.h>
+#include <ostrel/statistics.h>
+
+#include <chrono>
+
+namespace ostrel {
+namespace cli {
+
+using Clock = std::chrono::steady_clock;
+
+// When to look for the next frame: often enough to miss none, seldom enough not to copy one frame many times.
+// Learns the camera's interval from the frames that came.
+class PollPace {
+public:
+    void frameArrived(Clock::time_point when, uint32_t framesSinceLast);
+    Clock::duration pause(Clock::time_point now) const;
+
+private:
+    bool started_ = false;
+    Clock::time_point last_;
+    Clock::duration interval_ = Clock::duration::zero(); // zero: not known yet
+};
+
+// What is known about a stream.
+struct StreamFigures {
+    uint64_t taken = 0;  // frames that next() returned
+    uint64_t missed = 0; // frames that the camera delivered and next() did not return
+    double seconds = 0;  // from the first to the last frame taken
+
+    // Frames a second that were taken; 0 until there are two.
+    double rate() const { return seconds > 0 ? static_cast<double>(taken - 1) / seconds : 0; }
+};
+
+// Captures while it lives. Bound to one thread.
+class FrameSource {
+public:
+    enum class Result {
+        Frame,
+        TimedOut,
+        Stopped, // by a signal
+        Ended    // the camera will deliver no more
+    };
+
+    // Throws a Failure when the camera is gone.
+    FrameSource(const Camera& camera, const Size& size, LibraryLog& log, const StopRequest& stop);
+
+    // Waits for a frame newer than the last; frame keeps its memory from call to call. Throws a Failure with
+    // EXIT_CANNOT_OPEN as soon as the library says that the camera cannot be used.
+    Result next(VideoFrame& frame, double timeoutSeconds);
+
+    // Why nothing came, as the line of a Failure.
+    std::string timeoutReason(double timeoutSeconds);
+    // Why the camera stopped by itself, likewise.
+    std::string endReason() const;
+
+    StreamFigures figures() const { return figures_; }
+    // Frames since the first one taken that the camera took and next() did not return, wherever they went.
+    uint64_t lost() const;
+    // The library's own figures of the camera; empty where it keeps none.
+    OVideoStatistics statistics() const;
+
+private:
+    bool poll(VideoFrame& frame);
+    void count(const VideoFrame& frame);
+
+    Camera camera_;
+    Size size_;
+    LibraryLog& log_;
+    const StopRequest& stop_;
+    QSharedPointer<OVideoCaptureUnix> capture_;
+    PollPace pace_;
+    StreamFigures figures_;
+    uint32_t lastNumber_ = 0;
+    uint64_t lostBefore_ = 0; // before the first frame taken
+    Clock::time_point first_;
+};
+
+} // namespace cli
+} // namespace ostrel
+
+#endif

@@ -1,0 +1,27 @@
+// Values of options that the parser library does not know, with messages that say what would be right.
+#ifndef OSTREL_APPS_CAMERA_OPTION_VALUES_H
+#define OSTREL_APPS_CAMERA_OPTION_VALUES_H
+
+#include "apps/camera/layout.h"
+#include "apps/camera/y4m.h"
+
+#include <cstdint>
+#include <string>
+
+namespace ostrel {
+namespace cli {
+
+// Each throws CLI::ValidationError for a text that does not fit.
+Size sizeValue(const std::string& text);
+VIDEO_QUALITY levelValue(const std::string& text);
+ScaleMethod filterValue(const std::string& text);
+FileKind kindValue(const std::string& text);
+Rate rateValue(const std::string& text);
+double secondsValue(const std::string& text); // above 0
+uint64_t numberValue(const std::string& text);
+uint64_t countValue(const std::string& text); // above 0
+
+} // namespace cli
+} // namespace ostrel
+
+#endif

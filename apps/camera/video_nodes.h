@@ -1,0 +1,29 @@
+// Camera device files that exist but that this user may not open.
+#ifndef OSTREL_APPS_CAMERA_VIDEO_NODES_H
+#define OSTREL_APPS_CAMERA_VIDEO_NODES_H
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace ostrel {
+namespace cli {
+
+struct ClosedNode {
+    std::string path;
+    std::string group; // whose members may open it; empty when no group may
+};
+
+using MayOpen = std::function<bool(const std::string& path)>;
+
+// The nodes named videoN in the directory that mayOpen denies, by number.
+std::vector<ClosedNode> closedVideoNodes(const std::string& directory, const MayOpen& mayOpen);
+std::vector<ClosedNode> closedVideoNodes(); // of this machine, for this user
+
+// "no permission to use /dev/video0, /dev/video1: ask ...". nodes must not be empty.
+std::string permissionAdvice(const std::vector<ClosedNode>& nodes);
+
+} // namespace cli
+} // namespace ostrel
+
+#endif
