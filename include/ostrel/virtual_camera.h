@@ -80,10 +80,13 @@ public:
                        uint32_t& clock);
 };
 
-// Plays a Y4M file at the file's own rate.
+// Plays a Y4M file at the file's own rate, each capture from the beginning. Layouts: C420 (also jpeg, mpeg2,
+// paldv), C422, C444 and Cmono with 8 bits, of any size from 1 to 16384; interlaced frames are taken as they
+// are. Frames are read from the file when somebody takes them: one that was cut off meanwhile is no frame.
 class OSTREL_EXPORT OVideoFileCamera : public OVideoVirtualCamera {
 public:
-    // loop: start again at the end; otherwise the last frame stays and no more arrive.
+    // loop: start again at the end; otherwise the last frame stays and no more arrive. The file is looked at
+    // here for the answers below, and again when the camera is opened.
     OVideoFileCamera(const QString& uniqueID, const QString& name, const QString& path, bool loop = true);
 
     // Empty when the file can be played, else one line that says what is wrong with it. A camera with an
@@ -91,7 +94,7 @@ public:
     QString error();
     int width(); // native, pixels; 0 with an error
     int height();
-    double framesPerSecond();
+    double framesPerSecond(); // 25 when the file does not say, 0 with an error
 };
 
 // Delivers the frames that the client pushes.
@@ -101,9 +104,12 @@ public:
 
     // Delivers one frame to every running capture of this camera, on the caller's thread; each capture scales
     // it to its own size. The picture is copied. bgra: B, G, R, A, top row first, stride bytes from row to
-    // row (at least width * 4). False when the arguments are refused or nobody captures.
+    // row (at least width * 4); width, height: 1 to 16384. A is not looked at. False when the arguments are
+    // refused, when nobody captures, when the camera was told to stall, and from inside the delivery of
+    // another frame of it.
     bool push(const uint8_t* bgra, int width, int height, int stride);
-    // The same from I420: three planes one after the other in one buffer, without padding.
+    // The same from I420: three planes one after the other in one buffer, without padding; odd sizes have the
+    // half rounded up for U and V.
     bool pushI420(const uint8_t* i420, int width, int height);
 };
 

@@ -10,7 +10,8 @@ const int PADDING_BYTES = 64;
 
 } // namespace
 
-void StreamFigures::countDelivered() {
+void StreamFigures::countDelivered(uint64_t passedOver) {
+    skipped_.fetch_add(passedOver, std::memory_order_relaxed);
     delivered_.fetch_add(1, std::memory_order_relaxed);
     controls_->delivered.fetch_add(1, std::memory_order_relaxed);
 }

@@ -35,9 +35,8 @@ public:
     explicit StreamFigures(std::shared_ptr<VirtualControls> controls) : controls_(std::move(controls)) {}
 
     const VirtualControls& controls() const { return *controls_; }
-    void countDelivered();
+    void countDelivered(uint64_t passedOver);
     void countTaken();
-    void countSkipped(uint64_t frames) { skipped_.fetch_add(frames, std::memory_order_relaxed); }
     // width 0: not known yet.
     void setGranted(const std::string& format, int width, int height, double rate);
     void setEnded(const std::string& why);

@@ -11,7 +11,7 @@ bool VirtualStream::join(const std::shared_ptr<FrameSink>& sink) {
     return true;
 }
 
-bool VirtualStream::deliver(const std::shared_ptr<CameraFrame>& frame) {
+bool VirtualStream::deliver(const std::shared_ptr<CameraFrame>& frame, uint64_t passedOver) {
     std::unique_lock<std::mutex> lock(mutex_);
     if (insideCall())
         return false;
@@ -22,7 +22,7 @@ bool VirtualStream::deliver(const std::shared_ptr<CameraFrame>& frame) {
     calling_ = true;
     caller_ = std::this_thread::get_id();
     lock.unlock();
-    figures_->countDelivered();
+    figures_->countDelivered(passedOver);
     sinks_.deliver(frame);
     lock.lock();
     if (ending_ && !finished())

@@ -5,6 +5,7 @@
 #include "platform/cameras/delivery_thread.h"
 #include "platform/cameras/sink_list.h"
 #include "platform/cameras/virtual/controls.h"
+#include "platform/cameras/virtual/pixel_pool.h"
 
 #include <atomic>
 #include <condition_variable>
@@ -25,12 +26,17 @@ public:
     bool join(const std::shared_ptr<FrameSink>& sink);
     SinkList& sinks() { return sinks_; }
     const std::shared_ptr<StreamFigures>& figures() const { return figures_; }
+    // Memory that is recycled while the stream runs: what frames hold, and what drawing them needs for a
+    // moment.
+    const std::shared_ptr<PixelPool>& pixels() const { return pixels_; }
+    const std::shared_ptr<PixelPool>& scratch() const { return scratch_; }
 
     bool startThread(DeliveryThread::Body body) { return thread_.start("ostrel-virtual", std::move(body)); }
 
-    // Calls every sink. False, with nobody called, once the stream has ended or was shut, when there is no
-    // sink, and when it comes from inside a sink's call.
-    bool deliver(const std::shared_ptr<CameraFrame>& frame);
+    // Calls every sink and counts the frame, and those that were passed over for it. False, with nobody
+    // called, once the stream has ended or was shut, when there is no sink, and when it comes from inside a
+    // sink's call.
+    bool deliver(const std::shared_ptr<CameraFrame>& frame, uint64_t passedOver = 0);
     // Tells every sink, once, that no frame will follow, and returns when that is done and no call is in
     // progress. From inside a sink's call: at once, and the sinks are told when that call returns.
     void end(const Error& why);
@@ -45,6 +51,8 @@ private:
 
     SinkList sinks_;
     const std::shared_ptr<StreamFigures> figures_;
+    const std::shared_ptr<PixelPool> pixels_ = std::make_shared<PixelPool>();
+    const std::shared_ptr<PixelPool> scratch_ = std::make_shared<PixelPool>();
     DeliveryThread thread_;
     std::atomic<bool> threadStopped_{false};
 

@@ -34,12 +34,12 @@ void run(const StopSignal& stop, VirtualStream& stream, const std::shared_ptr<Pa
     uint64_t next = 0;
     while (!stop.sleepUntil(schedule.due(next))) {
         const uint64_t frame = schedule.newest(FrameSchedule::now(), next);
-        figures->countSkipped(frame - next);
+        const uint64_t passedOver = frame - next;
         next = frame + 1;
         if (figures->controls().told(VIRTUAL_CAMERA_FAULT_STALL))
             continue;
         const pattern::Stamp stamp = {static_cast<uint32_t>(next), OVideoCommon::get_time()};
-        stream.deliver(std::make_shared<PatternFrame>(figures, painter, stamp));
+        stream.deliver(std::make_shared<PatternFrame>(figures, painter, stamp), passedOver);
     }
 }
 

@@ -2,8 +2,12 @@
 #include <ostrel/virtual_camera.h>
 
 #include "platform/cameras/virtual/backend.h"
+#include "platform/cameras/virtual/file_camera.h"
 #include "platform/cameras/virtual/pattern_code.h"
+#include "platform/cameras/virtual/push_camera.h"
 #include "platform/cameras/virtual/test_pattern_camera.h"
+
+#include <QtCore/QFile>
 
 #include <algorithm>
 #include <cmath>
@@ -48,6 +52,50 @@ private:
     const int width_;
     const int height_;
     const double framesPerSecond_;
+};
+
+// Looks at the file once, when it is constructed: a camera that is opened looks again.
+class FileBackend : public VirtualCameraBackend {
+public:
+    FileBackend(const QString& uniqueID, const QString& name, const QString& path, bool loop)
+        : VirtualCameraBackend(utf8(uniqueID), utf8(name)), path_(QFile::encodeName(path).toStdString()),
+          loop_(loop) {
+        std::shared_ptr<cameras::Y4mClip> clip; // no descriptor stays open for a camera that nobody uses
+        error_ = cameras::Y4mClip::open(path_, clip);
+        if (clip)
+            format_ = clip->format();
+    }
+
+    const std::string& error() const { return error_; }
+    const cameras::Y4mFormat& format() const { return format_; }
+
+protected:
+    std::shared_ptr<cameras::VirtualCamera>
+    makeCamera(const std::shared_ptr<cameras::VirtualControls>& controls) override {
+        return std::make_shared<cameras::FileCamera>(controls, path_, loop_, error_);
+    }
+
+private:
+    const std::string path_;
+    const bool loop_;
+    std::string error_;
+    cameras::Y4mFormat format_;
+};
+
+class PushBackend : public VirtualCameraBackend {
+public:
+    PushBackend(const QString& uniqueID, const QString& name)
+        : VirtualCameraBackend(utf8(uniqueID), utf8(name)) {}
+
+    std::shared_ptr<cameras::PushCamera> pushCamera() const {
+        return std::static_pointer_cast<cameras::PushCamera>(camera());
+    }
+
+protected:
+    std::shared_ptr<cameras::VirtualCamera>
+    makeCamera(const std::shared_ptr<cameras::VirtualControls>& controls) override {
+        return std::make_shared<cameras::PushCamera>(controls);
+    }
 };
 
 } // namespace
@@ -103,6 +151,40 @@ bool OVideoTestPatternCamera::decode(const uint8_t* bgra, int width, int height,
     counter = stamp.counter;
     clock = stamp.clock;
     return true;
+}
+
+OVideoFileCamera::OVideoFileCamera(const QString& uniqueID, const QString& name, const QString& path,
+                                   bool loop)
+    : OVideoVirtualCamera(QSharedPointer<VirtualCameraBackend>(new FileBackend(uniqueID, name, path, loop))) {
+}
+
+QString OVideoFileCamera::error() {
+    return QString::fromStdString(static_cast<FileBackend&>(*backend()).error());
+}
+
+int OVideoFileCamera::width() {
+    return static_cast<FileBackend&>(*backend()).format().layout.width;
+}
+
+int OVideoFileCamera::height() {
+    return static_cast<FileBackend&>(*backend()).format().layout.height;
+}
+
+double OVideoFileCamera::framesPerSecond() {
+    return static_cast<FileBackend&>(*backend()).format().framesPerSecond;
+}
+
+OVideoPushCamera::OVideoPushCamera(const QString& uniqueID, const QString& name)
+    : OVideoVirtualCamera(QSharedPointer<VirtualCameraBackend>(new PushBackend(uniqueID, name))) {}
+
+bool OVideoPushCamera::push(const uint8_t* bgra, int width, int height, int stride) {
+    const std::shared_ptr<cameras::PushCamera> camera = static_cast<PushBackend&>(*backend()).pushCamera();
+    return camera && camera->push(bgra, width, height, stride);
+}
+
+bool OVideoPushCamera::pushI420(const uint8_t* i420, int width, int height) {
+    const std::shared_ptr<cameras::PushCamera> camera = static_cast<PushBackend&>(*backend()).pushCamera();
+    return camera && camera->pushI420(i420, width, height);
 }
 
 } // namespace ostrel

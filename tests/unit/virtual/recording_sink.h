@@ -34,8 +34,11 @@ public:
             last_ = frame;
         }
         changed_.notify_all();
-        if (onFrame)
-            onFrame(frame);
+        if (!onFrame)
+            return;
+        onFrame(frame);
+        { std::lock_guard<std::mutex> lock(mutex_); } // so that waitUntil() misses nothing
+        changed_.notify_all();
     }
 
     void streamEnded(const ostrel::cameras::Error& why) override {
@@ -53,6 +56,12 @@ public:
         return changed_.wait_for(lock, PATIENCE, [&] { return arrived_ >= count; });
     }
     bool waitForMoreFrames(int count) { return waitForFrames(arrived() + count); }
+    // Asks again after each frame; the condition is one that onFrame brings about.
+    template <typename Condition>
+    bool waitUntil(Condition condition) {
+        std::unique_lock<std::mutex> lock(mutex_);
+        return changed_.wait_for(lock, PATIENCE, condition);
+    }
     bool waitForEnd() {
         std::unique_lock<std::mutex> lock(mutex_);
         return changed_.wait_for(lock, PATIENCE, [&] { return !ends_.empty(); });

@@ -1,9 +1,8 @@
 // Several sinks, stopping from anywhere, closing under way.
 #include "capture_fixture.h"
 
+#include <filesystem>
 #include <fstream>
-#include <sys/types.h>
-#include <unistd.h>
 
 using namespace ostrel;
 
@@ -11,14 +10,20 @@ namespace {
 
 class Stream : public PatternFixture {};
 
-int threadsOfThisProcess() {
-    std::ifstream status("/proc/self/status");
-    std::string word;
-    int threads = -1;
-    while (status >> word)
-        if (word == "Threads:")
-            status >> threads;
-    return threads;
+// Waits for it, as a thread that was joined is still listed for a moment.
+bool becomesTheNumberOfDeliveryThreads(int expected) {
+    const auto limit = std::chrono::steady_clock::now() + PATIENCE;
+    for (int count = -1; count != expected;) {
+        if (std::chrono::steady_clock::now() > limit)
+            return false;
+        count = 0;
+        for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+            std::string name;
+            std::getline(std::ifstream(task.path() / "comm"), name);
+            count += name == "ostrel-virtual";
+        }
+    }
+    return true;
 }
 
 TEST_F(Stream, ASecondSinkJoinsAndBothGetTheSameFrames) {
@@ -146,14 +151,17 @@ TEST_F(Stream, StartIsRefusedBeforeOpen) {
 
 TEST_F(Stream, TheThreadEndsWithTheLastSink) {
     auto second = std::make_shared<RecordingSink>();
-    const int before = threadsOfThisProcess();
+    EXPECT_TRUE(becomesTheNumberOfDeliveryThreads(0));
     ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
     ASSERT_FALSE(camera->start(WIDTH, HEIGHT, second));
-    EXPECT_EQ(before + 1, threadsOfThisProcess()) << "one for both";
+    ASSERT_TRUE(sink->waitForFrames(2));
+    ASSERT_TRUE(second->waitForFrames(2));
+    EXPECT_TRUE(becomesTheNumberOfDeliveryThreads(1)) << "one for both";
     camera->stop(sink);
-    EXPECT_EQ(before + 1, threadsOfThisProcess());
+    ASSERT_TRUE(second->waitForMoreFrames(2));
+    EXPECT_TRUE(becomesTheNumberOfDeliveryThreads(1));
     camera->stop(second);
-    EXPECT_EQ(before, threadsOfThisProcess());
+    EXPECT_TRUE(becomesTheNumberOfDeliveryThreads(0));
 }
 
 TEST_F(Stream, DetachCloseAndStopAtOnceDoNotHang) {

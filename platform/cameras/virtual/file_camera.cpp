@@ -1,0 +1,88 @@
+#include "platform/cameras/virtual/file_camera.h"
+
+#include "platform/cameras/virtual/frame_schedule.h"
+#include "platform/cameras/virtual/yuv_picture.h"
+
+#include <limits>
+
+namespace ostrel {
+namespace cameras {
+
+namespace {
+
+class ClipFrame : public VirtualFrame {
+public:
+    ClipFrame(VirtualStream& stream, std::shared_ptr<Y4mClip> clip, uint64_t planes)
+        : VirtualFrame(stream.figures()), pixels_(stream.pixels()), scratch_(stream.scratch()),
+          clip_(std::move(clip)), planes_(planes) {}
+
+protected:
+    bool draw(uint8_t* bgra, int width, int height, int stride) override {
+        const YuvLayout& layout = clip_->format().layout;
+        const PixelPool::Block picture = PixelPool::take(pixels_, layout.bytes());
+        return picture && clip_->reader().readPlanes(planes_, picture.data()) &&
+               drawYuv(layout, picture.data(), scratch_, bgra, width, height, stride);
+    }
+
+private:
+    const std::shared_ptr<PixelPool> pixels_;
+    const std::shared_ptr<PixelPool> scratch_;
+    const std::shared_ptr<Y4mClip> clip_;
+    const uint64_t planes_;
+};
+
+void run(const StopSignal& stop, VirtualStream& stream, const std::shared_ptr<Y4mClip>& clip, bool loop,
+         const std::string& name) {
+    const FrameSchedule schedule(FrameSchedule::now(), clip->format().framesPerSecond);
+    Y4mPlayer player(clip->reader(), loop);
+    Y4mPlayer::Step step = Y4mPlayer::Step::Frame;
+    uint64_t next = 0;
+    while (step == Y4mPlayer::Step::Frame && !stop.sleepUntil(schedule.due(next))) {
+        const uint64_t newest = schedule.newest(FrameSchedule::now(), next);
+        uint64_t passed = 0; // of the frames up to the newest, those that exist
+        uint64_t planes = 0;
+        for (; next <= newest && !stop.raised(); ++next) {
+            step = player.step();
+            if (step != Y4mPlayer::Step::Frame)
+                break;
+            planes = player.at();
+            ++passed;
+        }
+        if (passed == 0)
+            continue;
+        if (!stream.figures()->controls().told(VIRTUAL_CAMERA_FAULT_STALL))
+            stream.deliver(std::make_shared<ClipFrame>(stream, clip, planes), passed - 1);
+    }
+    if (step == Y4mPlayer::Step::Broken)
+        stream.end(Error(name + " found no further frame in its file: it is damaged, or was changed"));
+    else if (step == Y4mPlayer::Step::Finished) // no frame will come, but the camera has not gone either
+        stop.sleepUntil(std::numeric_limits<int64_t>::max());
+}
+
+} // namespace
+
+FileCamera::FileCamera(std::shared_ptr<VirtualControls> controls, std::string path, bool loop,
+                       std::string known)
+    : VirtualCamera(std::move(controls)), path_(std::move(path)), loop_(loop), known_(std::move(known)) {}
+
+Error FileCamera::prepare() {
+    if (!known_.empty())
+        return Error(known_);
+    const std::string wrong = Y4mClip::open(path_, clip_);
+    return wrong.empty() ? Error() : Error(wrong);
+}
+
+Error FileCamera::begin(const std::shared_ptr<VirtualStream>& stream) {
+    const Y4mFormat& format = clip_->format();
+    stream->figures()->setGranted(format.layout.code(), format.layout.width, format.layout.height,
+                                  format.framesPerSecond);
+    const std::shared_ptr<Y4mClip> clip = clip_;
+    const bool loop = loop_;
+    const std::string name = displayName();
+    const bool started = stream->startThread(
+        [stream, clip, loop, name](const StopSignal& stop) { run(stop, *stream, clip, loop, name); });
+    return started ? Error() : Error(name + " got no thread from the system");
+}
+
+} // namespace cameras
+} // namespace ostrel

@@ -1,0 +1,61 @@
+// Planar pictures of 8-bit Y, U and V, the planes one after the other without padding.
+#ifndef OSTREL_PLATFORM_CAMERAS_VIRTUAL_YUV_PICTURE_H
+#define OSTREL_PLATFORM_CAMERAS_VIRTUAL_YUV_PICTURE_H
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+
+namespace ostrel {
+namespace cameras {
+
+class PixelPool;
+
+enum class Chroma {
+    Halved,        // 4:2:0: half the columns, half the rows, both rounded up
+    HalvedColumns, // 4:2:2
+    Full,          // 4:4:4
+    None           // Y alone
+};
+
+struct YuvLayout {
+    int width = 0;
+    int height = 0;
+    Chroma chroma = Chroma::Halved;
+    bool fullRange = false; // Y from 0 to 255 instead of 16 to 235
+
+    // Four characters.
+    const char* code() const {
+        switch (chroma) {
+        case Chroma::Halved:
+            return "I420";
+        case Chroma::HalvedColumns:
+            return "I422";
+        case Chroma::Full:
+            return "I444";
+        case Chroma::None:
+            break;
+        }
+        return "GREY";
+    }
+    int chromaWidth() const { return chroma == Chroma::Full ? width : width / 2 + width % 2; }
+    int chromaHeight() const { return chroma == Chroma::Halved ? height / 2 + height % 2 : height; }
+    size_t lumaBytes() const { return static_cast<size_t>(width) * static_cast<size_t>(height); }
+    size_t chromaBytes() const { // of one of the two planes
+        if (chroma == Chroma::None)
+            return 0;
+        return static_cast<size_t>(chromaWidth()) * static_cast<size_t>(chromaHeight());
+    }
+    size_t bytes() const { return lumaBytes() + 2 * chromaBytes(); }
+};
+
+// Writes the picture as B, G, R, A with A = 255, rows stride bytes apart, scaled when width x height is
+// another size. The colours are BT.601. The pool lends the memory in between. False when there is none or the
+// size cannot be scaled to. Re-entrant.
+bool drawYuv(const YuvLayout& layout, const uint8_t* planes, const std::shared_ptr<PixelPool>& pool,
+             uint8_t* bgra, int width, int height, int stride);
+
+} // namespace cameras
+} // namespace ostrel
+
+#endif

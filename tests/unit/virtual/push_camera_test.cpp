@@ -1,0 +1,277 @@
+// The camera whose frames the client pushes.
+#include "recording_sink.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <limits>
+
+using namespace ostrel;
+using pictures::Bgra;
+
+namespace {
+
+class PushCamera : public testing::Test {
+protected:
+    PushCamera() : pushed(QString::fromLatin1("pushed"), QString::fromLatin1("Pushed")) {}
+
+    void SetUp() override {
+        ASSERT_TRUE(pushed.attach());
+        camera = listed("pushed");
+        ASSERT_NE(nullptr, camera);
+        ASSERT_FALSE(camera->open());
+    }
+    void TearDown() override { camera->close(); }
+
+    bool push(const Bgra& picture) {
+        return pushed.push(picture.bytes.data(), picture.width, picture.height, picture.stride);
+    }
+
+    OVideoPushCamera pushed;
+    std::shared_ptr<cameras::Camera> camera;
+    std::shared_ptr<RecordingSink> sink = std::make_shared<RecordingSink>();
+};
+
+Bgra noise(int width, int height, int padding = 0) {
+    Bgra picture(width, height, padding);
+    uint32_t state = 12345;
+    for (uint8_t& byte : picture.bytes) {
+        state = state * 1664525 + 1013904223;
+        byte = static_cast<uint8_t>(state >> 24);
+    }
+    return picture;
+}
+
+TEST_F(PushCamera, RefusesFramesThatNobodyCaptures) {
+    const Bgra picture = noise(8, 8);
+    EXPECT_FALSE(push(picture)) << "opened, not started";
+    ASSERT_FALSE(camera->start(8, 8, sink));
+    EXPECT_TRUE(push(picture));
+    camera->stop(sink);
+    EXPECT_FALSE(push(picture)) << "stopped";
+    EXPECT_EQ(1, sink->arrived());
+    EXPECT_EQ(1u, pushed.framesDelivered());
+    pushed.detach();
+    EXPECT_FALSE(push(picture)) << "detached";
+}
+
+TEST_F(PushCamera, DeliversOnTheCallersThread) {
+    std::thread::id on;
+    sink->onFrame = [&](const RecordingSink::FramePointer&) { on = std::this_thread::get_id(); };
+    ASSERT_FALSE(camera->start(8, 8, sink));
+    ASSERT_TRUE(push(noise(8, 8)));
+    EXPECT_EQ(std::this_thread::get_id(), on);
+    std::thread other([&] {
+        ASSERT_TRUE(push(noise(8, 8)));
+        EXPECT_EQ(std::this_thread::get_id(), on);
+    });
+    other.join();
+}
+
+TEST_F(PushCamera, CopiesThePictureByteForByteAndMakesItOpaque) {
+    ASSERT_FALSE(camera->start(37, 21, sink));
+    for (const int padding : {0, 4, 7}) {
+        const Bgra original = noise(37, 21, padding);
+        Bgra reused = original;
+        ASSERT_TRUE(push(reused));
+        std::fill(reused.bytes.begin(), reused.bytes.end(), uint8_t(0));
+        Bgra got(37, 21);
+        ASSERT_TRUE(sink->last()->convert(got.bytes.data(), 37, 21, got.stride));
+        for (int y = 0; y < 21; ++y)
+            for (int x = 0; x < 37; ++x) {
+                ASSERT_TRUE(std::equal(original.at(x, y), original.at(x, y) + 3, got.at(x, y)));
+                ASSERT_EQ(255, got.at(x, y)[3]);
+            }
+    }
+}
+
+TEST_F(PushCamera, ScalesToWhatEachCaptureAsksFor) {
+    auto second = std::make_shared<RecordingSink>();
+    ASSERT_FALSE(camera->start(320, 240, sink));
+    ASSERT_FALSE(camera->start(1280, 720, second));
+    ASSERT_TRUE(push(pictures::pattern(640, 480, 42, 43)));
+    const Reading small = read(sink->last(), 320, 240), large = read(second->last(), 1280, 720);
+    EXPECT_TRUE(small.decoded && large.decoded);
+    EXPECT_EQ(42u, small.counter);
+    EXPECT_EQ(43u, large.clock);
+    EXPECT_EQ(1u, pushed.framesDelivered());
+    EXPECT_EQ(2u, pushed.framesTaken());
+}
+
+TEST_F(PushCamera, TakesAnotherSizeWithEachFrame) {
+    ASSERT_FALSE(camera->start(320, 240, sink));
+    uint32_t counter = 0;
+    for (const auto& size : {std::pair<int, int>(160, 120), {1280, 720}, {320, 240}, {640, 360}}) {
+        ASSERT_TRUE(push(pictures::pattern(size.first, size.second, ++counter, 7)));
+        EXPECT_EQ(size.first, camera->statistics().grantedWidth);
+        EXPECT_EQ(counter, read(sink->last()).counter);
+    }
+    EXPECT_EQ("BGRA", camera->statistics().grantedFormat);
+}
+
+// 4 x 4, one colour for each quarter: Y, U and V of BT.601 with limited range, from its definition.
+TEST_F(PushCamera, TakesI420) {
+    const uint8_t i420[] = {81, 81, 145, 145, 81, 81, 145, 145, 41,  41, 235, 235,
+                            41, 41, 235, 235, 90, 54, 240, 128, 240, 34, 110, 128};
+    ASSERT_FALSE(camera->start(4, 4, sink));
+    ASSERT_TRUE(pushed.pushI420(i420, 4, 4));
+    Bgra got(4, 4);
+    ASSERT_TRUE(sink->last()->convert(got.bytes.data(), 4, 4, got.stride));
+    const int expected[4][3] = {
+        {0, 0, 255}, {0, 255, 0}, {255, 0, 0}, {255, 255, 255}}; // red, green, blue, white
+    for (int quarter = 0; quarter < 4; ++quarter) {
+        const uint8_t* p = got.at(quarter % 2 * 3, quarter / 2 * 3);
+        for (int c = 0; c < 3; ++c)
+            EXPECT_NEAR(expected[quarter][c], p[c], 3) << "quarter " << quarter << ", byte " << c;
+        EXPECT_EQ(255, p[3]);
+    }
+    EXPECT_EQ("I420", camera->statistics().grantedFormat);
+}
+
+TEST_F(PushCamera, TakesI420OfOddSizes) {
+    ASSERT_FALSE(camera->start(5, 3, sink));
+    std::vector<uint8_t> i420(5 * 3 + 2 * 3 * 2, 128); // exactly what it may read
+    std::fill_n(i420.begin(), 15, uint8_t(235));
+    ASSERT_TRUE(pushed.pushI420(i420.data(), 5, 3));
+    for (const auto& size : {std::pair<int, int>(5, 3), {10, 6}, {1, 1}}) {
+        Bgra got(size.first, size.second);
+        ASSERT_TRUE(sink->last()->convert(got.bytes.data(), got.width, got.height, got.stride));
+        for (int c = 0; c < 3; ++c)
+            EXPECT_NEAR(255, got.at(got.width - 1, got.height - 1)[c], 3);
+    }
+}
+
+TEST_F(PushCamera, RefusesArgumentsThatAreNoPicture) {
+    ASSERT_FALSE(camera->start(8, 8, sink));
+    const Bgra picture = noise(8, 8);
+    const uint8_t* p = picture.bytes.data();
+    const int greatest = std::numeric_limits<int>::max(), least = std::numeric_limits<int>::min();
+    EXPECT_FALSE(pushed.push(nullptr, 8, 8, 32));
+    EXPECT_FALSE(pushed.pushI420(nullptr, 8, 8));
+    for (const int bad : {0, -8, 16385, greatest, least}) {
+        EXPECT_FALSE(pushed.push(p, bad, 8, greatest)) << bad;
+        EXPECT_FALSE(pushed.push(p, 8, bad, 32)) << bad;
+        EXPECT_FALSE(pushed.pushI420(p, bad, 8)) << bad;
+        EXPECT_FALSE(pushed.pushI420(p, 8, bad)) << bad;
+    }
+    for (const int stride : {31, 0, -32, least})
+        EXPECT_FALSE(pushed.push(p, 8, 8, stride)) << stride;
+    EXPECT_EQ(0, sink->arrived());
+    EXPECT_EQ(0u, pushed.framesDelivered());
+}
+
+TEST_F(PushCamera, StalledItRefusesAndHealedItGoesOn) {
+    ASSERT_FALSE(camera->start(8, 8, sink));
+    pushed.setFault(VIRTUAL_CAMERA_FAULT_STALL);
+    EXPECT_FALSE(push(noise(8, 8)));
+    pushed.setFault(VIRTUAL_CAMERA_FAULT_NONE);
+    EXPECT_TRUE(push(noise(8, 8)));
+    EXPECT_EQ(1, sink->arrived());
+}
+
+TEST_F(PushCamera, PaddedRowsShowInTheNextFrame) {
+    ASSERT_FALSE(camera->start(8, 8, sink));
+    pushed.setFault(VIRTUAL_CAMERA_FAULT_PADDED_ROWS);
+    ASSERT_TRUE(push(noise(8, 8)));
+    EXPECT_EQ(64, sink->last()->rowPadding());
+}
+
+TEST_F(PushCamera, APushFromInsideTheDeliveryIsRefused) {
+    bool inner = true;
+    sink->onFrame = [&](const RecordingSink::FramePointer&) { inner = push(noise(8, 8)); };
+    ASSERT_FALSE(camera->start(8, 8, sink));
+    EXPECT_TRUE(push(noise(8, 8)));
+    EXPECT_FALSE(inner);
+    EXPECT_EQ(1, sink->arrived());
+}
+
+TEST_F(PushCamera, DetachingTellsTheCaptureAndKeepsTheLastFrame) {
+    ASSERT_FALSE(camera->start(320, 240, sink));
+    ASSERT_TRUE(push(pictures::pattern(320, 240, 9, 10)));
+    pushed.detach();
+    EXPECT_EQ(std::vector<std::string>{"Pushed was unplugged"}, sink->ends());
+    EXPECT_EQ(9u, read(sink->last()).counter);
+}
+
+TEST_F(PushCamera, DetachingFromInsideTheDeliveryEndsWhenItReturns) {
+    sink->onFrame = [&](const RecordingSink::FramePointer&) {
+        pushed.detach();
+        EXPECT_TRUE(sink->ends().empty());
+    };
+    ASSERT_FALSE(camera->start(8, 8, sink));
+    EXPECT_TRUE(push(noise(8, 8)));
+    EXPECT_EQ(1u, sink->ends().size());
+    EXPECT_FALSE(push(noise(8, 8)));
+}
+
+TEST_F(PushCamera, StopAndCloseFromInsideTheDelivery) {
+    sink->onFrame = [&](const RecordingSink::FramePointer&) {
+        camera->stop(sink);
+        camera->close();
+    };
+    ASSERT_FALSE(camera->start(8, 8, sink));
+    EXPECT_TRUE(push(noise(8, 8)));
+    EXPECT_FALSE(push(noise(8, 8)));
+    EXPECT_EQ(1, sink->arrived());
+}
+
+TEST_F(PushCamera, ThreadsMayPushWhileOthersStartAndStop) {
+    std::atomic<bool> done{false};
+    std::vector<std::thread> pushers;
+    for (int i = 0; i < 2; ++i)
+        pushers.emplace_back([&] {
+            const Bgra picture = pictures::pattern(160, 120, 11, 12);
+            while (!done)
+                push(picture);
+        });
+    for (int i = 0; i < 100; ++i) {
+        auto fresh = std::make_shared<RecordingSink>();
+        ASSERT_FALSE(camera->start(160, 120, fresh));
+        if (i % 4 == 0) {
+            ASSERT_TRUE(fresh->waitForFrames(1));
+            EXPECT_EQ(11u, read(fresh->last()).counter);
+        }
+        camera->stop(fresh);
+        const int arrived = fresh->arrived();
+        std::this_thread::yield();
+        ASSERT_EQ(arrived, fresh->arrived());
+    }
+    done = true;
+    for (std::thread& pusher : pushers)
+        pusher.join();
+}
+
+TEST(PixelPool, LendsTheSameMemoryAgain) {
+    const auto pool = std::make_shared<cameras::PixelPool>();
+    for (int i = 0; i < 100; ++i) {
+        const auto first = cameras::PixelPool::take(pool, 1000),
+                   second = cameras::PixelPool::take(pool, 1000);
+        ASSERT_TRUE(first && second);
+        ASSERT_NE(first.data(), second.data());
+    }
+    EXPECT_EQ(2u, pool->allocations());
+}
+
+TEST(PixelPool, KeepsOnlyTheSizeLastAskedFor) {
+    const auto pool = std::make_shared<cameras::PixelPool>();
+    {
+        const auto old = cameras::PixelPool::take(pool, 1000);
+        const auto fresh = cameras::PixelPool::take(pool, 2000);
+        EXPECT_EQ(2000u, fresh.size());
+    }
+    EXPECT_EQ(2u, pool->allocations());
+    { const auto again = cameras::PixelPool::take(pool, 2000); }
+    EXPECT_EQ(2u, pool->allocations());
+    { const auto another = cameras::PixelPool::take(pool, 1000); }
+    EXPECT_EQ(3u, pool->allocations());
+}
+
+TEST(PixelPool, BlocksOutliveThePoolsOwner) {
+    auto pool = std::make_shared<cameras::PixelPool>();
+    auto block = cameras::PixelPool::take(pool, 64);
+    pool.reset();
+    std::fill_n(block.data(), 64, uint8_t(1));
+    EXPECT_EQ(1, block.data()[63]);
+}
+
+} // namespace
