@@ -51,6 +51,7 @@ bool DeliveryThread::start(const char* name, Body body) {
     sigset_t all, before;
     ::sigfillset(&all);
     ::pthread_sigmask(SIG_SETMASK, &all, &before);
+    signal_ = signal; // before the body runs: it may stop itself
     bool started = true;
     try {
         thread_ = std::thread([signal, name, body = std::move(body)] {
@@ -62,9 +63,8 @@ bool DeliveryThread::start(const char* name, Body body) {
     }
     ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
     if (!started)
-        return false;
-    signal_ = std::move(signal);
-    return true;
+        signal_.reset();
+    return started;
 }
 
 void DeliveryThread::stop() {
