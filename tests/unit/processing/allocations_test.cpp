@@ -1,11 +1,12 @@
-// How often the operations allocate, counted in a replaced operator new, and that a failed allocation leaves
-// nothing behind.
+// How often the operations allocate, counted in a replaced operator new, that nothing is written beyond what
+// they allocate, and that a failed allocation leaves nothing behind.
 #include <ostrel/processing.h>
 
 #include <gtest/gtest.h>
 
 #include <new>
 #include <stdlib.h>
+#include <string.h>
 #include <vector>
 
 namespace {
@@ -15,6 +16,12 @@ int g_allocations = 0;
 size_t g_bytes = 0;
 int g_live = 0;
 int g_failAt = 0; // the allocation of this number fails; 0 for none
+bool g_overrun = false;
+
+// In memory: the size, the block that operator new returns, the tail.
+const size_t HEAD = 16;
+const size_t TAIL = 1024;
+const int TAIL_BYTE = 0xA5;
 
 void* allocate(size_t size) {
     if (g_counting) {
@@ -24,15 +31,25 @@ void* allocate(size_t size) {
             throw std::bad_alloc();
         ++g_live;
     }
-    void* const memory = malloc(size ? size : 1);
+    char* const memory = static_cast<char*>(malloc(HEAD + size + TAIL));
     if (!memory)
         throw std::bad_alloc();
-    return memory;
+    memcpy(memory, &size, sizeof size);
+    memset(memory + HEAD + size, TAIL_BYTE, TAIL);
+    return memory + HEAD;
 }
 
-void release(void* memory) {
-    if (g_counting && memory)
+void release(void* block) {
+    if (!block)
+        return;
+    if (g_counting)
         --g_live;
+    char* const memory = static_cast<char*>(block) - HEAD;
+    size_t size = 0;
+    memcpy(&size, memory, sizeof size);
+    const unsigned char* const tail = reinterpret_cast<unsigned char*>(memory) + HEAD + size;
+    for (size_t index = 0; index < TAIL; ++index)
+        g_overrun = g_overrun || tail[index] != TAIL_BYTE;
     free(memory);
 }
 
@@ -194,6 +211,47 @@ TEST(Allocations, OfTheClockAndTheSizesAreNone) {
     OVideoCommon::qualityToResolution(1, width, height);
     OVideoCommon::resolutionToQuality(width, height);
     EXPECT_EQ(g_allocations, 0);
+}
+
+TEST(Overruns, OfABlockAreNoticed) {
+    g_overrun = false;
+    void* const block = allocate(10);
+    memset(block, 0, 11);
+    release(block);
+    EXPECT_TRUE(g_overrun);
+}
+
+TEST(Overruns, DoNotHappenInRGB24ToYUY2AtAnySize) {
+    g_overrun = false;
+    for (int width = 1; width <= 40; ++width)
+        for (int height = 1; height <= 20; ++height) {
+            const Bytes src(static_cast<size_t>(width * 3 * height), 7);
+            Bytes dst;
+            ASSERT_EQ(OVideoConverter::RGB24ToYUY2(src, dst, width, height), 0);
+            dst = Bytes();
+            ASSERT_FALSE(g_overrun) << width << "x" << height;
+        }
+}
+
+TEST(Overruns, DoNotHappenInScaling) {
+    g_overrun = false;
+    const int pixels[] = {320 * 240, 640 * 480, 1280 * 720};
+    for (int from = 0; from < 3; ++from)
+        for (int to = 0; to < 3; ++to)
+            for (int method = 0; method < 3; ++method) {
+                Bytes i420(static_cast<size_t>(pixels[from] * 3 / 2), 7);
+                Bytes yuy2(static_cast<size_t>(pixels[from] * 2), 7);
+                Bytes dst;
+                OVideoScaler::scaleI420Frame(static_cast<VIDEO_QUALITY>(from), i420,
+                                             static_cast<VIDEO_QUALITY>(to), dst,
+                                             static_cast<ScaleMethod>(method));
+                dst = Bytes();
+                OVideoScaler::scaleYUY2Frame(static_cast<VIDEO_QUALITY>(from), yuy2,
+                                             static_cast<VIDEO_QUALITY>(to), dst,
+                                             static_cast<ScaleMethod>(method));
+                dst = Bytes();
+                ASSERT_FALSE(g_overrun) << from << " to " << to << ", method " << method;
+            }
 }
 
 TEST(FailedAllocations, OfRGB24ToYUY2ReachTheCallerAndLeaveNothingBehind) {

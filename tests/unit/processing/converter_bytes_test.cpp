@@ -22,6 +22,10 @@ struct Operation {
     int (*plain)(const uint8_t* src, uint8_t* dst, int w, int h);
 };
 
+std::ostream& operator<<(std::ostream& out, const Operation& operation) {
+    return out << operation.name;
+}
+
 int oursI420ToYUY2(const uint8_t* src, uint8_t* dst, int w, int h) {
     return OVideoConverter::I420ToYUY2(src, dst, w, h, 0);
 }

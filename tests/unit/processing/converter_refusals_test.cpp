@@ -17,6 +17,10 @@ struct Operation {
     int (*convert)(const uint8_t* src, uint8_t* dst, int width, int height);
 };
 
+std::ostream& operator<<(std::ostream& out, const Operation& operation) {
+    return out << operation.name;
+}
+
 int i420ToYuy2(const uint8_t* src, uint8_t* dst, int width, int height) {
     return OVideoConverter::I420ToYUY2(src, dst, width, height, 0);
 }
