@@ -82,6 +82,9 @@ Answer V4l2Provider::answerOf(const NodeFacts& facts) {
         answer.listed = saysCapture(facts);
         return answer;
     }
+    const auto known = known_.find(facts.incarnation);
+    if (known != known_.end() && !known->second.camera->attached())
+        answers_.erase(facts.incarnation); // its device has left, though the node is still there
     const auto before = answers_.find(facts.incarnation);
     if (before != answers_.end() && !facts.isVirtual)
         return before->second;

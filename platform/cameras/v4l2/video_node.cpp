@@ -232,7 +232,27 @@ int VideoNode::setFormat(const Candidate& asked, bool multiplanar, Granted& gran
     v4l2_format format = requestOf(asked, multiplanar);
     if (const int error = ioctl(VIDIOC_S_FMT, &format))
         return error;
-    return readGranted(format, multiplanar, granted) ? 0 : EINVAL;
+    if (!readGranted(format, multiplanar, granted))
+        return EINVAL;
+    fillWholeBuffer(granted.size);
+    return 0;
+}
+
+// Drivers that can place the picture in a part of the buffer keep that part when the format grows: after a
+// smaller capture, of this program or another, the rest of the buffer would stay black.
+void VideoNode::fillWholeBuffer(const Size& size) const {
+    v4l2_selection place = {};
+    place.type = V4L2_BUF_TYPE_VIDEO_CAPTURE; // for both interfaces
+    place.target = V4L2_SEL_TGT_COMPOSE;
+    if (ioctl(VIDIOC_G_SELECTION, &place) != 0)
+        return; // most cameras cannot do it
+    v4l2_rect whole = {};
+    whole.width = static_cast<uint32_t>(size.width);
+    whole.height = static_cast<uint32_t>(size.height);
+    if (std::memcmp(&place.r, &whole, sizeof whole) == 0)
+        return;
+    place.r = whole;
+    ioctl(VIDIOC_S_SELECTION, &place); // refused, it stays as it is
 }
 
 void VideoNode::setInterval(const Interval& asked, Granted& granted) const {

@@ -72,6 +72,7 @@ private:
 
     std::vector<SizeRange> sizes(uint32_t fourcc) const;
     Interval interval(uint32_t fourcc, const Size& size) const;
+    void fillWholeBuffer(const Size& size) const;
 
     const std::shared_ptr<KernelCalls> kernel_;
     std::atomic<int> descriptor_; // -1 once closed
