@@ -29,7 +29,8 @@ struct OVideoCaptureMacXPrivate {
     enum SessionUse { FREE, STARTING, GIVEN_UP_WHILE_STARTING, RELEASED };
 
     OVideoCaptureMacXPrivate()
-        : width(0), height(0), capturing(false), captureObject(0), sessionUse(FREE), givenUp(false) {}
+        : width(0), height(0), capturing(false), captureObject(0), sessionUse(FREE), givenUp(false), runs(0) {
+    }
 
     int32_t width;
     int32_t height;
@@ -38,7 +39,8 @@ struct OVideoCaptureMacXPrivate {
     bool capturing;
     SessionObject* captureObject;
     std::atomic<int> sessionUse;
-    bool givenUp; // by the client; captureObject must not be used by it any more
+    bool givenUp;               // by the client; captureObject must not be used by it any more
+    std::atomic<unsigned> runs; // that have ended; orders what run() did before what comes after wait()
 
     // Bytes of a frame of the driver's size, as an unsigned 32-bit product.
     int64_t frameBytes() const {
@@ -48,6 +50,7 @@ struct OVideoCaptureMacXPrivate {
     void replaceFrameBuffer(int newWidth, int newHeight);
     bool copyNewestFrame();
     void giveUpSession();
+    void startSession();
 };
 
 namespace {
@@ -111,22 +114,29 @@ void OVideoCaptureMacX::startCapture(const char* cameraId, int width, int height
         return;
     // A start-up still in progress reads what is set here, so a second start waits for it.
     wait();
+    d->runs.load(std::memory_order_acquire);
     session::setCamera(d->captureObject, identifier, width, height);
     start(QThread::InheritPriority);
 }
 
+// On the driver's own thread: unless the client was quicker, has the session started.
+void OVideoCaptureMacXPrivate::startSession() {
+    int use = FREE;
+    if (!sessionUse.compare_exchange_strong(use, STARTING))
+        return; // stopped before it began
+    session::start(captureObject);
+    use = STARTING;
+    if (sessionUse.compare_exchange_strong(use, FREE))
+        return;
+    session::stop(captureObject);
+    session::release(captureObject);
+    sessionUse.store(RELEASED);
+}
+
 void OVideoCaptureMacX::run() {
     diagnostics::line(">>> OVideoCaptureMacX::run() ", this);
-    int use = OVideoCaptureMacXPrivate::FREE;
-    if (!d->sessionUse.compare_exchange_strong(use, OVideoCaptureMacXPrivate::STARTING))
-        return; // stopped before it began
-    session::start(d->captureObject);
-    use = OVideoCaptureMacXPrivate::STARTING;
-    if (d->sessionUse.compare_exchange_strong(use, OVideoCaptureMacXPrivate::FREE))
-        return;
-    session::stop(d->captureObject);
-    session::release(d->captureObject);
-    d->sessionUse.store(OVideoCaptureMacXPrivate::RELEASED);
+    d->startSession();
+    d->runs.fetch_add(1, std::memory_order_release);
 }
 
 void OVideoCaptureMacX::stopVideoCapture() {
@@ -184,7 +194,7 @@ OVideoCaptureMacX::~OVideoCaptureMacX() {
     diagnostics::line("OVideoCaptureMacX::~OVideoCaptureMacX() ", this);
     stopVideoCapture();
     wait();
-    d->sessionUse.load(std::memory_order_acquire); // pairs with the end of run()
+    d->runs.load(std::memory_order_acquire);
     delete d;
     d = 0;
 }

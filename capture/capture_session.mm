@@ -108,7 +108,8 @@ NSDictionary* pixelBufferAttributes(int64_t width, int64_t height) {
     @synchronized(self) {
         old = m_lastCapturedFrame;
         __atomic_store_n(&m_lastCapturedFrame, videoFrame, __ATOMIC_RELAXED);
-        __atomic_store_n(&m_capturedFrameCounter, m_capturedFrameCounter + 1, __ATOMIC_RELAXED);
+        // A second start sets the counter back without the lock.
+        __atomic_fetch_add(&m_capturedFrameCounter, 1, __ATOMIC_RELAXED);
     }
     CVBufferRelease(old);
 }
