@@ -53,7 +53,7 @@ int parseAndRun(int argc, const char* const* argv, Messages& messages) {
     }
     const Options& options = commandLine.options();
     messages.setQuiet(options.quiet);
-    LibraryLog log(messages.descriptor(), options.verbose);
+    common::LibraryLog log(messages.descriptor(), options.verbose);
     const StopRequest stop;
     return runCommand(options, {messages, log, stop});
 }

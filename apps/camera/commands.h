@@ -2,10 +2,10 @@
 #ifndef OSTREL_APPS_CAMERA_COMMANDS_H
 #define OSTREL_APPS_CAMERA_COMMANDS_H
 
-#include "apps/camera/library_log.h"
 #include "apps/camera/messages.h"
 #include "apps/camera/options.h"
 #include "apps/camera/stop_request.h"
+#include "apps/common/library_log.h"
 
 namespace ostrel {
 namespace cli {
@@ -13,7 +13,7 @@ namespace cli {
 // What a command works with beside its options.
 struct Surroundings {
     Messages& messages;
-    LibraryLog& log;
+    common::LibraryLog& log;
     const StopRequest& stop;
 };
 

@@ -50,7 +50,8 @@ Clock::duration PollPace::pause(Clock::time_point now) const {
     return std::min<Clock::duration>(std::max(quiet, poll), LONGEST_PAUSE);
 }
 
-FrameSource::FrameSource(const Camera& camera, const Size& size, LibraryLog& log, const StopRequest& stop)
+FrameSource::FrameSource(const Camera& camera, const Size& size, common::LibraryLog& log,
+                         const StopRequest& stop)
     : camera_(camera), size_(size), log_(log), stop_(stop), capture_(OVideoCaptureUnix::ptr()) {
     capture_->startCapture(camera_.identifier.c_str(), size_.width, size_.height);
     // An unknown camera is refused silently.

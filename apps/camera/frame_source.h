@@ -3,8 +3,8 @@
 #define OSTREL_APPS_CAMERA_FRAME_SOURCE_H
 
 #include "apps/camera/camera_choice.h"
-#include "apps/camera/library_log.h"
 #include "apps/camera/stop_request.h"
+#include "apps/common/library_log.h"
 
 #include <ostrel/capture.h>
 #include <ostrel/statistics.h>
@@ -50,7 +50,7 @@ public:
     };
 
     // Throws a Failure when the camera is gone.
-    FrameSource(const Camera& camera, const Size& size, LibraryLog& log, const StopRequest& stop);
+    FrameSource(const Camera& camera, const Size& size, common::LibraryLog& log, const StopRequest& stop);
 
     // Waits for a frame newer than the last; frame keeps its memory from call to call. Throws a Failure with
     // EXIT_CANNOT_OPEN as soon as the library says that the camera cannot be used.
@@ -73,7 +73,7 @@ private:
 
     Camera camera_;
     Size size_;
-    LibraryLog& log_;
+    common::LibraryLog& log_;
     const StopRequest& stop_;
     QSharedPointer<OVideoCaptureUnix> capture_;
     PollPace pace_;

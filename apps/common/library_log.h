@@ -1,12 +1,12 @@
 // Keeps the library's own lines on standard error away from the user, and remembers what they say.
-#ifndef OSTREL_APPS_CAMERA_LIBRARY_LOG_H
-#define OSTREL_APPS_CAMERA_LIBRARY_LOG_H
+#ifndef OSTREL_APPS_COMMON_LIBRARY_LOG_H
+#define OSTREL_APPS_COMMON_LIBRARY_LOG_H
 
 #include <cstdint>
 #include <string>
 
 namespace ostrel {
-namespace cli {
+namespace common {
 
 // What the library's lines have said so far; fed with whole or partial lines.
 class LibraryLogReader {
@@ -31,7 +31,10 @@ private:
 // one thread.
 class LibraryLog {
 public:
-    // visible: the descriptor to which the lines are passed on when show is set.
+    // Passes the lines on to where standard error was.
+    LibraryLog() : LibraryLog(-1, true) {}
+    // visible: the descriptor to which the lines are passed on when show is set; -1: where standard error
+    // was.
     LibraryLog(int visible, bool show);
     ~LibraryLog(); // gives standard error back
     LibraryLog(const LibraryLog&) = delete;
@@ -49,7 +52,7 @@ private:
     LibraryLogReader reader_;
 };
 
-} // namespace cli
+} // namespace common
 } // namespace ostrel
 
 #endif

@@ -1,4 +1,4 @@
-#include "apps/camera/library_log.h"
+#include "apps/common/library_log.h"
 
 #include <charconv>
 #include <fcntl.h>
@@ -10,7 +10,7 @@
 #endif
 
 namespace ostrel {
-namespace cli {
+namespace common {
 
 namespace {
 
@@ -56,7 +56,9 @@ LibraryLog::LibraryLog(int visible, bool show) : visible_(visible), show_(show) 
         return; // then the lines are seen; nothing else is lost
     fcntl(memory_, F_SETFL, O_APPEND);
     before_ = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-    keepReportsVisible(visible);
+    if (visible_ < 0)
+        visible_ = before_;
+    keepReportsVisible(visible_);
     dup2(memory_, STDERR_FILENO);
 }
 
@@ -91,5 +93,5 @@ const LibraryLogReader& LibraryLog::drain() {
     return reader_;
 }
 
-} // namespace cli
+} // namespace common
 } // namespace ostrel

@@ -1,0 +1,44 @@
+// The attached cameras, as a list that follows plugging.
+#ifndef OSTREL_APPS_VIEWER_CAMERA_LIST_H
+#define OSTREL_APPS_VIEWER_CAMERA_LIST_H
+
+#include <QtCore/QMap>
+#include <QtWidgets/QListWidget>
+
+namespace ostrel {
+namespace viewer {
+
+// Bound to the GUI's thread.
+class CameraList : public QListWidget {
+    Q_OBJECT
+
+public:
+    explicit CameraList(QWidget* parent = nullptr);
+
+    bool isAttached(const QString& id) const { return cameras_.contains(id); }
+    QString nameOf(const QString& id) const { return cameras_.value(id); }
+    // The identifier of the camera with this identifier or name, letter case ignored; empty when there is
+    // none.
+    QString find(const QString& text) const;
+    QString first() const { return cameras_.isEmpty() ? QString() : cameras_.firstKey(); }
+
+    // Marks a camera without the signal; an identifier that is not attached marks none.
+    void mark(const QString& id);
+
+public slots:
+    void refresh(); // asks the library; also called by a timer
+
+signals:
+    void changed();                 // cameras came or went
+    void chosen(const QString& id); // by the user, possibly the one that is marked already
+
+private:
+    void choose(QListWidgetItem* item);
+
+    QMap<QString, QString> cameras_; // identifier -> name
+};
+
+} // namespace viewer
+} // namespace ostrel
+
+#endif

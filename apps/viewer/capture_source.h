@@ -1,0 +1,60 @@
+// The frames of the chosen camera, fetched by polling.
+#ifndef OSTREL_APPS_VIEWER_CAPTURE_SOURCE_H
+#define OSTREL_APPS_VIEWER_CAPTURE_SOURCE_H
+
+#include "apps/common/library_log.h"
+#include "apps/viewer/frame_meter.h"
+
+#include <ostrel/capture.h>
+
+#include <QtCore/QString>
+
+#include <optional>
+
+namespace ostrel {
+namespace viewer {
+
+// From start() on: Starting -> Live, and from there
+//   Starting -> Silent   no frame came in time; goes on waiting, and a frame leads to Live
+//   Starting -> Failed   the library said that the camera cannot be used
+//   Live     -> Stalled  no new frame for a while; a frame leads back to Live
+//   any      -> Gone     the camera is no longer attached
+// Bound to one thread, as a capture is.
+class CaptureSource {
+public:
+    enum class State { Idle, Starting, Live, Silent, Stalled, Failed, Gone };
+
+    void start(const QString& cameraId, int width, int height);
+    void stop();
+    void cameraLeft(); // ends the capture; the newest frame stays
+
+    // Fetches the newest frame. True when frame() is one to be shown.
+    bool poll();
+    // Its memory is used again for the next one.
+    const VideoFrame& frame() const { return frame_; }
+
+    State state() const { return state_; }
+    bool waits() const { return state_ == State::Starting || state_ == State::Silent; }
+    QString failure() const { return failure_; } // the library's words, for Failed
+    FrameMeter& meter() { return meter_; }
+
+private:
+    void end(State state);
+    bool isNew(Clock::time_point now);
+    void lookForFailure();
+
+    QSharedPointer<OVideoCaptureUnix> capture_;
+    VideoFrame frame_;
+    State state_ = State::Idle;
+    QString failure_;
+    FrameMeter meter_;
+    Clock::time_point since_; // when the capture was started, then when the newest frame was seen
+    uint32_t shownNumber_ = 0;
+    bool shownTwice_ = false;
+    std::optional<common::LibraryLog> log_; // until the first frame
+};
+
+} // namespace viewer
+} // namespace ostrel
+
+#endif

@@ -1,0 +1,91 @@
+#include "apps/viewer/control_panel.h"
+
+#include <QtWidgets/QFormLayout>
+#include <QtWidgets/QLabel>
+#include <QtWidgets/QVBoxLayout>
+
+namespace ostrel {
+namespace viewer {
+
+namespace {
+
+const int WIDTH = 230;
+const VIDEO_QUALITY LEVELS[] = {VIDEO_QUALITY_LD, VIDEO_QUALITY_SD, VIDEO_QUALITY_HD};
+
+void addLevels(QComboBox* box) {
+    for (const VIDEO_QUALITY level : LEVELS)
+        box->addItem(OVideoCommon::qualityToString(level), int(level));
+}
+
+} // namespace
+
+ControlPanel::ControlPanel(QWidget* parent)
+    : QWidget(parent), cameras(new CameraList), size(new QComboBox), scaleTo(new QComboBox),
+      method(new QComboBox), mirror(new QCheckBox("&Mirror")), snapshot(new QPushButton("Take &snapshot")),
+      fullScreen(new QPushButton("&Full screen")) {
+    fill();
+    arrange();
+}
+
+void ControlPanel::fill() {
+    size->setObjectName("size");
+    addLevels(size);
+    size->setCurrentIndex(size->findData(int(VIDEO_QUALITY_SD)));
+
+    scaleTo->setObjectName("scaleTo");
+    scaleTo->addItem("As captured");
+    addLevels(scaleTo);
+
+    method->setObjectName("method");
+    method->addItem("None", int(SCALE_METHOD_NONE));
+    method->addItem("Bilinear", int(SCALE_METHOD_BILINEAR));
+    method->addItem("Box", int(SCALE_METHOD_BOX));
+    method->setCurrentIndex(method->findData(int(SCALE_METHOD_BOX)));
+    method->setToolTip("How pixels are mixed when the picture is scaled");
+    method->setEnabled(false);
+    connect(scaleTo, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            [this] { method->setEnabled(scaleLevel().has_value()); });
+
+    mirror->setObjectName("mirror");
+    snapshot->setObjectName("snapshot");
+    snapshot->setToolTip("Save the picture as a PNG file (Ctrl+S)");
+    snapshot->setEnabled(false);
+    fullScreen->setObjectName("fullScreen");
+    fullScreen->setToolTip("F11, or double-click the picture; Esc leads back");
+}
+
+void ControlPanel::arrange() {
+    setFixedWidth(WIDTH);
+    QLabel* heading = new QLabel("&Cameras");
+    heading->setBuddy(cameras);
+
+    QFormLayout* form = new QFormLayout;
+    form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+    form->addRow("Si&ze", size);
+    form->addRow("Scale &to", scaleTo);
+    form->addRow("M&ethod", method);
+    form->addRow(QString(), mirror);
+
+    QVBoxLayout* column = new QVBoxLayout(this);
+    column->addWidget(heading);
+    column->addWidget(cameras, 1);
+    column->addLayout(form);
+    column->addWidget(snapshot);
+    column->addWidget(fullScreen);
+}
+
+VIDEO_QUALITY ControlPanel::captureLevel() const {
+    return VIDEO_QUALITY(size->currentData().toInt());
+}
+
+std::optional<VIDEO_QUALITY> ControlPanel::scaleLevel() const {
+    const QVariant level = scaleTo->currentData();
+    return level.isValid() ? std::optional(VIDEO_QUALITY(level.toInt())) : std::nullopt;
+}
+
+ScaleMethod ControlPanel::scaleMethod() const {
+    return ScaleMethod(method->currentData().toInt());
+}
+
+} // namespace viewer
+} // namespace ostrel

@@ -1,0 +1,204 @@
+#include "apps/viewer/main_window.h"
+
+#include "apps/viewer/control_panel.h"
+#include "apps/viewer/picture_view.h"
+#include "apps/viewer/snapshot.h"
+
+#include <QAction> // in QtWidgets in Qt 5, in QtGui in Qt 6
+#include <QtCore/QTimer>
+#include <QtGui/QKeySequence>
+#include <QtGui/QScreen>
+#include <QtWidgets/QHBoxLayout>
+#include <QtWidgets/QLabel>
+#include <QtWidgets/QStatusBar>
+
+namespace ostrel {
+namespace viewer {
+
+namespace {
+
+// A little more often than screens draw. Every poll copies a whole frame, so a shorter pause only costs.
+const int POLL_MILLISECONDS = 15;
+const int FIGURES_MILLISECONDS = 250; // numbers that change faster cannot be read
+const int NOTICE_MILLISECONDS = 8000;
+
+QString sizeText(const QSize& size) {
+    return QString("%1 × %2").arg(size.width()).arg(size.height());
+}
+
+QString figuresText(const QString& sizes, double rate, Clock::duration age) {
+    const double seconds = std::chrono::duration<double>(age).count();
+    const QString ageText = seconds < 1 ? QString("%1 ms").arg(seconds * 1000, 0, 'f', 0)
+                                        : QString("%1 s").arg(seconds, 0, 'f', 1);
+    return QString("%1   |   %2 frames/s   |   frame %3 old").arg(sizes).arg(rate, 0, 'f', 1).arg(ageText);
+}
+
+} // namespace
+
+MainWindow::MainWindow(const WindowSettings& settings)
+    : settings_(settings), panel_(new ControlPanel), view_(new PictureView), figures_(new QLabel) {
+    setWindowTitle("Ostrel Viewer");
+    panel_->size->setCurrentIndex(panel_->size->findData(int(settings.size)));
+
+    QWidget* content = new QWidget;
+    QHBoxLayout* row = new QHBoxLayout(content);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(0);
+    row->addWidget(panel_);
+    row->addWidget(view_, 1);
+    setCentralWidget(content);
+    figures_->setObjectName("figures");
+    figures_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    // As wide as it may become, so that it does not jump about.
+    const QString widest = figuresText("1280 × 720 → 1280 × 720", 1000, std::chrono::milliseconds(999));
+    figures_->setMinimumWidth(figures_->fontMetrics().boundingRect(widest).width());
+    statusBar()->addPermanentWidget(figures_);
+
+    connectControls();
+    addShortcuts();
+    startTimers();
+    panel_->cameras->refresh();
+    camerasChanged(); // for when there is none: then nothing has changed
+}
+
+void MainWindow::connectControls() {
+    const auto index = QOverload<int>::of(&QComboBox::currentIndexChanged);
+    connect(panel_->cameras, &CameraList::changed, this, &MainWindow::camerasChanged);
+    connect(panel_->cameras, &CameraList::chosen, this, &MainWindow::chooseCamera);
+    connect(panel_->size, index, this, &MainWindow::restart);
+    connect(panel_->scaleTo, index, this, &MainWindow::showNewest);
+    connect(panel_->method, index, this, &MainWindow::showNewest);
+    connect(panel_->mirror, &QCheckBox::toggled, view_, &PictureView::setMirrored);
+    connect(panel_->snapshot, &QPushButton::clicked, this, &MainWindow::takeSnapshot);
+    connect(panel_->fullScreen, &QPushButton::clicked, this, [this] { setFullScreen(true); });
+    connect(view_, &PictureView::doubleClicked, this, [this] { setFullScreen(!isFullScreen()); });
+}
+
+// Actions of the window itself, so that their keys work while the panel is hidden.
+void MainWindow::addShortcuts() {
+    const auto add = [this](const QKeySequence& keys) {
+        QAction* action = new QAction(this);
+        action->setShortcut(keys);
+        addAction(action);
+        return action;
+    };
+    connect(add(Qt::Key_F11), &QAction::triggered, this, [this] { setFullScreen(!isFullScreen()); });
+    connect(add(QKeySequence::Save), &QAction::triggered, this, &MainWindow::takeSnapshot);
+    leaveFullScreen_ = add(Qt::Key_Escape);
+    leaveFullScreen_->setEnabled(false);
+    connect(leaveFullScreen_, &QAction::triggered, this, [this] { setFullScreen(false); });
+}
+
+void MainWindow::startTimers() {
+    QTimer* poll = new QTimer(this);
+    poll->setTimerType(Qt::PreciseTimer);
+    connect(poll, &QTimer::timeout, this, &MainWindow::pollCamera);
+    poll->start(POLL_MILLISECONDS);
+
+    QTimer* figures = new QTimer(this);
+    connect(figures, &QTimer::timeout, this, &MainWindow::showFigures);
+    figures->start(FIGURES_MILLISECONDS);
+}
+
+// A camera that goes is waited for; it is taken up again when it returns.
+void MainWindow::camerasChanged() {
+    CameraList* cameras = panel_->cameras;
+    if (cameraId_.isEmpty()) {
+        const QString id = settings_.camera.isEmpty() ? cameras->first() : cameras->find(settings_.camera);
+        if (!id.isEmpty())
+            chooseCamera(id);
+    } else if (!cameras->isAttached(cameraId_)) {
+        source_.cameraLeft();
+    } else if (source_.state() == CaptureSource::State::Gone) {
+        restart();
+    }
+    cameras->mark(cameraId_);
+    showState();
+}
+
+void MainWindow::chooseCamera(const QString& id) {
+    const bool runs =
+        source_.state() == CaptureSource::State::Starting || source_.state() == CaptureSource::State::Live;
+    if (id == cameraId_ && runs)
+        return;
+    cameraId_ = id;
+    cameraName_ = panel_->cameras->nameOf(id);
+    panel_->cameras->mark(id);
+    restart();
+}
+
+void MainWindow::restart() {
+    if (cameraId_.isEmpty())
+        return;
+    int width = 0;
+    int height = 0;
+    OVideoCommon::qualityToResolution(panel_->captureLevel(), width, height);
+    source_.start(cameraId_, width, height);
+    view_->clear();
+    showState();
+    showFigures();
+}
+
+void MainWindow::pollCamera() {
+    if (source_.poll())
+        showNewest();
+    showState();
+}
+
+void MainWindow::showNewest() {
+    scaler_.setLevel(panel_->scaleLevel());
+    scaler_.setMethod(panel_->scaleMethod());
+    // Before the first frame of a capture, the record still holds one of the capture before.
+    if (source_.state() == CaptureSource::State::Live || view_->hasPicture())
+        view_->showPicture(scaler_.scale(source_.frame()));
+}
+
+void MainWindow::showState() {
+    if (!cameraId_.isEmpty())
+        view_->setMessage(captureMessage(source_, cameraName_));
+    else if (panel_->cameras->count() > 0)
+        view_->setMessage(noSuchCamera(settings_.camera));
+    else
+        view_->setMessage(noCamera());
+    panel_->snapshot->setEnabled(view_->hasPicture());
+}
+
+void MainWindow::showFigures() {
+    if (!view_->hasPicture()) {
+        figures_->clear();
+        return;
+    }
+    const Clock::time_point now = Clock::now();
+    const QSize captured(source_.frame().width, source_.frame().height);
+    const QSize shown = view_->pictureSize();
+    const QString sizes =
+        shown == captured ? sizeText(captured) : sizeText(captured) + " → " + sizeText(shown);
+    figures_->setText(figuresText(sizes, source_.meter().rate(now), source_.meter().age(now)));
+}
+
+void MainWindow::takeSnapshot() {
+    if (view_->hasPicture())
+        statusBar()->showMessage(saveSnapshot(view_->snapshot(), settings_.snapshotFolder),
+                                 NOTICE_MILLISECONDS);
+}
+
+void MainWindow::setFullScreen(bool fullScreen) {
+    if (fullScreen == isFullScreen())
+        return;
+    panel_->setVisible(!fullScreen);
+    statusBar()->setVisible(!fullScreen);
+    leaveFullScreen_->setEnabled(fullScreen);
+    if (fullScreen) {
+        view_->setCursor(Qt::BlankCursor);
+        windowed_ = geometry();
+        setGeometry(screen()->geometry()); // where no window manager does it
+        showFullScreen();
+    } else {
+        view_->unsetCursor();
+        showNormal();
+        setGeometry(windowed_);
+    }
+}
+
+} // namespace viewer
+} // namespace ostrel

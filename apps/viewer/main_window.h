@@ -1,0 +1,67 @@
+// The window: cameras and settings on the left, the live picture on the right, figures below.
+#ifndef OSTREL_APPS_VIEWER_MAIN_WINDOW_H
+#define OSTREL_APPS_VIEWER_MAIN_WINDOW_H
+
+#include "apps/viewer/capture_source.h"
+#include "apps/viewer/picture_scaler.h"
+
+#include <ostrel/processing.h>
+
+#include <QtWidgets/QMainWindow>
+
+class QAction;
+class QLabel;
+
+namespace ostrel {
+namespace viewer {
+
+class ControlPanel;
+class PictureView;
+
+struct WindowSettings {
+    QString camera; // identifier or name of the one to begin with; empty: the first
+    VIDEO_QUALITY size = VIDEO_QUALITY_SD;
+    QString snapshotFolder = "."; // has to exist
+};
+
+// Bound to the GUI's thread, which also polls the camera.
+class MainWindow : public QMainWindow {
+    Q_OBJECT
+
+public:
+    explicit MainWindow(const WindowSettings& settings);
+
+public slots:
+    void chooseCamera(const QString& id);
+    void takeSnapshot();
+    void setFullScreen(bool fullScreen);
+
+private:
+    void connectControls();
+    void addShortcuts();
+    void startTimers();
+
+    void camerasChanged();
+    void restart();
+    void pollCamera();
+    void showNewest();
+    void showState();
+    void showFigures();
+
+    WindowSettings settings_;
+    QString cameraId_;   // the chosen one, attached or not; empty: none yet
+    QString cameraName_; // kept for when it is gone
+    CaptureSource source_;
+    PictureScaler scaler_;
+
+    ControlPanel* panel_;
+    PictureView* view_;
+    QLabel* figures_;
+    QAction* leaveFullScreen_;
+    QRect windowed_; // to where the window returns from full screen
+};
+
+} // namespace viewer
+} // namespace ostrel
+
+#endif

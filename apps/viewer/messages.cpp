@@ -1,0 +1,49 @@
+#include "apps/viewer/messages.h"
+
+namespace ostrel {
+namespace viewer {
+
+Message noCamera() {
+    return {
+        "No camera is attached",
+        "Plug one in, and it shows up here by itself. If one is plugged in already, your account may not be "
+        "allowed to use it: on most systems that takes membership in the group “video”.\n\n"
+        "Without a camera, ostrel-viewer --test-camera shows a test picture."};
+}
+
+Message noSuchCamera(const QString& wanted) {
+    return {QString("No camera is called “%1”").arg(wanted),
+            "Choose one from the list, or plug it in, and it is shown."};
+}
+
+Message captureMessage(const CaptureSource& source, const QString& camera) {
+    switch (source.state()) {
+    case CaptureSource::State::Idle:
+    case CaptureSource::State::Live:
+        break;
+    case CaptureSource::State::Starting:
+        return {QString("Starting “%1” …").arg(camera), QString()};
+    case CaptureSource::State::Silent:
+        return {
+            QString("No picture from “%1” yet").arg(camera),
+            "Still waiting. Another program may be using the camera, its privacy switch may be on, or its "
+            "cable may be loose."};
+    case CaptureSource::State::Stalled:
+        return {QString("“%1” has stopped sending pictures").arg(camera),
+                "Still waiting. Check its cable and its privacy switch, or choose it in the list to start it "
+                "again."};
+    case CaptureSource::State::Failed:
+        return {QString("“%1” cannot be used").arg(camera),
+                source.failure() +
+                    "\n\nClose other programs that use it, then choose it in the list to try again."};
+    case CaptureSource::State::Gone:
+        return {
+            QString("“%1” is gone").arg(camera),
+            "It was unplugged or switched off. Plug it in again and the picture returns, or choose another "
+            "camera."};
+    }
+    return {};
+}
+
+} // namespace viewer
+} // namespace ostrel

@@ -1,0 +1,29 @@
+// What the window says in plain words when there is no live picture.
+#ifndef OSTREL_APPS_VIEWER_MESSAGES_H
+#define OSTREL_APPS_VIEWER_MESSAGES_H
+
+#include "apps/viewer/capture_source.h"
+
+#include <QtCore/QString>
+
+namespace ostrel {
+namespace viewer {
+
+struct Message {
+    QString title;
+    QString detail; // what to do about it
+
+    bool isEmpty() const { return title.isEmpty(); }
+    bool operator==(const Message& other) const { return title == other.title && detail == other.detail; }
+};
+
+Message noCamera();
+// wanted: what was asked for on the command line.
+Message noSuchCamera(const QString& wanted);
+// Empty while the picture is live. camera: its name for people.
+Message captureMessage(const CaptureSource& source, const QString& camera);
+
+} // namespace viewer
+} // namespace ostrel
+
+#endif

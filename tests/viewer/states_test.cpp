@@ -1,0 +1,145 @@
+// What the window says when there is no live picture, and that it finds back.
+#include "viewer/window_fixture.h"
+
+#include <ostrel/devices.h>
+
+namespace ostrel {
+namespace tests {
+
+namespace {
+
+class States : public WindowTest {
+protected:
+    OVideoTestPatternCamera camera{"viewer-test-a", "First"};
+};
+
+} // namespace
+
+TEST_F(States, NoCameraIsSaid) {
+    if (!videoDevices().isEmpty())
+        GTEST_SKIP() << "this machine has a camera";
+    open();
+    EXPECT_EQ(title(), QString("No camera is attached"));
+    EXPECT_EQ(panel().cameras->count(), 0);
+    EXPECT_FALSE(panel().snapshot->isEnabled());
+}
+
+TEST_F(States, FirstCameraToBePluggedInIsShown) {
+    if (!videoDevices().isEmpty())
+        GTEST_SKIP() << "this machine has a camera";
+    open();
+    camera.attach();
+    EXPECT_TRUE(waitForBars(BARS)) << title().toStdString();
+    EXPECT_TRUE(panel().snapshot->isEnabled());
+}
+
+TEST_F(States, ListFollowsPlugging) {
+    OVideoTestPatternCamera second("viewer-test-b", "Second");
+    camera.attach();
+    open("First");
+    ASSERT_TRUE(waitForPicture());
+    EXPECT_TRUE(cameraNames().contains("First"));
+    EXPECT_FALSE(cameraNames().contains("Second"));
+    second.attach();
+    EXPECT_TRUE(eventually([this] { return cameraNames().contains("Second"); }));
+    EXPECT_EQ(selectedName(), QString("First"));
+    second.detach();
+    EXPECT_TRUE(eventually([this] { return !cameraNames().contains("Second"); }));
+    EXPECT_TRUE(live());
+}
+
+// The other camera must not start by itself: nobody chose it.
+TEST_F(States, CameraThatGoesIsSaidAndTakenUpAgain) {
+    OVideoTestPatternCamera other("viewer-test-b", "Second");
+    camera.attach();
+    other.attach();
+    open("First");
+    ASSERT_TRUE(waitForPicture());
+    camera.detach();
+    EXPECT_TRUE(eventually([this] { return title() == QString("“First” is gone"); }))
+        << title().toStdString();
+    EXPECT_FALSE(cameraNames().contains("First"));
+    EXPECT_TRUE(panel().cameras->selectedItems().isEmpty());
+    panel().cameras->setFocus();
+    EXPECT_EQ(other.framesDelivered(), 0U);
+    EXPECT_NE(barsInWindow(), BARS) << "the last picture should be darkened";
+
+    camera.attach();
+    EXPECT_TRUE(waitForBars(BARS)) << title().toStdString();
+    EXPECT_EQ(selectedName(), QString("First"));
+}
+
+// The library refuses such a camera without a word.
+TEST_F(States, CameraThatWentBeforeItWasChosenIsSaid) {
+    OVideoTestPatternCamera other("viewer-test-b", "Second");
+    camera.attach();
+    other.attach();
+    open("First");
+    ASSERT_TRUE(waitForPicture());
+    other.detach();
+    window->chooseCamera("viewer-test-b");
+    EXPECT_EQ(title(), QString("“Second” is gone"));
+    clickCamera("First");
+    EXPECT_TRUE(waitForBars(BARS)) << title().toStdString();
+}
+
+TEST_F(States, CameraThatCannotBeOpenedIsSaidWithTheReason) {
+    camera.setFault(VIRTUAL_CAMERA_FAULT_OPEN);
+    camera.attach();
+    open("First");
+    EXPECT_TRUE(eventually([this] { return title() == QString("“First” cannot be used"); }))
+        << title().toStdString();
+    EXPECT_GT(view().message().detail.indexOf("\n\nClose other programs"), 0)
+        << view().message().detail.toStdString();
+
+    camera.setFault(VIRTUAL_CAMERA_FAULT_NONE);
+    clickCamera("First");
+    EXPECT_TRUE(waitForBars(BARS)) << title().toStdString();
+}
+
+TEST_F(States, RefusedInputIsSaid) {
+    camera.setFault(VIRTUAL_CAMERA_FAULT_INPUT);
+    camera.attach();
+    open("First");
+    EXPECT_TRUE(eventually([this] { return title() == QString("“First” cannot be used"); }))
+        << title().toStdString();
+}
+
+TEST_F(States, SilentCameraIsSaidAndWaitedFor) {
+    camera.setFault(VIRTUAL_CAMERA_FAULT_STALL);
+    camera.attach();
+    open("First");
+    EXPECT_EQ(title(), QString("Starting “First” …"));
+    EXPECT_TRUE(eventually([this] { return title() == QString("No picture from “First” yet"); }))
+        << title().toStdString();
+    EXPECT_FALSE(view().hasPicture());
+    camera.setFault(VIRTUAL_CAMERA_FAULT_NONE);
+    EXPECT_TRUE(waitForBars(BARS)) << title().toStdString();
+}
+
+TEST_F(States, CameraThatStopsSendingIsSaidOverItsLastPicture) {
+    camera.attach();
+    open("First");
+    ASSERT_TRUE(waitForPicture());
+    camera.setFault(VIRTUAL_CAMERA_FAULT_STALL);
+    EXPECT_TRUE(eventually([this] { return title() == QString("“First” has stopped sending pictures"); }))
+        << title().toStdString();
+    EXPECT_TRUE(view().hasPicture());
+    EXPECT_TRUE(eventually([this] { return figures().contains("   0.0 frames/s"); }))
+        << figures().toStdString();
+    camera.setFault(VIRTUAL_CAMERA_FAULT_NONE);
+    EXPECT_TRUE(waitForBars(BARS)) << title().toStdString();
+}
+
+TEST_F(States, UnknownCameraIsSaidAndWaitedFor) {
+    OVideoTestPatternCamera other("viewer-test-b", "Second");
+    other.attach();
+    open("viewer-TEST-a");
+    EXPECT_EQ(title(), QString("No camera is called “viewer-TEST-a”"));
+    camera.attach();
+    EXPECT_TRUE(waitForBars(BARS)) << title().toStdString();
+    EXPECT_EQ(selectedName(), QString("First"));
+}
+
+} // namespace tests
+} // namespace ostrel
