@@ -1,0 +1,71 @@
+#include "unit/cameras/jpeg_pictures.h"
+
+#include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+#include <jpeglib.h>
+
+namespace ostrel {
+namespace tests {
+
+const uint8_t kJpegQuadrants[4][3] = {{40, 30, 200}, {60, 180, 20}, {210, 50, 30}, {190, 190, 190}};
+
+namespace {
+
+// Takes out the segments that define Huffman tables (FF C4).
+std::vector<uint8_t> withoutTables(const std::vector<uint8_t>& jpeg) {
+    std::vector<uint8_t> result(jpeg.begin(), jpeg.begin() + 2);
+    size_t at = 2;
+    while (jpeg[at + 1] != 0xDA) {
+        const size_t length = 2 + static_cast<size_t>(jpeg[at + 2] << 8 | jpeg[at + 3]);
+        if (jpeg[at + 1] != 0xC4)
+            result.insert(result.end(), jpeg.begin() + static_cast<ptrdiff_t>(at),
+                          jpeg.begin() + static_cast<ptrdiff_t>(at + length));
+        at += length;
+    }
+    result.insert(result.end(), jpeg.begin() + static_cast<ptrdiff_t>(at), jpeg.end());
+    return result;
+}
+
+} // namespace
+
+std::vector<uint8_t> quadrantsAsJpeg(int width, int height, const JpegOptions& options) {
+    jpeg_compress_struct jpeg = {};
+    jpeg_error_mgr errors;
+    jpeg.err = jpeg_std_error(&errors);
+    jpeg_create_compress(&jpeg);
+    unsigned char* memory = nullptr;
+    unsigned long size = 0;
+    jpeg_mem_dest(&jpeg, &memory, &size);
+    jpeg.image_width = static_cast<JDIMENSION>(width);
+    jpeg.image_height = static_cast<JDIMENSION>(height);
+    jpeg.input_components = 3;
+    jpeg.in_color_space = JCS_EXT_BGR;
+    jpeg_set_defaults(&jpeg);
+    if (options.grey)
+        jpeg_set_colorspace(&jpeg, JCS_GRAYSCALE);
+    jpeg_set_quality(&jpeg, 90, TRUE);
+    jpeg.comp_info[0].h_samp_factor = options.grey ? 1 : options.horizontal;
+    jpeg.comp_info[0].v_samp_factor = options.grey ? 1 : options.vertical;
+    jpeg.restart_in_rows = options.restart;
+    if (options.progressive)
+        jpeg_simple_progression(&jpeg);
+    jpeg_start_compress(&jpeg, TRUE);
+    std::vector<uint8_t> row(static_cast<size_t>(width) * 3);
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x)
+            for (int c = 0; c < 3; ++c)
+                row[static_cast<size_t>(3 * x + c)] =
+                    kJpegQuadrants[(y >= height / 2 ? 2 : 0) + (x >= width / 2 ? 1 : 0)][c];
+        JSAMPROW rows = row.data();
+        jpeg_write_scanlines(&jpeg, &rows, 1);
+    }
+    jpeg_finish_compress(&jpeg);
+    std::vector<uint8_t> result(memory, memory + size);
+    jpeg_destroy_compress(&jpeg);
+    std::free(memory);
+    return options.tables ? result : withoutTables(result);
+}
+
+} // namespace tests
+} // namespace ostrel
