@@ -121,6 +121,7 @@ protected:
         kernel->plug(path, device);
         cameras::v4l2::NodeFacts facts;
         facts.path = path;
+        discovery->remove(path);
         discovery->add(facts);
         camera = std::make_shared<cameras::v4l2::V4l2Camera>(kernel, discovery, discovery->nodes().back(),
                                                              "identifier", "HD Webcam");

@@ -114,6 +114,7 @@ private:
         int owner = -1;               // the descriptor that has the buffers
         uint32_t sequence = 0;
         short events = 0;
+        bool excused = false; // it refused to take its buffers back, so nobody can do it right
         std::vector<int> descriptors;
     };
     struct Mapping {
