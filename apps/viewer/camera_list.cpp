@@ -60,7 +60,8 @@ void CameraList::refresh() {
     const QList<QListWidgetItem*> selected = selectedItems();
     const QString marked = selected.isEmpty() ? QString() : selected.first()->data(ID_ROLE).toString();
     {
-        // Qt would mark a neighbour of a camera that goes, and so start it.
+        // Nobody chooses anything here: a camera that failed must not be started again by a neighbour's
+        // coming.
         const QSignalBlocker blocker(this);
         clear();
         for (auto camera = cameras_.begin(); camera != cameras_.end(); ++camera) {

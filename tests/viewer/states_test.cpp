@@ -97,6 +97,18 @@ TEST_F(States, CameraThatCannotBeOpenedIsSaidWithTheReason) {
     EXPECT_TRUE(waitForBars(BARS)) << title().toStdString();
 }
 
+TEST_F(States, ChangesOfTheListStartNothingAgain) {
+    OVideoTestPatternCamera other("viewer-test-b", "Second");
+    camera.setFault(VIRTUAL_CAMERA_FAULT_OPEN);
+    camera.attach();
+    open("First");
+    const QString failed = "“First” cannot be used";
+    ASSERT_TRUE(eventually([&] { return title() == failed; })) << title().toStdString();
+    other.attach();
+    ASSERT_TRUE(eventually([this] { return cameraNames().contains("Second"); }));
+    EXPECT_EQ(title(), failed);
+}
+
 TEST_F(States, RefusedInputIsSaid) {
     camera.setFault(VIRTUAL_CAMERA_FAULT_INPUT);
     camera.attach();
