@@ -117,7 +117,8 @@ Error QTCaptureSessionState::link(QTCaptureInput* input, QTCaptureOutput* output
                 return Error();
         links.push_back({input, output, delivery});
     }
-    delivery->setRunning(running.load(std::memory_order_acquire));
+    if (running.load(std::memory_order_acquire))
+        delivery->letThrough();
     const Error refused = delivery->start();
     if (refused)
         unlink([&](const Link& each) { return each.delivery == delivery; });
@@ -142,7 +143,7 @@ void QTCaptureSessionState::unlink(Chosen chosen) {
 void QTCaptureSessionState::start() {
     running.store(true, std::memory_order_release);
     for (const Link& each : copyOf(links, mutex))
-        each.delivery->setRunning(true);
+        each.delivery->letThrough();
     for (QTCaptureInput* input : copyOf(inputs, mutex))
         for (QTCaptureOutput* output : copyOf(outputs, mutex)) {
             const Error refused = link(input, output);

@@ -8,32 +8,42 @@
 
 #include <atomic>
 #include <memory>
+#include <mutex>
 
 namespace ostrel {
 
 // One camera delivering to one output. The camera is started as soon as the session is complete, so that its
-// errors can be told when the output is added; frames are held back until the session runs. Thread-safe.
+// errors can be told when the output is added; frames are held back until the session runs. A delivery that
+// was stopped stays so, also when the stop overtakes the start. Thread-safe.
 class Delivery : public cameras::FrameSink, public std::enable_shared_from_this<Delivery> {
 public:
     // The output is not retained: the session keeps it for as long as the delivery.
     Delivery(std::shared_ptr<OpenCamera> camera, QTCaptureDecompressedVideoOutput* output)
-        : camera_(std::move(camera)), output_(output) {}
+        : output_(output), camera_(std::move(camera)) {}
 
     cameras::Error start();
-    // Lets frames through to the delegate, or holds them back.
-    void setRunning(bool running) { running_.store(running, std::memory_order_release); }
-    // As QTCaptureSession's stopRunning; what was held for the frames is given back.
+    // Lets frames through to the delegate, unless it was stopped.
+    void letThrough() {
+        int held = HELD_BACK;
+        state_.compare_exchange_strong(held, RUNNING);
+    }
+    // As QTCaptureSession's stopRunning. Lets go of the camera, which a thread that is about to deliver the
+    // next frame would otherwise keep open for another moment.
     void stop();
 
     void frameArrived(const std::shared_ptr<cameras::CameraFrame>& frame) override;
     void streamEnded(const cameras::Error& why) override;
 
 private:
+    enum State { HELD_BACK, RUNNING, STOPPED };
+
+    std::shared_ptr<OpenCamera> camera();
     bool tooSoon();
 
-    const std::shared_ptr<OpenCamera> camera_;
     QTCaptureDecompressedVideoOutput* const output_;
-    std::atomic<bool> running_{false};
+    std::atomic<int> state_{HELD_BACK};
+    std::mutex mutex_;
+    std::shared_ptr<OpenCamera> camera_; // null once it was stopped
     // Belong to the delivery thread while the camera runs.
     std::shared_ptr<PictureMaker> pictures_;
     double lastTime_ = -1; // seconds of the monotonic clock

@@ -15,10 +15,9 @@ cameras::Error checkRequest(const FrameRequest& request) {
         return cameras::Error("only 32-bit BGRA frames can be delivered");
     if (request.width < 1 || request.width > LARGEST_SIDE || request.height < 1 ||
         request.height > LARGEST_SIDE)
-        return cameras::Error("frames of " + std::to_string(request.width) + " x " +
-                              std::to_string(request.height) +
-                              " pixels cannot be delivered: each side may be from 1 to " +
-                              std::to_string(LARGEST_SIDE));
+        return cameras::Error(
+            "frames of " + std::to_string(request.width) + " x " + std::to_string(request.height) +
+            " pixels cannot be delivered: each side may be from 1 to " + std::to_string(LARGEST_SIDE));
     return cameras::Error();
 }
 
@@ -37,13 +36,31 @@ cameras::Error Delivery::start() {
         return wrong;
     const int width = static_cast<int>(request.width);
     const int height = static_cast<int>(request.height);
+    const std::shared_ptr<OpenCamera> opened = camera();
+    if (!opened)
+        return cameras::Error();
     pictures_ = std::make_shared<PictureMaker>(width, height);
-    return (*camera_)->start(width, height, shared_from_this());
+    const cameras::Error refused = (*opened)->start(width, height, shared_from_this());
+    // A stop that came first found nothing to stop.
+    if (state_.load() == STOPPED)
+        (*opened)->stop(shared_from_this());
+    return refused;
 }
 
 void Delivery::stop() {
-    setRunning(false);
-    (*camera_)->stop(shared_from_this());
+    state_.store(STOPPED);
+    const std::shared_ptr<OpenCamera> opened = camera();
+    if (!opened)
+        return; // somebody has stopped it already, and waited
+    (*opened)->stop(shared_from_this());
+    std::shared_ptr<OpenCamera> mine; // let go of outside the lock
+    std::lock_guard<std::mutex> lock(mutex_);
+    mine.swap(camera_);
+}
+
+std::shared_ptr<OpenCamera> Delivery::camera() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return camera_;
 }
 
 bool Delivery::tooSoon() {
@@ -58,7 +75,7 @@ bool Delivery::tooSoon() {
 }
 
 void Delivery::frameArrived(const std::shared_ptr<cameras::CameraFrame>& frame) {
-    if (!running_.load(std::memory_order_acquire) || tooSoon())
+    if (state_.load() != RUNNING || tooSoon())
         return;
     id delegate = stateOf(output_).delegate.load(std::memory_order_acquire);
     if (!delegate)
