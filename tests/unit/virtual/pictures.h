@@ -8,7 +8,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 namespace pictures {
@@ -27,10 +30,16 @@ struct Bgra {
     std::vector<uint8_t> bytes;
 };
 
+// Painters are kept from call to call: each draws its standing part once. For the tests' own thread alone.
 inline Bgra pattern(int nativeWidth, int nativeHeight, uint32_t counter, uint32_t clock, int width = 0,
                     int height = 0) {
+    static std::map<std::pair<int, int>, ostrel::cameras::PatternPainter> painters;
     Bgra picture(width ? width : nativeWidth, height ? height : nativeHeight);
-    ostrel::cameras::PatternPainter painter(nativeWidth, nativeHeight);
+    ostrel::cameras::PatternPainter& painter =
+        painters
+            .emplace(std::piecewise_construct, std::forward_as_tuple(nativeWidth, nativeHeight),
+                     std::forward_as_tuple(nativeWidth, nativeHeight))
+            .first->second;
     if (!painter.paint({counter, clock}, picture.bytes.data(), picture.width, picture.height, picture.stride))
         picture.bytes.clear();
     return picture;

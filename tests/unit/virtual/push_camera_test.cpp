@@ -218,9 +218,9 @@ TEST_F(PushCamera, StopAndCloseFromInsideTheDelivery) {
 TEST_F(PushCamera, ThreadsMayPushWhileOthersStartAndStop) {
     std::atomic<bool> done{false};
     std::vector<std::thread> pushers;
+    const Bgra picture = pictures::pattern(160, 120, 11, 12);
     for (int i = 0; i < 2; ++i)
         pushers.emplace_back([&] {
-            const Bgra picture = pictures::pattern(160, 120, 11, 12);
             while (!done)
                 push(picture);
         });
