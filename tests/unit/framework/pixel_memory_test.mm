@@ -1,0 +1,115 @@
+// Pixel memory is recycled: this program counts each allocation that could hold a picture.
+#import "recording_delegate.h"
+
+#include <cstdlib>
+#include <new>
+#include <set>
+
+namespace {
+
+constexpr unsigned WIDTH = 320, HEIGHT = 240;
+constexpr std::size_t PICTURE = WIDTH * HEIGHT * 4;
+
+std::atomic<int> largeAllocations{0};
+
+void* counted(std::size_t alignment, std::size_t size) {
+    if (size >= PICTURE)
+        ++largeAllocations;
+    void* memory = nullptr;
+    return posix_memalign(&memory, alignment < sizeof(void*) ? sizeof(void*) : alignment, size ? size : 1) ==
+                   0
+               ? memory
+               : nullptr;
+}
+
+} // namespace
+
+extern "C" void* aligned_alloc(std::size_t alignment, std::size_t size) noexcept {
+    return counted(alignment, size);
+}
+
+void* operator new(std::size_t size) {
+    if (void* const memory = counted(alignof(std::max_align_t), size))
+        return memory;
+    throw std::bad_alloc();
+}
+void* operator new[](std::size_t size) {
+    return operator new(size);
+}
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+
+using namespace ostrel;
+using support::Rig;
+
+namespace {
+
+class PixelMemory : public support::FrameworkTest {
+protected:
+    PixelMemory() : camera(attach("camera")), opened(device("camera")) { EXPECT_TRUE([opened open:NULL]); }
+    ~PixelMemory() override { [opened close]; }
+
+    const std::shared_ptr<support::ScriptedCamera> camera;
+    QTCaptureDevice* const opened;
+};
+
+} // namespace
+
+TEST_F(PixelMemory, IsNotAllocatedOnceACaptureRunsSteadily) {
+    Rig rig(opened, WIDTH, HEIGHT);
+    rig.run();
+    const int atStart = largeAllocations;
+    std::set<void*> addresses;
+    for (uint32_t number = 1; number <= 10; ++number) {
+        camera->deliver(number);
+        ASSERT_EQ(rig.newestNumber(), static_cast<int>(number));
+    }
+    const int warm = largeAllocations;
+    EXPECT_GT(warm, atStart); // the counting works
+    EXPECT_LE(warm - atStart, 3);
+    for (uint32_t number = 11; number <= 300; ++number) {
+        camera->deliver(number);
+        ASSERT_EQ(rig.newestNumber(), static_cast<int>(number));
+        addresses.insert(CVPixelBufferGetBaseAddress(rig.seen.newest));
+    }
+    EXPECT_EQ(largeAllocations, warm);
+    EXPECT_LE(addresses.size(), 3u);
+}
+
+TEST_F(PixelMemory, OfFramesThatNobodyTakesIsNone) {
+    Rig rig(opened, WIDTH, HEIGHT);
+    rig.run();
+    const int before = largeAllocations;
+    for (uint32_t number = 1; number <= 100; ++number)
+        camera->deliver(number);
+    EXPECT_EQ(largeAllocations, before);
+}
+
+TEST_F(PixelMemory, OfAPictureInUseIsNeverHandedOutAgain) {
+    Rig rig(opened, WIDTH, HEIGHT);
+    rig.run();
+    std::vector<CVImageBufferRef> held;
+    std::set<void*> addresses;
+    for (uint32_t number = 1; number <= 8; ++number) {
+        camera->deliver(number);
+        ASSERT_EQ(rig.newestNumber(), static_cast<int>(number));
+        held.push_back(CVBufferRetain(rig.seen.newest));
+        addresses.insert(CVPixelBufferGetBaseAddress(held.back()));
+    }
+    EXPECT_EQ(addresses.size(), held.size());
+    for (std::size_t i = 0; i < held.size(); ++i) {
+        const auto* const base = static_cast<const uint8_t*>(CVPixelBufferGetBaseAddress(held[i]));
+        EXPECT_EQ(support::numberIn(base, PICTURE), static_cast<int>(i + 1));
+        CVBufferRelease(held[i]);
+    }
+}
