@@ -1,0 +1,87 @@
+#include "bench/capture/client.h"
+#include "bench/capture/json.h"
+#include "bench/capture/measure.h"
+#include "bench/capture/pictures.h"
+#include "bench/capture/suites.h"
+#include "bench/capture/timed_kernel.h"
+
+#include <memory>
+
+namespace bench {
+
+namespace {
+
+const char* const PATH = "/dev/video0";
+
+double milliseconds(int64_t nanoseconds) {
+    return static_cast<double>(nanoseconds) / 1e6;
+}
+
+// Ages of frames at the moment at which the poll returns them, polled at times that drift over the camera's
+// interval; beside them the ages that the newest frame had when the poll was called, which no poll can beat.
+bool measureAges(const char* name, const CameraModel& model) {
+    const std::shared_ptr<TimedKernel> kernel = plugIn(model);
+    const QuietErrors quiet;
+    Client client(identifierOf(0), model.width, model.height);
+    if (!client.waitForFirstFrame())
+        return false;
+    const std::shared_ptr<TimedCamera> camera = kernel->camera(PATH);
+    std::vector<double> ages, called, calls;
+    const int polls = 300;
+    const int64_t interval = camera->period() * 61 / 100;
+    const int64_t start = nowNanoseconds();
+    for (int i = 1; i <= polls; ++i) {
+        sleepUntil(start + i * interval);
+        const int64_t before = nowNanoseconds();
+        const ostrel::VideoFrame& frame = client.poll();
+        const int64_t after = nowNanoseconds();
+        const uint32_t number = readStamp(frame.data, model.width);
+        ages.push_back(milliseconds(after - camera->arrival(number)));
+        called.push_back(milliseconds((before - camera->arrival(0)) % camera->period()));
+        calls.push_back(milliseconds(after - before));
+    }
+    JsonLine("age")
+        .add("camera", name)
+        .add("milliseconds", ages)
+        .add("at_best", called)
+        .add("poll", calls)
+        .write();
+    return true;
+}
+
+// From startCapture to the first frame in hand; without the camera's own share, the time to its first
+// picture.
+bool measureStarts(const char* name, const CameraModel& model) {
+    const std::shared_ptr<TimedKernel> kernel = plugIn(model);
+    const QuietErrors quiet;
+    const std::string identifier = identifierOf(0);
+    std::vector<double> whole, own;
+    for (int i = 0; i < 60; ++i) {
+        const int64_t before = nowNanoseconds();
+        Client client(identifier, model.width, model.height);
+        if (!client.waitForFirstFrame())
+            return false;
+        const int64_t time = nowNanoseconds() - before;
+        whole.push_back(milliseconds(time));
+        own.push_back(milliseconds(time - kernel->camera(PATH)->period()));
+    }
+    JsonLine("first_frame")
+        .add("camera", name)
+        .add("milliseconds", whole)
+        .add("without_exposure", own)
+        .write();
+    return true;
+}
+
+} // namespace
+
+bool measureLatency() {
+    CameraModel model;
+    bool done = measureAges("YUYV 1280x720", model) && measureStarts("YUYV 1280x720", model);
+    model.width = 640;
+    model.height = 480;
+    done = done && measureAges("YUYV 640x480", model);
+    return done;
+}
+
+} // namespace bench
