@@ -1,5 +1,6 @@
 #include "apps/camera/application.h"
 
+#include "apps/camera/command_line.h"
 #include "apps/camera/commands.h"
 #include "apps/camera/failure.h"
 #include "apps/camera/output_file.h"

@@ -9,6 +9,7 @@
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
 
+#include <algorithm>
 #include <functional>
 
 namespace ostrel {
@@ -17,6 +18,10 @@ namespace cli {
 namespace {
 
 const char TEST_CAMERA[] = "ostrel-test-pattern";
+// How long a file must be silent to have ended: a few of its intervals, and long enough for a busy machine.
+const double END_INTERVALS = 3;
+const double SHORTEST_END_SECONDS = 1;
+const char FILE_CAMERA[] = "ostrel-file";
 
 std::string folded(const std::string& utf8) {
     return QString::fromStdString(utf8).toCaseFolded().toStdString();
@@ -60,6 +65,16 @@ std::vector<Camera> matching(const std::vector<Camera>& cameras, const std::stri
 AddedCameras::AddedCameras(const CameraOptions& options, const Size& size) {
     if (options.testCamera)
         add(std::make_unique<OVideoTestPatternCamera>(TEST_CAMERA, "Test pattern", size.width, size.height));
+    if (options.play.empty())
+        return;
+    const QString path = QFile::decodeName(options.play.c_str());
+    auto file =
+        std::make_unique<OVideoFileCamera>(FILE_CAMERA, QFileInfo(path).fileName(), path, !options.once);
+    if (!file->error().isEmpty())
+        throw Failure(EXIT_FILE, "cannot play " + quoted(options.play) + ": " + file->error().toStdString());
+    if (options.once)
+        endOfFile_ = std::max(SHORTEST_END_SECONDS, END_INTERVALS / file->framesPerSecond());
+    add(std::move(file));
 }
 
 AddedCameras::~AddedCameras() = default;

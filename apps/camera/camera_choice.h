@@ -6,6 +6,7 @@
 #include "apps/camera/video_nodes.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -39,12 +40,15 @@ public:
 
     // Identifiers, in the order of the options above.
     const std::vector<std::string>& identifiers() const { return identifiers_; }
+    // Seconds without a frame after which a file that is played once has ended; nothing when none is.
+    std::optional<double> endOfFile() const { return endOfFile_; }
 
 private:
     void add(std::unique_ptr<OVideoVirtualCamera> camera);
 
     std::vector<std::unique_ptr<OVideoVirtualCamera>> cameras_;
     std::vector<std::string> identifiers_;
+    std::optional<double> endOfFile_;
 };
 
 // In the order of the library's listing.

@@ -14,9 +14,6 @@ namespace cli {
 
 namespace {
 
-// A file that is played once has ended when nothing comes for so long.
-const double END_OF_FILE_SECONDS = 1;
-
 FileKind kindOf(const RecordOptions& options) {
     const std::optional<FileKind> bySuffix = fileKindOfPath(options.output);
     const FileKind kind = options.format.value_or(bySuffix.value_or(FileKind{Container::Y4m, Layout::I420}));
@@ -47,8 +44,9 @@ std::string lostDetail(const OVideoStatistics& statistics) {
 
 class Recording {
 public:
-    Recording(const Options& options, const Surroundings& around)
-        : options_(options), around_(around), kind_(kindOf(options.record)),
+    // endOfFile: seconds without a frame that are a proper end.
+    Recording(const Options& options, const std::optional<double>& endOfFile, const Surroundings& around)
+        : options_(options), endOfFile_(endOfFile), around_(around), kind_(kindOf(options.record)),
           writtenSize_(options.record.scale ? sizeOf(*options.record.scale) : options.size()),
           writer_(makeFrameWriter(outputPath(options.record, kind_), kind_, writtenSize_,
                                   options.record.rate.value_or(Rate()))),
@@ -62,10 +60,10 @@ public:
         progress_.clear();
         finish(source);
         const StreamFigures figures = source.figures();
-        const bool playedOut = options_.camera.once && figures.taken > 0;
+        const bool playedOut = endOfFile_ && figures.taken > 0;
         if (end == FrameSource::Result::TimedOut && !playedOut)
             throw Failure(EXIT_NO_FRAME, source.timeoutReason(options_.camera.timeout));
-        if (end == FrameSource::Result::Ended && !playedOut)
+        if (end == FrameSource::Result::Ended)
             throw Failure(EXIT_CANNOT_OPEN, source.endReason());
         const bool early = end == FrameSource::Result::Stopped && (limited() || figures.taken == 0);
         return early ? EXIT_SIGNAL + around_.stop.signal() : EXIT_OK;
@@ -78,8 +76,8 @@ private:
         VideoFrame frame;
         FrameSource::Result result = FrameSource::Result::Frame;
         while (!reached(source.figures())) {
-            const bool atEnd = options_.camera.once && source.figures().taken > 0;
-            result = source.next(frame, atEnd ? END_OF_FILE_SECONDS : options_.camera.timeout);
+            const bool started = source.figures().taken > 0;
+            result = source.next(frame, started && endOfFile_ ? *endOfFile_ : options_.camera.timeout);
             if (result != FrameSource::Result::Frame)
                 break;
             writer_->write(step_->apply(frame.data));
@@ -119,6 +117,7 @@ private:
     }
 
     const Options& options_;
+    std::optional<double> endOfFile_;
     const Surroundings& around_;
     FileKind kind_;
     Size writtenSize_;
@@ -133,7 +132,7 @@ int runRecord(const Options& options, const Surroundings& around) {
     const AddedCameras added(options.camera, options.size());
     const Camera camera =
         chooseCamera(attachedCameras(), options.camera.camera, added.identifiers(), closedVideoNodes());
-    return Recording(options, around).run(camera);
+    return Recording(options, added.endOfFile(), around).run(camera);
 }
 
 } // namespace cli

@@ -36,8 +36,10 @@ private:
 
 class Watch {
 public:
-    Watch(const Options& options, const Surroundings& around, const Camera& camera)
-        : options_(options), around_(around), camera_(camera),
+    // endOfFile: seconds without a frame that are a proper end.
+    Watch(const Options& options, const std::optional<double>& endOfFile, const Surroundings& around,
+          const Camera& camera)
+        : options_(options), endOfFile_(endOfFile), around_(around), camera_(camera),
           source_(camera, options.size(), around.log, around.stop) {}
 
     int run() {
@@ -53,7 +55,8 @@ public:
                 return stopped();
             if (untilReport <= 0)
                 report();
-            checkSilence(result);
+            if (checkSilence(result))
+                break;
         }
         report();
         return EXIT_OK;
@@ -78,11 +81,14 @@ private:
         report_.show(streamReport(source_.figures(), source_.statistics(), options_.size()));
     }
 
-    void checkSilence(FrameSource::Result result) {
+    // Whether a file has ended. A camera that has is a failure.
+    bool checkSilence(FrameSource::Result result) {
         const double silent = std::chrono::duration<double>(Clock::now() - lastFrame_).count();
         const bool ended = result == FrameSource::Result::Ended;
+        if (!ended && endOfFile_ && source_.figures().taken > 0)
+            return silent >= *endOfFile_;
         if (!ended && silent < options_.camera.timeout)
-            return;
+            return false;
         report();
         if (ended)
             throw Failure(EXIT_CANNOT_OPEN, source_.endReason());
@@ -90,6 +96,7 @@ private:
     }
 
     const Options& options_;
+    std::optional<double> endOfFile_;
     const Surroundings& around_;
     const Camera& camera_;
     FrameSource source_;
@@ -105,7 +112,7 @@ int runWatch(const Options& options, const Surroundings& around) {
     const AddedCameras added(options.camera, options.size());
     const Camera camera =
         chooseCamera(attachedCameras(), options.camera.camera, added.identifiers(), closedVideoNodes());
-    return Watch(options, around, camera).run();
+    return Watch(options, added.endOfFile(), around, camera).run();
 }
 
 } // namespace cli

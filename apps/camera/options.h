@@ -1,4 +1,4 @@
-// The command line: what can be asked for, and the texts that explain it.
+// What can be asked for on the command line.
 #ifndef OSTREL_APPS_CAMERA_OPTIONS_H
 #define OSTREL_APPS_CAMERA_OPTIONS_H
 
@@ -6,10 +6,7 @@
 #include "apps/camera/layout.h"
 #include "apps/camera/y4m.h"
 
-#include <CLI/CLI.hpp>
-
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 
@@ -64,39 +61,6 @@ struct Options {
     FileOptions files;
 
     Size size() const { return captureSize.value_or(sizeOf(VIDEO_QUALITY_SD)); }
-};
-
-// The parser with its texts, bound to the options that it fills.
-class CommandLine {
-public:
-    CommandLine();
-    ~CommandLine();
-
-    // Empty when there is something to do. Otherwise the text to print on standard output, for --help and
-    // --version. Throws a Failure with EXIT_USAGE.
-    std::string parse(int argc, const char* const* argv);
-    const Options& options() const { return options_; }
-
-    // For the manual page and the shell completion.
-    const CLI::App& app() const { return app_; }
-
-private:
-    void addCommonOptions();
-    void addList();
-    void addSnapshot();
-    void addRecord();
-    void addWatch();
-    void addConvert();
-    void addScale();
-    void addSize(CLI::App* command);
-    void addLimits(CLI::App* command);
-    void addFilter(CLI::App* command);
-    void addFiles(CLI::App* command);
-    CLI::App* addCommand(Command command, const char* name, const char* summary);
-    void check() const;
-
-    CLI::App app_;
-    Options options_;
 };
 
 } // namespace cli

@@ -1,4 +1,4 @@
-#include "apps/camera/options.h"
+#include "apps/camera/command_line.h"
 
 #include "apps/camera/failure.h"
 #include "apps/camera/help.h"
@@ -60,7 +60,8 @@ CommandLine::CommandLine() : app_(SUMMARY, "ostrel-camera") {
                 "  ostrel-camera snapshot --camera logitech --size hd -o me.png\n"
                 "  ostrel-camera record --duration 10 -o clip.y4m\n"
                 "  ostrel-camera record -o - | ffplay -\n"
-                "  ostrel-camera snapshot --test-camera\n");
+                "  ostrel-camera snapshot --test-camera\n"
+                "  ostrel-camera watch --play clip.y4m\n");
 }
 
 CommandLine::~CommandLine() = default;
@@ -73,6 +74,14 @@ void CommandLine::addCommonOptions() {
         ->group(CAMERA_GROUP);
     app_.add_flag("--test-camera", options_.camera.testCamera,
                   "Add a camera that shows a moving test picture, and use it unless --camera names another.")
+        ->group(CAMERA_GROUP);
+    app_.add_option("--play", options_.camera.play,
+                    "Add a camera that plays this Y4M file at its own rate, over and over, and use it unless "
+                    "--camera names another.")
+        ->type_name("FILE")
+        ->group(CAMERA_GROUP);
+    app_.add_flag("--once", options_.camera.once,
+                  "Play the file of --play once; a recording ends where it ends.")
         ->group(CAMERA_GROUP);
     addValue(&app_, "--timeout", options_.camera.timeout, secondsValue, "SECONDS",
              "Give up when no frame comes for so long (5).")
@@ -197,8 +206,8 @@ void CommandLine::addConvert() {
         command, "--size", options_.files.size, sizeValue, "SIZE",
         "The frame size of raw input: ld, sd, hd or any WIDTHxHEIGHT; sides are even for i420 and yuy2.");
     command->footer(
-        "Raw formats have no header: frames without padding, one after the other. A PNG name may hold "
-        "%d or %04d\nfor the number of the picture.\n\n"
+        "Raw formats have no header: frames without padding, one after the other. A PNG name may\n"
+        "hold %d or %04d for the number of the picture.\n\n"
         "Examples:\n"
         "  ostrel-camera convert --frame 10 clip.y4m picture.png\n"
         "  ostrel-camera convert clip.y4m picture-%04d.png\n"
@@ -238,6 +247,7 @@ std::string CommandLine::parse(int argc, const char* const* argv) {
 
 // What options mean together.
 void CommandLine::check() const {
+    const CameraOptions& camera = options_.camera;
     const bool files = options_.command == Command::Convert || options_.command == Command::Scale;
     if (files)
         for (const CLI::Option* option : app_.get_options())
@@ -245,6 +255,8 @@ void CommandLine::check() const {
                 throw Failure(EXIT_USAGE, option->get_name() +
                                               " has no meaning here: convert and scale work on "
                                               "files, not on a camera");
+    if (camera.once && camera.play.empty())
+        throw Failure(EXIT_USAGE, "--once says how to play a file: add --play FILE");
     if (!options_.size().even())
         throw Failure(EXIT_USAGE, "the size " + toString(options_.size()) +
                                       " is odd: frames are captured with even "

@@ -1,0 +1,411 @@
+// ostrel-camera run as a program: listing, pictures, recordings.
+#include "frames.h"
+#include "program.h"
+
+#include <ostrel/virtual_camera.h>
+
+#include <gtest/gtest.h>
+
+#include <QtCore/QElapsedTimer>
+#include <QtCore/QFileInfo>
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+#include <QtGui/QImage>
+
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <sys/types.h>
+#include <unistd.h>
+
+namespace {
+
+using namespace apptests;
+
+// Colours of the bars from left to right.
+const QRgb BARS[] = {0xffffff, 0xffff00, 0x00ffff, 0x00ff00, 0xff00ff, 0xff0000, 0x0000ff, 0x000000};
+
+int distance(QRgb a, QRgb b) {
+    return std::max(
+        {std::abs(qRed(a) - qRed(b)), std::abs(qGreen(a) - qGreen(b)), std::abs(qBlue(a) - qBlue(b))});
+}
+
+void expectTestPattern(const QImage& image, int width, int height) {
+    ASSERT_EQ(width, image.width());
+    ASSERT_EQ(height, image.height());
+    // Two fifths down there is nothing but bars.
+    for (int bar = 0; bar < 8; ++bar)
+        EXPECT_LE(distance(image.pixel((2 * bar + 1) * width / 16, height * 2 / 5), BARS[bar]), 3)
+            << "bar " << bar;
+    const QImage pixels = image.convertToFormat(QImage::Format_ARGB32);
+    uint32_t counter = 0;
+    uint32_t clock = 0;
+    EXPECT_TRUE(ostrel::OVideoTestPatternCamera::decode(
+        pixels.constBits(), width, height, static_cast<int>(pixels.bytesPerLine()), counter, clock));
+    EXPECT_GT(counter, 0U);
+}
+
+bool machineHasCameras() {
+    return run("/", {"list"}).code == 0;
+}
+
+TEST(CaptureProgram, ListShowsTheTestCameraInAlignedColumns) {
+    const Outcome outcome = run("/", {"list", "--test-camera"});
+    EXPECT_EQ(0, outcome.code);
+    EXPECT_EQ("", outcome.errors);
+    const QList<QByteArray> lines = outcome.output.split('\n');
+    ASSERT_GE(lines.size(), 3);
+    int row = 1;
+    while (row < lines.size() && !lines[row].startsWith("Test pattern "))
+        ++row;
+    ASSERT_LT(row, lines.size()) << outcome.output.toStdString();
+    EXPECT_EQ(lines[0].indexOf("IDENTIFIER"), lines[row].indexOf("ostrel-test-pattern"));
+    EXPECT_EQ(lines[0].indexOf("SIZES"), lines[row].indexOf("320x240 640x480 1280x720"));
+}
+
+TEST(CaptureProgram, ListAsJsonHoldsIdNameAndFormats) {
+    const Outcome outcome = run("/", {"--test-camera", "list", "--json"});
+    EXPECT_EQ(0, outcome.code);
+    const QJsonArray cameras = QJsonDocument::fromJson(outcome.output).array();
+    ASSERT_GE(cameras.size(), 1);
+    for (const QJsonValue& value : cameras) {
+        const QJsonObject camera = value.toObject();
+        if (camera["id"].toString() != "ostrel-test-pattern")
+            continue;
+        EXPECT_EQ("Test pattern", camera["name"].toString());
+        EXPECT_EQ(3, camera["formats"].toArray().size());
+        EXPECT_EQ(1280, camera["formats"].toArray()[2].toObject()["width"].toInt());
+        return;
+    }
+    FAIL() << outcome.output.toStdString();
+}
+
+TEST(CaptureProgram, AMachineWithoutCamerasSaysSoAndHowToGoOn) {
+    if (machineHasCameras())
+        GTEST_SKIP() << "cameras are attached to this machine";
+    const std::string line = "ostrel-camera: no camera is attached: plug one in, or use --test-camera for "
+                             "the built-in test picture\n";
+    for (const QString command : {"list", "snapshot", "record", "watch"}) {
+        Folder folder;
+        const Outcome outcome = run(folder.path(), {command});
+        EXPECT_EQ(3, outcome.code) << command.toStdString();
+        EXPECT_EQ(line, outcome.errors);
+        EXPECT_EQ("", outcome.output.toStdString());
+        EXPECT_EQ(QStringList(), folder.entries());
+    }
+    EXPECT_EQ("[\n]\n", run("/", {"list", "--json"}).output.toStdString());
+}
+
+TEST(CaptureProgram, AnUnknownCameraIsAnsweredWithThoseThatThereAre) {
+    const Outcome outcome = run("/", {"snapshot", "--camera", "nobody", "--test-camera"});
+    EXPECT_EQ(4, outcome.code);
+    EXPECT_EQ(0U, outcome.errors.find("ostrel-camera: no camera is called 'nobody'; attached: "))
+        << outcome.errors;
+    EXPECT_NE(std::string::npos, outcome.errors.find("Test pattern (ostrel-test-pattern)"));
+    EXPECT_EQ(outcome.errors.size() - 1, outcome.errors.find('\n'));
+}
+
+TEST(CaptureProgram, SnapshotShowsTheBarsUprightAndInTheirColours) {
+    const struct {
+        const char* size;
+        int width;
+        int height;
+    } sizes[] = {{"ld", 320, 240}, {"SD", 640, 480}, {"hd", 1280, 720}, {"800x600", 800, 600}};
+    for (const auto& size : sizes) {
+        Folder folder;
+        const Outcome outcome =
+            run(folder.path(), {"snapshot", "--test-camera", "--size", size.size, "-o", "a.png"});
+        EXPECT_EQ(0, outcome.code) << outcome.errors;
+        EXPECT_EQ("saved " + std::to_string(size.width) + "x" + std::to_string(size.height) +
+                      " pixels from Test pattern to 'a.png'\n",
+                  outcome.errors);
+        EXPECT_EQ(QStringList("a.png"), folder.entries());
+        expectTestPattern(QImage(folder.file("a.png")), size.width, size.height);
+    }
+}
+
+TEST(CaptureProgram, SnapshotGoesToStandardOutput) {
+    const Outcome outcome = run("/", {"snapshot", "--test-camera", "-o", "-"});
+    EXPECT_EQ(0, outcome.code) << outcome.errors;
+    expectTestPattern(QImage::fromData(outcome.output, "PNG"), 640, 480);
+}
+
+TEST(CaptureProgram, TheCameraIsFoundByAPartOfItsNameInAnyCase) {
+    Folder folder;
+    const Outcome outcome = run(folder.path(), {"snapshot", "--test-camera", "--camera", "PATT", "-q"});
+    EXPECT_EQ(0, outcome.code);
+    EXPECT_EQ("", outcome.errors);
+    expectTestPattern(QImage(folder.file("snapshot.png")), 640, 480);
+}
+
+TEST(CaptureProgram, NoFrameInTimeLeavesNoFileAndAnOldOneAsItWas) {
+    Folder folder;
+    const QStringList arguments = {"snapshot", "--test-camera", "--timeout", "0.000001"};
+    const Outcome outcome = run(folder.path(), arguments);
+    EXPECT_EQ(6, outcome.code);
+    EXPECT_EQ(
+        "ostrel-camera: no frame from 'Test pattern' within 1e-06 s: check its cable and privacy switch, or "
+        "allow more time with --timeout\n",
+        outcome.errors);
+    EXPECT_EQ(QStringList(), folder.entries());
+
+    runShell(folder.path(), "echo old > snapshot.png");
+    EXPECT_EQ(6, run(folder.path(), arguments).code);
+    EXPECT_EQ("old\n", folder.read("snapshot.png").toStdString());
+    EXPECT_EQ(QStringList("snapshot.png"), folder.entries());
+}
+
+TEST(CaptureProgram, SnapshotReplacesTheFileBehindALinkAndKeepsItsMode) {
+    Folder folder;
+    runShell(folder.path(), "echo old > real.png; chmod 640 real.png; ln -s real.png link.png");
+    EXPECT_EQ(0, run(folder.path(), {"snapshot", "--test-camera", "-o", "link.png"}).code);
+    EXPECT_TRUE(QFileInfo(folder.file("link.png")).isSymLink());
+    EXPECT_FALSE(QImage(folder.file("real.png")).isNull());
+    EXPECT_EQ(QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser | QFile::ReadGroup,
+              QFile::permissions(folder.file("real.png")));
+    EXPECT_EQ((QStringList{"link.png", "real.png"}), folder.entries());
+}
+
+TEST(CaptureProgram, RecordHoldsWholeFramesInTheirOrder) {
+    Folder folder;
+    const Outcome outcome =
+        run(folder.path(), {"record", "--test-camera", "--frames", "12", "--size", "320x240", "-o", "a.y4m"});
+    ASSERT_EQ(0, outcome.code) << outcome.errors;
+    const Y4mFile file = readY4m(folder.read("a.y4m"), 320, 240);
+    EXPECT_TRUE(file.header.startsWith("YUV4MPEG2 W320 H240 F")) << file.header.toStdString();
+    EXPECT_TRUE(file.header.contains(" Ip A1:1 C420jpeg XCOLORRANGE=LIMITED ")) << file.header.toStdString();
+    EXPECT_EQ("", file.rest.toStdString());
+    const std::vector<uint32_t> counters = countersOf(file, 320, 240);
+    ASSERT_EQ(12U, counters.size());
+    EXPECT_GT(counters[0], 0U);
+    for (std::size_t at = 1; at < counters.size(); ++at)
+        EXPECT_GT(counters[at], counters[at - 1]) << at;
+    EXPECT_EQ(0U,
+              outcome.errors.find("recording 320x240 from Test pattern to 'a.y4m'\nrecorded 12 frames in "));
+}
+
+TEST(CaptureProgram, RecordStatesTheRateThatItIsGiven) {
+    const Outcome outcome =
+        run("/", {"record", "--test-camera", "-n", "1", "--size", "ld", "--rate", "29.97", "-o", "-"});
+    EXPECT_EQ(0, outcome.code);
+    EXPECT_TRUE(readY4m(outcome.output, 320, 240).header.contains(" F30000:1001 "));
+}
+
+TEST(CaptureProgram, RecordEndsAfterTheDuration) {
+    const Outcome outcome = run("/", {"record", "--test-camera", "-t", "0.3", "--size", "ld", "-o", "-"});
+    EXPECT_EQ(0, outcome.code) << outcome.errors;
+    EXPECT_GE(readY4m(outcome.output, 320, 240).frames.size(), 2);
+}
+
+TEST(CaptureProgram, RecordWritesBareFramesInEveryLayout) {
+    const struct {
+        const char* format;
+        int frameBytes;
+    } formats[] = {{"i420", 115200}, {"yuy2", 153600}, {"rgb24", 230400}, {"argb", 307200}, {"BGRA", 307200}};
+    for (const auto& format : formats) {
+        const Outcome outcome = run("/", {"record", "--test-camera", "-n", "2", "--size", "ld", "--format",
+                                          format.format, "-o", "-"});
+        EXPECT_EQ(0, outcome.code) << outcome.errors;
+        EXPECT_EQ(2 * format.frameBytes, outcome.output.size()) << format.format;
+    }
+}
+
+TEST(CaptureProgram, RecordedArgbFramesAreTheCamerasOwn) {
+    const Outcome outcome =
+        run("/", {"record", "--test-camera", "-n", "1", "--size", "ld", "--format", "argb", "-o", "-"});
+    ASSERT_EQ(307200, outcome.output.size());
+    const QImage image(reinterpret_cast<const uchar*>(outcome.output.constData()), 320, 240,
+                       QImage::Format_RGB32);
+    expectTestPattern(image, 320, 240);
+}
+
+TEST(CaptureProgram, RecordScalesBetweenLevels) {
+    const Outcome outcome = run("/", {"record", "--test-camera", "-n", "3", "--size", "hd", "--scale", "sd",
+                                      "-o", "-", "--filter", "bilinear"});
+    ASSERT_EQ(0, outcome.code) << outcome.errors;
+    const Y4mFile file = readY4m(outcome.output, 640, 480);
+    EXPECT_EQ(3, file.frames.size());
+    for (const uint32_t counter : countersOf(file, 640, 480))
+        EXPECT_GT(counter, 0U);
+}
+
+// Interrupts a recording once its file has grown.
+Outcome interrupt(const Folder& folder, const QStringList& arguments, int signal) {
+    QProcess process;
+    start(process, folder.path(), arguments);
+    QElapsedTimer hang;
+    hang.start();
+    while (QFileInfo(folder.file("a.y4m")).size() < 500000 && hang.elapsed() < 60000)
+        process.waitForFinished(10);
+    kill(static_cast<pid_t>(process.processId()), signal);
+    return finish(process);
+}
+
+TEST(CaptureProgram, CtrlCEndsARecordingWithoutALimitProperly) {
+    Folder folder;
+    const Outcome outcome =
+        interrupt(folder, {"record", "--test-camera", "--size", "ld", "-o", "a.y4m"}, SIGINT);
+    EXPECT_EQ(0, outcome.code) << outcome.errors;
+    const Y4mFile file = readY4m(folder.read("a.y4m"), 320, 240);
+    EXPECT_GE(file.frames.size(), 4);
+    EXPECT_EQ("", file.rest.toStdString());
+    EXPECT_NE(std::string::npos,
+              outcome.errors.find("recorded " + std::to_string(file.frames.size()) + " frames in "));
+}
+
+TEST(CaptureProgram, ASignalBeforeTheLimitKeepsTheFramesAndShowsInTheExitCode) {
+    Folder folder;
+    const Outcome outcome = interrupt(
+        folder, {"record", "--test-camera", "--size", "ld", "-n", "100000", "-o", "a.y4m"}, SIGTERM);
+    EXPECT_EQ(128 + SIGTERM, outcome.code) << outcome.errors;
+    const Y4mFile file = readY4m(folder.read("a.y4m"), 320, 240);
+    EXPECT_GE(file.frames.size(), 4);
+    EXPECT_EQ("", file.rest.toStdString());
+}
+
+TEST(CaptureProgram, AReaderThatGoesAwayEndsTheRecordingWithALine) {
+    const Outcome outcome =
+        runShell("/", "(\"$OSTREL\" record -q --test-camera -o -; echo $? >&2) | head -c 1000 >/dev/null");
+    EXPECT_EQ("ostrel-camera: cannot write standard output: whatever read it has ended\n7\n", outcome.errors);
+}
+
+TEST(CaptureProgram, ClosedStandardOutputIsSaid) {
+    for (const char* command : {"list --test-camera", "snapshot -o - --test-camera", "--help"}) {
+        const Outcome outcome = runShell("/", QString("\"$OSTREL\" -q %1 >&-").arg(command));
+        EXPECT_EQ(7, outcome.code);
+        EXPECT_EQ("ostrel-camera: cannot write standard output: it is closed\n", outcome.errors);
+    }
+}
+
+TEST(CaptureProgram, AFullDiskEndsTheRecordingWithItsLastWholeFrame) {
+    Folder folder;
+    // A limit on the size of files stands for the disk.
+    const Outcome outcome =
+        runShell(folder.path(), "trap '' XFSZ; ulimit -f 1000; exec \"$OSTREL\" record -q "
+                                "--test-camera --size ld -n 50 -o a.y4m");
+    EXPECT_EQ(7, outcome.code);
+    EXPECT_EQ("ostrel-camera: cannot write 'a.y4m': File too large; it holds the 4 frames before\n",
+              outcome.errors);
+    const Y4mFile file = readY4m(folder.read("a.y4m"), 320, 240);
+    EXPECT_EQ(4, file.frames.size());
+    EXPECT_EQ("", file.rest.toStdString());
+}
+
+TEST(CaptureProgram, ADiskThatIsFullFromTheStartLeavesNoPicture) {
+    Folder folder;
+    const Outcome outcome =
+        runShell(folder.path(), "trap '' XFSZ; ulimit -f 1; exec \"$OSTREL\" snapshot -q --test-camera");
+    EXPECT_EQ(7, outcome.code);
+    EXPECT_EQ("ostrel-camera: cannot write 'snapshot.png': File too large\n", outcome.errors);
+    EXPECT_EQ(QStringList(), folder.entries());
+}
+
+TEST(CaptureProgram, FilesThatCannotBeWrittenAreNamed) {
+    for (const char* command : {"snapshot", "record -n 1"}) {
+        Folder folder;
+        const QString start = QString("\"$OSTREL\" %1 -q --test-camera -o ").arg(command);
+        const Outcome missing = runShell(folder.path(), start + "no/a.y4m.png --size ld " +
+                                                            (command[0] == 'r' ? "--format y4m" : ""));
+        EXPECT_EQ(7, missing.code);
+        EXPECT_EQ("ostrel-camera: cannot write 'no/a.y4m.png': No such file or directory\n", missing.errors);
+        const Outcome directory = runShell(folder.path(), start + ".");
+        EXPECT_EQ("ostrel-camera: cannot write '.': Is a directory\n", directory.errors);
+        const Outcome full = runShell(folder.path(), start + "/dev/full");
+        EXPECT_EQ(7, full.code);
+        EXPECT_EQ("ostrel-camera: cannot write '/dev/full': No space left on device\n", full.errors);
+    }
+}
+
+TEST(CaptureProgram, TheLibrarysOwnLinesAreShownOnlyWhenAsked) {
+    Folder folder;
+    const Outcome silent = run(folder.path(), {"snapshot", "--test-camera", "-q"});
+    EXPECT_EQ("", silent.errors);
+    const Outcome verbose = run(folder.path(), {"snapshot", "--test-camera", "-q", "--verbose"});
+    EXPECT_EQ(0, verbose.code);
+    EXPECT_NE(std::string::npos, verbose.errors.find("\n>>> starting session\n")) << verbose.errors;
+    EXPECT_NE(std::string::npos, verbose.errors.find("\nremoving input-output\n"));
+}
+
+TEST(CaptureProgram, WatchReportsWhatTheCameraGrants) {
+    const Outcome outcome = run("/", {"watch", "--test-camera", "--size", "ld", "-n", "10"});
+    EXPECT_EQ(0, outcome.code) << outcome.errors;
+    const QList<QByteArray> lines = outcome.output.trimmed().split('\n');
+    EXPECT_TRUE(lines.last().contains("  taken 10  skipped ")) << lines.last().toStdString();
+    EXPECT_TRUE(lines.last().endsWith("  asked 320x240, granted BGRA 320x240 at 30/s"))
+        << lines.last().toStdString();
+    EXPECT_EQ("watching Test pattern at 320x240\n", outcome.errors);
+}
+
+class PlayProgram : public testing::Test {
+protected:
+    void SetUp() override {
+        QByteArray video = "YUV4MPEG2 W320 H240 F50:1 Ip A1:1 C420jpeg\n";
+        for (const int level : LEVELS)
+            video += "FRAME\n" + toByteArray(greyI420(320, 240, static_cast<uint8_t>(level)));
+        QFile file(folder_.file("clip.y4m"));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        ASSERT_EQ(video.size(), file.write(video));
+    }
+
+    // The grey of each frame of a recording.
+    std::vector<int> levels(const QString& name) const {
+        std::vector<int> found;
+        for (const QByteArray& frame : readY4m(folder_.read(name), 320, 240).frames)
+            found.push_back(static_cast<uint8_t>(frame[1000]));
+        return found;
+    }
+
+    const std::vector<int> LEVELS = {40, 80, 120, 160, 200};
+    Folder folder_;
+};
+
+TEST_F(PlayProgram, AFileIsACameraThatIsListedAndUsed) {
+    const Outcome list = run(folder_.path(), {"list", "--play", "clip.y4m"});
+    EXPECT_TRUE(list.output.contains("clip.y4m")) << list.output.toStdString();
+    const Outcome outcome = run(folder_.path(), {"snapshot", "--play", "clip.y4m", "--size", "ld"});
+    EXPECT_EQ("saved 320x240 pixels from clip.y4m to 'snapshot.png'\n", outcome.errors);
+    const QImage image(folder_.file("snapshot.png"));
+    EXPECT_EQ(320, image.width());
+    EXPECT_TRUE(image.allGray());
+}
+
+TEST_F(PlayProgram, ItGoesOnOverAndOver) {
+    const Outcome outcome =
+        run(folder_.path(), {"record", "--play", "clip.y4m", "--size", "ld", "-n", "12", "-o", "a.y4m"});
+    EXPECT_EQ(0, outcome.code) << outcome.errors;
+    EXPECT_EQ(12U, levels("a.y4m").size());
+}
+
+TEST_F(PlayProgram, PlayedOnceTheRecordingEndsWithTheFile) {
+    const Outcome outcome =
+        run(folder_.path(), {"record", "--play", "clip.y4m", "--once", "--size", "ld", "-o", "a.y4m"});
+    EXPECT_EQ(0, outcome.code) << outcome.errors;
+    const std::vector<int> recorded = levels("a.y4m");
+    ASSERT_FALSE(recorded.empty());
+    EXPECT_LE(recorded.size(), LEVELS.size());
+    EXPECT_NEAR(LEVELS.back(), recorded.back(), 2);
+    EXPECT_TRUE(std::is_sorted(recorded.begin(), recorded.end()));
+    EXPECT_EQ(0, run(folder_.path(), {"watch", "--play", "clip.y4m", "--once", "--size", "ld"}).code);
+}
+
+TEST_F(PlayProgram, AFileThatCannotBePlayedIsNamed) {
+    const Outcome gone = run(folder_.path(), {"record", "--play", "gone.y4m"});
+    EXPECT_EQ(7, gone.code);
+    EXPECT_EQ(0U, gone.errors.find("ostrel-camera: cannot play 'gone.y4m': ")) << gone.errors;
+    EXPECT_EQ(gone.errors.size() - 1, gone.errors.find('\n'));
+    EXPECT_EQ(QStringList("clip.y4m"), folder_.entries());
+}
+
+TEST_F(PlayProgram, TwoAddedCamerasNeedAChoice) {
+    const Outcome both = run(folder_.path(), {"snapshot", "--play", "clip.y4m", "--test-camera"});
+    EXPECT_EQ(2, both.code);
+    EXPECT_EQ("ostrel-camera: several cameras are added: say with --camera which of ostrel-test-pattern, "
+              "ostrel-file "
+              "is meant\n",
+              both.errors);
+    EXPECT_EQ(
+        0, run(folder_.path(), {"snapshot", "--play", "clip.y4m", "--test-camera", "--camera", "clip"}).code);
+}
+
+} // namespace

@@ -1,0 +1,316 @@
+// The small pieces of ostrel-camera: sizes, layouts, Y4M, text, progress, the library's lines, cameras.
+#include "apps/camera/camera_choice.h"
+#include "apps/camera/camera_list.h"
+#include "apps/camera/failure.h"
+#include "apps/camera/frame_source.h"
+#include "apps/camera/frame_writer.h"
+#include "apps/camera/progress.h"
+#include "apps/camera/stream_report.h"
+#include "apps/camera/text.h"
+#include "apps/camera/video_nodes.h"
+#include "apps/camera/y4m.h"
+#include "apps/common/library_log.h"
+
+#include <gtest/gtest.h>
+
+#include <QtCore/QFile>
+#include <QtCore/QTemporaryDir>
+
+#include <clocale>
+#include <functional>
+#include <unistd.h>
+
+namespace {
+
+using namespace ostrel;
+using namespace ostrel::cli;
+using ostrel::common::LibraryLog;
+using ostrel::common::LibraryLogReader;
+
+TEST(Size, IsReadFromNumbersAndFromNamesOfLevels) {
+    EXPECT_EQ("640x480", toString(parseSize("640x480").value()));
+    EXPECT_EQ("16384x1", toString(parseSize("16384X1").value()));
+    EXPECT_EQ("320x240", toString(parseSize("ld").value()));
+    EXPECT_EQ("1280x720", toString(parseSize("Hd").value()));
+    for (const char* text : {"", "x", "640", "640x", "x480", "0x480", "640x-2", "640x480x2", "16385x2",
+                             " 640x480", "640 x 480", "99999999999x2", "uhd"})
+        EXPECT_FALSE(parseSize(text)) << text;
+}
+
+TEST(Layout, FramesHaveTheLengthOfTheirPixels) {
+    EXPECT_EQ(4U * 34 * 18, frameBytes(Layout::Argb, {34, 18}));
+    EXPECT_EQ(3U * 34 * 18, frameBytes(Layout::Rgb24, {34, 18}));
+    EXPECT_EQ(2U * 34 * 18, frameBytes(Layout::Yuy2, {34, 18}));
+    EXPECT_EQ(34U * 18 + 2 * 17 * 9, frameBytes(Layout::I420, {34, 18}));
+}
+
+TEST(Layout, FileNamesTellTheirKind) {
+    EXPECT_EQ(Container::Y4m, fileKindOfPath("a/b.Y4M")->container);
+    EXPECT_EQ(Container::Png, fileKindOfPath("b.c.png")->container);
+    EXPECT_EQ(Layout::I420, fileKindOfPath("x.yuv")->layout);
+    EXPECT_EQ(Layout::Argb, fileKindOfPath("x.bgra")->layout);
+    for (const char* path : {"-", "y4m", "a.y4m/b", "a.", "a.mp4"})
+        EXPECT_FALSE(fileKindOfPath(path)) << path;
+}
+
+TEST(Y4m, HeaderHasOneLengthForAllRatesAndComesBack) {
+    const std::string plain = y4mHeaderLine({{640, 480}, {30, 1}});
+    const std::string exact = y4mHeaderLine({{640, 480}, {4294967295U, 4294967295U}});
+    EXPECT_EQ(plain.size(), exact.size());
+    EXPECT_EQ(0U, plain.find("YUV4MPEG2 W640 H480 F30:1 Ip A1:1 C420jpeg XCOLORRANGE=LIMITED XPAD="));
+    Y4mHeader header;
+    EXPECT_EQ("", parseY4mHeader(plain.substr(0, plain.size() - 1), header));
+    EXPECT_EQ(640, header.size.width);
+    EXPECT_EQ(480, header.size.height);
+    EXPECT_EQ(30, header.rate.value());
+}
+
+TEST(Y4m, EveryNameOf420IsRead) {
+    Y4mHeader header;
+    for (const char* colours : {"", " C420", " C420jpeg", " C420mpeg2", " C420paldv"})
+        EXPECT_EQ("", parseY4mHeader(std::string("YUV4MPEG2 W4 H2 F0:0 Ip") + colours, header)) << colours;
+    for (const char* colours : {"C422", "C444", "Cmono", "C420p10"})
+        EXPECT_NE("", parseY4mHeader(std::string("YUV4MPEG2 W4 H2 ") + colours, header)) << colours;
+    EXPECT_EQ("its frame size is missing", parseY4mHeader("YUV4MPEG2 W4", header));
+}
+
+TEST(Y4m, MeasuredRatesAreRoundedToUsualOnes) {
+    EXPECT_EQ(30U, nearestRate(30.07).numerator);
+    EXPECT_EQ(25U, nearestRate(24.9).numerator);
+    EXPECT_EQ(1001U, nearestRate(29.97).denominator);
+    EXPECT_EQ(2U, nearestRate(7.5).denominator);
+    EXPECT_EQ(18342U, nearestRate(18.342).numerator);
+    EXPECT_EQ(1000U, nearestRate(18.342).denominator);
+    EXPECT_EQ(17U, nearestRate(17).numerator);
+}
+
+TEST(Y4m, RatesAreReadInThreeWritings) {
+    EXPECT_EQ(30, parseRate("30")->value());
+    EXPECT_EQ(12.5, parseRate("25/2")->value());
+    EXPECT_EQ(12.5, parseRate("25:2")->value());
+    EXPECT_EQ(18.5, parseRate("18.5")->value());
+    for (const char* text : {"", "0", "-1", "nan", "inf", "1/0", "0/1", "30fps", "1/", "100000"})
+        EXPECT_FALSE(parseRate(text)) << text;
+}
+
+TEST(Text, ControlCharactersOfACameraDoNotReachTheTerminal) {
+    EXPECT_EQ("a?[2Jb?", printable("a\x1b[2Jb\n"));
+    EXPECT_EQ("K\xc3\xa4mera", printable("K\xc3\xa4mera"));
+}
+
+TEST(Text, WordsAreWrappedAndLongOnesStayWhole) {
+    EXPECT_EQ((std::vector<std::string>{"one two", "three", "verylongword", "x"}),
+              wrapped("one two three verylongword x", 7));
+}
+
+TEST(CameraList, ColumnsFollowTheWidthOfLettersNotOfBytes) {
+    if (!std::setlocale(LC_CTYPE, "C.UTF-8"))
+        GTEST_SKIP() << "the system has no UTF-8 locale";
+    const std::string table = cameraTable({{"id-1", "K\xc3\xa4mera", {{320, 240}}}, {"i2", "Cam", {}}});
+    EXPECT_EQ("NAME    IDENTIFIER  SIZES\n"
+              "K\xc3\xa4mera  id-1        320x240\n"
+              "Cam     i2          \n",
+              table);
+}
+
+TEST(Progress, BarFillsWithTheFraction) {
+    EXPECT_EQ("[" + std::string(30, ' ') + "]   0%  x", progressLine(0, "x", 80));
+    EXPECT_EQ("[" + std::string(15, '#') + std::string(15, ' ') + "]  50%  x", progressLine(0.5, "x", 80));
+    EXPECT_EQ("[" + std::string(30, '#') + "] 100%  x", progressLine(1.7, "x", 80));
+    EXPECT_EQ("only text", progressLine(-1, "only text", 80));
+    EXPECT_EQ(9U, progressLine(0.5, "x", 10).size());
+}
+
+TEST(LibraryLog, RemembersTheReasonOfTheLastError) {
+    LibraryLogReader reader;
+    reader.feed(
+        ">>> starting session\n2026-01-02 03:04:05.678 ostrel-camera[1:2] Error opening camera: it is in");
+    EXPECT_EQ("", reader.error());
+    reader.feed(" use: by x\n>>> session stopped\n");
+    EXPECT_EQ("it is in use: by x", reader.error());
+}
+
+TEST(LibraryLog, KnowsAVanishedCameraAndFramesOfTheWrongSize) {
+    LibraryLogReader reader;
+    reader.feed("1228800\n");
+    EXPECT_EQ(1228800, reader.refusedFrameBytes());
+    EXPECT_EQ("", reader.error());
+    reader.feed(">>> camera failed\n");
+    EXPECT_EQ("it is no longer attached", reader.error());
+}
+
+TEST(LibraryLog, TakesStandardErrorAwayAndGivesItBack) {
+    int ends[2];
+    ASSERT_EQ(0, pipe(ends));
+    const int before = dup(STDERR_FILENO);
+    dup2(ends[1], STDERR_FILENO);
+    {
+        LibraryLog log(ends[1], false);
+        dprintf(STDERR_FILENO, "hidden Error doing: something\n");
+        EXPECT_EQ("something", log.drain().error());
+        dprintf(STDERR_FILENO, "x Error doing: something else\n");
+        EXPECT_EQ("something else", log.drain().error());
+    }
+    {
+        LibraryLog log(ends[1], true);
+        dprintf(STDERR_FILENO, "shown\n");
+    }
+    dprintf(STDERR_FILENO, "mine\n");
+    dup2(before, STDERR_FILENO);
+    close(before);
+    close(ends[1]);
+    char text[100] = {};
+    EXPECT_LT(0, read(ends[0], text, sizeof text - 1));
+    EXPECT_STREQ("shown\nmine\n", text);
+    close(ends[0]);
+}
+
+class VideoNodes : public testing::Test {
+protected:
+    void SetUp() override {
+        for (const char* name : {"video0", "video10", "video2", "videox", "v4l-subdev0"}) {
+            QFile file(folder_.filePath(name));
+            ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        }
+    }
+    std::string path(const char* name) const { return folder_.filePath(name).toStdString(); }
+
+    QTemporaryDir folder_;
+};
+
+TEST_F(VideoNodes, ThoseThatMayNotBeOpenedAreFoundInTheOrderOfTheirNumbers) {
+    const std::vector<ClosedNode> nodes = closedVideoNodes(
+        folder_.path().toStdString(), [this](const std::string& node) { return node == path("video0"); });
+    ASSERT_EQ(2U, nodes.size());
+    EXPECT_EQ(path("video2"), nodes[0].path);
+    EXPECT_EQ(path("video10"), nodes[1].path);
+    EXPECT_EQ("", nodes[0].group); // its group may not write
+}
+
+TEST_F(VideoNodes, AdviceNamesTheNodesAndTheGroupToJoin) {
+    EXPECT_EQ("no permission to use /dev/video0, /dev/video1: join the group video (sudo usermod -aG video "
+              "\"$USER\") "
+              "and log in again",
+              permissionAdvice({{"/dev/video0", "video"}, {"/dev/video1", "video"}}));
+    EXPECT_EQ("no permission to use /dev/video0: ask the administrator of this machine for access",
+              permissionAdvice({{"/dev/video0", ""}}));
+}
+
+// The failure of a choice as "code: line", or the identifier of the camera chosen.
+std::string choose(const std::vector<Camera>& cameras, const std::string& wanted,
+                   const std::vector<std::string>& added = {}, const std::vector<ClosedNode>& closed = {}) {
+    try {
+        return chooseCamera(cameras, wanted, added, closed).identifier;
+    } catch (const Failure& failure) {
+        return std::to_string(failure.code()) + ": " + failure.what();
+    }
+}
+
+const std::vector<Camera> CAMERAS = {
+    {"usb-1", "Logitech C920", {}}, {"usb-10", "Logitech C270", {}}, {"USB-1", "Built-in", {}},
+    {"pci-7", "Cam", {}},           {"pci-8", "Cam Pro", {}},
+};
+
+TEST(CameraChoice, WithoutAWishTheAddedCameraElseTheFirst) {
+    EXPECT_EQ("usb-1", choose(CAMERAS, ""));
+    EXPECT_EQ("pci-8", choose(CAMERAS, "", {"pci-8"}));
+    EXPECT_EQ("2: several cameras are added: say with --camera which of a, b is meant",
+              choose(CAMERAS, "", {"a", "b"}));
+}
+
+TEST(CameraChoice, AWholeIdentifierIsNeverTakenForItsPrefix) {
+    EXPECT_EQ("usb-1", choose(CAMERAS, "usb-1"));
+    EXPECT_EQ("usb-10", choose(CAMERAS, "USB-10"));
+    EXPECT_EQ("USB-1", choose(CAMERAS, "USB-1"));
+}
+
+TEST(CameraChoice, APartOfANameIsEnoughWhenItIsUnique) {
+    EXPECT_EQ("usb-10", choose(CAMERAS, "c270"));
+    EXPECT_EQ("USB-1", choose(CAMERAS, "BUILT"));
+    EXPECT_EQ("pci-7", choose(CAMERAS, "cam")); // a whole name before a part of another
+    EXPECT_EQ("4: 'logitech' fits several cameras, give the identifier of one: Logitech C920 (usb-1), "
+              "Logitech C270 "
+              "(usb-10)",
+              choose(CAMERAS, "logitech"));
+}
+
+TEST(CameraChoice, WhatFitsNothingIsAnsweredWithTheList) {
+    EXPECT_EQ("4: no camera is called 'x'; attached: Cam (pci-7)", choose({CAMERAS[3]}, "x"));
+    EXPECT_EQ("3: no camera is attached: plug one in, or use --test-camera for the built-in test picture",
+              choose({}, "x"));
+    EXPECT_EQ("5: no permission to use /dev/video0: join the group video (sudo usermod -aG video \"$USER\") "
+              "and log in "
+              "again",
+              choose({}, "", {}, {{"/dev/video0", "video"}}));
+}
+
+TEST(PollPace, LooksSeldomInTheFirstHalfOfAnIntervalAndOftenAfterIt) {
+    PollPace pace;
+    const Clock::time_point start;
+    const auto at = [&](int ms) { return start + std::chrono::milliseconds(ms); };
+    const auto ms = [](Clock::duration pause) {
+        return std::chrono::duration<double, std::milli>(pause).count();
+    };
+    EXPECT_EQ(5, ms(pace.pause(at(0))));
+    pace.frameArrived(at(0), 1);
+    pace.frameArrived(at(40), 1);
+    EXPECT_EQ(20, ms(pace.pause(at(40))));
+    EXPECT_EQ(5, ms(pace.pause(at(62))));
+    pace.frameArrived(at(120), 2); // one was missed: the interval is still 40 ms
+    EXPECT_EQ(20, ms(pace.pause(at(120))));
+}
+
+TEST(PollPace, StaysQuickToStopWithASlowCamera) {
+    PollPace pace;
+    const Clock::time_point start;
+    pace.frameArrived(start, 1);
+    pace.frameArrived(start + std::chrono::seconds(10), 1);
+    EXPECT_EQ(std::chrono::milliseconds(50), pace.pause(start + std::chrono::seconds(10)));
+}
+
+TEST(StreamReport, HoldsEveryFigureWithReasonsAndWhatWasGranted) {
+    StreamFigures figures;
+    figures.taken = 301;
+    figures.missed = 1;
+    figures.seconds = 10;
+    OVideoStatistics statistics;
+    statistics.skipped = 2;
+    statistics.lost = 3;
+    statistics.dropped["short frame"] = 4;
+    statistics.dropped["broken picture"] = 1;
+    statistics.grantedFormat = "MJPG";
+    statistics.grantedWidth = 1280;
+    statistics.grantedHeight = 720;
+    statistics.grantedRate = 30;
+    EXPECT_EQ(
+        "10.0 s  30.0/s  taken 301  skipped 3  dropped 5 (broken picture 1, short frame 4)  lost 3  asked "
+        "640x480, granted MJPG 1280x720 at 30/s",
+        streamReport(figures, statistics, {640, 480}));
+    EXPECT_EQ("0.0 s  0.0/s  taken 0  skipped 0  dropped 0  lost 0  asked 640x480, granted unknown",
+              streamReport(StreamFigures(), OVideoStatistics(), {640, 480}));
+}
+
+TEST(FrameWriter, NumbersReplaceTheirField) {
+    EXPECT_EQ("a-0007.png", numberedPath("a-%04d.png", 7));
+    EXPECT_EQ("a12345.png", numberedPath("a%03d.png", 12345));
+    EXPECT_EQ("7%.png", numberedPath("%d%.png", 7));
+    EXPECT_FALSE(isNumberedPath("100%.png"));
+    EXPECT_FALSE(isNumberedPath("%s.png"));
+}
+
+TEST(FrameWriter, AMeasuredRateReplacesTheStatedOne) {
+    QTemporaryDir folder;
+    const QString path = folder.filePath("a.y4m");
+    const auto writer = makeFrameWriter(path.toStdString(), {Container::Y4m, Layout::I420}, {4, 2}, Rate());
+    writer->write(Bytes(12, 100));
+    writer->write(Bytes(12, 101));
+    writer->finish(Rate{25, 2});
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const std::string text = file.readAll().toStdString();
+    EXPECT_EQ(0U, text.find("YUV4MPEG2 W4 H2 F25:2 Ip"));
+    EXPECT_EQ(y4mHeaderLine({{4, 2}, Rate()}).size() + 2 * (6 + 12), text.size());
+    EXPECT_EQ("FRAME\n" + std::string(12, 101), text.substr(text.size() - 18));
+}
+
+} // namespace
