@@ -1,6 +1,6 @@
 #!/bin/bash
 # setup.sh - makes the parts of the test machine ready in a cache folder: Debian's stock kernel with its modules,
-# and the v4l2loopback module built for it. Nothing of it is installed on this system. A second run finds everything
+# the v4l2loopback module built for it, and pictures for its cameras. Nothing of it is installed on this system. A second run finds everything
 # in place and returns at once; a new kernel in Debian is fetched by itself.
 #
 # Exit status: 0 ready; 77 not possible here, with a line that says why.
@@ -104,6 +104,28 @@ make_ready() {
     echo "$version" >"$VM_CACHE/version"
 }
 
+# The pictures that the webcam and the loopback camera show, as motion JPEG in three sizes: the left quarter light grey
+# (192), the rest pure red, green and blue from top to bottom, and a white mark that moves along the lower edge, so that
+# no two pictures that follow each other are the same.
+make_pictures() {
+    local size picture stripe color mark=color=white:size=32x16
+    rm -rf "$VM_CACHE/pictures.new"
+    mkdir "$VM_CACHE/pictures.new"
+    for size in 320x240 640x480 1280x720; do
+        picture="color=0xc0c0c0:size=$size,format=rgb24" stripe=0
+        for color in 0xff0000 0x00ff00 0x0000ff; do
+            picture="$picture,drawbox=x=iw/4:y=ih*$stripe/3:w=iw*3/4:h=ih/3:color=$color:t=fill"
+            stripe=$((stripe + 1))
+        done
+        ffmpeg -v error -f lavfi \
+            -i "$picture[picture];$mark[mark];[picture][mark]overlay=x=mod(n*32\\,W):y=H-16:format=rgb" \
+            -frames:v 8 -pix_fmt yuvj420p -q:v 3 "$VM_CACHE/pictures.new/$size-%d.jpg" </dev/null ||
+            vm_unavailable "ffmpeg cannot make the pictures"
+    done
+    rm -rf "$VM_CACHE/pictures"
+    mv "$VM_CACHE/pictures.new" "$VM_CACHE/pictures"
+}
+
 [ "$(uname -s)" = Linux ] || vm_unavailable "it needs Linux"
 require_tools
 mkdir -p "$VM_CACHE"
@@ -118,4 +140,8 @@ fi
 # Without apt's lists an older kernel serves as well.
 if [ -n "$wanted" ] && [ "$wanted" != "$have" ]; then
     make_ready "$wanted"
+fi
+# This script says what they show.
+if ! [ "$VM_CACHE/pictures" -nt "$here/setup.sh" ]; then
+    make_pictures
 fi

@@ -1,0 +1,123 @@
+#include "vm/programs/capture.h"
+
+#include <ostrel/devices.h>
+
+#include <gtest/gtest.h>
+
+#include <QtCore/QProcess>
+
+#include <chrono>
+#include <iostream>
+#include <thread>
+
+namespace ostrel {
+namespace vm {
+
+bool waitUntil(const std::function<bool()>& condition, int seconds) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > end) {
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return true;
+}
+
+QStringList cameras() {
+    return videoDevices().keys();
+}
+
+QString onlyCamera() {
+    const QStringList all = cameras();
+    EXPECT_EQ(all.size(), 1) << all.join(QLatin1String(", ")).toStdString();
+    return all.size() == 1 ? all.first() : QString();
+}
+
+int shellStatus(const std::string& command) {
+    return QProcess::execute(QString::fromLatin1("bash"),
+                             QStringList() << QString::fromLatin1("-c") << QString::fromStdString(command));
+}
+
+void shell(const std::string& command) {
+    EXPECT_EQ(shellStatus(command), 0) << command;
+}
+
+void cameraShell(const std::string& command) {
+    shell(". \"$VM_TESTS/guest/cameras.sh\" && " + command);
+}
+
+Capture::Capture(const QString& camera, int width, int height)
+    : camera_(camera), driver_(OVideoCaptureUnix::ptr()) {
+    driver_->startCapture(camera.toLatin1().constData(), width, height);
+}
+
+void Capture::stop() {
+    driver_->stopVideoCapture();
+}
+
+const VideoFrame& Capture::takePicture() {
+    driver_->selfVideoFrame(picture_);
+    return picture_;
+}
+
+bool Capture::waitForStartUp() {
+    return waitUntil([&] { return driver_->isFinished(); });
+}
+
+bool Capture::waitForPicture() {
+    const uint32_t before = picture_.frameNumber;
+    return waitUntil([&] {
+        const VideoFrame& frame = takePicture();
+        return !frame.data.empty() && frame.frameNumber != before;
+    });
+}
+
+bool Capture::waitForFrames(uint32_t count) {
+    const uint64_t before = statistics().delivered;
+    return waitFor([&](const OVideoStatistics& now) { return now.delivered >= before + count; });
+}
+
+bool Capture::waitFor(const std::function<bool(const OVideoStatistics&)>& condition) {
+    return waitUntil([&] { return condition(statistics()); });
+}
+
+bool Capture::waitForEnd() {
+    return waitFor([](const OVideoStatistics& now) { return !now.ended.isEmpty(); });
+}
+
+OVideoStatistics Capture::statistics() const {
+    OVideoStatistics figures;
+    videoStatistics(camera_, figures);
+    return figures;
+}
+
+uint64_t Capture::droppedFrames() const {
+    uint64_t sum = 0;
+    for (const uint64_t count : statistics().dropped) {
+        sum += count;
+    }
+    return sum;
+}
+
+bool stopsWithin(int milliseconds, const QString& camera, const std::function<void(bool frames)>& setFrames) {
+    using Clock = std::chrono::steady_clock;
+    for (int attempt = 0; attempt < 10; ++attempt) {
+        Capture capture(camera, 320, 240);
+        EXPECT_TRUE(capture.waitForPicture());
+        setFrames(false);
+        const Clock::time_point begin = Clock::now();
+        capture.stop();
+        const Clock::duration taken = Clock::now() - begin;
+        setFrames(true);
+        std::cout << "stopped in " << std::chrono::duration_cast<std::chrono::milliseconds>(taken).count()
+                  << " ms\n";
+        if (taken <= std::chrono::milliseconds(milliseconds)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace vm
+} // namespace ostrel

@@ -1,0 +1,23 @@
+// The pictures that the machine's cameras show, and whether a captured frame is one.
+#ifndef OSTREL_TESTS_VM_KNOWN_PICTURES_H
+#define OSTREL_TESTS_VM_KNOWN_PICTURES_H
+
+#include <ostrel/capture.h>
+
+#include <gtest/gtest.h>
+
+namespace ostrel {
+namespace vm {
+
+// vivid's 75 % colour bars, left to right: grey, yellow, cyan, green, magenta, red, blue, black, over the
+// whole height. Every channel is 0 or 191.
+testing::AssertionResult showsColorBars(const VideoFrame& frame);
+
+// The picture of moving_pictures in guest/cameras.sh: the left quarter light grey, the rest red, green and
+// blue from top to bottom. Where the white mark is at that moment does not matter.
+testing::AssertionResult showsStripes(const VideoFrame& frame);
+
+} // namespace vm
+} // namespace ostrel
+
+#endif

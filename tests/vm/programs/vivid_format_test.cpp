@@ -1,0 +1,115 @@
+// Pictures of the kernel's vivid driver in formats that the library would not choose by itself: the calls
+// into the kernel are real, only the list of formats that comes back is shortened. One vivid camera is there.
+#include "platform/cameras/registry.h"
+#include "platform/cameras/v4l2/v4l2_provider.h"
+#include "vm/programs/capture.h"
+#include "vm/programs/known_pictures.h"
+
+#include <gtest/gtest.h>
+
+#include <linux/videodev2.h>
+
+#include <cerrno>
+#include <string>
+#include <tuple>
+
+using namespace ostrel;
+using namespace ostrel::vm;
+
+namespace {
+
+struct Wish {
+    const char* name;
+    uint32_t fourcc;
+    uint32_t bytesPerPixel; // of the first plane
+};
+
+// Lets one format through, and asks the driver for rows with padding when it is told to. Thread-safe.
+class OneFormat : public cameras::v4l2::KernelCalls {
+public:
+    OneFormat(const Wish& wish, uint32_t padding) : wish_(wish), padding_(padding) {}
+
+protected:
+    int doIoctl(int descriptor, unsigned long request, void* argument) override {
+        if (request == VIDIOC_ENUM_FMT) {
+            return enumerate(descriptor, static_cast<v4l2_fmtdesc*>(argument));
+        }
+        if (request == VIDIOC_S_FMT && padding_ != 0) {
+            v4l2_pix_format& format = static_cast<v4l2_format*>(argument)->fmt.pix;
+            format.bytesperline = format.width * wish_.bytesPerPixel + padding_;
+        }
+        return KernelCalls::doIoctl(descriptor, request, argument);
+    }
+
+private:
+    // The driver's own entry under the index 0, and no more.
+    int enumerate(int descriptor, v4l2_fmtdesc* entry) {
+        if (entry->index > 0) {
+            errno = EINVAL;
+            return -1;
+        }
+        do {
+            if (KernelCalls::doIoctl(descriptor, VIDIOC_ENUM_FMT, entry) != 0) {
+                return -1;
+            }
+            ++entry->index;
+        } while (entry->pixelformat != wish_.fourcc);
+        entry->index = 0;
+        return 0;
+    }
+
+    const Wish wish_;
+    const uint32_t padding_;
+};
+
+// While it lives, the machine's cameras are listed and driven with these calls.
+class ShortenedMachine {
+public:
+    ShortenedMachine(const Wish& wish, uint32_t padding = 0)
+        : before_(cameras::setMachineProvider(cameras::v4l2::makeProvider(
+              std::make_shared<OneFormat>(wish, padding), cameras::v4l2::makeDiscovery()))) {}
+    ~ShortenedMachine() { cameras::setMachineProvider(before_); }
+
+private:
+    const std::shared_ptr<cameras::CameraProvider> before_;
+};
+
+const Wish kWishes[] = {
+    {"YUYV", V4L2_PIX_FMT_YUYV, 2},   {"UYVY", V4L2_PIX_FMT_UYVY, 2},  {"NV12", V4L2_PIX_FMT_NV12, 1},
+    {"YU12", V4L2_PIX_FMT_YUV420, 1}, {"RGB3", V4L2_PIX_FMT_RGB24, 3}, {"BGR3", V4L2_PIX_FMT_BGR24, 3},
+    {"XR24", V4L2_PIX_FMT_XBGR32, 4}, {"BGR4", V4L2_PIX_FMT_BGR32, 4},
+};
+
+std::string wishName(const testing::TestParamInfo<Wish>& info) {
+    return info.param.name;
+}
+
+std::ostream& operator<<(std::ostream& out, const Wish& wish) {
+    return out << wish.name;
+}
+
+} // namespace
+
+class VividFormat : public testing::TestWithParam<Wish> {};
+
+TEST_P(VividFormat, ShowsTheDriversColorBarsAtEverySize) {
+    const ShortenedMachine machine(GetParam());
+    for (const auto& size :
+         {std::pair<int, int>(320, 240), std::pair<int, int>(640, 480), std::pair<int, int>(1280, 720)}) {
+        Capture capture(onlyCamera(), size.first, size.second);
+        ASSERT_TRUE(capture.waitForPicture());
+        EXPECT_EQ(capture.statistics().grantedFormat.toStdString(), GetParam().name);
+        EXPECT_EQ(capture.statistics().grantedWidth, size.first);
+        EXPECT_EQ(capture.statistics().grantedHeight, size.second);
+        EXPECT_TRUE(showsColorBars(capture.picture()));
+    }
+}
+
+TEST_P(VividFormat, ShowsTheColorBarsFromRowsWithPadding) {
+    const ShortenedMachine machine(GetParam(), 96);
+    Capture capture(onlyCamera(), 640, 480);
+    ASSERT_TRUE(capture.waitForPicture());
+    EXPECT_TRUE(showsColorBars(capture.picture()));
+}
+
+INSTANTIATE_TEST_SUITE_P(Kernel, VividFormat, testing::ValuesIn(kWishes), wishName);

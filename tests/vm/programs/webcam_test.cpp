@@ -1,0 +1,93 @@
+// The kernel's uvcvideo driver with the emulated USB webcam. Orders for the webcam go through the shell
+// functions that plugged it in.
+#include "vm/programs/capture.h"
+#include "vm/programs/known_pictures.h"
+
+#include <ostrel/devices.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+using namespace ostrel;
+using namespace ostrel::vm;
+
+namespace {
+
+void tellWebcam(const std::string& order) {
+    cameraShell("tell_webcam " + order);
+}
+
+} // namespace
+
+TEST(Webcam, ItsMetadataNodeIsNotListed) {
+    shell("test -c /dev/video1"); // the second node of the webcam
+    EXPECT_EQ(videoDevices().size(), 1);
+    EXPECT_EQ(videoDevices().first().toStdString(), "Emulated UVC Camera");
+}
+
+TEST(Webcam, MotionJpegIsChosenWhereRawPicturesAreSlower) {
+    Capture capture(onlyCamera(), 1280, 720);
+    ASSERT_TRUE(capture.waitForPicture());
+    const OVideoStatistics figures = capture.statistics();
+    EXPECT_EQ(figures.grantedFormat.toStdString(), "MJPG");
+    EXPECT_EQ(figures.grantedWidth, 1280);
+    EXPECT_EQ(figures.grantedHeight, 720);
+    EXPECT_DOUBLE_EQ(figures.grantedRate, 30);
+    EXPECT_TRUE(showsStripes(capture.picture()));
+}
+
+TEST(Webcam, RawPicturesAreChosenWhereTheyAreAsFast) {
+    Capture capture(onlyCamera(), 640, 480);
+    ASSERT_TRUE(capture.waitForPicture());
+    EXPECT_EQ(capture.statistics().grantedFormat.toStdString(), "YUYV");
+    EXPECT_DOUBLE_EQ(capture.statistics().grantedRate, 30);
+}
+
+TEST(Webcam, PicturesMove) {
+    Capture capture(onlyCamera(), 1280, 720);
+    ASSERT_TRUE(capture.waitForPicture());
+    const std::vector<uint8_t> before = capture.picture().data;
+    EXPECT_TRUE(waitUntil([&] { return capture.waitForPicture() && capture.picture().data != before; }));
+}
+
+TEST(Webcam, TruncatedFramesAreDroppedAndCountedAndNeverShown) {
+    tellWebcam("truncate 3");
+    {
+        Capture capture(onlyCamera(), 1280, 720);
+        ASSERT_TRUE(capture.waitForPicture());
+        // Every picture is asked for, so that those which only show their damage when they are decoded do so.
+        EXPECT_TRUE(waitUntil([&] {
+            EXPECT_TRUE(capture.waitForPicture());
+            EXPECT_TRUE(showsStripes(capture.picture()));
+            return capture.droppedFrames() >= 5 || testing::Test::HasFailure();
+        }));
+        EXPECT_EQ(capture.statistics().ended.toStdString(), "");
+    }
+    tellWebcam("truncate 0");
+}
+
+TEST(Webcam, StopNeverWaitsForAFrame) {
+    // The emulated USB bus takes its time to give back the transfers that it was asked for.
+    EXPECT_TRUE(stopsWithin(500, onlyCamera(), [](bool frames) { tellWebcam(frames ? "resume" : "stall"); }));
+}
+
+TEST(Webcam, UnpluggedItEndsTheCaptureAndPluggedInAgainItIsTheSameCamera) {
+    const QString camera = onlyCamera();
+    Capture capture(camera, 1280, 720);
+    ASSERT_TRUE(capture.waitForPicture());
+    tellWebcam("unplug");
+    ASSERT_TRUE(capture.waitForEnd());
+    EXPECT_TRUE(waitUntil([] { return cameras().isEmpty(); }));
+    EXPECT_TRUE(showsStripes(capture.takePicture()));
+    const uint32_t number = capture.picture().frameNumber;
+    EXPECT_EQ(capture.takePicture().frameNumber, number);
+    capture.stop();
+
+    tellWebcam("plug");
+    ASSERT_TRUE(waitUntil([] { return !cameras().isEmpty(); }));
+    EXPECT_EQ(onlyCamera(), camera);
+    Capture again(camera, 1280, 720);
+    ASSERT_TRUE(again.waitForPicture());
+    EXPECT_TRUE(showsStripes(again.picture()));
+}
