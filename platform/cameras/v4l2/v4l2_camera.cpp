@@ -18,7 +18,7 @@ V4l2Camera::V4l2Camera(const std::shared_ptr<KernelCalls>& kernel,
       identifier_(identifier), displayName_(displayName) {}
 
 V4l2Camera::~V4l2Camera() {
-    close();
+    V4l2Camera::close();
 }
 
 std::string V4l2Camera::where() const {

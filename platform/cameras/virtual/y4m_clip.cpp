@@ -15,9 +15,16 @@ namespace {
 class File : public ByteSource {
 public:
     explicit File(int descriptor) : descriptor_(descriptor) {}
-    ~File() override { ::close(descriptor_); }
+    ~File() override {
+        if (isOpen())
+            ::close(descriptor_);
+    }
     File(const File&) = delete;
     File& operator=(const File&) = delete;
+
+    bool isOpen() const { return descriptor_ >= 0; }
+    // As fstat().
+    int status(struct stat& status) const { return ::fstat(descriptor_, &status); }
 
     int64_t read(uint64_t offset, void* to, size_t size) const override {
         size_t done = 0;
@@ -36,8 +43,8 @@ public:
     }
 
     uint64_t size() const override {
-        struct stat status;
-        return ::fstat(descriptor_, &status) == 0 ? static_cast<uint64_t>(status.st_size) : 0;
+        struct stat facts;
+        return status(facts) == 0 ? static_cast<uint64_t>(facts.st_size) : 0;
     }
 
 private:
@@ -52,15 +59,13 @@ std::string reason(int number) {
 
 std::string Y4mClip::open(const std::string& path, std::shared_ptr<Y4mClip>& clip) {
     // O_NONBLOCK: a named pipe would be waited for.
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (descriptor < 0)
-        return path + ": " + reason(errno);
-    auto fresh = std::make_shared<Y4mClip>(std::unique_ptr<ByteSource>(new File(descriptor)));
+    std::unique_ptr<File> file(new File(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)));
     struct stat status;
-    if (::fstat(descriptor, &status) != 0)
+    if (!file->isOpen() || file->status(status) != 0)
         return path + ": " + reason(errno);
     if (!S_ISREG(status.st_mode))
         return path + ": not a regular file";
+    auto fresh = std::make_shared<Y4mClip>(std::move(file));
     const std::string wrong = fresh->readHeader();
     if (!wrong.empty())
         return path + ": " + wrong;
