@@ -16,13 +16,9 @@ std::ostream& operator<<(std::ostream& out, const Color& color) {
     return out << color.red << "," << color.green << "," << color.blue;
 }
 
-// What 8-bit luma and chroma of limited range round off, and what a JPEG encoder takes away. The nearest
-// mistakes (the other matrix, the other range) are off by 12 and more in some of the colours.
-const int kTolerance = 6;
-
-bool near(const Color& a, const Color& b) {
-    return std::abs(a.red - b.red) <= kTolerance && std::abs(a.green - b.green) <= kTolerance &&
-           std::abs(a.blue - b.blue) <= kTolerance;
+bool near(const Color& a, const Color& b, int tolerance) {
+    return std::abs(a.red - b.red) <= tolerance && std::abs(a.green - b.green) <= tolerance &&
+           std::abs(a.blue - b.blue) <= tolerance;
 }
 
 Color colorAt(const VideoFrame& frame, int x, int y) {
@@ -33,11 +29,12 @@ Color colorAt(const VideoFrame& frame, int x, int y) {
 }
 
 // Numbers from 0 to 1 for the place in the picture.
-testing::AssertionResult hasColor(const VideoFrame& frame, double across, double down, const Color& wanted) {
+testing::AssertionResult hasColor(const VideoFrame& frame, double across, double down, const Color& wanted,
+                                  int tolerance = kTolerance) {
     const int x = static_cast<int>(across * frame.width);
     const int y = static_cast<int>(down * frame.height);
     const Color seen = colorAt(frame, x, y);
-    if (near(seen, wanted)) {
+    if (near(seen, wanted, tolerance)) {
         return testing::AssertionSuccess();
     }
     return testing::AssertionFailure() << "at " << x << "," << y << " of " << frame.width << "x"
@@ -61,7 +58,7 @@ testing::AssertionResult isWhole(const VideoFrame& frame) {
 
 } // namespace
 
-testing::AssertionResult showsColorBars(const VideoFrame& frame) {
+testing::AssertionResult showsColorBars(const VideoFrame& frame, int tolerance) {
     static const Color kBars[] = {{191, 191, 191}, {191, 191, 0}, {0, 191, 191}, {0, 191, 0},
                                   {191, 0, 191},   {191, 0, 0},   {0, 0, 191},   {0, 0, 0}};
     testing::AssertionResult result = isWhole(frame);
@@ -70,7 +67,7 @@ testing::AssertionResult showsColorBars(const VideoFrame& frame) {
         for (const double across : {bar + 0.1, bar + 0.5, bar + 0.9}) {
             for (const double down : {0.01, 0.5, 0.99}) {
                 if (result) {
-                    result = hasColor(frame, across / 8, down, kBars[bar]);
+                    result = hasColor(frame, across / 8, down, kBars[bar], tolerance);
                 }
             }
         }

@@ -74,10 +74,25 @@ private:
     const std::shared_ptr<cameras::CameraProvider> before_;
 };
 
+const Wish kYuyv = {"YUYV", V4L2_PIX_FMT_YUYV, 2};
+const Wish kNv12 = {"NV12", V4L2_PIX_FMT_NV12, 1};
+const Wish kGrey = {"GREY", V4L2_PIX_FMT_GREY, 1};
+
 const Wish kWishes[] = {
-    {"YUYV", V4L2_PIX_FMT_YUYV, 2},   {"UYVY", V4L2_PIX_FMT_UYVY, 2},  {"NV12", V4L2_PIX_FMT_NV12, 1},
-    {"YU12", V4L2_PIX_FMT_YUV420, 1}, {"RGB3", V4L2_PIX_FMT_RGB24, 3}, {"BGR3", V4L2_PIX_FMT_BGR24, 3},
-    {"XR24", V4L2_PIX_FMT_XBGR32, 4}, {"BGR4", V4L2_PIX_FMT_BGR32, 4},
+    kYuyv,
+    kNv12,
+    {"UYVY", V4L2_PIX_FMT_UYVY, 2},
+    {"YVYU", V4L2_PIX_FMT_YVYU, 2},
+    {"NV21", V4L2_PIX_FMT_NV21, 1},
+    {"YU12", V4L2_PIX_FMT_YUV420, 1},
+    {"YV12", V4L2_PIX_FMT_YVU420, 1},
+    {"422P", V4L2_PIX_FMT_YUV422P, 1},
+    {"RGB3", V4L2_PIX_FMT_RGB24, 3},
+    {"BGR3", V4L2_PIX_FMT_BGR24, 3},
+    {"BGR4", V4L2_PIX_FMT_BGR32, 4},
+    {"RGB4", V4L2_PIX_FMT_RGB32, 4},
+    {"XR24", V4L2_PIX_FMT_XBGR32, 4},
+    {"RGBP", V4L2_PIX_FMT_RGB565, 2},
 };
 
 std::string wishName(const testing::TestParamInfo<Wish>& info) {
@@ -113,3 +128,39 @@ TEST_P(VividFormat, ShowsTheColorBarsFromRowsWithPadding) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Kernel, VividFormat, testing::ValuesIn(kWishes), wishName);
+
+// libyuv's largest factor is 2, and blue of limited range needs 2.11 in BT.709.
+const int kTolerance709 = 14;
+
+TEST(VividColors, FollowTheMatrixAndTheRangeThatTheDriverNames) {
+    // vivid's menus: 0 SMPTE 170M (BT.601), 1 Rec. 709, 2 sRGB (BT.601); 1 full range, 2 limited range.
+    for (const std::string colorspace : {"0", "1", "2"}) {
+        for (const char* range : {"1", "2"}) {
+            SCOPED_TRACE("colorspace " + colorspace + ", range " + range);
+            shell("v4l2-ctl -c colorspace=" + colorspace + ",quantization=" + range);
+            for (const Wish& wish : {kYuyv, kNv12}) {
+                const ShortenedMachine machine(wish);
+                Capture capture(onlyCamera(), 320, 240);
+                ASSERT_TRUE(capture.waitForPicture());
+                EXPECT_TRUE(
+                    showsColorBars(capture.picture(), colorspace == "1" ? kTolerance709 : kTolerance));
+            }
+        }
+    }
+    shell("v4l2-ctl -c colorspace=2,quantization=0");
+}
+
+TEST(VividColors, BrightnessAloneShowsTheBarsFromLightToDark) {
+    const ShortenedMachine machine(kGrey);
+    Capture capture(onlyCamera(), 320, 240);
+    ASSERT_TRUE(capture.waitForPicture());
+    const uint8_t* row = capture.picture().data.data() + 120 * 320 * 4;
+    int before = 256;
+    for (int bar = 0; bar < 8; ++bar) {
+        const uint8_t* pixel = row + (bar * 40 + 20) * 4;
+        EXPECT_EQ(pixel[0], pixel[1]);
+        EXPECT_EQ(pixel[0], pixel[2]);
+        EXPECT_LT(pixel[0], before) << "bar " << bar;
+        before = pixel[0];
+    }
+}
