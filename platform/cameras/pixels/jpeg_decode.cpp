@@ -34,7 +34,7 @@ Decoder& decoderOf(j_common_ptr jpeg) {
 void warned(j_common_ptr jpeg, int level) {
     if (level >= 0 || jpeg->err->msg_code != JWRN_HIT_MARKER || !jpeg->is_decompressor)
         return;
-    const j_decompress_ptr d = reinterpret_cast<j_decompress_ptr>(jpeg);
+    const auto* d = reinterpret_cast<jpeg_decompress_struct*>(jpeg);
     if (d->input_iMCU_row + 1 < d->total_iMCU_rows)
         giveUp(jpeg);
 }

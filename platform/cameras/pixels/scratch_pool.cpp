@@ -50,7 +50,7 @@ void ScratchPool::retire() {
     freed.swap(shelf_->spare);
 }
 
-ScratchPool::Block& ScratchPool::Block::operator=(Block&& other) {
+ScratchPool::Block& ScratchPool::Block::operator=(Block&& other) noexcept {
     if (this != &other) {
         giveBack();
         shelf_ = std::move(other.shelf_);

@@ -26,8 +26,8 @@ public:
     class Block {
     public:
         Block() = default;
-        Block(Block&&) = default;
-        Block& operator=(Block&& other);
+        Block(Block&&) noexcept = default;
+        Block& operator=(Block&& other) noexcept;
         ~Block() { giveBack(); }
         uint8_t* data() const { return memory_.bytes.get(); }
 

@@ -5,7 +5,7 @@
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
-#include <dirent.h>
+#include <filesystem>
 #include <libudev.h>
 #include <set>
 #include <sys/stat.h>
@@ -116,19 +116,17 @@ void addUnknownNodes(std::vector<NodeFacts>& nodes) {
     std::set<std::string> known;
     for (const NodeFacts& facts : nodes)
         known.insert(facts.path);
-    DIR* directory = ::opendir("/dev");
-    if (!directory)
-        return;
-    while (const dirent* entry = ::readdir(directory)) {
+    std::error_code unreadable; // then there is nothing to add
+    std::filesystem::directory_iterator entry("/dev", unreadable);
+    for (; entry != std::filesystem::directory_iterator(); entry.increment(unreadable)) {
         NodeFacts facts;
-        facts.path = std::string("/dev/") + entry->d_name;
-        if (numberOf(entry->d_name) < 0 || known.count(facts.path))
+        facts.path = entry->path().string();
+        if (numberOf(baseName(facts.path)) < 0 || known.count(facts.path))
             continue;
         facts.incarnation = incarnationOf(facts.path);
         if (!facts.incarnation.empty())
             nodes.push_back(std::move(facts));
     }
-    ::closedir(directory);
 }
 
 class SystemDiscovery : public Discovery {

@@ -18,7 +18,7 @@ namespace cameras {
 namespace v4l2 {
 
 // Thread-safe.
-class V4l2Camera : public Camera {
+class V4l2Camera final : public Camera {
 public:
     // The camera is the device that the node is now: once another one has taken its place it is unplugged.
     V4l2Camera(const std::shared_ptr<KernelCalls>& kernel, const std::shared_ptr<Discovery>& discovery,
