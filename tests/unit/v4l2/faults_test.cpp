@@ -484,10 +484,8 @@ TEST_F(FaultsTest, ARefusedRequeueIsTriedAgain) {
 TEST_F(FaultsTest, ADriverThatTakesNoBufferBackEndsTheStream) {
     start();
     kernel->failNext(VIDIOC_QBUF, EIO, 1000000);
-    for (uint8_t i = 0; i < 5; ++i) {
-        kernel->feed(path, grey(i));
-        kernel->waitUntilIdle(path);
-    }
+    for (uint8_t i = 0; i < 5; ++i)
+        deliver(i);
     ASSERT_TRUE(sink->waitForEnd());
     EXPECT_LT(kernel->calls(VIDIOC_QBUF), 200);
 }
