@@ -7,7 +7,7 @@
 namespace ostrel {
 namespace cli {
 
-int runList(const Options& options, const Surroundings&) {
+int runList(const Options& options, const Surroundings& around) {
     const AddedCameras added(options.camera, options.size());
     const std::vector<Camera> cameras = attachedCameras();
     OutputFile output("-", OutputFile::Mode::Stream);
@@ -16,8 +16,11 @@ int runList(const Options& options, const Surroundings&) {
     else if (!cameras.empty())
         output.write(cameraTable(cameras));
     output.commit();
+    const std::vector<ClosedNode> closed = closedVideoNodes();
     if (cameras.empty())
-        failWithoutCamera(closedVideoNodes());
+        failWithoutCamera(closed);
+    if (!closed.empty()) // what is listed cannot all be used, or something is missing
+        around.messages.say(permissionAdvice(closed));
     return EXIT_OK;
 }
 

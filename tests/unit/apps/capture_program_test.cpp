@@ -139,14 +139,23 @@ TEST(CaptureProgram, TheCameraIsFoundByAPartOfItsNameInAnyCase) {
     expectTestPattern(QImage(folder.file("snapshot.png")), 640, 480);
 }
 
+// Of a video with a frame every hundred seconds the second one does not come in time.
 TEST(CaptureProgram, NoFrameInTimeLeavesNoFileAndAnOldOneAsItWas) {
+    Folder videos;
+    QFile video(videos.file("slow.y4m"));
+    ASSERT_TRUE(video.open(QIODevice::WriteOnly));
+    const QByteArray frame = "FRAME\n" + toByteArray(greyI420(16, 16, 100));
+    video.write("YUV4MPEG2 W16 H16 F1:100\n" + frame + frame);
+    video.close();
+
     Folder folder;
-    const QStringList arguments = {"snapshot", "--test-camera", "--timeout", "0.000001"};
+    const QStringList arguments = {
+        "snapshot", "--play", videos.file("slow.y4m"), "--skip", "1", "--timeout", "0.2", "--size", "ld"};
     const Outcome outcome = run(folder.path(), arguments);
     EXPECT_EQ(6, outcome.code);
     EXPECT_EQ(
-        "ostrel-camera: no frame from 'Test pattern' within 1e-06 s: check its cable and privacy switch, or "
-        "allow more time with --timeout\n",
+        "ostrel-camera: no frame from 'slow.y4m' within 0.2 s: check its cable and privacy switch, or allow "
+        "more time with --timeout\n",
         outcome.errors);
     EXPECT_EQ(QStringList(), folder.entries());
 

@@ -1,0 +1,162 @@
+// How a capture that goes wrong reaches the user, with cameras that are told to fail.
+#include "apps/camera/failure.h"
+#include "apps/camera/frame_source.h"
+
+#include <ostrel/virtual_camera.h>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <memory>
+#include <unistd.h>
+
+namespace {
+
+using namespace ostrel;
+using namespace ostrel::cli;
+using Result = FrameSource::Result;
+
+const double LONG = 60; // seconds; a hang, not a measure
+
+class FrameSourceTest : public testing::Test {
+protected:
+    FrameSourceTest()
+        : camera_("faulty", "Faulty camera", 320, 240, 100),
+          log_(dup(STDERR_FILENO), false), chosen_{"faulty", "Faulty camera", {}} {
+        camera_.attach();
+    }
+
+    FrameSource open() { return FrameSource(chosen_, {320, 240}, log_, stop_); }
+
+    // "code: line" of the failure that the first frame meets.
+    std::string failure() {
+        try {
+            FrameSource source = open();
+            const Result result = source.next(frame_, LONG);
+            return result == Result::Frame ? "a frame" : "no failure";
+        } catch (const Failure& failure) {
+            return std::to_string(failure.code()) + ": " + failure.what();
+        }
+    }
+
+    OVideoTestPatternCamera camera_;
+    common::LibraryLog log_;
+    StopRequest stop_;
+    Camera chosen_;
+    VideoFrame frame_;
+};
+
+TEST_F(FrameSourceTest, FramesComeOneAfterTheOtherAndNoneTwice) {
+    FrameSource source = open();
+    uint32_t last = 0;
+    for (int number = 0; number < 20; ++number) {
+        ASSERT_EQ(Result::Frame, source.next(frame_, LONG));
+        EXPECT_EQ(320U * 240 * 4, frame_.data.size());
+        EXPECT_GT(frame_.frameNumber, last);
+        last = frame_.frameNumber;
+    }
+    EXPECT_EQ(20U, source.figures().taken);
+    EXPECT_GT(source.figures().rate(), 0);
+}
+
+TEST_F(FrameSourceTest, TheFrameKeepsItsMemory) {
+    FrameSource source = open();
+    ASSERT_EQ(Result::Frame, source.next(frame_, LONG));
+    const uint8_t* memory = frame_.data.data();
+    for (int number = 0; number < 5; ++number) {
+        ASSERT_EQ(Result::Frame, source.next(frame_, LONG));
+        EXPECT_EQ(memory, frame_.data.data());
+    }
+}
+
+TEST_F(FrameSourceTest, ACameraThatDoesNotOpenIsSaidAtOnceWithItsReason) {
+    camera_.setFault(VIRTUAL_CAMERA_FAULT_OPEN);
+    const std::string line = failure();
+    EXPECT_EQ(0U, line.find("5: cannot use the camera 'Faulty camera': ")) << line;
+    EXPECT_GT(line.size(), sizeof "5: cannot use the camera 'Faulty camera': ");
+    EXPECT_EQ(std::string::npos, line.find('\n'));
+}
+
+TEST_F(FrameSourceTest, ARefusedInputIsSaidLikewise) {
+    camera_.setFault(VIRTUAL_CAMERA_FAULT_INPUT);
+    const std::string line = failure();
+    EXPECT_EQ(0U, line.find("5: cannot use the camera 'Faulty camera': ")) << line;
+}
+
+TEST_F(FrameSourceTest, ARefusedOutputIsSaidLikewise) {
+    camera_.setFault(VIRTUAL_CAMERA_FAULT_OUTPUT);
+    const std::string line = failure();
+    EXPECT_EQ(0U, line.find("5: cannot use the camera 'Faulty camera': ")) << line;
+}
+
+TEST_F(FrameSourceTest, ACameraThatWentBeforeTheStartIsNoSuchCamera) {
+    camera_.detach();
+    EXPECT_EQ(
+        "4: the camera 'Faulty camera' has gone: plug it in again, 'ostrel-camera list' shows those that are "
+        "there",
+        failure());
+}
+
+TEST_F(FrameSourceTest, ASilentCameraTimesOut) {
+    camera_.setFault(VIRTUAL_CAMERA_FAULT_STALL);
+    FrameSource source = open();
+    EXPECT_EQ(Result::TimedOut, source.next(frame_, 0.1));
+    EXPECT_EQ(
+        "no frame from 'Faulty camera' within 0.1 s: check its cable and privacy switch, or allow more time "
+        "with --timeout",
+        source.timeoutReason(0.1));
+    EXPECT_EQ(0U, source.figures().taken);
+    camera_.setFault(VIRTUAL_CAMERA_FAULT_NONE);
+    EXPECT_EQ(Result::Frame, source.next(frame_, LONG));
+}
+
+TEST_F(FrameSourceTest, PaddedFramesAreExplained) {
+    camera_.setFault(VIRTUAL_CAMERA_FAULT_PADDED_ROWS);
+    FrameSource source = open();
+    std::string reason;
+    // The first frames may not have come yet.
+    for (int look = 0; look < 600 && reason.find("bytes") == std::string::npos; ++look) {
+        EXPECT_EQ(Result::TimedOut, source.next(frame_, 0.1));
+        reason = source.timeoutReason(0.1);
+    }
+    EXPECT_NE(std::string::npos, reason.find(" bytes do not have the size 320x240, try another --size"))
+        << reason;
+}
+
+TEST_F(FrameSourceTest, UnpluggingEndsTheStreamWithAReason) {
+    FrameSource source = open();
+    ASSERT_EQ(Result::Frame, source.next(frame_, LONG));
+    camera_.detach();
+    Result result = Result::Frame;
+    while (result == Result::Frame)
+        result = source.next(frame_, LONG);
+    EXPECT_EQ(Result::Ended, result);
+    EXPECT_EQ(0U, source.endReason().find("the camera 'Faulty camera' stopped: ")) << source.endReason();
+    EXPECT_GT(source.endReason().size(), sizeof "the camera 'Faulty camera' stopped: ");
+}
+
+TEST_F(FrameSourceTest, ASignalEndsTheWaiting) {
+    camera_.setFault(VIRTUAL_CAMERA_FAULT_STALL);
+    FrameSource source = open();
+    raise(SIGINT);
+    EXPECT_EQ(Result::Stopped, source.next(frame_, LONG));
+    EXPECT_EQ(SIGINT, stop_.signal());
+}
+
+TEST(StopRequest, LeavesIgnoredSignalsAloneAndGivesTheOthersBack) {
+    std::signal(SIGHUP, SIG_IGN);
+    {
+        StopRequest stop;
+        raise(SIGHUP);
+        EXPECT_FALSE(stop.raised());
+        raise(SIGTERM);
+        EXPECT_EQ(SIGTERM, stop.signal());
+        struct sigaction second = {};
+        sigaction(SIGTERM, nullptr, &second);
+        EXPECT_EQ(SIG_DFL, second.sa_handler); // the second one ends the program
+    }
+    EXPECT_EQ(SIG_IGN, std::signal(SIGHUP, SIG_DFL));
+    EXPECT_EQ(SIG_DFL, std::signal(SIGINT, SIG_DFL));
+}
+
+} // namespace
