@@ -51,7 +51,7 @@ bool machineHasCameras() {
 }
 
 TEST(CaptureProgram, ListShowsTheTestCameraInAlignedColumns) {
-    const Outcome outcome = run("/", {"list", "--test-camera"});
+    const Outcome outcome = run("/", {"list", "--test-camera", "-q"});
     EXPECT_EQ(0, outcome.code);
     EXPECT_EQ("", outcome.errors);
     const QList<QByteArray> lines = outcome.output.split('\n');
