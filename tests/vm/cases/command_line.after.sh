@@ -8,6 +8,13 @@ shows_bars() {
         python3 "$VM_TESTS/check_bars.py" "$2" "$3" "$4"
 }
 
+# The kernel's names, and the library's three formats for each camera.
+expect "the list is the JSON it should be" python3 -c '
+import json
+cameras = json.load(open("list.json"))
+assert [camera["name"] for camera in cameras] == ["vivid-000-vid-cap", "vivid-001-vid-cap"], cameras
+assert all(len(camera["formats"]) == 3 for camera in cameras), cameras
+'
 for size in 320x240 640x480 1280x720; do
     expect "the $size picture shows the bars" shows_bars $size.png ${size%x*} ${size#*x} 1
 done
