@@ -57,7 +57,7 @@ CommandLine::CommandLine() : app_(SUMMARY, "ostrel-camera") {
     addScale();
     app_.footer("Examples:\n"
                 "  ostrel-camera list\n"
-                "  ostrel-camera snapshot --camera logitech --size hd -o me.png\n"
+                "  ostrel-camera snapshot --camera webcam --size hd -o me.png\n"
                 "  ostrel-camera record --duration 10 -o clip.y4m\n"
                 "  ostrel-camera record -o - | ffplay -\n"
                 "  ostrel-camera snapshot --test-camera\n"
@@ -178,7 +178,7 @@ void CommandLine::addWatch() {
     addLimits(command);
     command->footer("Examples:\n"
                     "  ostrel-camera watch --size hd\n"
-                    "  ostrel-camera watch --camera logitech --duration 60 > figures.txt\n");
+                    "  ostrel-camera watch --camera webcam --duration 60 > figures.txt\n");
 }
 
 void CommandLine::addFiles(CLI::App* command) {

@@ -228,10 +228,10 @@ TEST(CameraChoice, APartOfANameIsEnoughWhenItIsUnique) {
     EXPECT_EQ("usb-10", choose(CAMERAS, "c270"));
     EXPECT_EQ("USB-1", choose(CAMERAS, "BUILT"));
     EXPECT_EQ("pci-7", choose(CAMERAS, "cam")); // a whole name before a part of another
-    EXPECT_EQ("4: 'logitech' fits several cameras, give the identifier of one: Logitech C920 (usb-1), "
+    EXPECT_EQ("4: 'webcam' fits several cameras, give the identifier of one: Logitech C920 (usb-1), "
               "Logitech C270 "
               "(usb-10)",
-              choose(CAMERAS, "logitech"));
+              choose(CAMERAS, "webcam"));
 }
 
 TEST(CameraChoice, WhatFitsNothingIsAnsweredWithTheList) {
