@@ -207,8 +207,8 @@ std::string choose(const std::vector<Camera>& cameras, const std::string& wanted
 }
 
 const std::vector<Camera> CAMERAS = {
-    {"usb-1", "Logitech C920", {}}, {"usb-10", "Logitech C270", {}}, {"USB-1", "Built-in", {}},
-    {"pci-7", "Cam", {}},           {"pci-8", "Cam Pro", {}},
+    {"usb-1", "Webcam Left", {}}, {"usb-10", "Webcam Right", {}}, {"USB-1", "Built-in", {}},
+    {"pci-7", "Cam", {}},         {"pci-8", "Cam Pro", {}},
 };
 
 TEST(CameraChoice, WithoutAWishTheAddedCameraElseTheFirst) {
@@ -225,11 +225,11 @@ TEST(CameraChoice, AWholeIdentifierIsNeverTakenForItsPrefix) {
 }
 
 TEST(CameraChoice, APartOfANameIsEnoughWhenItIsUnique) {
-    EXPECT_EQ("usb-10", choose(CAMERAS, "c270"));
+    EXPECT_EQ("usb-10", choose(CAMERAS, "right"));
     EXPECT_EQ("USB-1", choose(CAMERAS, "BUILT"));
     EXPECT_EQ("pci-7", choose(CAMERAS, "cam")); // a whole name before a part of another
-    EXPECT_EQ("4: 'webcam' fits several cameras, give the identifier of one: Logitech C920 (usb-1), "
-              "Logitech C270 "
+    EXPECT_EQ("4: 'webcam' fits several cameras, give the identifier of one: Webcam Left (usb-1), "
+              "Webcam Right "
               "(usb-10)",
               choose(CAMERAS, "webcam"));
 }
