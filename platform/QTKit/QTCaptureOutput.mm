@@ -22,10 +22,13 @@ void readNumber(NSDictionary* attributes, CFStringRef key, uint32_t& number) {
 
 ostrel::FrameRequest ostrel::requestOf(QTCaptureDecompressedVideoOutput* output) {
     FrameRequest request;
+    // The caller may be on a thread that has no pool.
+    NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
     NSDictionary* attributes = [output pixelBufferAttributes];
     readNumber(attributes, kCVPixelBufferWidthKey, request.width);
     readNumber(attributes, kCVPixelBufferHeightKey, request.height);
     readNumber(attributes, kCVPixelBufferPixelFormatTypeKey, request.format);
+    [pool release];
     return request;
 }
 
