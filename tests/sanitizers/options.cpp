@@ -17,10 +17,11 @@
 
 #ifdef OSTREL_ADDRESS_SANITIZER
 
-// fast_unwind_on_malloc=0: the frameworks are built without frame pointers; with the fast unwinder the stacks
-// of their allocations end before the name that a suppression looks for.
+// fast_unwind_on_malloc=0:allocator_may_return_null=1: the frameworks are built without frame pointers; with
+// the fast unwinder the stacks of their allocations end before the name that a suppression looks for.
+// allocator_may_return_null=1: malloc answers null when there is not enough memory, as it does elsewhere.
 SANITIZER_HOOK const char* __asan_default_options() {
-    return "fast_unwind_on_malloc=0:detect_stack_use_after_return=1";
+    return "fast_unwind_on_malloc=0:allocator_may_return_null=1:detect_stack_use_after_return=1";
 }
 
 SANITIZER_HOOK const char* __lsan_default_suppressions() {
@@ -52,7 +53,7 @@ SANITIZER_HOOK const char* __ubsan_default_options() {
 // libobjc takes its runtime lock and the locks of objects in either order while it sets up a class; nothing
 // of that is ours to order.
 SANITIZER_HOOK const char* __tsan_default_options() {
-    return "ignore_noninstrumented_modules=1:detect_deadlocks=0";
+    return "ignore_noninstrumented_modules=1:detect_deadlocks=0:allocator_may_return_null=1";
 }
 
 #endif
