@@ -40,6 +40,13 @@ struct KernelBuffer {
     size_t length() const { return severalPlanes() ? plane.length : buffer.length; }
     long offset() const { return severalPlanes() ? plane.m.mem_offset : buffer.m.offset; }
     size_t begin() const { return severalPlanes() ? plane.data_offset : 0; }
+    int64_t monotonicTime() const {
+        const bool monotonic =
+            (buffer.flags & V4L2_BUF_FLAG_TIMESTAMP_MASK) == V4L2_BUF_FLAG_TIMESTAMP_MONOTONIC;
+        return monotonic ? static_cast<int64_t>(buffer.timestamp.tv_sec) * 1000000000 +
+                               static_cast<int64_t>(buffer.timestamp.tv_usec) * 1000
+                         : 0;
+    }
     size_t end() const { return severalPlanes() ? plane.bytesused : buffer.bytesused; }
 };
 
@@ -165,6 +172,7 @@ int BufferQueue::dequeue(Filled& filled) {
     filled.index = info.buffer.index;
     filled.sequence = info.buffer.sequence;
     filled.damaged = info.buffer.flags & V4L2_BUF_FLAG_ERROR;
+    filled.time = info.monotonicTime();
     filled.data = static_cast<const uint8_t*>(buffer.address) + begin;
     filled.bytes = end - begin;
     return 0;

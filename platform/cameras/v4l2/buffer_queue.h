@@ -23,6 +23,7 @@ struct Filled {
     unsigned index = 0;
     uint32_t sequence = 0;
     bool damaged = false; // the driver says so
+    int64_t time = 0;     // of CLOCK_MONOTONIC in nanoseconds; 0 where the driver uses another clock or none
     const uint8_t* data = nullptr;
     size_t bytes = 0;
 };

@@ -5,6 +5,7 @@
 #include "platform/cameras/v4l2/pixel_format.h"
 
 #include <cerrno>
+#include <ctime>
 #include <poll.h>
 
 namespace ostrel {
@@ -150,10 +151,24 @@ Error Stream::drain(bool broken) {
         }
         newest = filled;
         found = true;
+        if (!broken && isTheLast(filled))
+            break;
     }
     if (found)
         deliver(newest);
     return why;
+}
+
+// Whether no other frame can be there yet, so that the driver need not be asked. A wrong guess harms nothing:
+// the next poll() returns at once.
+bool Stream::isTheLast(const Filled& filled) const {
+    const double rate = queue_->granted().interval.rate();
+    if (filled.time == 0 || rate <= 0)
+        return false;
+    timespec now = {};
+    ::clock_gettime(CLOCK_MONOTONIC, &now);
+    const int64_t age = static_cast<int64_t>(now.tv_sec) * 1000000000 + now.tv_nsec - filled.time;
+    return age >= 0 && static_cast<double>(age) < 0.5e9 / rate;
 }
 
 // No error when the stream can go on.

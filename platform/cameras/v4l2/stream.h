@@ -48,6 +48,7 @@ private:
     Error serve(const StopSignal& stop);
     Error drain(bool broken);
     Error dequeueFailed(int error, bool broken);
+    bool isTheLast(const Filled& filled) const;
     bool accept(const Filled& filled);
     void countLost(uint32_t sequence);
     void deliver(const Filled& filled);

@@ -89,6 +89,33 @@ TEST_F(V4l2CameraTest, TakesTheNewestAndRequeuesTheRestWhenItFallsBehind) {
     EXPECT_EQ(camera->statistics().lost, 0u);
 }
 
+TEST_F(V4l2CameraTest, AsksTheDriverOnlyOnceForAFrameThatCanHaveNoSuccessorYet) {
+    device.formats.front().intervals = {perSecond(1)}; // young for half a second
+    start();
+    FakeFrame frame = grey(1);
+    frame.flags = V4L2_BUF_FLAG_TIMESTAMP_MONOTONIC;
+    const auto callsFor = [&](int64_t microsecondsOld) {
+        timespec now = {};
+        clock_gettime(CLOCK_MONOTONIC, &now);
+        const int64_t when =
+            static_cast<int64_t>(now.tv_sec) * 1000000 + now.tv_nsec / 1000 - microsecondsOld;
+        frame.time.tv_sec = when / 1000000;
+        frame.time.tv_usec = when % 1000000;
+        const int before = kernel->calls(VIDIOC_DQBUF);
+        EXPECT_TRUE(kernel->feed(path, frame));
+        EXPECT_TRUE(kernel->waitUntilIdle(path));
+        return kernel->calls(VIDIOC_DQBUF) - before;
+    };
+    EXPECT_EQ(callsFor(600000), 2);
+    EXPECT_EQ(callsFor(-20000000), 2);
+    int fewest = 2; // a busy machine may let a frame grow old on its way
+    for (int tries = 0; tries < 100 && fewest == 2; ++tries)
+        fewest = std::min(fewest, callsFor(0));
+    EXPECT_EQ(fewest, 1);
+    frame.flags = V4L2_BUF_FLAG_TIMESTAMP_COPY;
+    EXPECT_EQ(callsFor(0), 2);
+}
+
 TEST_F(V4l2CameraTest, FramesHeldStayReadableAfterStopAndClose) {
     start();
     deliver(123);

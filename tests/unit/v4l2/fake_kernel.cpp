@@ -563,6 +563,7 @@ int FakeKernel::dequeue(Camera& camera, v4l2_buffer& buffer) {
     buffer.index = full.frame.index >= 0 ? static_cast<uint32_t>(full.frame.index) : index;
     buffer.flags = full.frame.flags;
     buffer.sequence = static_cast<uint32_t>(full.frame.sequence);
+    buffer.timestamp = full.frame.time;
     const auto used = static_cast<uint32_t>(full.frame.bytesUsed);
     if (buffer.type == V4L2_BUF_TYPE_VIDEO_CAPTURE_MPLANE) {
         buffer.m.planes[0].bytesused = used + camera.device.dataOffset;

@@ -14,6 +14,7 @@
 #include <map>
 #include <mutex>
 #include <string>
+#include <sys/time.h>
 #include <vector>
 
 namespace ostrel {
@@ -55,6 +56,7 @@ struct FakeFrame {
     int sequence = -1;  // -1: the next
     int bytesUsed = -1; // -1: all
     int index = -1;     // -1: the buffer's own; else what DQBUF claims
+    timeval time = {};  // what DQBUF says; the flags tell of which clock
 };
 
 // Names of the calls that are no ioctl, for failNext().
