@@ -1,5 +1,6 @@
 #include "platform/QTKit/captured_picture.h"
 
+#include <atomic>
 #include <new>
 
 namespace ostrel {
@@ -37,13 +38,26 @@ std::shared_ptr<PixelMemoryPool> PictureMaker::poolFor(size_t blockSize) {
     return pool_;
 }
 
+// The last good picture is written over as soon as nobody reads it and the new one is sure to replace it: two
+// blocks in turn would take twice the room in the processor's cache.
+std::shared_ptr<uint8_t> PictureMaker::memoryFor(const cameras::CameraFrame& frame, size_t size) {
+    if (!frame.mayBeBroken()) {
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (lastGoodSize_ == size && lastGood_.use_count() == 1) {
+            std::atomic_thread_fence(std::memory_order_acquire); // after the last reader let go of it
+            return std::move(lastGood_);
+        }
+    }
+    return poolFor(size)->take();
+}
+
 // A picture that turns out to be broken shows the last good one instead: a client that polls sees the frame
 // before for a little longer, not a hole.
 std::shared_ptr<uint8_t> PictureMaker::convert(cameras::CameraFrame& frame, size_t bytesPerRow) {
     const size_t size = bytesPerRow * static_cast<size_t>(height_);
     std::shared_ptr<uint8_t> pixels;
     try {
-        pixels = poolFor(size)->take();
+        pixels = memoryFor(frame, size);
         if (pixels && !frame.convert(pixels.get(), width_, height_, static_cast<int>(bytesPerRow)))
             pixels.reset();
     } catch (const std::bad_alloc&) {

@@ -23,6 +23,7 @@ public:
 private:
     friend class CapturedPicture;
     std::shared_ptr<uint8_t> convert(cameras::CameraFrame& frame, size_t bytesPerRow);
+    std::shared_ptr<uint8_t> memoryFor(const cameras::CameraFrame& frame, size_t size);
     std::shared_ptr<PixelMemoryPool> poolFor(size_t blockSize);
 
     const int width_;  // pixels

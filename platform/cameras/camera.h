@@ -24,6 +24,9 @@ public:
     // frames that nobody takes. Re-entrant: two captures may convert one frame at the same time.
     virtual bool convert(uint8_t* bgra, int width, int height, int stride) = 0;
 
+    // False when convert() can only fail for want of memory: the picture was found whole before.
+    virtual bool mayBeBroken() const { return true; }
+
     // Bytes to add behind each row of the buffer handed out. Only a camera that was told to misbehave has any.
     virtual int rowPadding() const { return 0; }
 };

@@ -14,7 +14,8 @@ namespace v4l2 {
 BufferFrame::BufferFrame(const std::shared_ptr<BufferQueue>& queue, unsigned index,
                          const pixels::Picture& picture, const std::shared_ptr<pixels::ScratchPool>& pool,
                          const std::shared_ptr<StreamCounters>& counters)
-    : queue_(queue), index_(index), pool_(pool), counters_(counters), picture_(picture) {}
+    : queue_(queue), index_(index), layout_(picture.layout), pool_(pool), counters_(counters),
+      picture_(picture) {}
 
 BufferFrame::~BufferFrame() {
     // First of all, while every member is whole: the queue may be turning this frame into a copy right now.

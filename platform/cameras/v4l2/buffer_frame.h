@@ -30,6 +30,7 @@ public:
     ~BufferFrame() override;
 
     bool convert(uint8_t* bgra, int width, int height, int stride) override;
+    bool mayBeBroken() const override { return layout_ == pixels::Layout::Jpeg; }
 
     // Copies the picture, so that the buffer is not read any more. Waits for conversions in progress.
     void becomeIndependent();
@@ -37,6 +38,7 @@ public:
 private:
     const std::shared_ptr<BufferQueue> queue_;
     const unsigned index_;
+    const pixels::Layout layout_;
     const std::shared_ptr<pixels::ScratchPool> pool_;
     const std::shared_ptr<StreamCounters> counters_;
     std::atomic<bool> taken_{false};

@@ -1,6 +1,8 @@
 // Pixel memory is recycled: this program counts each allocation that could hold a picture.
 #import "recording_delegate.h"
 
+#include "platform/QTKit/captured_picture.h"
+
 #include <cstdlib>
 #include <new>
 #include <set>
@@ -111,5 +113,52 @@ TEST_F(PixelMemory, OfAPictureInUseIsNeverHandedOutAgain) {
         const auto* const base = static_cast<const uint8_t*>(CVPixelBufferGetBaseAddress(held[i]));
         EXPECT_EQ(support::numberIn(base, PICTURE), static_cast<int>(i + 1));
         CVBufferRelease(held[i]);
+    }
+}
+
+namespace {
+
+// A frame whose picture was found whole before.
+class WholeFrame : public cameras::CameraFrame {
+public:
+    explicit WholeFrame(uint8_t value) : value_(value) {}
+    bool convert(uint8_t* bgra, int, int height, int stride) override {
+        std::fill_n(bgra, stride * height, value_);
+        return true;
+    }
+    bool mayBeBroken() const override { return false; }
+
+private:
+    const uint8_t value_;
+};
+
+const uint8_t* pixelsOf(CVPixelBufferRef buffer) {
+    CVPixelBufferLockBaseAddress(buffer, 0);
+    return static_cast<const uint8_t*>(CVPixelBufferGetBaseAddress(buffer));
+}
+
+} // namespace
+
+TEST(PixelMemoryOfWholePictures, IsOneBlockThatIsWrittenOverOnceNobodyReadsIt) {
+    const auto maker = std::make_shared<PictureMaker>(WIDTH, HEIGHT);
+    CVPixelBufferRef const first = maker->makeBuffer(std::make_shared<WholeFrame>(uint8_t{1}));
+    const uint8_t* const firstPixels = pixelsOf(first);
+    CVPixelBufferRef const second = maker->makeBuffer(std::make_shared<WholeFrame>(uint8_t{2}));
+    ASSERT_NE(pixelsOf(second), firstPixels);
+    EXPECT_EQ(firstPixels[PICTURE - 1], 1); // still held
+    CVBufferRelease(first);
+    CVPixelBufferRef const held = second;
+    const uint8_t* const heldPixels = pixelsOf(held);
+    CVPixelBufferRef const third = maker->makeBuffer(std::make_shared<WholeFrame>(uint8_t{3}));
+    ASSERT_NE(pixelsOf(third), heldPixels);
+    EXPECT_EQ(heldPixels[0], 2);
+    const uint8_t* const block = pixelsOf(third);
+    CVBufferRelease(third);
+    CVBufferRelease(held);
+    for (uint8_t value = 4; value < 20; ++value) {
+        CVPixelBufferRef const next = maker->makeBuffer(std::make_shared<WholeFrame>(value));
+        ASSERT_EQ(pixelsOf(next), block);
+        EXPECT_EQ(block[PICTURE / 2], value);
+        CVBufferRelease(next);
     }
 }
