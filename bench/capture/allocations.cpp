@@ -20,6 +20,7 @@ void count(size_t size) {
 } // namespace
 
 // The C library's own, under the names that it keeps for those who replace them.
+#pragma GCC visibility push(default) // the other libraries are to find these first
 extern "C" {
 void* __libc_malloc(size_t size);
 void* __libc_calloc(size_t count, size_t size);
@@ -55,6 +56,7 @@ int posix_memalign(void** memory, size_t alignment, size_t size) {
     return *memory ? 0 : ENOMEM;
 }
 }
+#pragma GCC visibility pop
 
 namespace bench {
 

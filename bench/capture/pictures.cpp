@@ -26,7 +26,7 @@ uint8_t clamped(double value) {
 Yuv pixelAt(int x, int y, int width, int height) {
     static uint32_t noise = 1;
     noise = noise * 1664525u + 1013904223u;
-    const double grain = static_cast<double>(noise >> 28) - 7.5;
+    const double grain = static_cast<double>(noise >> 29) - 3.5;
     const double across = static_cast<double>(x) / width;
     const double down = static_cast<double>(y) / height;
     const double shape = std::sin(across * 19) * std::cos(down * 13) * 70;

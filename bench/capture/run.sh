@@ -1,0 +1,40 @@
+#!/bin/bash
+# bench/capture/run.sh PROGRAMS - runs the capture benchmarks whose programs are in the folder PROGRAMS and writes their
+# results, one JSON object a line, to standard output. scripts/bench calls it.
+#
+# Environment: ROUNDS (5), how often everything is measured in turn; VM=0 leaves out the virtual machine.
+set -euo pipefail
+here=$(cd "$(dirname "$0")" && pwd)
+programs=$(realpath -e "$1")
+rounds=${ROUNDS:-5}
+
+# on_timed_camera LAYOUT WIDTH HEIGHT - every way of reading the camera, one after the other.
+on_timed_camera() {
+    local peer
+    "$programs/bench_peer_library" timed "$2" "$3" "$1" 30 45 2>/dev/null
+    for peer in opencv gstreamer ffmpeg; do
+        [ -x "$programs/bench_peer_$peer" ] || continue
+        TIMED_CAMERA="/dev/video90 $1 $2 $3 30" LD_PRELOAD="$programs/bench_timed_camera.so" \
+            timeout 60 "$programs/bench_peer_$peer" /dev/video90 "$2" "$3" "$1" 30 45 2>/dev/null ||
+            echo "$peer cannot read $1 at $2x$3" >&2
+    done
+}
+
+"$programs/bench_capture" costs "$rounds"
+"$programs/bench_capture" growth "$rounds"
+"$programs/bench_capture" latency
+for _ in $(seq "$rounds"); do
+    for layout in YUYV NV12 MJPG; do
+        on_timed_camera $layout 640 480
+        on_timed_camera $layout 1280 720
+    done
+done
+python3 "$here/../report/startup.py" 21 "nothing=$programs/bench_startup_nothing" "load QtCore=$programs/bench_startup_qt" \
+    "load Foundation=$programs/bench_startup_foundation" "load the library=$programs/bench_startup_library"
+if [ "${VM:-1}" != 0 ]; then
+    vm=$here/../../tests/vm
+    if "$vm/setup.sh" >&2; then
+        "$vm/run-in-vm.sh" -t 400 -e "VM_TESTS=$vm" -e "VM_PICTURES=${XDG_CACHE_HOME:-$HOME/.cache}/ostrelvideounix-vm/pictures" \
+            -e "PROGRAMS=$programs" -- "bash $(printf %q "$here/in-vm.sh")" || echo "no results from the virtual machine" >&2
+    fi
+fi
