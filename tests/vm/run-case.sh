@@ -20,7 +20,7 @@ done
 "$here/setup.sh" || exit
 VM_OUT=$(mktemp -d "${TMPDIR:-/tmp}/vm-out.XXXXXX")
 trap 'rm -rf "$VM_OUT"' EXIT
-"$here/run-in-vm.sh" -t 280 -o "$VM_OUT" "${variables[@]}" -- "bash $(printf %q "$here/cases/$case.sh")"
+"$here/run-in-vm.sh" -t 600 -o "$VM_OUT" "${variables[@]}" -- "bash $(printf %q "$here/cases/$case.sh")"
 status=$?
 if [ $status = 0 ] && [ -f "$here/cases/$case.after.sh" ]; then
     VM_TESTS=$here VM_OUT=$VM_OUT bash "$here/cases/$case.after.sh"

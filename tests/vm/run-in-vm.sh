@@ -13,7 +13,7 @@
 #   -t SECONDS     stop the machine after that time (default 120)
 #   -k             print the kernel's log on standard error at the end
 #
-# Environment: VM_MEMORY (MiB, 2048), VM_PROCESSORS (2), VM_BOOT_LIMIT (seconds, 30)
+# Environment: VM_MEMORY (MiB, 2048), VM_PROCESSORS (2), VM_BOOT_LIMIT (seconds, 60)
 # Exit status: the command's; 124 out of time; 125 the machine ended without one; 77 no machine, with a reason.
 set -u
 here=$(cd "$(dirname "$0")" && pwd)
@@ -107,14 +107,14 @@ start_machine() {
 
 # Whether the machine came as far as guest/init.sh within the time for booting.
 booted() {
-    local tries=$((${VM_BOOT_LIMIT:-30} * 5))
+    local tries=$((${VM_BOOT_LIMIT:-60} * 5))
     while [ "$tries" -gt 0 ]; do
         grep -q VM_STARTED "$run/console" && return 0
         kill -0 "$qemu_pid" 2>/dev/null || return 1
         sleep 0.2
         tries=$((tries - 1))
     done
-    echo "the machine did not boot within ${VM_BOOT_LIMIT:-30} s" >&2
+    echo "the machine did not boot within ${VM_BOOT_LIMIT:-60} s" >&2
     kill "$qemu_pid"
     return 1
 }

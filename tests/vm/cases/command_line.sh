@@ -3,7 +3,7 @@
 load_vivid
 cd /tmp
 # Nothing is fast in here: a limit that is not the point of a check only ends a hang.
-patient="--timeout 60"
+patient="--timeout 120"
 
 # fails STATUS TEXT COMMAND... - the command ends with that status, and one line on standard error that has the text.
 fails() {
@@ -41,7 +41,7 @@ v4l2-ctl -d /dev/video1 -c percentage_of_dropped_buffers=0
 
 v4l2-ctl -d /dev/video1 --stream-mmap >held 2>&1 &
 holder=$!
-expect "another program streams" wait_until 60 test -s held
+expect "another program streams" wait_until 120 test -s held
 expect "a camera in use" fails 5 "in use" "$CAMERA" snapshot $patient --camera "$second"
 kill $holder
 wait $holder 2>/dev/null

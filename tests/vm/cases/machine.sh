@@ -12,9 +12,9 @@ expect "uvcvideo names the emulated webcam" grep -q 'Emulated UVC Camera' /sys/c
 expect "uvcvideo streams motion JPEG" \
     v4l2-ctl -d /dev/video0 --set-fmt-video=width=640,height=480,pixelformat=MJPG --stream-mmap --stream-count=10
 tell_webcam unplug
-expect "the nodes vanish with the cable" wait_until 60 test ! -e /dev/video0
+expect "the nodes vanish with the cable" wait_until 120 test ! -e /dev/video0
 tell_webcam plug
-expect "the nodes come back" wait_until 60 test -c /dev/video0
+expect "the nodes come back" wait_until 120 test -c /dev/video0
 unplug_webcam
 
 if have_loopback; then

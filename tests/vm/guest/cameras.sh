@@ -33,7 +33,7 @@ plug_webcam() {
     python3 "$VM_TESTS/uvc_device.py" "$@" "$VM_PICTURES"/*.jpg </tmp/webcam-orders >/tmp/webcam-log &
     webcam_pid=$!
     exec 7>/tmp/webcam-orders # held open: the end of its input would unplug it
-    wait_until 60 test -c /dev/video0 || { echo "the webcam did not appear"; exit 1; }
+    wait_until 120 test -c /dev/video0 || { echo "the webcam did not appear"; exit 1; }
 }
 
 # tell_webcam WORD... - one command of uvc_device.py; returns when it was obeyed.
@@ -41,7 +41,7 @@ tell_webcam() {
     local before
     before=$(grep -c . /tmp/webcam-log)
     echo "$*" >/tmp/webcam-orders
-    wait_until 60 sh -c "[ \$(grep -c . /tmp/webcam-log) -gt $before ]" || { echo "the webcam does not obey: $*"; exit 1; }
+    wait_until 120 sh -c "[ \$(grep -c . /tmp/webcam-log) -gt $before ]" || { echo "the webcam does not obey: $*"; exit 1; }
 }
 
 unplug_webcam() {
@@ -63,7 +63,7 @@ start_loopback() {
         </dev/null &
     loopback_pid=$!
     # With exclusive_caps the node is a camera only while somebody feeds it.
-    wait_until 60 sh -c "v4l2-ctl -d $LOOPBACK --get-fmt-video | grep -q MJPG" || { echo "nobody feeds $LOOPBACK"; exit 1; }
+    wait_until 120 sh -c "v4l2-ctl -d $LOOPBACK --get-fmt-video | grep -q MJPG" || { echo "nobody feeds $LOOPBACK"; exit 1; }
 }
 
 stop_loopback() {

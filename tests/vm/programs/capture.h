@@ -15,7 +15,7 @@ namespace vm {
 
 // Asks again until the condition holds. False after a bound that only ends a hang: everything in the emulated
 // machine is slow, and some of it runs beside other work.
-bool waitUntil(const std::function<bool()>& condition, int seconds = 60);
+bool waitUntil(const std::function<bool()>& condition, int seconds = 120);
 
 // Identifiers of the attached cameras, in order.
 QStringList cameras();

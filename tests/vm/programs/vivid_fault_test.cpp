@@ -143,10 +143,10 @@ TEST(VividFaults, ACameraThatAnotherProcessUsesIsReportedAsInUse) {
     holder.setProcessChannelMode(QProcess::MergedChannels);
     holder.start(QStringLiteral("v4l2-ctl"),
                  {QStringLiteral("-d/dev/video0"), QStringLiteral("--stream-mmap")});
-    ASSERT_TRUE(holder.waitForReadyRead(60000)); // it prints a mark for each frame
+    ASSERT_TRUE(holder.waitForReadyRead(120000)); // it prints a mark for each frame
     EXPECT_PRED_FORMAT2(testing::IsSubstring, " is in use by another program", refusal(camera));
     holder.kill();
-    EXPECT_TRUE(holder.waitForFinished(60000));
+    EXPECT_TRUE(holder.waitForFinished(120000));
     expectHealthyCapture(camera);
 }
 
