@@ -64,10 +64,11 @@ private:
     VideoFrame picture_;
 };
 
-// Whether a stop returns within the time while the camera sends nothing. setFrames(false) makes the camera
-// silent, setFrames(true) ends that. One stop in time is enough: the emulated machine may pause during any of
-// them, but a stop that waits for a frame, or for a time to run out, is never fast.
-bool stopsWithin(int milliseconds, const QString& camera, const std::function<void(bool frames)>& setFrames);
+// Whether a stop returns within so many milliseconds while the camera sends nothing. setFrames(false) makes
+// the camera silent, setFrames(true) ends that. A starved machine may take longer for any stop, so twice the
+// time of a stop among frames will do as well, and one stop in time is enough: one that waits for a frame, or
+// for a time to run out, never is.
+bool stopsWithin(int limit, const QString& camera, const std::function<void(bool frames)>& setFrames);
 
 } // namespace vm
 } // namespace ostrel

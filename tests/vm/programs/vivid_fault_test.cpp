@@ -98,10 +98,15 @@ TEST(VividFaults, BuffersThatTheDriverDropsAreCountedAsLost) {
 TEST(VividFaults, ASequenceNumberThatWrapsIsNoLoss) {
     setControl(WrapSequenceNumber, 1);
     {
-        Capture capture(onlyCamera(), 640, 480);
-        EXPECT_TRUE(capture.waitForFrames(150)); // it starts 128 below the end
+        Capture capture(onlyCamera(), 320, 240);
+        // It starts 128 below the end. A slow machine loses frames as well, but not all that there are
+        // numbers.
+        EXPECT_TRUE(capture.waitFor([](const OVideoStatistics& now) {
+            return now.delivered > 1 && now.delivered + now.lost >= 150;
+        }));
         ASSERT_TRUE(capture.waitForPicture());
-        EXPECT_LT(capture.statistics().lost, 1000u);
+        EXPECT_LT(capture.statistics().lost, uint64_t(1) << 31);
+        EXPECT_EQ(capture.statistics().ended.toStdString(), "");
     }
     setControl(WrapSequenceNumber, 0);
 }
