@@ -5,10 +5,26 @@
 #import <Foundation/Foundation.h>
 #import <QTKit/QTKit.h>
 
+#include <mutex>
+
 namespace ostrel {
+
+namespace {
+
+// Foundation sets its classes up when they are first used, and not everywhere safely so when two threads do that at
+// once, as they may when they list cameras as their first calls.
+void useFoundationOnce() {
+    NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
+    [NSMutableArray array];
+    [pool release];
+}
+
+} // namespace
 
 std::vector<std::pair<std::string, std::string> > platformCameras() {
     std::vector<std::pair<std::string, std::string> > cameras;
+    static std::once_flag used;
+    std::call_once(used, useFoundationOnce);
     // A pool of its own, since the caller's thread may have none.
     NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
     forEachObject([QTCaptureDevice inputDevicesWithMediaType:QTMediaTypeVideo], [&cameras](id device) {

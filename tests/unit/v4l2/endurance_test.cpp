@@ -47,7 +47,7 @@ protected:
             frame.bytesUsed = upTo(64 * 48);
             break;
         case 2:
-            frame.index = upTo(100);
+            frame.index = 32 + upTo(100); // out of range: a wrong one within it cannot be told from a right one
             break;
         case 3:
             frame.sequence = upTo(1 << 30);
