@@ -11,8 +11,8 @@ namespace ostrel {
 
 namespace {
 
-// Foundation sets its classes up when they are first used, and not everywhere safely so when two threads do that at
-// once, as they may when they list cameras as their first calls.
+// Foundation sets its classes up when they are first used, and not everywhere safely so when two threads do
+// that at once, as they may when they list cameras as their first calls.
 void useFoundationOnce() {
     NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
     [NSMutableArray array];
@@ -21,8 +21,8 @@ void useFoundationOnce() {
 
 } // namespace
 
-std::vector<std::pair<std::string, std::string> > platformCameras() {
-    std::vector<std::pair<std::string, std::string> > cameras;
+std::vector<std::pair<std::string, std::string>> platformCameras() {
+    std::vector<std::pair<std::string, std::string>> cameras;
     static std::once_flag used;
     std::call_once(used, useFoundationOnce);
     // A pool of its own, since the caller's thread may have none.
