@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <atomic>
 #include <memory>
+#include <new>
 #include <stddef.h>
 
 namespace ostrel {
@@ -93,9 +94,11 @@ void OVideoCaptureMacXPrivate::giveUpSession() {
     session::release(captureObject);
 }
 
-OVideoCaptureMacX::OVideoCaptureMacX() : OVideoCaptureUnix(), d(new OVideoCaptureMacXPrivate) {
+OVideoCaptureMacX::OVideoCaptureMacX() : OVideoCaptureUnix(), d(0) {
+    std::unique_ptr<OVideoCaptureMacXPrivate> record(new OVideoCaptureMacXPrivate);
     diagnostics::line("OVideoCaptureMacX::OVideoCaptureMacX() ", this);
-    d->captureObject = session::create();
+    record->captureObject = session::create();
+    d = record.release();
 }
 
 void OVideoCaptureMacX::startCapture(const char* cameraId, int width, int height) {
@@ -124,7 +127,12 @@ void OVideoCaptureMacXPrivate::startSession() {
     int use = FREE;
     if (!sessionUse.compare_exchange_strong(use, STARTING))
         return; // stopped before it began
-    session::start(captureObject);
+    try {
+        session::start(captureObject);
+    } catch (const std::bad_alloc&) {
+        // On this thread nobody could catch it. As with every start that fails, no frames come.
+        diagnostics::line(">>> no memory to start the camera");
+    }
     use = STARTING;
     if (sessionUse.compare_exchange_strong(use, FREE))
         return;

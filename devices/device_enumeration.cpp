@@ -26,6 +26,14 @@ struct OwnedDevices {
     QList<OVideoDeviceUnix*> list;
 };
 
+// QSharedPointer's constructor frees nothing when there is no memory for its own part.
+template <typename T>
+QSharedPointer<T> shared(std::unique_ptr<T> object) {
+    const QSharedPointer<T> pointer(object.get());
+    object.release();
+    return pointer;
+}
+
 } // namespace
 
 QMap<QString, QString> videoDevices() {
@@ -42,7 +50,7 @@ OVideoInfoUnix::OVideoInfoUnix() {}
 OVideoInfoUnix::~OVideoInfoUnix() {}
 
 QSharedPointer<OVideoInfoUnix> OVideoInfoUnix::ptr() {
-    return QSharedPointer<OVideoInfoUnix>(new OVideoInfoMacX);
+    return shared<OVideoInfoUnix>(std::unique_ptr<OVideoInfoUnix>(new OVideoInfoMacX));
 }
 
 struct OVideoInfoMacXPrivate {};
@@ -80,7 +88,7 @@ QSharedPointer<OVideoDeviceUnix> OVideoInfoMacX::deviceByID(const QString& id) {
     while (!owned.list.isEmpty()) {
         std::unique_ptr<OVideoDeviceUnix> device(owned.list.takeFirst());
         if (id.toLower() == device->uniqueID().toLower())
-            result = QSharedPointer<OVideoDeviceUnix>(device.release());
+            result = shared(std::move(device));
     }
     return result;
 }

@@ -11,12 +11,23 @@ namespace ostrel {
 
 namespace {
 
+// A pool of one's own, since the caller's thread may have none.
+class OwnPool {
+public:
+    OwnPool() : m_pool([[NSAutoreleasePool alloc] init]) {}
+    ~OwnPool() { [m_pool release]; }
+
+private:
+    OwnPool(const OwnPool&);
+    OwnPool& operator=(const OwnPool&);
+    NSAutoreleasePool* m_pool;
+};
+
 // Foundation sets its classes up when they are first used, and not everywhere safely so when two threads do
 // that at once, as they may when they list cameras as their first calls.
 void useFoundationOnce() {
-    NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
+    const OwnPool pool;
     [NSMutableArray array];
-    [pool release];
 }
 
 } // namespace
@@ -25,15 +36,13 @@ std::vector<std::pair<std::string, std::string>> platformCameras() {
     std::vector<std::pair<std::string, std::string>> cameras;
     static std::once_flag used;
     std::call_once(used, useFoundationOnce);
-    // A pool of its own, since the caller's thread may have none.
-    NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
+    const OwnPool pool;
     forEachObject([QTCaptureDevice inputDevicesWithMediaType:QTMediaTypeVideo], [&cameras](id device) {
         const std::string identifier([[device uniqueID] UTF8String]);
         const std::string name([[device localizedDisplayName] UTF8String]);
         cameras.push_back(std::make_pair(identifier, name));
         return true;
     });
-    [pool release];
     return cameras;
 }
 

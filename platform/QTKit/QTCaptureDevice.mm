@@ -5,6 +5,7 @@
 #include "platform/cameras/registry.h"
 
 #include <map>
+#include <memory>
 
 using ostrel::cameras::Camera;
 
@@ -23,15 +24,14 @@ public:
     QTCaptureDevice* deviceFor(const std::shared_ptr<Camera>& camera) {
         const std::string identifier = camera->identifier();
         std::lock_guard<std::mutex> lock(mutex_);
-        auto found = devices_.find(identifier);
-        if (found == devices_.end()) {
-            QTCaptureDevice* device =
-                [[QTCaptureDevice alloc] initWithState:new QTCaptureDeviceState(camera)];
-            found = devices_.emplace(identifier, device).first;
+        QTCaptureDevice*& device = devices_[identifier]; // first, as it may throw
+        if (device) {
+            ostrel::stateOf(device)->setListed(camera);
         } else {
-            ostrel::stateOf(found->second)->setListed(camera);
+            auto fresh = std::make_unique<QTCaptureDeviceState>(camera);
+            device = [[QTCaptureDevice alloc] initWithState:fresh.release()];
         }
-        return found->second;
+        return device;
     }
 
     // Nil when no camera with this identifier was ever listed.

@@ -13,6 +13,26 @@
 namespace ostrel {
 namespace cameras {
 
+namespace {
+
+// Keeps every signal from the calling thread, and from threads that it makes meanwhile.
+class SignalsHeld {
+public:
+    SignalsHeld() {
+        sigset_t all;
+        ::sigfillset(&all);
+        ::pthread_sigmask(SIG_SETMASK, &all, &before_);
+    }
+    ~SignalsHeld() { ::pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+    SignalsHeld(const SignalsHeld&) = delete;
+    SignalsHeld& operator=(const SignalsHeld&) = delete;
+
+private:
+    sigset_t before_;
+};
+
+} // namespace
+
 StopSignal::StopSignal() : descriptor_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
 
 StopSignal::~StopSignal() {
@@ -48,23 +68,21 @@ bool DeliveryThread::start(const char* name, Body body) {
     if (!signal->valid())
         return false;
     // Signals are the client's affair: none is to be handled on a thread that it does not know of.
-    sigset_t all, before;
-    ::sigfillset(&all);
-    ::pthread_sigmask(SIG_SETMASK, &all, &before);
+    const SignalsHeld held;
     signal_ = signal; // before the body runs: it may stop itself
-    bool started = true;
     try {
         thread_ = std::thread([signal, name, body = std::move(body)] {
             ::pthread_setname_np(::pthread_self(), name); // at most 15 characters, else it fails harmlessly
             body(*signal);
         });
     } catch (const std::system_error&) {
-        started = false;
-    }
-    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    if (!started)
         signal_.reset();
-    return started;
+        return false;
+    } catch (...) {
+        signal_.reset();
+        throw;
+    }
+    return true;
 }
 
 void DeliveryThread::stop() {

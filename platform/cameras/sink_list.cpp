@@ -35,6 +35,8 @@ void SinkList::each(Call call) {
     idle_.wait(lock, [&] { return !delivering_; });
     if (sinks_.empty())
         return;
+    if (sinks_.size() > 1)
+        sinks = sinks_;
     delivering_ = true;
     deliverer_ = std::this_thread::get_id();
     // A sink may remove itself or another one from inside its call, so the walk goes over a copy. The common
@@ -47,18 +49,28 @@ void SinkList::each(Call call) {
         busy_ = nullptr;
         idle_.notify_all();
     };
-    if (sinks_.size() == 1) {
-        only = sinks_.front();
-        visit(only);
-    } else {
-        sinks = sinks_;
-        for (const auto& sink : sinks)
-            if (std::find(sinks_.begin(), sinks_.end(), sink) != sinks_.end())
-                visit(sink);
+    const auto finish = [&] {
+        delivering_ = false;
+        deliverer_ = std::thread::id();
+        busy_ = nullptr;
+        idle_.notify_all();
+    };
+    try {
+        if (sinks.empty()) {
+            only = sinks_.front();
+            visit(only);
+        } else {
+            for (const auto& sink : sinks)
+                if (std::find(sinks_.begin(), sinks_.end(), sink) != sinks_.end())
+                    visit(sink);
+        }
+    } catch (...) {
+        if (!lock.owns_lock())
+            lock.lock();
+        finish(); // else whoever delivers or removes next would wait for ever
+        throw;
     }
-    delivering_ = false;
-    deliverer_ = std::thread::id();
-    idle_.notify_all();
+    finish();
 }
 
 void SinkList::deliver(const std::shared_ptr<CameraFrame>& frame) {

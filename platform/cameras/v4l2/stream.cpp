@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <ctime>
+#include <new>
 #include <poll.h>
 
 namespace ostrel {
@@ -207,8 +208,15 @@ void Stream::countLost(uint32_t sequence) {
 }
 
 void Stream::deliver(const Filled& filled) {
+    std::shared_ptr<CameraFrame> frame;
+    try {
+        frame = queue_->frame(filled);
+    } catch (const std::bad_alloc&) {
+        queue_->requeue(filled.index); // a frame is lost, but not its buffer
+        return;
+    }
     counters_->change([](StreamStatistics& figures) { ++figures.delivered; });
-    sinks_.deliver(queue_->frame(filled));
+    sinks_.deliver(frame);
 }
 
 Error Stream::ended(int error) const {

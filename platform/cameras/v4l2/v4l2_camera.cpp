@@ -35,12 +35,12 @@ bool V4l2Camera::waitUntilSettled(Lock& lock) {
 
 // Takes the stream out of use and finishes it with the lock released.
 void V4l2Camera::retire(Lock& lock) {
-    const std::shared_ptr<Stream> stream = std::move(stream_);
-    stream_.reset();
+    const std::shared_ptr<Stream> stream = stream_;
     retired_.erase(std::remove_if(retired_.begin(), retired_.end(),
                                   [](const std::weak_ptr<Stream>& old) { return old.expired(); }),
                    retired_.end());
-    retired_.push_back(stream);
+    retired_.push_back(stream); // which may throw: the stream is in use until here
+    stream_.reset();
     ++finishing_;
     lock.unlock();
     stream->finish();

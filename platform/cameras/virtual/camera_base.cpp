@@ -66,11 +66,10 @@ Error VirtualCamera::start(int, int, const std::shared_ptr<FrameSink>& sink) {
         return stream_->join(sink) ? Error() : Error(figures_->snapshot().ended);
     auto stream = std::make_shared<VirtualStream>(controls_);
     stream->join(sink);
-    stream_ = stream;
     figures_ = stream->figures();
     const Error failed = begin(stream);
-    if (failed)
-        stream_.reset();
+    if (!failed)
+        stream_ = stream; // a thread that is quicker waits for the lock before it looks
     return failed;
 }
 

@@ -4,6 +4,7 @@
 #include "platform/cameras/virtual/yuv_picture.h"
 
 #include <limits>
+#include <new>
 
 namespace ostrel {
 namespace cameras {
@@ -50,8 +51,13 @@ void run(const StopSignal& stop, VirtualStream& stream, const std::shared_ptr<Y4
         }
         if (passed == 0)
             continue;
-        if (!stream.figures()->controls().told(VIRTUAL_CAMERA_FAULT_STALL))
+        if (stream.figures()->controls().told(VIRTUAL_CAMERA_FAULT_STALL))
+            continue;
+        try {
             stream.deliver(std::make_shared<ClipFrame>(stream, clip, planes), passed - 1);
+        } catch (const std::bad_alloc&) {
+            // A frame is lost; on this thread nobody else could catch it.
+        }
     }
     if (step == Y4mPlayer::Step::Broken)
         stream.end(Error(name + " found no further frame in its file: it is damaged, or was changed"));

@@ -3,6 +3,28 @@
 namespace ostrel {
 namespace cameras {
 
+// The sinks are being called, until it goes, also by an exception: others wait for that.
+class VirtualStream::Call {
+public:
+    Call(VirtualStream& stream, std::unique_lock<std::mutex>& lock) : stream_(stream), lock_(lock) {
+        stream_.calling_ = true;
+        stream_.caller_ = std::this_thread::get_id();
+    }
+    ~Call() {
+        if (!lock_.owns_lock())
+            lock_.lock();
+        stream_.calling_ = false;
+        stream_.caller_ = std::thread::id();
+        stream_.idle_.notify_all();
+    }
+    Call(const Call&) = delete;
+    Call& operator=(const Call&) = delete;
+
+private:
+    VirtualStream& stream_;
+    std::unique_lock<std::mutex>& lock_;
+};
+
 bool VirtualStream::join(const std::shared_ptr<FrameSink>& sink) {
     std::lock_guard<std::mutex> lock(mutex_);
     if (ending_ || shut_)
@@ -19,17 +41,13 @@ bool VirtualStream::deliver(const std::shared_ptr<CameraFrame>& frame, uint64_t 
     idle_.wait(lock, [this] { return !calling_ || finished(); });
     if (finished() || sinks_.empty())
         return false;
-    calling_ = true;
-    caller_ = std::this_thread::get_id();
+    const Call call(*this, lock);
     lock.unlock();
     figures_->countDelivered(passedOver);
     sinks_.deliver(frame);
     lock.lock();
     if (ending_ && !finished())
         tellEnd(lock);
-    calling_ = false;
-    caller_ = std::thread::id();
-    idle_.notify_all();
     return true;
 }
 
@@ -45,12 +63,8 @@ void VirtualStream::end(const Error& why) {
     idle_.wait(lock, [this] { return !calling_; });
     if (finished())
         return;
-    calling_ = true;
-    caller_ = std::this_thread::get_id();
+    const Call call(*this, lock);
     tellEnd(lock);
-    calling_ = false;
-    caller_ = std::thread::id();
-    idle_.notify_all();
 }
 
 void VirtualStream::tellEnd(std::unique_lock<std::mutex>& lock) {

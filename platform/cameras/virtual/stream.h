@@ -45,6 +45,7 @@ public:
     void shut();
 
 private:
+    class Call;
     bool finished() const { return ended_ || shut_; }
     bool insideCall() const { return calling_ && caller_ == std::this_thread::get_id(); }
     void tellEnd(std::unique_lock<std::mutex>& lock);

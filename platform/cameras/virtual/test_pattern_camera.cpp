@@ -5,6 +5,8 @@
 
 #include <ostrel/processing.h>
 
+#include <new>
+
 namespace ostrel {
 namespace cameras {
 
@@ -39,7 +41,11 @@ void run(const StopSignal& stop, VirtualStream& stream, const std::shared_ptr<Pa
         if (figures->controls().told(VIRTUAL_CAMERA_FAULT_STALL))
             continue;
         const pattern::Stamp stamp = {static_cast<uint32_t>(next), OVideoCommon::get_time()};
-        stream.deliver(std::make_shared<PatternFrame>(figures, painter, stamp), passedOver);
+        try {
+            stream.deliver(std::make_shared<PatternFrame>(figures, painter, stamp), passedOver);
+        } catch (const std::bad_alloc&) {
+            // A frame is lost; on this thread nobody else could catch it.
+        }
     }
 }
 

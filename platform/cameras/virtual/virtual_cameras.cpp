@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 
 namespace ostrel {
 
@@ -82,6 +83,15 @@ private:
     cameras::Y4mFormat format_;
 };
 
+// QSharedPointer's constructor frees nothing when there is no memory for its own part.
+template <typename Backend, typename... Arguments>
+QSharedPointer<VirtualCameraBackend> makeBackend(const Arguments&... arguments) {
+    auto backend = std::make_unique<Backend>(arguments...);
+    const QSharedPointer<VirtualCameraBackend> shared(backend.get());
+    backend.release();
+    return shared;
+}
+
 class PushBackend : public VirtualCameraBackend {
 public:
     PushBackend(const QString& uniqueID, const QString& name)
@@ -140,8 +150,7 @@ uint32_t OVideoVirtualCamera::framesTaken() {
 
 OVideoTestPatternCamera::OVideoTestPatternCamera(const QString& uniqueID, const QString& name, int width,
                                                  int height, double framesPerSecond)
-    : OVideoVirtualCamera(QSharedPointer<VirtualCameraBackend>(
-          new TestPatternBackend(uniqueID, name, width, height, framesPerSecond))) {}
+    : OVideoVirtualCamera(makeBackend<TestPatternBackend>(uniqueID, name, width, height, framesPerSecond)) {}
 
 bool OVideoTestPatternCamera::decode(const uint8_t* bgra, int width, int height, int stride,
                                      uint32_t& counter, uint32_t& clock) {
@@ -155,8 +164,7 @@ bool OVideoTestPatternCamera::decode(const uint8_t* bgra, int width, int height,
 
 OVideoFileCamera::OVideoFileCamera(const QString& uniqueID, const QString& name, const QString& path,
                                    bool loop)
-    : OVideoVirtualCamera(QSharedPointer<VirtualCameraBackend>(new FileBackend(uniqueID, name, path, loop))) {
-}
+    : OVideoVirtualCamera(makeBackend<FileBackend>(uniqueID, name, path, loop)) {}
 
 QString OVideoFileCamera::error() {
     return QString::fromStdString(static_cast<FileBackend&>(*backend()).error());
@@ -175,7 +183,7 @@ double OVideoFileCamera::framesPerSecond() {
 }
 
 OVideoPushCamera::OVideoPushCamera(const QString& uniqueID, const QString& name)
-    : OVideoVirtualCamera(QSharedPointer<VirtualCameraBackend>(new PushBackend(uniqueID, name))) {}
+    : OVideoVirtualCamera(makeBackend<PushBackend>(uniqueID, name)) {}
 
 bool OVideoPushCamera::push(const uint8_t* bgra, int width, int height, int stride) {
     const std::shared_ptr<cameras::PushCamera> camera = static_cast<PushBackend&>(*backend()).pushCamera();

@@ -1,0 +1,105 @@
+#include "unit/failure/failing_allocations.h"
+
+#include <ostrel/statistics.h>
+
+#include "support/leaks.h"
+#include "unit/capture/driver_test.h"
+
+using namespace ostrel;
+using namespace ostrel::tests;
+
+namespace {
+
+const char* const kCamera = "camera-with-an-identifier-too-long-for-the-string-object-itself";
+
+class CaptureWithoutMemory : public support::DriverTest {
+protected:
+    void SetUp() override { camera_ = attach(kCamera); }
+
+    // One frame, and that it is the one.
+    void expectPicture(OVideoCaptureMacX& driver, uint32_t number) {
+        camera_->deliver(number);
+        EXPECT_EQ(support::numberIn(poll(driver)), static_cast<int>(number));
+    }
+
+    std::shared_ptr<support::ScriptedCamera> camera_;
+};
+
+} // namespace
+
+TEST_F(CaptureWithoutMemory, TheCaptureObject) {
+    EXPECT_GE(failEachInTurn([](int n) {
+                  const support::KeptByDesign session; // of a driver that was never started
+                  return runFailingAt(n, [] { OVideoCaptureUnix::ptr(); });
+              }),
+              3);
+}
+
+// A start that went well is left out: it keeps the session's framework objects.
+TEST_F(CaptureWithoutMemory, AStartThatFailedCanBeDropped) {
+    started(kCamera, 16, 8);
+    int n = 1;
+    for (bool thrown = true; thrown; ++n) {
+        const long before = liveBlocks();
+        {
+            OVideoCaptureMacX driver;
+            thrown = runFailingAt(n, [&] { start(driver, kCamera, 16, 8); }).thrown;
+        }
+        if (thrown) {
+            EXPECT_EQ(liveBlocks(), before) << "allocation " << n;
+        }
+    }
+    EXPECT_GE(n, 6);
+}
+
+TEST_F(CaptureWithoutMemory, AStartThatFailedCanBeRepeated) {
+    EXPECT_GE(failEachInTurn([&](int n) {
+                  OVideoCaptureMacX driver;
+                  const Outcome outcome = runFailingAt(n, [&] { start(driver, kCamera, 16, 8); });
+                  if (outcome.thrown)
+                      start(driver, kCamera, 16, 8);
+                  expectPicture(driver, static_cast<uint32_t>(n % 1000));
+                  return outcome;
+              }),
+              4);
+}
+
+TEST_F(CaptureWithoutMemory, ReadingAFrameAsBytes) {
+    const auto driver = started(kCamera, 16, 8);
+    EXPECT_GE(failEachInTurn(
+                  [&](int n) {
+                      camera_->deliver(5);
+                      std::vector<unsigned char> bytes;
+                      const Outcome outcome = runFailingAt(n, [&] { driver->videoFrame(bytes); });
+                      EXPECT_EQ(support::numberIn(poll(*driver)), 5);
+                      return outcome;
+                  },
+                  Expect::PassedOnOrFrameLost),
+              1);
+}
+
+TEST_F(CaptureWithoutMemory, ReadingAFrameAsARecord) {
+    const auto driver = started(kCamera, 16, 8);
+    EXPECT_GE(failEachInTurn(
+                  [&](int n) {
+                      camera_->deliver(6);
+                      VideoFrame frame;
+                      const Outcome outcome = runFailingAt(n, [&] { driver->selfVideoFrame(frame); });
+                      VideoFrame again;
+                      driver->selfVideoFrame(again);
+                      EXPECT_EQ(support::numberIn(again.data), 6);
+                      return outcome;
+                  },
+                  Expect::PassedOnOrFrameLost),
+              1);
+}
+
+TEST_F(CaptureWithoutMemory, Statistics) {
+    const auto driver = started(kCamera, 16, 8);
+    failEachInTurn([&](int n) {
+        OVideoStatistics figures;
+        const Outcome outcome = runFailingAt(n, [&] { videoStatistics(kCamera, figures); });
+        EXPECT_TRUE(videoStatistics(kCamera, figures));
+        return outcome;
+    });
+}

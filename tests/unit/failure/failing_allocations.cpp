@@ -1,0 +1,118 @@
+#include "unit/failure/failing_allocations.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <dlfcn.h>
+
+namespace {
+
+// In front of each block, as large as the strictest alignment so that the block keeps it.
+struct alignas(std::max_align_t) Head {
+    bool ours;
+};
+
+std::atomic<long> g_live{0};
+thread_local int t_left = 0; // until the one that fails; 0: none is to
+thread_local bool t_reached = false;
+
+bool isOurs(const void* caller) {
+    Dl_info module = {};
+    if (!dladdr(caller, &module) || !module.dli_fname)
+        return true;
+    const char* slash = std::strrchr(module.dli_fname, '/');
+    const char* name = slash ? slash + 1 : module.dli_fname;
+    for (const char* framework : {"libQt", "libgnustep", "libobjc"})
+        if (std::strncmp(name, framework, std::strlen(framework)) == 0)
+            return false;
+    return true;
+}
+
+// Null when there is no memory or there is to be none.
+void* allocate(std::size_t size, const void* caller) {
+    const bool ours = isOurs(caller);
+    if (ours && t_left > 0 && --t_left == 0) {
+        t_reached = true;
+        return nullptr;
+    }
+    // The sanitizers end the process at what no machine has, where malloc answers null.
+    if (size > (std::size_t(1) << 40))
+        return nullptr;
+    void* const memory = std::malloc(sizeof(Head) + size);
+    if (!memory)
+        return nullptr;
+    static_cast<Head*>(memory)->ours = ours;
+    if (ours)
+        ++g_live;
+    return static_cast<Head*>(memory) + 1;
+}
+
+void* allocateOrThrow(std::size_t size, const void* caller) {
+    if (void* const block = allocate(size, caller))
+        return block;
+    throw std::bad_alloc();
+}
+
+void release(void* block) {
+    if (!block)
+        return;
+    Head* const head = static_cast<Head*>(block) - 1;
+    if (head->ours)
+        --g_live;
+    std::free(head);
+}
+
+} // namespace
+
+void* operator new(std::size_t size) {
+    return allocateOrThrow(size, __builtin_return_address(0));
+}
+void* operator new[](std::size_t size) {
+    return allocateOrThrow(size, __builtin_return_address(0));
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return allocate(size, __builtin_return_address(0));
+}
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+    return allocate(size, __builtin_return_address(0));
+}
+void operator delete(void* block) noexcept {
+    release(block);
+}
+void operator delete[](void* block) noexcept {
+    release(block);
+}
+void operator delete(void* block, std::size_t) noexcept {
+    release(block);
+}
+void operator delete[](void* block, std::size_t) noexcept {
+    release(block);
+}
+void operator delete(void* block, const std::nothrow_t&) noexcept {
+    release(block);
+}
+void operator delete[](void* block, const std::nothrow_t&) noexcept {
+    release(block);
+}
+
+namespace ostrel::tests {
+
+long liveBlocks() {
+    return g_live;
+}
+
+FailingAllocation::FailingAllocation(int n) {
+    t_reached = false;
+    t_left = n;
+}
+
+FailingAllocation::~FailingAllocation() {
+    t_left = 0;
+}
+
+bool FailingAllocation::cameToIt() const {
+    return t_reached;
+}
+
+} // namespace ostrel::tests

@@ -1,0 +1,81 @@
+// Operations in which every allocation fails in turn.
+//
+// Counted and made to fail is what our code takes from operator new, by itself or by way of the standard
+// library and of templates. What Qt and GNUstep take inside their own libraries is left alone: most of it
+// comes from malloc, and what they do without memory is theirs.
+#ifndef OSTREL_TESTS_UNIT_FAILURE_FAILING_ALLOCATIONS_H
+#define OSTREL_TESTS_UNIT_FAILURE_FAILING_ALLOCATIONS_H
+
+#include <gtest/gtest.h>
+
+#include <new>
+
+namespace ostrel::tests {
+
+// Blocks of ours that nobody has freed, of all threads.
+long liveBlocks();
+
+// While it lives, the n-th allocation of ours on this thread throws std::bad_alloc (n from 1).
+class FailingAllocation {
+public:
+    explicit FailingAllocation(int n);
+    ~FailingAllocation();
+    FailingAllocation(const FailingAllocation&) = delete;
+    FailingAllocation& operator=(const FailingAllocation&) = delete;
+    bool cameToIt() const;
+};
+
+struct Outcome {
+    bool thrown = false;  // std::bad_alloc came out of the operation
+    bool reached = false; // it came to the allocation that was to fail
+};
+
+template <typename Operation>
+Outcome runFailingAt(int n, Operation operation) {
+    Outcome outcome;
+    const FailingAllocation failing(n);
+    try {
+        operation();
+    } catch (const std::bad_alloc&) {
+        outcome.thrown = true;
+    }
+    outcome.reached = failing.cameToIt();
+    return outcome;
+}
+
+// What is to become of the exception.
+enum class Expect {
+    PassedOn,
+    PassedOnOrFrameLost // pictures are made behind the scenes: without memory for one the frame is lost
+};
+
+// Runs the operation with its first allocation failing, then its second, until it needs no more. attempt(n)
+// answers the Outcome. What an attempt leaves behind must not depend on whether one failed. Returns how many
+// failed.
+template <typename Attempt>
+int failEachInTurn(Attempt attempt, Expect expected = Expect::PassedOn) {
+    const int beyondAll = 1000000;
+    for (int i = 0; i < 4; ++i)
+        attempt(beyondAll); // fills what is kept for good: tables, pools
+    const long before = liveBlocks();
+    attempt(beyondAll);
+    const long kept = liveBlocks() - before;
+    for (int n = 1; n < 10000; ++n) {
+        const long blocks = liveBlocks();
+        const Outcome outcome = attempt(n);
+        if (expected == Expect::PassedOn || !outcome.reached) {
+            EXPECT_EQ(outcome.thrown, outcome.reached) << "allocation " << n;
+        }
+        EXPECT_EQ(liveBlocks() - blocks, kept) << "allocation " << n << " leaks when it fails";
+        if (!outcome.reached)
+            return n - 1;
+        if (::testing::Test::HasFatalFailure())
+            break;
+    }
+    ADD_FAILURE() << "no end of allocations";
+    return 0;
+}
+
+} // namespace ostrel::tests
+
+#endif
