@@ -25,6 +25,10 @@ uint8_t* allocate(size_t size) {
 }
 } // namespace
 
+PixelMemoryPool::PixelMemoryPool(size_t blockSize) : blockSize_(blockSize) {
+    idle_.reserve(MOST_IDLE); // blocks come back where nothing may be thrown
+}
+
 std::shared_ptr<PixelMemoryPool> PixelMemoryPool::make(size_t blockSize) {
     return std::shared_ptr<PixelMemoryPool>(new PixelMemoryPool(blockSize));
 }

@@ -21,7 +21,7 @@ public:
     size_t blockSize() const { return blockSize_; }
 
 private:
-    explicit PixelMemoryPool(size_t blockSize) : blockSize_(blockSize) {}
+    explicit PixelMemoryPool(size_t blockSize);
     void giveBack(uint8_t* block);
 
     // As many idle blocks as one capture can leave behind: its newest frame and the one that is being read.

@@ -1,6 +1,5 @@
 #include "platform/QTKit/captured_picture.h"
 
-#include <atomic>
 #include <new>
 
 namespace ostrel {
@@ -38,17 +37,17 @@ std::shared_ptr<PixelMemoryPool> PictureMaker::poolFor(size_t blockSize) {
     return pool_;
 }
 
-// The last good picture is written over as soon as nobody reads it and the new one is sure to replace it: two
-// blocks in turn would take twice the room in the processor's cache.
+// Only a frame that may turn out broken needs the last good picture. For any other it goes back to the pool
+// first, and is the block that comes out again once nobody reads it: two blocks in turn would take twice the
+// room in the processor's cache.
 std::shared_ptr<uint8_t> PictureMaker::memoryFor(const cameras::CameraFrame& frame, size_t size) {
+    const auto pool = poolFor(size);
     if (!frame.mayBeBroken()) {
         std::lock_guard<std::mutex> lock(mutex_);
-        if (lastGoodSize_ == size && lastGood_.use_count() == 1) {
-            std::atomic_thread_fence(std::memory_order_acquire); // after the last reader let go of it
-            return std::move(lastGood_);
-        }
+        lastGood_.reset();
+        lastGoodSize_ = 0;
     }
-    return poolFor(size)->take();
+    return pool->take();
 }
 
 // A picture that turns out to be broken shows the last good one instead: a client that polls sees the frame
