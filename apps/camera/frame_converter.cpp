@@ -101,7 +101,7 @@ void FrameConverter::check(int answer) const {
 
 FrameScaler::FrameScaler(VIDEO_QUALITY fromLevel, Layout from, VIDEO_QUALITY toLevel, Layout to,
                          ScaleMethod method, bool bottomUp)
-    : fromLevel_(fromLevel), toLevel_(toLevel), to_(to), method_(method),
+    : fromLevel_(fromLevel), toLevel_(toLevel), method_(method),
       packed_(from == Layout::Yuy2 && to == Layout::Yuy2),
       before_(sizeOf(fromLevel), from, packed_ ? from : Layout::I420, bottomUp),
       after_(sizeOf(toLevel), packed_ ? to : Layout::I420, to) {}

@@ -59,7 +59,6 @@ public:
 private:
     VIDEO_QUALITY fromLevel_;
     VIDEO_QUALITY toLevel_;
-    Layout to_;
     ScaleMethod method_;
     bool packed_; // YUY2 all the way
     FrameConverter before_;

@@ -16,7 +16,7 @@ namespace cameras {
 
 // Lives as long as anybody needs the virtual camera. Thread-safe.
 struct VirtualControls {
-    VirtualControls(std::string id, std::string shownName)
+    VirtualControls(std::string id, const std::string& shownName)
         : identifier(std::move(id)), displayName(shownName.empty() ? identifier : shownName) {}
 
     bool told(VIRTUAL_CAMERA_FAULT which) const { return fault.load(std::memory_order_relaxed) == which; }

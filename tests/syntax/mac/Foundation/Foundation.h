@@ -52,7 +52,11 @@ typedef struct {
 @end
 
 @interface NSArray : NSObject <NSFastEnumeration>
++ (id)array;
 - (NSUInteger)count;
+@end
+
+@interface NSMutableArray : NSArray
 @end
 
 @interface NSDictionary : NSObject
