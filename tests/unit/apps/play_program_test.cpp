@@ -1,0 +1,88 @@
+// ostrel-camera run as a program with a video as its camera.
+#include "frames.h"
+#include "program.h"
+
+#include <gtest/gtest.h>
+
+#include <QtCore/QFile>
+#include <QtGui/QImage>
+
+#include <algorithm>
+#include <vector>
+
+namespace {
+
+using namespace apptests;
+
+class PlayProgram : public testing::Test {
+protected:
+    void SetUp() override {
+        QByteArray video = "YUV4MPEG2 W320 H240 F50:1 Ip A1:1 C420jpeg\n";
+        for (const int level : LEVELS)
+            video += "FRAME\n" + toByteArray(greyI420(320, 240, static_cast<uint8_t>(level)));
+        QFile file(folder_.file("clip.y4m"));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        ASSERT_EQ(video.size(), file.write(video));
+    }
+
+    // The grey of each frame of a recording.
+    std::vector<int> levels(const QString& name) const {
+        std::vector<int> found;
+        for (const QByteArray& frame : readY4m(folder_.read(name), 320, 240).frames)
+            found.push_back(static_cast<uint8_t>(frame[1000]));
+        return found;
+    }
+
+    const std::vector<int> LEVELS = {40, 80, 120, 160, 200};
+    Folder folder_;
+};
+
+TEST_F(PlayProgram, AFileIsACameraThatIsListedAndUsed) {
+    const Outcome list = run(folder_.path(), {"list", "--play", "clip.y4m"});
+    EXPECT_TRUE(list.output.contains("clip.y4m")) << list.output.toStdString();
+    const Outcome outcome = run(folder_.path(), {"snapshot", "--play", "clip.y4m", "--size", "ld"});
+    EXPECT_EQ("saved 320x240 pixels from clip.y4m to 'snapshot.png'\n", outcome.errors);
+    const QImage image(folder_.file("snapshot.png"));
+    EXPECT_EQ(320, image.width());
+    EXPECT_TRUE(image.allGray());
+}
+
+TEST_F(PlayProgram, ItGoesOnOverAndOver) {
+    const Outcome outcome =
+        run(folder_.path(), {"record", "--play", "clip.y4m", "--size", "ld", "-n", "12", "-o", "a.y4m"});
+    EXPECT_EQ(0, outcome.code) << outcome.errors;
+    EXPECT_EQ(12U, levels("a.y4m").size());
+}
+
+TEST_F(PlayProgram, PlayedOnceTheRecordingEndsWithTheFile) {
+    const Outcome outcome =
+        run(folder_.path(), {"record", "--play", "clip.y4m", "--once", "--size", "ld", "-o", "a.y4m"});
+    EXPECT_EQ(0, outcome.code) << outcome.errors;
+    const std::vector<int> recorded = levels("a.y4m");
+    ASSERT_FALSE(recorded.empty());
+    EXPECT_LE(recorded.size(), LEVELS.size());
+    EXPECT_NEAR(LEVELS.back(), recorded.back(), 2);
+    EXPECT_TRUE(std::is_sorted(recorded.begin(), recorded.end()));
+    EXPECT_EQ(0, run(folder_.path(), {"watch", "--play", "clip.y4m", "--once", "--size", "ld"}).code);
+}
+
+TEST_F(PlayProgram, AFileThatCannotBePlayedIsNamed) {
+    const Outcome gone = run(folder_.path(), {"record", "--play", "gone.y4m"});
+    EXPECT_EQ(7, gone.code);
+    EXPECT_EQ(0U, gone.errors.find("ostrel-camera: cannot play 'gone.y4m': ")) << gone.errors;
+    EXPECT_EQ(gone.errors.size() - 1, gone.errors.find('\n'));
+    EXPECT_EQ(QStringList("clip.y4m"), folder_.entries());
+}
+
+TEST_F(PlayProgram, TwoAddedCamerasNeedAChoice) {
+    const Outcome both = run(folder_.path(), {"snapshot", "--play", "clip.y4m", "--test-camera"});
+    EXPECT_EQ(2, both.code);
+    EXPECT_EQ("ostrel-camera: several cameras are added: say with --camera which of ostrel-test-pattern, "
+              "ostrel-file "
+              "is meant\n",
+              both.errors);
+    EXPECT_EQ(
+        0, run(folder_.path(), {"snapshot", "--play", "clip.y4m", "--test-camera", "--camera", "clip"}).code);
+}
+
+} // namespace
