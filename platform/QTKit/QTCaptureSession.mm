@@ -20,6 +20,9 @@ struct QTCaptureSessionState {
         QTCaptureInput* input;
         QTCaptureOutput* output;
         std::shared_ptr<Delivery> delivery;
+
+        bool joins(QTCaptureInput* one) const { return input == one; }
+        bool joins(QTCaptureOutput* one) const { return output == one; }
     };
 
     std::mutex mutex;
@@ -34,7 +37,10 @@ struct QTCaptureSessionState {
     void stop();
 
 private:
+    template <typename Element, typename Partner>
+    Error admit(Element element, std::vector<Element>& elements, const std::vector<Partner>& partners);
     Error link(QTCaptureInput* input, QTCaptureOutput* output);
+    Error link(QTCaptureOutput* output, QTCaptureInput* input) { return link(input, output); }
     template <typename Chosen>
     void unlink(Chosen chosen);
 };
@@ -74,31 +80,30 @@ Error QTCaptureSessionState::add(QTCaptureInput* input) {
     const std::shared_ptr<OpenCamera> camera = cameraOf(input);
     if (!camera)
         return Error("the camera is not open");
-    Error refused = (*camera)->admitInput();
+    const Error refused = (*camera)->admitInput();
     if (refused)
         return refused;
-    append(inputs, input, mutex);
-    for (QTCaptureOutput* output : copyOf(outputs, mutex))
-        if (!refused)
-            refused = link(input, output);
-    if (refused) {
-        unlink([input](const Link& each) { return each.input == input; });
-        remove(inputs, input, mutex);
-    }
-    return refused;
+    return admit(input, inputs, outputs);
 }
 
 Error QTCaptureSessionState::add(QTCaptureOutput* output) {
     if (![output isKindOfClass:[QTCaptureDecompressedVideoOutput class]])
         return Error("the session has no such kind of output");
+    return admit(output, outputs, inputs);
+}
+
+// Links an input to all outputs, or an output to all inputs. Refused for one, it is not taken in at all.
+template <typename Element, typename Partner>
+Error QTCaptureSessionState::admit(Element element, std::vector<Element>& elements,
+                                   const std::vector<Partner>& partners) {
     Error refused;
-    append(outputs, output, mutex);
-    for (QTCaptureInput* input : copyOf(inputs, mutex))
+    append(elements, element, mutex);
+    for (Partner partner : copyOf(partners, mutex))
         if (!refused)
-            refused = link(input, output);
+            refused = link(element, partner);
     if (refused) {
-        unlink([output](const Link& each) { return each.output == output; });
-        remove(outputs, output, mutex);
+        unlink([element](const Link& each) { return each.joins(element); });
+        remove(elements, element, mutex);
     }
     return refused;
 }
