@@ -5,7 +5,6 @@
 #define OSTREL_BENCH_CAPTURE_FLOOR_H
 
 #include "bench/capture/timed_kernel.h"
-#include "platform/cameras/pixels/scratch_pool.h"
 
 namespace bench {
 

@@ -33,7 +33,7 @@ void draw(const pixels::Picture& picture, int width, int height, int padding) {
     const int stride = width * 4 + padding;
     fuzz::FencedBuffer target(static_cast<size_t>(stride) * static_cast<size_t>(height));
     std::memset(target.data(), 0x5A, target.size());
-    pixels::ScratchPool pool;
+    pixels::PixelPool pool;
     const bool drawn = pixels::toBgra(picture, target.data(), width, height, stride, pool);
     CHECK(target.startIntact());
     for (int y = 0; y < height; ++y) {

@@ -63,10 +63,10 @@ bool copyRgb(const Picture& p, const Target& to) {
 
 // Scales B, G, R, A colour by colour. libyuv could scale it as it stands, but with weights of seven bits,
 // which turn white into 253.
-bool scaleBgra(const Target& from, const Target& to, ScratchPool& pool) {
+bool scaleBgra(const Target& from, const Target& to, PixelPool& pool) {
     const size_t large = static_cast<size_t>(from.width) * static_cast<size_t>(from.height);
     const size_t small = static_cast<size_t>(to.width) * static_cast<size_t>(to.height);
-    const ScratchPool::Block block = pool.take(4 * large + 3 * small);
+    const PixelPool::Block block = pool.take(4 * large + 3 * small);
     uint8_t* whole[4];
     uint8_t* scaled[3];
     for (size_t i = 0; i < 4; ++i)
@@ -86,22 +86,21 @@ bool scaleBgra(const Target& from, const Target& to, ScratchPool& pool) {
 
 // Fills a picture in B, G, R, A of the given size and scales it.
 template <typename Fill>
-bool filledAndScaled(int width, int height, const Target& to, ScratchPool& pool, Fill fill) {
+bool filledAndScaled(int width, int height, const Target& to, PixelPool& pool, Fill fill) {
     const int stride = width * 4;
-    const ScratchPool::Block block = pool.take(static_cast<size_t>(stride) * static_cast<size_t>(height));
+    const PixelPool::Block block = pool.take(static_cast<size_t>(stride) * static_cast<size_t>(height));
     const Target whole = {block.data(), width, height, stride};
     return fill(whole) && scaleBgra(whole, to, pool);
 }
 
-bool greyToBgra(const Picture& p, const Target& to, ScratchPool& pool) {
-    const ScratchPool::Block block =
-        pool.take(static_cast<size_t>(to.width) * static_cast<size_t>(to.height));
+bool greyToBgra(const Picture& p, const Target& to, PixelPool& pool) {
+    const PixelPool::Block block = pool.take(static_cast<size_t>(to.width) * static_cast<size_t>(to.height));
     libyuv::ScalePlane(p.data, p.stride, p.width, p.height, block.data(), to.width, to.width, to.height,
                        libyuv::kFilterBox);
     return libyuv::J400ToARGB(block.data(), to.width, to.bgra, to.stride, to.width, to.height) == 0;
 }
 
-bool rgbToBgra(const Picture& p, const Target& to, ScratchPool& pool) {
+bool rgbToBgra(const Picture& p, const Target& to, PixelPool& pool) {
     if (p.width == to.width && p.height == to.height)
         return copyRgb(p, to);
     if (p.layout == Layout::Grey)
@@ -110,7 +109,7 @@ bool rgbToBgra(const Picture& p, const Target& to, ScratchPool& pool) {
                            [&](const Target& whole) { return copyRgb(p, whole); });
 }
 
-bool jpegToBgra(const Picture& p, const Target& to, ScratchPool& pool) {
+bool jpegToBgra(const Picture& p, const Target& to, PixelPool& pool) {
     const auto decode = [&p](const Target& whole) {
         return decodeJpeg(p.data, p.bytes, p.width, p.height, whole.bgra, whole.width, whole.height,
                           whole.stride);
@@ -123,12 +122,12 @@ bool jpegToBgra(const Picture& p, const Target& to, ScratchPool& pool) {
 }
 
 // Scaled as planes, which have less than half the bytes of the result.
-bool yuvToBgra(const Picture& p, const Target& to, ScratchPool& pool) {
+bool yuvToBgra(const Picture& p, const Target& to, PixelPool& pool) {
     if (p.width == to.width && p.height == to.height)
         return planesToBgra(p, to.bgra, to.stride, pool);
     const size_t bytes =
         neededBytes(Layout::I420, to.width, to.height, minimumStride(Layout::I420, to.width));
-    ScratchPool::Block block = pool.take(bytes);
+    PixelPool::Block block = pool.take(bytes);
     Picture small;
     small.layout = Layout::I420;
     small.matrix = p.matrix;
@@ -149,7 +148,7 @@ bool sizeIsSane(int width, int height) {
 
 } // namespace
 
-bool toBgra(const Picture& p, uint8_t* bgra, int width, int height, int stride, ScratchPool& pool) {
+bool toBgra(const Picture& p, uint8_t* bgra, int width, int height, int stride, PixelPool& pool) {
     if (!sizeIsSane(width, height) || !sizeIsSane(p.width, p.height) || stride < width * 4)
         return false;
     if (p.stride < minimumStride(p.layout, p.width))

@@ -3,7 +3,7 @@
 #define OSTREL_PLATFORM_CAMERAS_PIXELS_BGRA_H
 
 #include "platform/cameras/pixels/picture.h"
-#include "platform/cameras/pixels/scratch_pool.h"
+#include "platform/cameras/pixels/pixel_pool.h"
 
 namespace ostrel {
 namespace cameras {
@@ -12,7 +12,7 @@ namespace pixels {
 // Writes the whole picture as B, G, R, A with A = 255, scaled to width x height, rows stride bytes apart.
 // False for a picture with fewer bytes than it needs, one that does not decode, and sizes that are not
 // positive. Re-entrant. Takes pixel memory from the pool only.
-bool toBgra(const Picture& picture, uint8_t* bgra, int width, int height, int stride, ScratchPool& pool);
+bool toBgra(const Picture& picture, uint8_t* bgra, int width, int height, int stride, PixelPool& pool);
 
 } // namespace pixels
 } // namespace cameras

@@ -67,13 +67,13 @@ bool splitPacked(const Picture& p, bool toI420, Planes<uint8_t> to) {
                  p.height) == 0;
 }
 
-bool packedToBgra(const Picture& p, uint8_t* bgra, int stride, ScratchPool& pool) {
+bool packedToBgra(const Picture& p, uint8_t* bgra, int stride, PixelPool& pool) {
     if (p.matrix == YuvMatrix::Bt601 && p.layout == Layout::Yuyv)
         return libyuv::YUY2ToARGB(p.data, p.stride, bgra, stride, p.width, p.height) == 0;
     if (p.matrix == YuvMatrix::Bt601 && p.layout == Layout::Uyvy)
         return libyuv::UYVYToARGB(p.data, p.stride, bgra, stride, p.width, p.height) == 0;
     const int rowBytes = minimumStride(Layout::I422, p.width);
-    ScratchPool::Block block = pool.take(neededBytes(Layout::I422, p.width, p.height, rowBytes));
+    PixelPool::Block block = pool.take(neededBytes(Layout::I422, p.width, p.height, rowBytes));
     const auto planes = separatePlanes(Layout::I422, block.data(), rowBytes, p.height);
     return splitPacked(p, false, planes) &&
            libyuv::I422ToARGBMatrix(planes.y, planes.stride, planes.u, planes.chromaStride, planes.v,
@@ -86,7 +86,7 @@ const uint8_t* interleavedChroma(const Picture& p) {
 }
 
 // Any picture of planes as I420 of the same size. What is I420 already is answered as it stands.
-bool toI420(const Picture& p, ScratchPool& pool, ScratchPool::Block& block, Planes<const uint8_t>& result) {
+bool toI420(const Picture& p, PixelPool& pool, PixelPool::Block& block, Planes<const uint8_t>& result) {
     if (p.layout == Layout::I420 || p.layout == Layout::Yv12) {
         result = separatePlanes(p.layout, p.data, p.stride, p.height);
         return true;
@@ -115,7 +115,7 @@ bool isYuv(Layout layout) {
            layout == Layout::Yv12 || layout == Layout::I422;
 }
 
-bool planesToBgra(const Picture& p, uint8_t* bgra, int stride, ScratchPool& pool) {
+bool planesToBgra(const Picture& p, uint8_t* bgra, int stride, PixelPool& pool) {
     if (isPacked(p.layout))
         return packedToBgra(p, bgra, stride, pool);
     if (p.layout == Layout::Nv12)
@@ -130,8 +130,8 @@ bool planesToBgra(const Picture& p, uint8_t* bgra, int stride, ScratchPool& pool
                    bgra, stride, &constants(p.matrix), p.width, p.height) == 0;
 }
 
-bool scalePlanes(const Picture& p, uint8_t* i420, const Picture& small, ScratchPool& pool) {
-    ScratchPool::Block block;
+bool scalePlanes(const Picture& p, uint8_t* i420, const Picture& small, PixelPool& pool) {
+    PixelPool::Block block;
     Planes<const uint8_t> from = {};
     if (!toI420(p, pool, block, from))
         return false;

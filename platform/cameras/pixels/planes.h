@@ -3,7 +3,7 @@
 #define OSTREL_PLATFORM_CAMERAS_PIXELS_PLANES_H
 
 #include "platform/cameras/pixels/picture.h"
-#include "platform/cameras/pixels/scratch_pool.h"
+#include "platform/cameras/pixels/pixel_pool.h"
 
 namespace ostrel {
 namespace cameras {
@@ -12,10 +12,10 @@ namespace pixels {
 bool isYuv(Layout layout);
 
 // The picture must have all of its bytes. Re-entrant.
-bool planesToBgra(const Picture& picture, uint8_t* bgra, int stride, ScratchPool& pool);
+bool planesToBgra(const Picture& picture, uint8_t* bgra, int stride, PixelPool& pool);
 
 // Writes the picture as I420 of the size and stride that `small` describes.
-bool scalePlanes(const Picture& picture, uint8_t* i420, const Picture& small, ScratchPool& pool);
+bool scalePlanes(const Picture& picture, uint8_t* i420, const Picture& small, PixelPool& pool);
 
 } // namespace pixels
 } // namespace cameras

@@ -12,7 +12,7 @@ namespace cameras {
 namespace v4l2 {
 
 BufferFrame::BufferFrame(const std::shared_ptr<BufferQueue>& queue, unsigned index,
-                         const pixels::Picture& picture, const std::shared_ptr<pixels::ScratchPool>& pool,
+                         const pixels::Picture& picture, const std::shared_ptr<pixels::PixelPool>& pool,
                          const std::shared_ptr<StreamCounters>& counters)
     : queue_(queue), index_(index), layout_(picture.layout), pool_(pool), counters_(counters),
       picture_(picture) {}

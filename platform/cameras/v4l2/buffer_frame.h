@@ -4,7 +4,7 @@
 
 #include "platform/cameras/camera.h"
 #include "platform/cameras/pixels/picture.h"
-#include "platform/cameras/pixels/scratch_pool.h"
+#include "platform/cameras/pixels/pixel_pool.h"
 #include "platform/cameras/v4l2/stream_counters.h"
 
 #include <atomic>
@@ -25,7 +25,7 @@ public:
     // The picture's bytes belong to buffer `index` of the queue, which gets it back when the frame is
     // dropped.
     BufferFrame(const std::shared_ptr<BufferQueue>& queue, unsigned index, const pixels::Picture& picture,
-                const std::shared_ptr<pixels::ScratchPool>& pool,
+                const std::shared_ptr<pixels::PixelPool>& pool,
                 const std::shared_ptr<StreamCounters>& counters);
     ~BufferFrame() override;
 
@@ -39,12 +39,12 @@ private:
     const std::shared_ptr<BufferQueue> queue_;
     const unsigned index_;
     const pixels::Layout layout_;
-    const std::shared_ptr<pixels::ScratchPool> pool_;
+    const std::shared_ptr<pixels::PixelPool> pool_;
     const std::shared_ptr<StreamCounters> counters_;
     std::atomic<bool> taken_{false};
     std::shared_mutex mutex_; // shared by those who read the picture, alone for the one who moves it
     pixels::Picture picture_;
-    pixels::ScratchPool::Block own_;
+    pixels::PixelPool::Block own_;
 };
 
 } // namespace v4l2

@@ -54,7 +54,7 @@ struct KernelBuffer {
 
 BufferQueue::BufferQueue(const std::shared_ptr<VideoNode>& node, const Granted& granted,
                          const std::shared_ptr<StreamCounters>& counters)
-    : node_(node), granted_(granted), counters_(counters), pool_(std::make_shared<pixels::ScratchPool>()) {}
+    : node_(node), granted_(granted), counters_(counters), pool_(std::make_shared<pixels::PixelPool>()) {}
 
 BufferQueue::~BufferQueue() {
     close();

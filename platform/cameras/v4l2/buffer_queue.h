@@ -3,7 +3,7 @@
 #define OSTREL_PLATFORM_CAMERAS_V4L2_BUFFER_QUEUE_H
 
 #include "platform/cameras/camera.h"
-#include "platform/cameras/pixels/scratch_pool.h"
+#include "platform/cameras/pixels/pixel_pool.h"
 #include "platform/cameras/v4l2/stream_counters.h"
 #include "platform/cameras/v4l2/video_node.h"
 
@@ -81,7 +81,7 @@ private:
     std::shared_ptr<VideoNode> node_; // null once closed
     const Granted granted_;
     const std::shared_ptr<StreamCounters> counters_;
-    const std::shared_ptr<pixels::ScratchPool> pool_;
+    const std::shared_ptr<pixels::PixelPool> pool_;
     std::vector<Buffer> buffers_;
     bool requested_ = false;
     int refusal_ = 0;

@@ -15,7 +15,7 @@ using cameras::pixels::decodeJpeg;
 using cameras::pixels::faultOfJpeg;
 using cameras::pixels::Layout;
 using cameras::pixels::Picture;
-using cameras::pixels::ScratchPool;
+using cameras::pixels::PixelPool;
 
 namespace {
 
@@ -27,7 +27,7 @@ std::string faultOf(const std::vector<uint8_t>& jpeg, int width = kWidth, int he
 }
 
 bool convert(const std::vector<uint8_t>& jpeg, std::vector<uint8_t>& bgra, int width, int height) {
-    static ScratchPool pool;
+    static PixelPool pool;
     Picture picture;
     picture.layout = Layout::Jpeg;
     picture.width = kWidth;

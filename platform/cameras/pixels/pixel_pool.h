@@ -1,10 +1,11 @@
 // Pixel memory that is used again instead of being allocated for each frame: pages fresh from the kernel cost
 // twenty times what writing to them costs.
-#ifndef OSTREL_PLATFORM_CAMERAS_PIXELS_SCRATCH_POOL_H
-#define OSTREL_PLATFORM_CAMERAS_PIXELS_SCRATCH_POOL_H
+#ifndef OSTREL_PLATFORM_CAMERAS_PIXELS_PIXEL_POOL_H
+#define OSTREL_PLATFORM_CAMERAS_PIXELS_PIXEL_POOL_H
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -14,25 +15,30 @@ namespace cameras {
 namespace pixels {
 
 // Thread-safe. Blocks may outlive the pool.
-class ScratchPool {
+class PixelPool {
+    struct Free {
+        void operator()(uint8_t* bytes) const { std::free(bytes); }
+    };
     struct Memory {
-        std::unique_ptr<uint8_t[]> bytes;
+        std::unique_ptr<uint8_t[], Free> bytes;
         size_t size = 0;
     };
     struct Shelf;
 
 public:
     // Memory on loan, bound to one thread; its contents are undefined at first. An empty block holds none.
+    // Giving back neither allocates nor throws.
     class Block {
     public:
         Block() = default;
         Block(Block&&) noexcept = default;
         Block& operator=(Block&& other) noexcept;
         ~Block() { giveBack(); }
+        explicit operator bool() const { return memory_.bytes != nullptr; }
         uint8_t* data() const { return memory_.bytes.get(); }
 
     private:
-        friend class ScratchPool;
+        friend class PixelPool;
         Block(std::shared_ptr<Shelf> shelf, Memory memory)
             : shelf_(std::move(shelf)), memory_(std::move(memory)) {}
         void giveBack();
@@ -40,16 +46,20 @@ public:
         Memory memory_;
     };
 
-    ScratchPool();
-    ~ScratchPool() { retire(); }
+    PixelPool();
+    ~PixelPool() { retire(); }
+    PixelPool(const PixelPool&) = delete;
+    PixelPool& operator=(const PixelPool&) = delete;
 
-    // Throws std::bad_alloc when there is no memory.
+    // Aligned for every vector instruction. Throws std::bad_alloc when there is no memory.
     Block take(size_t bytes);
     // Frees what lies unused, and from now on whatever comes back.
     void retire();
+    // How many blocks were ever allocated.
+    uint64_t allocations() const;
 
 private:
-    std::shared_ptr<Shelf> shelf_;
+    const std::shared_ptr<Shelf> shelf_;
 };
 
 } // namespace pixels
