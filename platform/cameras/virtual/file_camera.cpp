@@ -14,20 +14,18 @@ namespace {
 class ClipFrame : public VirtualFrame {
 public:
     ClipFrame(VirtualStream& stream, std::shared_ptr<Y4mClip> clip, uint64_t planes)
-        : VirtualFrame(stream.figures()), pixels_(stream.pixels()), scratch_(stream.scratch()),
-          clip_(std::move(clip)), planes_(planes) {}
+        : VirtualFrame(stream.figures()), pool_(stream.pool()), clip_(std::move(clip)), planes_(planes) {}
 
 protected:
     bool draw(uint8_t* bgra, int width, int height, int stride) override {
         const YuvLayout& layout = clip_->format().layout;
-        const PixelPool::Block picture = PixelPool::take(pixels_, layout.bytes());
-        return picture && clip_->reader().readPlanes(planes_, picture.data()) &&
-               drawYuv(layout, picture.data(), scratch_, bgra, width, height, stride);
+        const pixels::PixelPool::Block picture = pool_->take(layout.bytes());
+        return clip_->reader().readPlanes(planes_, picture.data()) &&
+               drawYuv(layout, picture.data(), *pool_, bgra, width, height, stride);
     }
 
 private:
-    const std::shared_ptr<PixelPool> pixels_;
-    const std::shared_ptr<PixelPool> scratch_;
+    const std::shared_ptr<pixels::PixelPool> pool_;
     const std::shared_ptr<Y4mClip> clip_;
     const uint64_t planes_;
 };

@@ -1,7 +1,7 @@
 #include "platform/cameras/virtual/pattern_painter.h"
 
+#include "platform/cameras/pixels/scaling.h"
 #include "platform/cameras/virtual/canvas.h"
-#include "platform/cameras/virtual/scaling.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -137,10 +137,8 @@ void drawNumber(Canvas& canvas, int topBand, uint32_t number) {
 const uint8_t* PatternPainter::background() {
     std::lock_guard<std::mutex> lock(mutex_);
     if (!background_) {
-        PixelPool::Block fresh =
-            PixelPool::take(pool_, static_cast<size_t>(width_) * 4 * static_cast<size_t>(height_));
-        if (!fresh)
-            return nullptr;
+        pixels::PixelPool::Block fresh =
+            pool_.take(static_cast<size_t>(width_) * 4 * static_cast<size_t>(height_));
         Canvas canvas(fresh.data(), width_, height_, width_ * 4);
         drawBackground(canvas);
         background_ = std::move(fresh);
@@ -159,22 +157,21 @@ void PatternPainter::draw(const uint8_t* background, const pattern::Stamp& stamp
 }
 
 bool PatternPainter::paint(const pattern::Stamp& stamp, uint8_t* bgra, int width, int height, int stride) {
-    const uint8_t* const still = background();
-    if (!still)
+    if (!pixels::sizeIsSane(width, height))
         return false;
+    const uint8_t* const still = background();
     if (width == width_ && height == height_) {
         Canvas canvas(bgra, width, height, stride);
         draw(still, stamp, canvas);
         return true;
     }
     const int nativeStride = width_ * 4;
-    const PixelPool::Block native =
-        PixelPool::take(pool_, static_cast<size_t>(nativeStride) * static_cast<size_t>(height_));
-    if (!native)
-        return false;
+    const pixels::PixelPool::Block native =
+        pool_.take(static_cast<size_t>(nativeStride) * static_cast<size_t>(height_));
     Canvas canvas(native.data(), width_, height_, nativeStride);
     draw(still, stamp, canvas);
-    return scalePicture({native.data(), width_, height_, nativeStride}, {bgra, width, height, stride});
+    pixels::scaleBgra({native.data(), width_, height_, nativeStride}, {bgra, width, height, stride}, pool_);
+    return true;
 }
 
 } // namespace cameras

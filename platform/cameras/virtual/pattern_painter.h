@@ -2,10 +2,9 @@
 #ifndef OSTREL_PLATFORM_CAMERAS_VIRTUAL_PATTERN_PAINTER_H
 #define OSTREL_PLATFORM_CAMERAS_VIRTUAL_PATTERN_PAINTER_H
 
+#include "platform/cameras/pixels/pixel_pool.h"
 #include "platform/cameras/virtual/pattern_code.h"
-#include "platform/cameras/virtual/pixel_pool.h"
 
-#include <memory>
 #include <mutex>
 
 namespace ostrel {
@@ -19,12 +18,12 @@ class PatternPainter {
 public:
     PatternPainter(int width, int height) : width_(width), height_(height) {}
 
-    // The pattern at its native size, scaled when another size is asked for. False when there is no memory or
-    // the size cannot be scaled to.
+    // The pattern at its native size, scaled when another size is asked for. False when the size cannot be
+    // scaled to.
     bool paint(const pattern::Stamp& stamp, uint8_t* bgra, int width, int height, int stride);
 
     // How many pictures' worth of memory was ever allocated.
-    uint64_t allocations() const { return pool_->allocations(); }
+    uint64_t allocations() const { return pool_.allocations(); }
 
 private:
     const uint8_t* background();
@@ -32,9 +31,9 @@ private:
 
     const int width_;
     const int height_;
-    const std::shared_ptr<PixelPool> pool_ = std::make_shared<PixelPool>();
+    pixels::PixelPool pool_;
     std::mutex mutex_; // of background_, until it is drawn
-    PixelPool::Block background_;
+    pixels::PixelPool::Block background_;
 };
 
 } // namespace cameras

@@ -1,54 +1,56 @@
 #include "platform/cameras/virtual/push_camera.h"
 
-#include "platform/cameras/virtual/scaling.h"
+#include "platform/cameras/pixels/bgra.h"
 #include "platform/cameras/virtual/yuv_picture.h"
 
 #include <cstring>
+#include <new>
 
 namespace ostrel {
 namespace cameras {
 
 namespace {
 
-// Neither a row nor a picture's offset exceeds what libyuv takes.
-const int GREATEST_SIDE = 16384;
-
-bool isSize(int width, int height) {
-    return width >= 1 && width <= GREATEST_SIDE && height >= 1 && height <= GREATEST_SIDE;
+// Empty when there is no memory.
+pixels::PixelPool::Block takeIfThereIs(size_t bytes, pixels::PixelPool& pool) {
+    try {
+        return pool.take(bytes);
+    } catch (const std::bad_alloc&) {
+        return pixels::PixelPool::Block();
+    }
 }
 
 class PushedFrame : public VirtualFrame {
 public:
-    PushedFrame(std::shared_ptr<StreamFigures> figures, PixelPool::Block picture, int width, int height)
-        : VirtualFrame(std::move(figures)), picture_(std::move(picture)), width_(width), height_(height) {}
+    PushedFrame(VirtualStream& stream, pixels::PixelPool::Block memory, const pixels::Picture& picture)
+        : VirtualFrame(stream.figures()), memory_(std::move(memory)), picture_(picture),
+          pool_(stream.pool()) {}
 
 protected:
     bool draw(uint8_t* bgra, int width, int height, int stride) override {
-        return scalePicture({picture_.data(), width_, height_, width_ * 4}, {bgra, width, height, stride});
+        return pixels::toBgra(picture_, bgra, width, height, stride, *pool_);
     }
 
 private:
-    const PixelPool::Block picture_;
-    const int width_;
-    const int height_;
+    const pixels::PixelPool::Block memory_;
+    const pixels::Picture picture_;
+    const std::shared_ptr<pixels::PixelPool> pool_;
 };
 
 class PushedYuvFrame : public VirtualFrame {
 public:
-    PushedYuvFrame(std::shared_ptr<StreamFigures> figures, PixelPool::Block picture, const YuvLayout& layout,
-                   std::shared_ptr<PixelPool> scratch)
-        : VirtualFrame(std::move(figures)), picture_(std::move(picture)), layout_(layout),
-          scratch_(std::move(scratch)) {}
+    PushedYuvFrame(VirtualStream& stream, pixels::PixelPool::Block planes, const YuvLayout& layout)
+        : VirtualFrame(stream.figures()), planes_(std::move(planes)), layout_(layout), pool_(stream.pool()) {}
 
 protected:
     bool draw(uint8_t* bgra, int width, int height, int stride) override {
-        return drawYuv(layout_, picture_.data(), scratch_, bgra, width, height, stride);
+        return drawYuv(layout_, planes_.data(), *pool_, bgra, width, height, stride);
     }
 
 private:
-    const PixelPool::Block picture_;
+    const pixels::PixelPool::Block planes_;
     const YuvLayout layout_;
-    const std::shared_ptr<PixelPool> scratch_;
+    const std::shared_ptr<pixels::PixelPool> pool_;
 };
 
 } // namespace
@@ -67,25 +69,31 @@ std::shared_ptr<VirtualStream> PushCamera::listeningStream() const {
 }
 
 bool PushCamera::push(const uint8_t* bgra, int width, int height, int stride) {
-    if (!bgra || !isSize(width, height) || stride < width * 4)
+    if (!bgra || !pixels::sizeIsSane(width, height) || stride < width * 4)
         return false;
     const std::shared_ptr<VirtualStream> current = listeningStream();
     if (!current)
         return false;
     const size_t rowBytes = static_cast<size_t>(width) * 4;
-    PixelPool::Block copy = PixelPool::take(current->pixels(), rowBytes * static_cast<size_t>(height));
+    pixels::Picture picture;
+    picture.layout = pixels::Layout::Bgrx;
+    picture.width = width;
+    picture.height = height;
+    picture.stride = width * 4;
+    picture.bytes = rowBytes * static_cast<size_t>(height);
+    pixels::PixelPool::Block copy = takeIfThereIs(picture.bytes, *current->pool());
     if (!copy)
         return false;
     for (int y = 0; y < height; ++y)
         std::memcpy(copy.data() + static_cast<size_t>(y) * rowBytes,
                     bgra + static_cast<ptrdiff_t>(y) * stride, rowBytes);
+    picture.data = copy.data();
     current->figures()->setGranted("BGRA", width, height, 0);
-    return current->deliver(
-        std::make_shared<PushedFrame>(current->figures(), std::move(copy), width, height));
+    return current->deliver(std::make_shared<PushedFrame>(*current, std::move(copy), picture));
 }
 
 bool PushCamera::pushI420(const uint8_t* i420, int width, int height) {
-    if (!i420 || !isSize(width, height))
+    if (!i420 || !pixels::sizeIsSane(width, height))
         return false;
     const std::shared_ptr<VirtualStream> current = listeningStream();
     if (!current)
@@ -93,13 +101,12 @@ bool PushCamera::pushI420(const uint8_t* i420, int width, int height) {
     YuvLayout layout;
     layout.width = width;
     layout.height = height;
-    PixelPool::Block copy = PixelPool::take(current->pixels(), layout.bytes());
+    pixels::PixelPool::Block copy = takeIfThereIs(layout.bytes(), *current->pool());
     if (!copy)
         return false;
     std::memcpy(copy.data(), i420, layout.bytes());
     current->figures()->setGranted(layout.code(), width, height, 0);
-    return current->deliver(
-        std::make_shared<PushedYuvFrame>(current->figures(), std::move(copy), layout, current->scratch()));
+    return current->deliver(std::make_shared<PushedYuvFrame>(*current, std::move(copy), layout));
 }
 
 } // namespace cameras

@@ -3,9 +3,9 @@
 #define OSTREL_PLATFORM_CAMERAS_VIRTUAL_STREAM_H
 
 #include "platform/cameras/delivery_thread.h"
+#include "platform/cameras/pixels/pixel_pool.h"
 #include "platform/cameras/sink_list.h"
 #include "platform/cameras/virtual/controls.h"
-#include "platform/cameras/virtual/pixel_pool.h"
 
 #include <atomic>
 #include <condition_variable>
@@ -26,10 +26,8 @@ public:
     bool join(const std::shared_ptr<FrameSink>& sink);
     SinkList& sinks() { return sinks_; }
     const std::shared_ptr<StreamFigures>& figures() const { return figures_; }
-    // Memory that is recycled while the stream runs: what frames hold, and what drawing them needs for a
-    // moment.
-    const std::shared_ptr<PixelPool>& pixels() const { return pixels_; }
-    const std::shared_ptr<PixelPool>& scratch() const { return scratch_; }
+    // For what frames hold, and what drawing them needs for a moment.
+    const std::shared_ptr<pixels::PixelPool>& pool() const { return pool_; }
 
     bool startThread(DeliveryThread::Body body) { return thread_.start("ostrel-virtual", std::move(body)); }
 
@@ -52,8 +50,7 @@ private:
 
     SinkList sinks_;
     const std::shared_ptr<StreamFigures> figures_;
-    const std::shared_ptr<PixelPool> pixels_ = std::make_shared<PixelPool>();
-    const std::shared_ptr<PixelPool> scratch_ = std::make_shared<PixelPool>();
+    const std::shared_ptr<pixels::PixelPool> pool_ = std::make_shared<pixels::PixelPool>();
     DeliveryThread thread_;
     std::atomic<bool> threadStopped_{false};
 

@@ -17,7 +17,6 @@ const size_t FRAME_LENGTH = sizeof(FRAME) - 1;
 const size_t LONGEST_HEADER = 4096;
 const size_t LONGEST_FRAME_LINE = 256;
 
-const int GREATEST_SIDE = 16384; // what libyuv scales
 const double GREATEST_RATE = 1000;
 const double LEAST_RATE = 0.001;
 const double UNKNOWN_RATE = 25; // played at this when the file does not say
@@ -48,7 +47,7 @@ std::string quoted(const std::string& text) {
 
 std::string parseSide(const std::string& value, const char* what, int& side) {
     uint64_t pixels = 0;
-    if (!parseNumber(value, GREATEST_SIDE, pixels) || pixels == 0)
+    if (!parseNumber(value, pixels::kLargestSide, pixels) || pixels == 0)
         return std::string("the ") + what + " " + quoted(value) + " is not from 1 to 16384";
     side = static_cast<int>(pixels);
     return std::string();

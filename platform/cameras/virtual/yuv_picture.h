@@ -2,21 +2,15 @@
 #ifndef OSTREL_PLATFORM_CAMERAS_VIRTUAL_YUV_PICTURE_H
 #define OSTREL_PLATFORM_CAMERAS_VIRTUAL_YUV_PICTURE_H
 
+#include "platform/cameras/pixels/planes.h"
+
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 
 namespace ostrel {
 namespace cameras {
 
-class PixelPool;
-
-enum class Chroma {
-    Halved,        // 4:2:0: half the columns, half the rows, both rounded up
-    HalvedColumns, // 4:2:2
-    Full,          // 4:4:4
-    None           // Y alone
-};
+using pixels::Chroma;
 
 struct YuvLayout {
     int width = 0;
@@ -38,22 +32,20 @@ struct YuvLayout {
         }
         return "GREY";
     }
-    int chromaWidth() const { return chroma == Chroma::Full ? width : width / 2 + width % 2; }
-    int chromaHeight() const { return chroma == Chroma::Halved ? height / 2 + height % 2 : height; }
+    int chromaWidth() const { return pixels::chromaWidth(chroma, width); }
+    int chromaHeight() const { return pixels::chromaHeight(chroma, height); }
     size_t lumaBytes() const { return static_cast<size_t>(width) * static_cast<size_t>(height); }
     size_t chromaBytes() const { // of one of the two planes
-        if (chroma == Chroma::None)
-            return 0;
         return static_cast<size_t>(chromaWidth()) * static_cast<size_t>(chromaHeight());
     }
     size_t bytes() const { return lumaBytes() + 2 * chromaBytes(); }
 };
 
 // Writes the picture as B, G, R, A with A = 255, rows stride bytes apart, scaled when width x height is
-// another size. The colours are BT.601. The pool lends the memory in between. False when there is none or the
-// size cannot be scaled to. Re-entrant.
-bool drawYuv(const YuvLayout& layout, const uint8_t* planes, const std::shared_ptr<PixelPool>& pool,
-             uint8_t* bgra, int width, int height, int stride);
+// another size. The colours are BT.601. The pool lends the memory in between. False when the size cannot be
+// scaled to. Re-entrant.
+bool drawYuv(const YuvLayout& layout, const uint8_t* planes, pixels::PixelPool& pool, uint8_t* bgra,
+             int width, int height, int stride);
 
 } // namespace cameras
 } // namespace ostrel

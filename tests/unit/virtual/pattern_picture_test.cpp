@@ -128,7 +128,7 @@ TEST(PatternPicture, AllocatesNothingInTheSteadyState) {
         ASSERT_TRUE(painter.paint({i, i}, same.bytes.data(), same.width, same.height, same.stride));
         ASSERT_TRUE(painter.paint({i, i}, other.bytes.data(), other.width, other.height, other.stride));
     }
-    EXPECT_EQ(2u, painter.allocations()) << "the standing part and one picture to scale from";
+    EXPECT_EQ(3u, painter.allocations()) << "the standing part, a picture to scale from and its colours";
 }
 
 TEST(PatternPicture, IsDrawnByTwoThreadsAtOnce) {

@@ -98,6 +98,29 @@ TEST_F(PushCamera, ScalesToWhatEachCaptureAsksFor) {
     EXPECT_EQ(2u, pushed.framesTaken());
 }
 
+TEST_F(PushCamera, WhiteStaysWhiteAtEverySize) {
+    ASSERT_FALSE(camera->start(320, 240, sink));
+    Bgra white(128, 96);
+    std::fill(white.bytes.begin(), white.bytes.end(), uint8_t(255));
+    const std::vector<uint8_t> i420White = [] {
+        std::vector<uint8_t> planes(128 * 96 * 3 / 2, 128);
+        std::fill_n(planes.begin(), 128 * 96, uint8_t(235));
+        return planes;
+    }();
+    for (const auto& size :
+         {std::pair<int, int>(128, 96), {320, 240}, {64, 48}, {48, 36}, {43, 29}, {9, 8}}) {
+        const auto expectWhite = [&] {
+            Bgra got(size.first, size.second);
+            ASSERT_TRUE(sink->last()->convert(got.bytes.data(), got.width, got.height, got.stride));
+            EXPECT_EQ(std::vector<uint8_t>(got.bytes.size(), 255), got.bytes) << got.width;
+        };
+        ASSERT_TRUE(push(white));
+        expectWhite();
+        ASSERT_TRUE(pushed.pushI420(i420White.data(), 128, 96));
+        expectWhite();
+    }
+}
+
 TEST_F(PushCamera, TakesAnotherSizeWithEachFrame) {
     ASSERT_FALSE(camera->start(320, 240, sink));
     uint32_t counter = 0;
@@ -239,39 +262,6 @@ TEST_F(PushCamera, ThreadsMayPushWhileOthersStartAndStop) {
     done = true;
     for (std::thread& pusher : pushers)
         pusher.join();
-}
-
-TEST(PixelPool, LendsTheSameMemoryAgain) {
-    const auto pool = std::make_shared<cameras::PixelPool>();
-    for (int i = 0; i < 100; ++i) {
-        const auto first = cameras::PixelPool::take(pool, 1000),
-                   second = cameras::PixelPool::take(pool, 1000);
-        ASSERT_TRUE(first && second);
-        ASSERT_NE(first.data(), second.data());
-    }
-    EXPECT_EQ(2u, pool->allocations());
-}
-
-TEST(PixelPool, KeepsOnlyTheSizeLastAskedFor) {
-    const auto pool = std::make_shared<cameras::PixelPool>();
-    {
-        const auto old = cameras::PixelPool::take(pool, 1000);
-        const auto fresh = cameras::PixelPool::take(pool, 2000);
-        EXPECT_EQ(2000u, fresh.size());
-    }
-    EXPECT_EQ(2u, pool->allocations());
-    { const auto again = cameras::PixelPool::take(pool, 2000); }
-    EXPECT_EQ(2u, pool->allocations());
-    { const auto another = cameras::PixelPool::take(pool, 1000); }
-    EXPECT_EQ(3u, pool->allocations());
-}
-
-TEST(PixelPool, BlocksOutliveThePoolsOwner) {
-    auto pool = std::make_shared<cameras::PixelPool>();
-    auto block = cameras::PixelPool::take(pool, 64);
-    pool.reset();
-    std::fill_n(block.data(), 64, uint8_t(1));
-    EXPECT_EQ(1, block.data()[63]);
 }
 
 } // namespace

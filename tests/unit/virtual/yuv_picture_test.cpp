@@ -53,7 +53,7 @@ std::vector<uint8_t> planesOf(const YuvLayout& layout) {
 const Chroma EVERY_CHROMA[] = {Chroma::Halved, Chroma::HalvedColumns, Chroma::Full, Chroma::None};
 
 TEST(YuvPicture, HasTheColoursOfBt601InEveryLayoutAlsoAtOddSizes) {
-    const auto pool = std::make_shared<PixelPool>();
+    pixels::PixelPool pool;
     for (const Chroma chroma : EVERY_CHROMA)
         for (const bool fullRange : {false, true})
             for (const auto& size : {std::pair<int, int>(16, 8), {17, 9}, {1, 1}, {3, 2}, {64, 5}}) {
@@ -81,23 +81,53 @@ TEST(YuvPicture, HasTheColoursOfBt601InEveryLayoutAlsoAtOddSizes) {
 }
 
 TEST(YuvPicture, ScalesFromEveryLayout) {
-    const auto pool = std::make_shared<PixelPool>();
-    for (const Chroma chroma : EVERY_CHROMA) {
-        const YuvLayout layout = layoutOf(chroma, 33, 21);
+    pixels::PixelPool pool;
+    const auto drawAll = [&pool] {
+        for (const Chroma chroma : EVERY_CHROMA) {
+            const YuvLayout layout = layoutOf(chroma, 33, 21);
+            std::vector<uint8_t> planes(layout.bytes(), 128);
+            std::fill_n(planes.begin(), layout.lumaBytes(), uint8_t(235));
+            for (const auto& size : {std::pair<int, int>(66, 42), {10, 10}, {1, 1}, {320, 240}}) {
+                Bgra got(size.first, size.second);
+                ASSERT_TRUE(drawYuv(layout, planes.data(), pool, got.bytes.data(), got.width, got.height,
+                                    got.stride));
+                EXPECT_EQ(std::vector<uint8_t>(got.bytes.size(), 255), got.bytes) << layout.code();
+            }
+        }
+    };
+    drawAll();
+    const uint64_t allocations = pool.allocations();
+    drawAll();
+    EXPECT_EQ(allocations, pool.allocations());
+}
+
+TEST(YuvPicture, KeepsItsColoursInTheirPlacesWhenItIsScaled) {
+    pixels::PixelPool pool;
+    for (const Chroma chroma : {Chroma::Halved, Chroma::HalvedColumns, Chroma::Full}) {
+        const YuvLayout layout = layoutOf(chroma, 31, 23);
         std::vector<uint8_t> planes(layout.bytes(), 128);
-        std::fill_n(planes.begin(), layout.lumaBytes(), uint8_t(235));
-        for (const auto& size : {std::pair<int, int>(66, 42), {10, 10}, {1, 1}, {320, 240}}) {
+        uint8_t* const u = planes.data() + layout.lumaBytes();
+        uint8_t* const v = u + layout.chromaBytes();
+        const int columns = layout.chromaWidth(), rows = layout.chromaHeight();
+        for (int y = 0; y < rows; ++y)
+            for (int x = 0; x < columns; ++x) {
+                u[y * columns + x] = 2 * x < columns ? 90 : 170; // yellow on the left, blue on the right
+                v[y * columns + x] = 2 * y < rows ? 90 : 170;    // green above, red below
+            }
+        for (const auto& size : {std::pair<int, int>(62, 46), {31, 46}, {12, 8}, {40, 11}}) {
             Bgra got(size.first, size.second);
             ASSERT_TRUE(
                 drawYuv(layout, planes.data(), pool, got.bytes.data(), got.width, got.height, got.stride));
-            for (int y = 0; y < got.height; ++y)
-                for (int x = 0; x < got.width; ++x) {
-                    ASSERT_GE(std::min({got.at(x, y)[0], got.at(x, y)[1], got.at(x, y)[2]}), 252);
-                    ASSERT_EQ(255, got.at(x, y)[3]);
+            for (const bool right : {false, true})
+                for (const bool below : {false, true}) {
+                    int bgr[3];
+                    reference(128, right ? 170 : 90, below ? 170 : 90, false, bgr);
+                    const uint8_t* const p = got.at(right ? got.width - 1 : 0, below ? got.height - 1 : 0);
+                    for (int c = 0; c < 3; ++c)
+                        EXPECT_NEAR(bgr[c], p[c], 3) << layout.code() << " " << size.first << right << below;
                 }
         }
     }
-    EXPECT_EQ(1u, pool->allocations()) << "all scale from a picture of one size";
 }
 
 } // namespace
