@@ -16,9 +16,9 @@ protected:
     // Shows the camera a picture in one grey. Capturing starts on a thread of its own, so the first push may
     // come too early; it is refused then.
     bool show(uint8_t grey) {
-        const std::vector<uint8_t> picture(320 * 240 * 4, grey);
+        const std::vector<uint8_t> picture(64 * 48 * 4, grey);
         for (int attempt = 0; attempt < 500; ++attempt) {
-            if (camera.push(picture.data(), 320, 240, 320 * 4))
+            if (camera.push(picture.data(), 64, 48, 64 * 4))
                 return true;
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         }
