@@ -66,9 +66,8 @@ CVReturn CVPixelBufferCreate(CFAllocatorRef, size_t width, size_t height, OSType
         return checked;
     try {
         const size_t bytesPerRow = width * BYTES_PER_PIXEL;
-        const std::shared_ptr<uint8_t> memory = ostrel::PixelMemoryPool::make(bytesPerRow * height)->take();
-        if (!memory)
-            return kCVReturnAllocationFailed;
+        ostrel::cameras::pixels::PixelPool pool(0);
+        const std::shared_ptr<uint8_t> memory = ostrel::takeShared(pool, bytesPerRow * height);
         return make(width, height, bytesPerRow, memory, pixelBufferOut);
     } catch (const std::bad_alloc&) {
         return kCVReturnAllocationFailed;

@@ -30,24 +30,16 @@ CVPixelBufferRef PictureMaker::makeBuffer(const std::shared_ptr<cameras::CameraF
     return new __CVBuffer(width, static_cast<size_t>(height_), bytesPerRow, std::move(picture));
 }
 
-std::shared_ptr<PixelMemoryPool> PictureMaker::poolFor(size_t blockSize) {
-    std::lock_guard<std::mutex> lock(mutex_);
-    if (!pool_ || pool_->blockSize() != blockSize)
-        pool_ = PixelMemoryPool::make(blockSize);
-    return pool_;
-}
-
 // Only a frame that may turn out broken needs the last good picture. For any other it goes back to the pool
 // first, and is the block that comes out again once nobody reads it: two blocks in turn would take twice the
 // room in the processor's cache.
 std::shared_ptr<uint8_t> PictureMaker::memoryFor(const cameras::CameraFrame& frame, size_t size) {
-    const auto pool = poolFor(size);
     if (!frame.mayBeBroken()) {
         std::lock_guard<std::mutex> lock(mutex_);
         lastGood_.reset();
         lastGoodSize_ = 0;
     }
-    return pool->take();
+    return takeShared(pool_, size);
 }
 
 // A picture that turns out to be broken shows the last good one instead: a client that polls sees the frame
@@ -57,7 +49,7 @@ std::shared_ptr<uint8_t> PictureMaker::convert(cameras::CameraFrame& frame, size
     std::shared_ptr<uint8_t> pixels;
     try {
         pixels = memoryFor(frame, size);
-        if (pixels && !frame.convert(pixels.get(), width_, height_, static_cast<int>(bytesPerRow)))
+        if (!frame.convert(pixels.get(), width_, height_, static_cast<int>(bytesPerRow)))
             pixels.reset();
     } catch (const std::bad_alloc&) {
         pixels.reset();

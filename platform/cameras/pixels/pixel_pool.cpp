@@ -10,9 +10,6 @@ namespace pixels {
 
 namespace {
 
-// Two captures converting at the same time use four blocks each at most.
-const size_t kSpareBlocks = 8;
-
 // A cache line, and enough for every vector instruction that the conversions use.
 const size_t kAlignment = 64;
 
@@ -36,6 +33,9 @@ uint8_t* allocate(size_t size) {
 } // namespace
 
 struct PixelPool::Shelf {
+    explicit Shelf(size_t room) : most(room) { spare.reserve(room); }
+
+    const size_t most;
     std::mutex mutex;
     std::vector<Memory> spare;
     bool retired = false;
@@ -46,21 +46,19 @@ struct PixelPool::Shelf {
         std::lock_guard<std::mutex> lock(mutex);
         if (retired)
             return;
-        if (spare.size() < kSpareBlocks) {
+        if (spare.size() < most) {
             spare.push_back(std::move(memory));
             return;
         }
         // The larger ones are kept: they serve every request that the smaller ones serve.
         const auto smallest = std::min_element(
             spare.begin(), spare.end(), [](const Memory& a, const Memory& b) { return a.size < b.size; });
-        if (smallest->size < memory.size)
+        if (smallest != spare.end() && smallest->size < memory.size)
             std::swap(*smallest, memory);
     }
 };
 
-PixelPool::PixelPool() : shelf_(std::make_shared<Shelf>()) {
-    shelf_->spare.reserve(kSpareBlocks);
-}
+PixelPool::PixelPool(size_t spareBlocks) : shelf_(std::make_shared<Shelf>(spareBlocks)) {}
 
 PixelPool::Block PixelPool::take(size_t bytes) {
     {

@@ -14,7 +14,7 @@ namespace ostrel {
 namespace cameras {
 namespace pixels {
 
-// Thread-safe. Blocks may outlive the pool.
+// Thread-safe. Blocks may outlive the pool: they are freed then.
 class PixelPool {
     struct Free {
         void operator()(uint8_t* bytes) const { std::free(bytes); }
@@ -46,7 +46,11 @@ public:
         Memory memory_;
     };
 
-    PixelPool();
+    // Two captures converting at the same time use four blocks each at most.
+    static const size_t kSpareBlocks = 8;
+
+    // Keeps this many blocks that are not in use.
+    explicit PixelPool(size_t spareBlocks = kSpareBlocks);
     ~PixelPool() { retire(); }
     PixelPool(const PixelPool&) = delete;
     PixelPool& operator=(const PixelPool&) = delete;
