@@ -2,6 +2,7 @@
 
 #include "capture/diagnostics.h"
 #include "capture/session_handle.h"
+#include "processing/frame_memory.h"
 #include "processing/wrapping.h"
 
 #include <ostrel/devices.h>
@@ -35,7 +36,7 @@ struct OVideoCaptureMacXPrivate {
 
     int32_t width;
     int32_t height;
-    std::unique_ptr<unsigned char[]> frameBuffer; // at least frameBytes() of them while capturing
+    FrameMemory frameBuffer; // at least frameBytes() of them while capturing
     QString cameraId;
     bool capturing;
     SessionObject* captureObject;
@@ -67,13 +68,13 @@ size_t bufferBytes(int width, int height) {
 // the new buffer is large enough for both. The old one goes when the new one is there.
 void OVideoCaptureMacXPrivate::replaceFrameBuffer(int newWidth, int newHeight) {
     const size_t bytes = std::max(bufferBytes(newWidth, newHeight), static_cast<size_t>(frameBytes()));
-    frameBuffer.reset(new unsigned char[bytes]);
+    frameBuffer = FrameMemory(bytes);
 }
 
 // Copies the newest frame into frameBuffer; false unless it has the driver's size.
 bool OVideoCaptureMacXPrivate::copyNewestFrame() {
     const int64_t expected = frameBytes();
-    const int64_t copied = givenUp ? 0 : session::copyFrame(captureObject, frameBuffer.get(), expected);
+    const int64_t copied = givenUp ? 0 : session::copyFrame(captureObject, frameBuffer.data(), expected);
     return copied == expected;
 }
 
@@ -166,7 +167,7 @@ void OVideoCaptureMacX::videoFrame(std::vector<unsigned char>& out) {
     out.clear();
     if (!d->capturing || !d->copyNewestFrame())
         return;
-    out.insert(out.end(), d->frameBuffer.get(), d->frameBuffer.get() + d->frameBytes());
+    out.insert(out.end(), d->frameBuffer.data(), d->frameBuffer.data() + d->frameBytes());
 }
 
 void OVideoCaptureMacX::selfVideoFrame(VideoFrame& frame) {
@@ -179,7 +180,7 @@ void OVideoCaptureMacX::selfVideoFrame(VideoFrame& frame) {
     frame.data.resize(bytes);
     frame.frameNumber = d->givenUp ? 0 : session::frameCounter(d->captureObject);
     frame.formatId = 4;
-    std::copy(d->frameBuffer.get(), d->frameBuffer.get() + bytes, frame.data.begin());
+    std::copy(d->frameBuffer.data(), d->frameBuffer.data() + bytes, frame.data.begin());
 }
 
 QString OVideoCaptureMacX::cameraUniqueId() {

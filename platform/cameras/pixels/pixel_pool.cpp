@@ -1,36 +1,10 @@
 #include "platform/cameras/pixels/pixel_pool.h"
 
 #include <algorithm>
-#include <new>
-#include <sys/mman.h>
 
 namespace ostrel {
 namespace cameras {
 namespace pixels {
-
-namespace {
-
-// A cache line, and enough for every vector instruction that the conversions use.
-const size_t kAlignment = 64;
-
-// With pages of 4 KiB, the addresses of a large picture's 900 pages are looked up again for each frame:
-// converting into pages of this size took a fifth less time, and copying from them a twelfth.
-const size_t kHugePage = 2 * 1024 * 1024;
-
-uint8_t* allocate(size_t size) {
-    if (size > SIZE_MAX - kHugePage)
-        throw std::bad_alloc();
-    const size_t alignment = size < kHugePage ? kAlignment : kHugePage;
-    const size_t rounded = (size + alignment) / alignment * alignment;
-    void* const bytes = std::aligned_alloc(alignment, rounded);
-    if (!bytes)
-        throw std::bad_alloc();
-    if (alignment == kHugePage)
-        ::madvise(bytes, rounded, MADV_HUGEPAGE); // refused where the kernel has none: it serves all the same
-    return static_cast<uint8_t*>(bytes);
-}
-
-} // namespace
 
 struct PixelPool::Shelf {
     explicit Shelf(size_t room) : most(room) { spare.reserve(room); }
@@ -76,7 +50,7 @@ PixelPool::Block PixelPool::take(size_t bytes) {
         ++shelf_->allocations;
     }
     Memory memory;
-    memory.bytes.reset(allocate(bytes));
+    memory.bytes = FrameMemory(bytes);
     memory.size = bytes;
     return Block(shelf_, std::move(memory));
 }
@@ -103,7 +77,7 @@ PixelPool::Block& PixelPool::Block::operator=(Block&& other) noexcept {
 }
 
 void PixelPool::Block::giveBack() {
-    if (memory_.bytes)
+    if (*this)
         shelf_->put(memory_);
     shelf_.reset();
     memory_ = Memory();

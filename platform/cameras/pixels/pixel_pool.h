@@ -3,9 +3,10 @@
 #ifndef OSTREL_PLATFORM_CAMERAS_PIXELS_PIXEL_POOL_H
 #define OSTREL_PLATFORM_CAMERAS_PIXELS_PIXEL_POOL_H
 
+#include "processing/frame_memory.h"
+
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -16,11 +17,8 @@ namespace pixels {
 
 // Thread-safe. Blocks may outlive the pool: they are freed then.
 class PixelPool {
-    struct Free {
-        void operator()(uint8_t* bytes) const { std::free(bytes); }
-    };
     struct Memory {
-        std::unique_ptr<uint8_t[], Free> bytes;
+        FrameMemory bytes;
         size_t size = 0;
     };
     struct Shelf;
@@ -34,8 +32,8 @@ public:
         Block(Block&&) noexcept = default;
         Block& operator=(Block&& other) noexcept;
         ~Block() { giveBack(); }
-        explicit operator bool() const { return memory_.bytes != nullptr; }
-        uint8_t* data() const { return memory_.bytes.get(); }
+        explicit operator bool() const { return memory_.bytes.data() != nullptr; }
+        uint8_t* data() const { return memory_.bytes.data(); }
 
     private:
         friend class PixelPool;

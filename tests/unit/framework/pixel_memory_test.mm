@@ -14,24 +14,12 @@ constexpr std::size_t PICTURE = WIDTH * HEIGHT * 4;
 
 std::atomic<int> largeAllocations{0};
 
-void* counted(std::size_t alignment, std::size_t size) {
-    if (size >= PICTURE)
-        ++largeAllocations;
-    void* memory = nullptr;
-    return posix_memalign(&memory, alignment < sizeof(void*) ? sizeof(void*) : alignment, size ? size : 1) ==
-                   0
-               ? memory
-               : nullptr;
-}
-
 } // namespace
 
-extern "C" void* aligned_alloc(std::size_t alignment, std::size_t size) noexcept {
-    return counted(alignment, size);
-}
-
 void* operator new(std::size_t size) {
-    if (void* const memory = counted(alignof(std::max_align_t), size))
+    if (size >= PICTURE)
+        ++largeAllocations;
+    if (void* const memory = std::malloc(size ? size : 1))
         return memory;
     throw std::bad_alloc();
 }
