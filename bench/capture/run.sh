@@ -12,7 +12,7 @@ rounds=${ROUNDS:-5}
 on_timed_camera() {
     local peer
     "$programs/bench_peer_library" timed "$2" "$3" "$1" 30 45 2>/dev/null
-    for peer in opencv gstreamer ffmpeg; do
+    for peer in opencv opencv_bgra gstreamer ffmpeg; do
         [ -x "$programs/bench_peer_$peer" ] || continue
         TIMED_CAMERA="/dev/video90 $1 $2 $3 30" LD_PRELOAD="$programs/bench_timed_camera.so" \
             timeout 60 "$programs/bench_peer_$peer" /dev/video90 "$2" "$3" "$1" 30 45 2>/dev/null ||

@@ -1,0 +1,155 @@
+#!/usr/bin/env python3
+"""Tables (Markdown) and plots (SVG) of the capture benchmarks.
+
+usage: capture.py RESULTS.json FOLDER
+
+RESULTS.json holds what bench_capture, the peers and the start-up measurement wrote, one JSON object a line. Writes a table
+of each kind of result (capture-NAME.md) and the plots (capture-NAME.svg) to FOLDER. Times are processor time; only those
+of one run can be compared.
+"""
+import json
+import os
+import statistics
+import sys
+
+from chart import bars, histogram, lines
+
+FLOOR = "floor"
+HABITS = ["taken", "polled at 60 Hz", "polled at 10 Hz", "not polled"]
+PEERS = ["OpenCV VideoCapture", "OpenCV, as 32 bits", "GStreamer v4l2src", "ffmpeg v4l2"]
+
+
+def read(path):
+    with open(path, encoding="utf-8") as file:
+        return [json.loads(line) for line in file if line.strip()]
+
+
+def of_kind(results, kind):
+    return [result for result in results if result["kind"] == kind]
+
+
+def table(head, rows):
+    align = ["---"] + ["---:"] * (len(head) - 1)
+    return "\n".join("| " + " | ".join(row) + " |" for row in [head, align] + rows) + "\n"
+
+
+def round_ratio(entry, other):
+    """The median of the rounds' own ratios: the neighbours of a round ran under the same conditions."""
+    return statistics.median(a / b for a, b in zip(entry["rounds"], other["rounds"]))
+
+
+def costs(results, folder):
+    cameras = {}
+    for entry in of_kind(results, "cost"):
+        cameras.setdefault(entry["camera"], {})[entry["contender"]] = entry
+    if not cameras:
+        return ""
+    rows, groups = [], []
+    for camera, entries in cameras.items():
+        floor, taken = entries[FLOOR], entries["taken"]
+        ratios = {name: round_ratio(entries[name], floor) for name in HABITS + ["floor, not polled"]}
+        rows.append([camera, f"{floor['microseconds']:.0f}"] + [f"{ratios[name]:.3f}" for name in HABITS] +
+                    [f"{100 * round_ratio(entries[name], taken):.1f} %"
+                     for name in ("polled at 10 Hz", "not polled", "floor, not polled")])
+        groups.append((camera, [(name, ratios[name]) for name in HABITS]))
+    with open(os.path.join(folder, "capture-costs.svg"), "w", encoding="utf-8") as file:
+        file.write(bars("Processor time for each frame of a camera, floor = 1", groups, HABITS, unit="x"))
+    head = (["camera at 30 Hz", "floor, us"] + [f"{name} / floor" for name in HABITS] +
+            ["10 Hz / taken", "not polled / taken", "bare dequeue / taken"])
+    counted = [[camera] + [f"{entries['taken'][field]:g}" for field in
+                           ("page_faults", "large_allocations", "frames", "allocations_per_frame",
+                            "sleeps_per_frame", "queue_calls_per_frame")]
+               for camera, entries in cameras.items()]
+    return (table(head, rows) + "\nCounted while every frame was taken:\n\n" +
+            table(["camera", "page faults", "allocations of 64 KiB or more", "in frames", "small allocations / frame",
+                   "sleeps / frame", "queue calls / frame"], counted))
+
+
+def peers(results, folder):
+    cameras = {}
+    for entry in of_kind(results, "peer"):
+        key = (entry.get("where", "timed camera"), entry["camera"])
+        cameras.setdefault(key, {}).setdefault(entry["contender"], []).append(entry["microseconds"])
+    if not cameras:
+        return ""
+    rows, groups = [], []
+    for (where, camera), entries in cameras.items():
+        library = statistics.median(entries["library"])
+        ratios = {name: statistics.median(entries[name]) / library for name in PEERS if name in entries}
+        rows.append([f"{where}, {camera}", f"{library:.0f}"] +
+                    [f"{ratios[name]:.2f}" if name in ratios else "-" for name in PEERS])
+        groups.append((f"{where}, {camera}", list(ratios.items())))
+    with open(os.path.join(folder, "capture-peers.svg"), "w", encoding="utf-8") as file:
+        file.write(bars("Processor time of a frame, library = 1 (longer is slower)", groups, PEERS, unit="x"))
+    return table(["camera", "library, us"] + [f"{name} / library" for name in PEERS], rows)
+
+
+def growth(results, folder):
+    listings, captures = of_kind(results, "listing"), of_kind(results, "captures")
+    if not listings or not captures:
+        return ""
+    each = {name: [(entry["cameras"], entry[f"{name}_microseconds"] / entry["cameras"]) for entry in listings]
+            for name in ("list", "look_up")}
+    with open(os.path.join(folder, "capture-growth.svg"), "w", encoding="utf-8") as file:
+        file.write(lines("Listing cameras, and looking one up", [("list all", each["list"]), ("look up the last", each["look_up"])],
+                         "microseconds for each camera", "cameras"))
+    with open(os.path.join(folder, "capture-many.svg"), "w", encoding="utf-8") as file:
+        file.write(lines("Capturing from several cameras at once",
+                         [("YUYV 640x480, every frame taken", [(e["cameras"], e["microseconds"]) for e in captures])],
+                         "microseconds for each frame", "cameras"))
+    return (table(["cameras listed", "list, us", "look up, us", "list, us for each camera"],
+                  [[f"{e['cameras']:g}", f"{e['list_microseconds']:.0f}", f"{e['look_up_microseconds']:.0f}",
+                    f"{e['list_microseconds'] / e['cameras']:.1f}"] for e in listings]) + "\n" +
+            table(["cameras captured", "us for each frame"],
+                  [[f"{e['cameras']:g}", f"{e['microseconds']:.0f}"] for e in captures]))
+
+
+def percentiles(values):
+    ordered = sorted(values)
+    return [f"{ordered[int(len(ordered) * share)]:.2f}" for share in (0.05, 0.5, 0.95)]
+
+
+def latency(results, folder):
+    ages, starts = of_kind(results, "age"), of_kind(results, "first_frame")
+    if not ages or not starts:
+        return ""
+    with open(os.path.join(folder, "capture-age.svg"), "w", encoding="utf-8") as file:
+        file.write(histogram(f"Age of a polled frame, {ages[0]['camera']} at 30 Hz",
+                             [("when the poll returns", ages[0]["milliseconds"]),
+                              ("of the newest there is when it is called", ages[0]["at_best"])],
+                             2, "milliseconds since the driver had the frame"))
+    with open(os.path.join(folder, "capture-start.svg"), "w", encoding="utf-8") as file:
+        file.write(histogram(f"From startCapture to the first frame, {starts[0]['camera']}",
+                             [("all of it", starts[0]["milliseconds"]),
+                              ("without the camera's first 33 ms", starts[0]["without_exposure"])],
+                             5, "milliseconds"))
+    rows = [[f"age at the poll's return, {e['camera']}"] + percentiles(e["milliseconds"]) for e in ages]
+    rows += [[f"newest there is at the poll's call, {e['camera']}"] + percentiles(e["at_best"]) for e in ages]
+    rows += [[f"the poll itself, {e['camera']}"] + percentiles(e["poll"]) for e in ages]
+    rows += [[f"startCapture to the first frame, {e['camera']}"] + percentiles(e["milliseconds"]) for e in starts]
+    rows += [["the same without the camera's first 33 ms"] + percentiles(e["without_exposure"]) for e in starts]
+    return table(["milliseconds", "5 %", "median", "95 %"], rows)
+
+
+def startup(results):
+    entries = of_kind(results, "startup")
+    return table(["a program that does nothing but", "processor time, ms"],
+                 [[entry["program"], f"{entry['milliseconds']:.2f}"] for entry in entries]) if entries else ""
+
+
+def main():
+    if len(sys.argv) != 3:
+        sys.exit(__doc__)
+    results, folder = read(sys.argv[1]), sys.argv[2]
+    tables = {"costs": costs(results, folder), "peers": peers(results, folder), "growth": growth(results, folder),
+              "latency": latency(results, folder), "startup": startup(results)}
+    for name, text in tables.items():
+        if not text:
+            continue
+        print(text)
+        with open(os.path.join(folder, f"capture-{name}.md"), "w", encoding="utf-8") as file:
+            file.write(text)
+
+
+if __name__ == "__main__":
+    main()
