@@ -1,6 +1,6 @@
 #include <ostrel/capture.h>
 
-#include <memory>
+#include "processing/shared_object.h"
 
 namespace ostrel {
 
@@ -9,11 +9,7 @@ OVideoCaptureUnix::OVideoCaptureUnix() : QThread() {}
 OVideoCaptureUnix::~OVideoCaptureUnix() {}
 
 QSharedPointer<OVideoCaptureUnix> OVideoCaptureUnix::ptr() {
-    // QSharedPointer's constructor frees nothing when there is no memory for its own part.
-    std::unique_ptr<OVideoCaptureUnix> driver(new OVideoCaptureMacX);
-    const QSharedPointer<OVideoCaptureUnix> shared(driver.get());
-    driver.release();
-    return shared;
+    return sharedObject<OVideoCaptureUnix>(std::unique_ptr<OVideoCaptureUnix>(new OVideoCaptureMacX));
 }
 
 } // namespace ostrel

@@ -1,6 +1,7 @@
 #include <ostrel/devices.h>
 
 #include "devices/platform_listing.h"
+#include "processing/shared_object.h"
 
 #include <QtCore/QtAlgorithms>
 
@@ -26,14 +27,6 @@ struct OwnedDevices {
     QList<OVideoDeviceUnix*> list;
 };
 
-// QSharedPointer's constructor frees nothing when there is no memory for its own part.
-template <typename T>
-QSharedPointer<T> shared(std::unique_ptr<T> object) {
-    const QSharedPointer<T> pointer(object.get());
-    object.release();
-    return pointer;
-}
-
 } // namespace
 
 QMap<QString, QString> videoDevices() {
@@ -50,7 +43,7 @@ OVideoInfoUnix::OVideoInfoUnix() {}
 OVideoInfoUnix::~OVideoInfoUnix() {}
 
 QSharedPointer<OVideoInfoUnix> OVideoInfoUnix::ptr() {
-    return shared<OVideoInfoUnix>(std::unique_ptr<OVideoInfoUnix>(new OVideoInfoMacX));
+    return sharedObject<OVideoInfoUnix>(std::unique_ptr<OVideoInfoUnix>(new OVideoInfoMacX));
 }
 
 struct OVideoInfoMacXPrivate {};
@@ -88,7 +81,7 @@ QSharedPointer<OVideoDeviceUnix> OVideoInfoMacX::deviceByID(const QString& id) {
     while (!owned.list.isEmpty()) {
         std::unique_ptr<OVideoDeviceUnix> device(owned.list.takeFirst());
         if (id.toLower() == device->uniqueID().toLower())
-            result = shared(std::move(device));
+            result = sharedObject(std::move(device));
     }
     return result;
 }

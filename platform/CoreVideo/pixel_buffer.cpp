@@ -1,6 +1,6 @@
 #include "platform/CoreVideo/pixel_buffer.h"
 
-#include "platform/CoreVideo/pixel_memory.h"
+#include "processing/frame_memory.h"
 
 #include <new>
 
@@ -66,9 +66,9 @@ CVReturn CVPixelBufferCreate(CFAllocatorRef, size_t width, size_t height, OSType
         return checked;
     try {
         const size_t bytesPerRow = width * BYTES_PER_PIXEL;
-        ostrel::cameras::pixels::PixelPool pool(0);
-        const std::shared_ptr<uint8_t> memory = ostrel::takeShared(pool, bytesPerRow * height);
-        return make(width, height, bytesPerRow, memory, pixelBufferOut);
+        const auto memory = std::make_shared<ostrel::FrameMemory>(bytesPerRow * height);
+        return make(width, height, bytesPerRow, std::shared_ptr<uint8_t>(memory, memory->data()),
+                    pixelBufferOut);
     } catch (const std::bad_alloc&) {
         return kCVReturnAllocationFailed;
     }

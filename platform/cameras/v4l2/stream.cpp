@@ -208,15 +208,16 @@ void Stream::countLost(uint32_t sequence) {
 }
 
 void Stream::deliver(const Filled& filled) {
-    std::shared_ptr<CameraFrame> frame;
+    std::shared_ptr<CameraFrame> frame; // gives the buffer back when it goes
     try {
         frame = queue_->frame(filled);
+        counters_->change([](StreamStatistics& figures) { ++figures.delivered; });
+        sinks_.deliver(frame);
     } catch (const std::bad_alloc&) {
-        queue_->requeue(filled.index); // a frame is lost, but not its buffer
-        return;
+        // A frame is lost, but not its buffer; on this thread nobody else could catch it.
+        if (!frame)
+            queue_->requeue(filled.index);
     }
-    counters_->change([](StreamStatistics& figures) { ++figures.delivered; });
-    sinks_.deliver(frame);
 }
 
 Error Stream::ended(int error) const {

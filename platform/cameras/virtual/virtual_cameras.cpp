@@ -6,6 +6,7 @@
 #include "platform/cameras/virtual/pattern_code.h"
 #include "platform/cameras/virtual/push_camera.h"
 #include "platform/cameras/virtual/test_pattern_camera.h"
+#include "processing/shared_object.h"
 
 #include <QtCore/QFile>
 
@@ -83,13 +84,9 @@ private:
     cameras::Y4mFormat format_;
 };
 
-// QSharedPointer's constructor frees nothing when there is no memory for its own part.
 template <typename Backend, typename... Arguments>
 QSharedPointer<VirtualCameraBackend> makeBackend(const Arguments&... arguments) {
-    auto backend = std::make_unique<Backend>(arguments...);
-    const QSharedPointer<VirtualCameraBackend> shared(backend.get());
-    backend.release();
-    return shared;
+    return sharedObject<VirtualCameraBackend>(std::make_unique<Backend>(arguments...));
 }
 
 class PushBackend : public VirtualCameraBackend {
