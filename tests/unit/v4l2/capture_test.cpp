@@ -2,6 +2,7 @@
 #include "unit/v4l2/camera_fixture.h"
 
 #include <atomic>
+#include <new>
 #include <thread>
 
 namespace ostrel {
@@ -210,6 +211,23 @@ TEST_F(V4l2CameraTest, ASecondSinkJoinsTheRunningStream) {
     EXPECT_EQ(sink->frames(), 1);
     camera->stop(second);
     EXPECT_FALSE(kernel->isStreaming(path));
+}
+
+TEST_F(V4l2CameraTest, WithoutMemoryToCallASinkAFrameIsLostAndTheCaptureGoesOn) {
+    struct PoorSink : cameras::FrameSink {
+        void frameArrived(const std::shared_ptr<cameras::CameraFrame>&) override { throw std::bad_alloc(); }
+        void streamEnded(const cameras::Error&) override {}
+    };
+    start();
+    const auto poor = std::make_shared<PoorSink>();
+    ASSERT_FALSE(camera->start(64, 48, poor));
+    for (uint8_t number = 1; number <= 20; ++number) { // more than there are buffers
+        ASSERT_TRUE(kernel->feed(path, grey(number)));
+        ASSERT_TRUE(kernel->waitUntilIdle(path));
+    }
+    camera->stop(poor);
+    deliver(21);
+    EXPECT_EQ(brightness(sink->newest()), 21);
 }
 
 TEST_F(V4l2CameraTest, StartsAgainAfterAStop) {
