@@ -1,9 +1,9 @@
 #include <ostrel/capture.h>
 
+#include "base/frame_memory.h"
+#include "base/wrapping.h"
 #include "capture/diagnostics.h"
 #include "capture/session_handle.h"
-#include "processing/frame_memory.h"
-#include "processing/wrapping.h"
 
 #include <ostrel/devices.h>
 #include <ostrel/processing.h>

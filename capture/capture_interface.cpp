@@ -1,6 +1,6 @@
 #include <ostrel/capture.h>
 
-#include "processing/shared_object.h"
+#include "base/shared_object.h"
 
 namespace ostrel {
 

@@ -1,15 +1,15 @@
 #import <ostrel/capture_session.h>
 
+#include "base/fast_enumeration.h"
 #include "capture/diagnostics.h"
 #include "capture/replaced_sessions.h"
-#include "devices/fast_enumeration.h"
 
 #include <string.h>
 
 // Threads: the client's (setCamera, videoFrame, stopObjCapture, dealloc), the one that runs startObjCapture,
 // and the framework's delivery thread (captureOutput). The object's own lock guards changes of
-// m_lastCapturedFrame and m_capturedFrameCounter and the copy out of the frame. Both are also read without it,
-// by relaxed atomic loads.
+// m_lastCapturedFrame and m_capturedFrameCounter and the copy out of the frame. Both are also read without
+// it, by relaxed atomic loads.
 
 namespace {
 

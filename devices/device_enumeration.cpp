@@ -1,7 +1,7 @@
 #include <ostrel/devices.h>
 
+#include "base/shared_object.h"
 #include "devices/platform_listing.h"
-#include "processing/shared_object.h"
 
 #include <QtCore/QtAlgorithms>
 

@@ -1,6 +1,6 @@
 #include "devices/platform_listing.h"
 
-#include "devices/fast_enumeration.h"
+#include "base/fast_enumeration.h"
 
 #import <Foundation/Foundation.h>
 #import <QTKit/QTKit.h>

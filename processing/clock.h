@@ -2,7 +2,7 @@
 #ifndef OSTREL_PROCESSING_CLOCK_H
 #define OSTREL_PROCESSING_CLOCK_H
 
-#include "processing/wrapping.h"
+#include "base/wrapping.h"
 
 #include <stdint.h>
 #include <sys/time.h>

@@ -2,7 +2,7 @@
 // libyuv, whose verdict on the arguments is the answer. Sizes wrap at 32 bits throughout.
 #include <ostrel/processing.h>
 
-#include "processing/wrapping.h"
+#include "base/wrapping.h"
 
 #include <libyuv.h>
 

@@ -1,6 +1,6 @@
 #include <ostrel/processing.h>
 
-#include "processing/wrapping.h"
+#include "base/wrapping.h"
 
 #include <libyuv.h>
 

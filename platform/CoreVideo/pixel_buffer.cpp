@@ -1,6 +1,6 @@
 #include "platform/CoreVideo/pixel_buffer.h"
 
-#include "processing/frame_memory.h"
+#include "base/frame_memory.h"
 
 #include <new>
 

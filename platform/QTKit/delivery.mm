@@ -1,30 +1,23 @@
 #include "platform/QTKit/delivery.h"
 
-#include <ctime>
+#include "base/limits.h"
+#include "base/monotonic_clock.h"
+
 #include <new>
 
 namespace ostrel {
 
 namespace {
 
-// Beyond any camera's pictures, and what the scaler of libyuv can still do.
-constexpr uint32_t LARGEST_SIDE = 16384;
-
 cameras::Error checkRequest(const FrameRequest& request) {
     if (request.format != kCVPixelFormatType_32BGRA)
         return cameras::Error("only 32-bit BGRA frames can be delivered");
-    if (request.width < 1 || request.width > LARGEST_SIDE || request.height < 1 ||
-        request.height > LARGEST_SIDE)
+    const uint32_t most = LARGEST_SIDE;
+    if (request.width < 1 || request.width > most || request.height < 1 || request.height > most)
         return cameras::Error(
             "frames of " + std::to_string(request.width) + " x " + std::to_string(request.height) +
-            " pixels cannot be delivered: each side may be from 1 to " + std::to_string(LARGEST_SIDE));
+            " pixels cannot be delivered: each side may be from 1 to " + std::to_string(most));
     return cameras::Error();
-}
-
-double monotonicSeconds() {
-    timespec now = {};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
 }
 
 } // namespace
@@ -67,7 +60,7 @@ bool Delivery::tooSoon() {
     const double interval = stateOf(output_).minimumInterval.load(std::memory_order_relaxed);
     if (interval <= 0)
         return false;
-    const double now = monotonicSeconds();
+    const double now = static_cast<double>(monotonicNanoseconds()) * 1e-9;
     if (lastTime_ >= 0 && now - lastTime_ < interval)
         return true;
     lastTime_ = now;

@@ -1,8 +1,9 @@
 #include "platform/cameras/delivery_thread.h"
 
+#include "base/monotonic_clock.h"
+
 #include <algorithm>
 #include <climits>
-#include <ctime>
 #include <poll.h>
 #include <pthread.h>
 #include <signal.h>
@@ -45,17 +46,14 @@ void StopSignal::raise() {
     ::eventfd_write(descriptor_, 1);
 }
 
-bool StopSignal::sleepUntil(int64_t monotonicNanoseconds) const {
+bool StopSignal::sleepUntil(int64_t time) const {
     while (!raised()) {
-        timespec now = {};
-        ::clock_gettime(CLOCK_MONOTONIC, &now);
-        const int64_t left =
-            monotonicNanoseconds - (static_cast<int64_t>(now.tv_sec) * 1000000000 + now.tv_nsec);
+        const int64_t left = time - monotonicNanoseconds();
         if (left <= 0)
             break;
         timespec wait = {};
-        wait.tv_sec = static_cast<time_t>(std::min<int64_t>(left / 1000000000, INT_MAX));
-        wait.tv_nsec = static_cast<long>(left % 1000000000);
+        wait.tv_sec = static_cast<time_t>(std::min<int64_t>(left / NANOSECONDS_PER_SECOND, INT_MAX));
+        wait.tv_nsec = static_cast<long>(left % NANOSECONDS_PER_SECOND);
         pollfd descriptor = {descriptor_, POLLIN, 0};
         ::ppoll(&descriptor, 1, &wait, nullptr);
     }

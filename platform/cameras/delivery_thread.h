@@ -23,7 +23,7 @@ public:
     // Readable as soon as the signal is raised: to be polled beside the camera's own descriptor.
     int descriptor() const { return descriptor_; }
     // Sleeps until the given time of CLOCK_MONOTONIC in nanoseconds, or until raised. Returns raised().
-    bool sleepUntil(int64_t monotonicNanoseconds) const;
+    bool sleepUntil(int64_t time) const;
     void raise();
 
 private:
@@ -41,8 +41,8 @@ public:
     DeliveryThread(const DeliveryThread&) = delete;
     DeliveryThread& operator=(const DeliveryThread&) = delete;
 
-    // name: a string literal. False when the system gives no thread or descriptor. The body must hold what it uses by shared ownership:
-    // after a stop from inside it, it outlives the owner.
+    // name: a string literal. False when the system gives no thread or descriptor. The body must hold what it
+    // uses by shared ownership: after a stop from inside it, it outlives the owner.
     bool start(const char* name, Body body);
     // Raises the signal and waits for the body to return. Called on the thread itself it only raises the
     // signal; the thread then ends by itself once the body returns.

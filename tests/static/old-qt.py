@@ -25,7 +25,7 @@ NEWER = {
 }
 
 root = pathlib.Path(__file__).resolve().parents[2]
-folders = [root / name for name in ("processing", "devices", "capture")]
+folders = [root / name for name in ("base", "processing", "devices", "capture")]
 problems = []
 compiled = 0
 for entry in json.loads((pathlib.Path(sys.argv[1]) / "compile_commands.json").read_text()):

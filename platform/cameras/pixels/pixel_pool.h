@@ -3,7 +3,7 @@
 #ifndef OSTREL_PLATFORM_CAMERAS_PIXELS_PIXEL_POOL_H
 #define OSTREL_PLATFORM_CAMERAS_PIXELS_PIXEL_POOL_H
 
-#include "processing/frame_memory.h"
+#include "base/frame_memory.h"
 
 #include <cstddef>
 #include <cstdint>

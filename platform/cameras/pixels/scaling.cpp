@@ -1,5 +1,7 @@
 #include "platform/cameras/pixels/scaling.h"
 
+#include "base/limits.h"
+
 #include <libyuv.h>
 
 namespace ostrel {
@@ -28,7 +30,7 @@ bool wouldCutOff(const Source& from, const Target& to) {
 } // namespace
 
 bool sizeIsSane(int width, int height) {
-    return width > 0 && height > 0 && width <= kLargestSide && height <= kLargestSide;
+    return width > 0 && height > 0 && width <= LARGEST_SIDE && height <= LARGEST_SIDE;
 }
 
 void scalePlane(const Source& from, const Target& to, PixelPool& pool) {

@@ -24,8 +24,6 @@ struct Raster {
 using Source = Raster<const uint8_t>;
 using Target = Raster<uint8_t>;
 
-// What libyuv's int arithmetic holds every product of.
-const int kLargestSide = 16384;
 bool sizeIsSane(int width, int height);
 
 // Fills the whole of `to` with the whole of `from`, one byte a pixel. Sizes must be sane. Re-entrant.

@@ -1,11 +1,11 @@
 #include "platform/cameras/v4l2/stream.h"
 
+#include "base/monotonic_clock.h"
 #include "platform/cameras/pixels/jpeg_check.h"
 #include "platform/cameras/v4l2/messages.h"
 #include "platform/cameras/v4l2/pixel_format.h"
 
 #include <cerrno>
-#include <ctime>
 #include <new>
 #include <poll.h>
 
@@ -166,9 +166,7 @@ bool Stream::isTheLast(const Filled& filled) const {
     const double rate = queue_->granted().interval.rate();
     if (filled.time == 0 || rate <= 0)
         return false;
-    timespec now = {};
-    ::clock_gettime(CLOCK_MONOTONIC, &now);
-    const int64_t age = static_cast<int64_t>(now.tv_sec) * 1000000000 + now.tv_nsec - filled.time;
+    const int64_t age = monotonicNanoseconds() - filled.time;
     return age >= 0 && static_cast<double>(age) < 0.5e9 / rate;
 }
 

@@ -1,5 +1,6 @@
 #include "platform/cameras/v4l2/video_node.h"
 
+#include "base/limits.h"
 #include "platform/cameras/v4l2/pixel_format.h"
 
 #include <algorithm>
@@ -17,8 +18,8 @@ namespace {
 // A driver that never says "no more" must not hold up the listing.
 const uint32_t kMostEntries = 256;
 
-// Larger pictures are taken for a driver's mistake: their sizes in bytes would leave int.
-const uint32_t kLargestSide = 16384;
+// Larger pictures are taken for a driver's mistake.
+const uint32_t kLargestSide = LARGEST_SIDE;
 
 const uint32_t kNotACamera = V4L2_CAP_VIDEO_OUTPUT | V4L2_CAP_VIDEO_OUTPUT_MPLANE | V4L2_CAP_VIDEO_M2M |
                              V4L2_CAP_VIDEO_M2M_MPLANE | V4L2_CAP_META_CAPTURE | V4L2_CAP_META_OUTPUT |

@@ -1,5 +1,6 @@
 #include "platform/cameras/virtual/file_camera.h"
 
+#include "base/monotonic_clock.h"
 #include "platform/cameras/virtual/frame_schedule.h"
 #include "platform/cameras/virtual/yuv_picture.h"
 
@@ -32,12 +33,12 @@ private:
 
 void run(const StopSignal& stop, VirtualStream& stream, const std::shared_ptr<Y4mClip>& clip, bool loop,
          const std::string& name) {
-    const FrameSchedule schedule(FrameSchedule::now(), clip->format().framesPerSecond);
+    const FrameSchedule schedule(monotonicNanoseconds(), clip->format().framesPerSecond);
     Y4mPlayer player(clip->reader(), loop);
     Y4mPlayer::Step step = Y4mPlayer::Step::Frame;
     uint64_t next = 0;
     while (step == Y4mPlayer::Step::Frame && !stop.sleepUntil(schedule.due(next))) {
-        const uint64_t newest = schedule.newest(FrameSchedule::now(), next);
+        const uint64_t newest = schedule.newest(monotonicNanoseconds(), next);
         uint64_t passed = 0; // of the frames up to the newest, those that exist
         uint64_t planes = 0;
         for (; next <= newest && !stop.raised(); ++next) {

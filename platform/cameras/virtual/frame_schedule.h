@@ -5,7 +5,6 @@
 
 #include <cmath>
 #include <cstdint>
-#include <ctime>
 
 namespace ostrel {
 namespace cameras {
@@ -13,12 +12,6 @@ namespace cameras {
 // Times are CLOCK_MONOTONIC in nanoseconds; frame 0 is due at the start. Re-entrant.
 class FrameSchedule {
 public:
-    static int64_t now() {
-        timespec t = {};
-        ::clock_gettime(CLOCK_MONOTONIC, &t);
-        return static_cast<int64_t>(t.tv_sec) * 1000000000 + t.tv_nsec;
-    }
-
     FrameSchedule(int64_t start, double framesPerSecond)
         : start_(start), nanosecondsPerFrame_(1e9L / static_cast<long double>(framesPerSecond)) {}
 

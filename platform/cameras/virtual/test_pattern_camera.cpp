@@ -1,5 +1,6 @@
 #include "platform/cameras/virtual/test_pattern_camera.h"
 
+#include "base/monotonic_clock.h"
 #include "platform/cameras/virtual/frame_schedule.h"
 #include "platform/cameras/virtual/pattern_painter.h"
 
@@ -31,11 +32,11 @@ private:
 // Frames count from 1, so that a capture's own counter shows how many it was spared.
 void run(const StopSignal& stop, VirtualStream& stream, const std::shared_ptr<PatternPainter>& painter,
          double framesPerSecond) {
-    const FrameSchedule schedule(FrameSchedule::now(), framesPerSecond);
+    const FrameSchedule schedule(monotonicNanoseconds(), framesPerSecond);
     const std::shared_ptr<StreamFigures>& figures = stream.figures();
     uint64_t next = 0;
     while (!stop.sleepUntil(schedule.due(next))) {
-        const uint64_t frame = schedule.newest(FrameSchedule::now(), next);
+        const uint64_t frame = schedule.newest(monotonicNanoseconds(), next);
         const uint64_t passedOver = frame - next;
         next = frame + 1;
         if (figures->controls().told(VIRTUAL_CAMERA_FAULT_STALL))

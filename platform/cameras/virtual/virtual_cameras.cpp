@@ -1,12 +1,12 @@
 // The classes of ostrel/virtual_camera.h: thin, as what they stand for may outlive them.
 #include <ostrel/virtual_camera.h>
 
+#include "base/shared_object.h"
 #include "platform/cameras/virtual/backend.h"
 #include "platform/cameras/virtual/file_camera.h"
 #include "platform/cameras/virtual/pattern_code.h"
 #include "platform/cameras/virtual/push_camera.h"
 #include "platform/cameras/virtual/test_pattern_camera.h"
-#include "processing/shared_object.h"
 
 #include <QtCore/QFile>
 

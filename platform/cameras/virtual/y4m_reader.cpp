@@ -1,5 +1,7 @@
 #include "platform/cameras/virtual/y4m_reader.h"
 
+#include "base/limits.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -47,7 +49,7 @@ std::string quoted(const std::string& text) {
 
 std::string parseSide(const std::string& value, const char* what, int& side) {
     uint64_t pixels = 0;
-    if (!parseNumber(value, pixels::kLargestSide, pixels) || pixels == 0)
+    if (!parseNumber(value, LARGEST_SIDE, pixels) || pixels == 0)
         return std::string("the ") + what + " " + quoted(value) + " is not from 1 to 16384";
     side = static_cast<int>(pixels);
     return std::string();

@@ -1,4 +1,4 @@
-#include "processing/frame_memory.h"
+#include "base/frame_memory.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,7 @@
 // The test pattern camera as a capture sees it.
 #include "capture_fixture.h"
 
+#include "base/monotonic_clock.h"
 #include "platform/cameras/virtual/frame_schedule.h"
 
 #include <ostrel/processing.h>
@@ -41,11 +42,11 @@ TEST_F(PatternCamera, ANewStreamCountsFromTheBeginningAgain) {
     EXPECT_GE(reached, 30u);
     uint32_t first = 0;
     auto again = std::make_shared<RecordingSink>();
-    const int64_t started = cameras::FrameSchedule::now();
+    const int64_t started = monotonicNanoseconds();
     int64_t arrived = 0;
     again->onFrame = [&](const RecordingSink::FramePointer& frame) {
         if (first == 0) {
-            arrived = cameras::FrameSchedule::now();
+            arrived = monotonicNanoseconds();
             first = read(frame).counter;
         }
     };
@@ -101,9 +102,9 @@ TEST_F(PatternCamera, FramesHeldStayConvertibleAfterStopCloseAndDetach) {
 TEST_F(PatternCamera, NoFrameComesBeforeItIsDue) {
     std::vector<std::pair<int64_t, RecordingSink::FramePointer>> frames;
     sink->onFrame = [&](const RecordingSink::FramePointer& frame) {
-        frames.emplace_back(cameras::FrameSchedule::now(), frame);
+        frames.emplace_back(monotonicNanoseconds(), frame);
     };
-    const int64_t started = cameras::FrameSchedule::now();
+    const int64_t started = monotonicNanoseconds();
     ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
     ASSERT_TRUE(sink->waitForFrames(100));
     camera->stop(sink);
@@ -116,8 +117,8 @@ TEST_F(PatternCamera, ADeliveryThatFallsBehindSkipsToTheNewestAndNeverCatchesUpI
     sink->onFrame = [&](const RecordingSink::FramePointer& frame) {
         counters.push_back(read(frame).counter);
         if (counters.size() == 5) { // sixty frames' time
-            const int64_t until = cameras::FrameSchedule::now() + 60 * 1000000;
-            while (cameras::FrameSchedule::now() < until)
+            const int64_t until = monotonicNanoseconds() + 60 * 1000000;
+            while (monotonicNanoseconds() < until)
                 std::this_thread::yield();
         }
     };

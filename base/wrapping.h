@@ -1,7 +1,7 @@
 // 32-bit signed arithmetic that wraps: sizes, strides and offsets are formed in it, and overflow of a plain
 // int would be undefined.
-#ifndef OSTREL_PROCESSING_WRAPPING_H
-#define OSTREL_PROCESSING_WRAPPING_H
+#ifndef OSTREL_BASE_WRAPPING_H
+#define OSTREL_BASE_WRAPPING_H
 
 #include <stdint.h>
 

@@ -1,6 +1,6 @@
 // Walking a Foundation array. g++ has no syntax for fast enumeration, so the protocol is spelled out here.
-#ifndef OSTREL_DEVICES_FAST_ENUMERATION_H
-#define OSTREL_DEVICES_FAST_ENUMERATION_H
+#ifndef OSTREL_BASE_FAST_ENUMERATION_H
+#define OSTREL_BASE_FAST_ENUMERATION_H
 
 #import <Foundation/Foundation.h>
 #import <objc/runtime.h>

@@ -1,6 +1,6 @@
 // Memory for the pixels of a frame.
-#ifndef OSTREL_PROCESSING_FRAME_MEMORY_H
-#define OSTREL_PROCESSING_FRAME_MEMORY_H
+#ifndef OSTREL_BASE_FRAME_MEMORY_H
+#define OSTREL_BASE_FRAME_MEMORY_H
 
 #include <memory>
 #include <stddef.h>

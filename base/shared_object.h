@@ -1,6 +1,6 @@
 // One way into a QSharedPointer that loses nothing.
-#ifndef OSTREL_PROCESSING_SHARED_OBJECT_H
-#define OSTREL_PROCESSING_SHARED_OBJECT_H
+#ifndef OSTREL_BASE_SHARED_OBJECT_H
+#define OSTREL_BASE_SHARED_OBJECT_H
 
 #include <QtCore/QSharedPointer>
 
