@@ -4,6 +4,7 @@
 #include "fuzz/v4l2/malicious_kernel.h"
 
 #include "platform/cameras/v4l2/v4l2_provider.h"
+#include "support/v4l2/scripted_discovery.h"
 
 #include <algorithm>
 #include <cstring>
@@ -56,41 +57,29 @@ private:
     bool ended_ = false;
 };
 
-class Machine : public v4l2::Discovery {
-public:
-    explicit Machine(const Kernel& kernel) {
-        for (int number = 0, count = 1 + kernel->byte() % 2; number < count; ++number) {
-            v4l2::NodeFacts facts;
-            facts.path = "/dev/video" + std::to_string(number);
-            facts.incarnation = std::to_string(number);
-            const uint8_t known = kernel->byte();
-            facts.described = known & 1;
-            facts.isUsb = known & 2;
-            facts.isVirtual = known & 4;
-            facts.index = known >> 6;
-            if (known & 8)
-                facts.capabilities = ":capture:";
-            if (known & 16) {
-                facts.serial = kernel->text();
-                facts.model = kernel->text();
-                facts.port = kernel->text();
-            }
-            if (known & 32)
-                facts.name = kernel->text();
-            nodes_.push_back(facts);
+std::shared_ptr<v4l2::Discovery> machine(const Kernel& kernel) {
+    const auto discovery = std::make_shared<ostrel::support::ScriptedDiscovery>();
+    for (int number = 0, count = 1 + kernel->byte() % 2; number < count; ++number) {
+        v4l2::NodeFacts facts;
+        facts.path = "/dev/video" + std::to_string(number);
+        const uint8_t known = kernel->byte();
+        facts.described = known & 1;
+        facts.isUsb = known & 2;
+        facts.isVirtual = known & 4;
+        facts.index = known >> 6;
+        if (known & 8)
+            facts.capabilities = ":capture:";
+        if (known & 16) {
+            facts.serial = kernel->text();
+            facts.model = kernel->text();
+            facts.port = kernel->text();
         }
+        if (known & 32)
+            facts.name = kernel->text();
+        discovery->add(facts);
     }
-
-    std::vector<v4l2::NodeFacts> nodes() override { return nodes_; }
-    std::string incarnation(const std::string& path) override {
-        const auto node = std::find_if(nodes_.begin(), nodes_.end(),
-                                       [&path](const v4l2::NodeFacts& facts) { return facts.path == path; });
-        return node == nodes_.end() ? std::string() : node->incarnation;
-    }
-
-private:
-    std::vector<v4l2::NodeFacts> nodes_;
-};
+    return discovery;
+}
 
 bool isAsciiWord(const std::string& text) {
     return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) { return c > ' ' && c <= '~'; });
@@ -152,7 +141,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const auto kernel = std::make_shared<fuzz::MaliciousKernel>(
         fuzz::Input(begin, script), fuzz::Input(begin + script, size == 0 ? 0 : size - 1 - script));
     {
-        const auto provider = v4l2::makeProvider(kernel, std::make_shared<Machine>(kernel));
+        const auto provider = v4l2::makeProvider(kernel, machine(kernel));
         const std::vector<std::shared_ptr<Camera>> cameras = provider->list();
         std::set<std::string> identifiers;
         for (const auto& camera : cameras) {

@@ -6,9 +6,11 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
-#include <iterator>
 
 namespace fuzz {
+
+using ostrel::support::DeviceScript;
+using ostrel::support::FrameScript;
 
 namespace {
 
@@ -43,8 +45,25 @@ T pick(const T (&table)[N], unsigned index) {
 } // namespace
 
 MaliciousKernel::MaliciousKernel(const Input& script, const Input& contents)
-    : script_(script), contents_(contents), fourcc_(pick(kFourccs, script_.byte())),
-      multiplanar_(script_.byte() % 4 == 3) {}
+    : script_(script), contents_(contents) {
+    DeviceScript device;
+    // Texts without an end.
+    device.driver = std::string(16, 'd');
+    device.card = std::string(32, '\xC3');
+    device.busInfo = std::string(32, 'b');
+    device.formats = {ostrel::support::raw(pick(kFourccs, script_.byte()), {ostrel::support::only(64, 48)})};
+    device.capabilities = (script_.byte() % 4 == 3 ? V4L2_CAP_VIDEO_CAPTURE_MPLANE : V4L2_CAP_VIDEO_CAPTURE) |
+                          V4L2_CAP_STREAMING;
+    device.wholeDevice = device.capabilities;
+    device.adjust = [](v4l2_pix_format& pix) {
+        pix.width = std::min(pix.width, 256u);
+        pix.height = std::min(pix.height, 256u);
+        pix.bytesperline = 0;
+        pix.sizeimage = std::max(pix.width * pix.height * 4, 64u);
+    };
+    plug("/dev/video0", device);
+    plug("/dev/video1", device);
+}
 
 uint8_t MaliciousKernel::byte() {
     std::lock_guard<std::mutex> lock(mutex_);
@@ -83,7 +102,7 @@ void MaliciousKernel::streamEnded() {
 
 void MaliciousKernel::checkNothingLeft() {
     std::lock_guard<std::mutex> lock(mutex_);
-    CHECK(descriptors_.empty());
+    CHECK(openDescriptors() == 0);
     CHECK(mappings_.empty());
 }
 
@@ -118,30 +137,33 @@ void MaliciousKernel::lieAboutBuffer(v4l2_buffer& buffer) {
     lie(planes, sizeof *planes);
 }
 
-int MaliciousKernel::doOpen(const char*, int) {
+int MaliciousKernel::doOpen(const char* path, int flags) {
     std::lock_guard<std::mutex> lock(mutex_);
     if (fails())
         return -1;
-    descriptors_.insert(nextDescriptor_);
-    return nextDescriptor_++;
+    const int descriptor = ScriptedKernel::doOpen(path, flags);
+    paths_[descriptor] = path;
+    return descriptor;
 }
 
 int MaliciousKernel::doClose(int descriptor) {
     std::lock_guard<std::mutex> lock(mutex_);
-    CHECK(descriptors_.erase(descriptor) == 1);
+    CHECK(ScriptedKernel::doClose(descriptor) == 0);
     return fails() ? -1 : 0; // it is closed all the same
 }
 
 int MaliciousKernel::doIoctl(int descriptor, unsigned long request, void* argument) {
     std::lock_guard<std::mutex> lock(mutex_);
-    CHECK(descriptors_.count(descriptor) == 1);
+    CHECK(isOpen(descriptor));
     if (fails())
         return -1;
-    if (const int error = honest(request, argument)) {
-        errno = error;
+    if (ScriptedKernel::doIoctl(descriptor, request, argument) == -1) {
+        const int error = errno;
         // A driver may have written before it fails, or claim success where there is nothing to tell.
-        if (script_.byte() % 4 != 3)
+        if (script_.byte() % 4 != 3) {
+            errno = error;
             return -1;
+        }
     }
     if (request == VIDIOC_QUERYBUF || request == VIDIOC_DQBUF || request == VIDIOC_QBUF)
         lieAboutBuffer(*static_cast<v4l2_buffer*>(argument));
@@ -150,108 +172,9 @@ int MaliciousKernel::doIoctl(int descriptor, unsigned long request, void* argume
     return 0;
 }
 
-// The answer of a driver with one format, one size and one rate. 0 or errno.
-int MaliciousKernel::honest(unsigned long request, void* argument) {
-    switch (request) {
-    case VIDIOC_QUERYCAP: {
-        auto& caps = *static_cast<v4l2_capability*>(argument);
-        // Texts without an end.
-        std::memset(caps.driver, 'd', sizeof caps.driver);
-        std::memset(caps.card, 0xC3, sizeof caps.card);
-        std::memset(caps.bus_info, 'b', sizeof caps.bus_info);
-        caps.device_caps =
-            (multiplanar_ ? V4L2_CAP_VIDEO_CAPTURE_MPLANE : V4L2_CAP_VIDEO_CAPTURE) | V4L2_CAP_STREAMING;
-        caps.capabilities = caps.device_caps | V4L2_CAP_DEVICE_CAPS;
-        return 0;
-    }
-    case VIDIOC_ENUM_FMT: {
-        auto& entry = *static_cast<v4l2_fmtdesc*>(argument);
-        entry.pixelformat = pick(kFourccs, fourcc_ + entry.index);
-        if (entry.index == 0)
-            entry.pixelformat = fourcc_;
-        return entry.index == 0 ? 0 : EINVAL;
-    }
-    case VIDIOC_ENUM_FRAMESIZES: {
-        auto& entry = *static_cast<v4l2_frmsizeenum*>(argument);
-        entry.type = V4L2_FRMSIZE_TYPE_DISCRETE;
-        entry.discrete.width = 64;
-        entry.discrete.height = 48;
-        return entry.index == 0 ? 0 : EINVAL;
-    }
-    case VIDIOC_ENUM_FRAMEINTERVALS: {
-        auto& entry = *static_cast<v4l2_frmivalenum*>(argument);
-        entry.type = V4L2_FRMIVAL_TYPE_DISCRETE;
-        entry.discrete.numerator = 1;
-        entry.discrete.denominator = 30;
-        return entry.index == 0 ? 0 : EINVAL;
-    }
-    case VIDIOC_S_FMT:
-        return honestFormat(*static_cast<v4l2_format*>(argument));
-    case VIDIOC_G_PARM:
-    case VIDIOC_S_PARM: {
-        auto& capture = static_cast<v4l2_streamparm*>(argument)->parm.capture;
-        capture.capability = V4L2_CAP_TIMEPERFRAME;
-        return 0;
-    }
-    case VIDIOC_REQBUFS:
-        queued_.clear();
-        return 0;
-    case VIDIOC_QUERYBUF:
-    case VIDIOC_QBUF:
-    case VIDIOC_DQBUF:
-        return honestBuffer(request, *static_cast<v4l2_buffer*>(argument));
-    case VIDIOC_STREAMOFF:
-        queued_.clear();
-        return 0;
-    case VIDIOC_STREAMON:
-        return 0;
-    default:
-        return ENOTTY;
-    }
-}
-
-int MaliciousKernel::honestFormat(v4l2_format& format) {
-    if (multiplanar_) {
-        v4l2_pix_format_mplane& pix = format.fmt.pix_mp;
-        width_ = pix.width = std::min(pix.width, 256u);
-        height_ = pix.height = std::min(pix.height, 256u);
-        pix.num_planes = 1;
-    } else {
-        v4l2_pix_format& pix = format.fmt.pix;
-        width_ = pix.width = std::min(pix.width, 256u);
-        height_ = pix.height = std::min(pix.height, 256u);
-        pix.sizeimage = width_ * height_ * 4;
-    }
-    return 0;
-}
-
-int MaliciousKernel::honestBuffer(unsigned long request, v4l2_buffer& buffer) {
-    const uint32_t bytes = std::max(width_ * height_ * 4, 64u);
-    if (request == VIDIOC_QBUF) {
-        queued_.push_back(buffer.index);
-        return 0;
-    }
-    if (request == VIDIOC_DQBUF) {
-        if (queued_.empty())
-            return EAGAIN;
-        buffer.index = queued_.front();
-        queued_.pop_front();
-        buffer.sequence = sequence_++;
-    }
-    if (buffer.type == V4L2_BUF_TYPE_VIDEO_CAPTURE_MPLANE) {
-        v4l2_plane& plane = *buffer.m.planes;
-        plane.length = plane.bytesused = bytes;
-        plane.m.mem_offset = buffer.index * 0x10000;
-    } else {
-        buffer.length = buffer.bytesused = bytes;
-        buffer.m.offset = buffer.index * 0x10000;
-    }
-    return 0;
-}
-
 void* MaliciousKernel::doMmap(size_t length, int descriptor, long) {
     std::lock_guard<std::mutex> lock(mutex_);
-    CHECK(descriptors_.count(descriptor) == 1);
+    CHECK(isOpen(descriptor));
     CHECK(length > 0);
     if (fails())
         return MAP_FAILED;
@@ -275,12 +198,21 @@ int MaliciousKernel::doMunmap(void* address, size_t length) {
     return 0;
 }
 
+// All that the client has queued.
+void MaliciousKernel::fillBuffers(int descriptor) {
+    const std::string& path = paths_[descriptor];
+    FrameScript frame;
+    frame.bytesUsed = static_cast<int>(format(path).sizeimage);
+    while (feed(path, frame)) {
+    }
+}
+
 // The first descriptor is the camera's, the second a real one that says "stop".
 int MaliciousKernel::doPoll(pollfd* descriptors, unsigned long count, int milliseconds) {
     CHECK(count == 2 && milliseconds > 0);
     {
         std::lock_guard<std::mutex> lock(mutex_);
-        CHECK(descriptors_.count(descriptors[0].fd) == 1);
+        CHECK(isOpen(descriptors[0].fd));
         if (pollsLeft_ > 0) {
             --pollsLeft_;
             if (fails())
@@ -288,6 +220,7 @@ int MaliciousKernel::doPoll(pollfd* descriptors, unsigned long count, int millis
             const uint8_t how = script_.byte();
             if (how % 8 == 7)
                 return 0; // time is up
+            fillBuffers(descriptors[0].fd);
             descriptors[0].revents = how % 8 == 6 ? static_cast<short>(script_.byte()) : POLLIN;
             return 1;
         }

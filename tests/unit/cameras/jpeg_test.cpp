@@ -1,7 +1,7 @@
 #include "platform/cameras/pixels/bgra.h"
 #include "platform/cameras/pixels/jpeg_check.h"
 #include "platform/cameras/pixels/jpeg_decode.h"
-#include "unit/cameras/jpeg_pictures.h"
+#include "support/jpeg_pictures.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -10,6 +10,8 @@
 
 namespace ostrel {
 namespace tests {
+
+using namespace support;
 
 using cameras::pixels::decodeJpeg;
 using cameras::pixels::faultOfJpeg;

@@ -1,5 +1,5 @@
 // Frames that arrive broken: dropped and counted, and the one before stays.
-#include "unit/cameras/jpeg_pictures.h"
+#include "support/jpeg_pictures.h"
 #include "unit/v4l2/faults_fixture.h"
 
 #include <algorithm>
@@ -10,28 +10,28 @@ namespace tests {
 
 TEST_F(FaultsTest, AFrameThatTheDriverCallsDamagedIsDroppedCountedAndRequeued) {
     start();
-    FakeFrame frame = grey(9);
+    FrameScript frame = grey(9);
     frame.flags = V4L2_BUF_FLAG_ERROR;
     expectDropped(frame, "damaged");
 }
 
 TEST_F(FaultsTest, ARawFrameWithTooFewBytesIsDroppedCountedAndRequeued) {
     start();
-    FakeFrame frame = grey(9);
+    FrameScript frame = grey(9);
     frame.bytesUsed = 64 * 48 - 1;
     expectDropped(frame, "truncated");
 }
 
 TEST_F(FaultsTest, AFrameWithoutBytesIsDroppedCountedAndRequeued) {
     start();
-    FakeFrame frame = grey(9);
+    FrameScript frame = grey(9);
     frame.bytesUsed = 0;
     expectDropped(frame, "empty");
 }
 
 TEST_F(FaultsTest, MoreBytesThanTheBufferHasAreNotRead) {
     start();
-    FakeFrame frame = grey(9);
+    FrameScript frame = grey(9);
     frame.bytesUsed = 1 << 30;
     ASSERT_TRUE(kernel->feed(path, frame));
     ASSERT_TRUE(sink->waitForFrames(1));
@@ -42,11 +42,11 @@ class JpegFaultsTest : public FaultsTest {
 protected:
     JpegFaultsTest() { device.formats = {raw(V4L2_PIX_FMT_MJPEG, {only(96, 64)})}; }
 
-    FakeFrame whole = frameOf(quadrantsAsJpeg(96, 64));
+    FrameScript whole = frameOf(quadrantsAsJpeg(96, 64));
     std::vector<uint8_t> pixels = std::vector<uint8_t>(96 * 64 * 4);
 
-    static FakeFrame frameOf(std::vector<uint8_t> bytes) {
-        FakeFrame frame;
+    static FrameScript frameOf(std::vector<uint8_t> bytes) {
+        FrameScript frame;
         frame.bytes = std::move(bytes);
         return frame;
     }
@@ -58,7 +58,7 @@ protected:
             EXPECT_NEAR(pixels[static_cast<size_t>((16 * 96 + 24) * 4 + c)], kJpegQuadrants[0][c], 5);
         return true;
     }
-    void expectDroppedJpeg(const FakeFrame& broken, const std::string& reason) {
+    void expectDroppedJpeg(const FrameScript& broken, const std::string& reason) {
         start(96, 64);
         ASSERT_TRUE(kernel->feed(path, whole));
         ASSERT_TRUE(sink->waitForFrames(1));
@@ -88,13 +88,13 @@ TEST_F(JpegFaultsTest, ExtraBytesBehindThePictureAreNormal) {
 }
 
 TEST_F(JpegFaultsTest, ATruncatedPictureIsDropped) {
-    FakeFrame cut = whole;
+    FrameScript cut = whole;
     cut.bytes.resize(cut.bytes.size() - 20);
     expectDroppedJpeg(cut, "truncated");
 }
 
 TEST_F(JpegFaultsTest, AnEmptyPictureIsDropped) {
-    FakeFrame empty = whole;
+    FrameScript empty = whole;
     empty.bytesUsed = 0;
     expectDroppedJpeg(empty, "empty");
 }
@@ -120,7 +120,7 @@ TEST_F(JpegFaultsTest, APictureThatTurnsOutBrokenWhenItIsDecodedIsCountedThen) {
     // Half of its data is missing, but its ends and headers are in order.
     const uint8_t startOfScan[] = {0xFF, 0xDA}, endOfPicture[] = {0xFF, 0xD9};
     const auto scan = std::search(whole.bytes.begin(), whole.bytes.end(), startOfScan, startOfScan + 2);
-    FakeFrame broken = frameOf({whole.bytes.begin(), scan + (whole.bytes.end() - scan) / 2});
+    FrameScript broken = frameOf({whole.bytes.begin(), scan + (whole.bytes.end() - scan) / 2});
     broken.bytes.insert(broken.bytes.end(), endOfPicture, endOfPicture + 2);
     start(96, 64);
     ASSERT_TRUE(kernel->feed(path, broken));

@@ -72,7 +72,7 @@ TEST_F(V4l2CameraTest, TakesTheNewestAndRequeuesTheRestWhenItFallsBehind) {
     std::mutex gate;
     gate.lock();
     std::atomic<int> calls{0};
-    sink->onFrame = [&] {
+    sink->onFrame = [&](const RecordingSink::FramePointer&) {
         if (calls++ == 0)
             std::lock_guard<std::mutex> wait(gate); // the first call takes long
     };
@@ -93,7 +93,7 @@ TEST_F(V4l2CameraTest, TakesTheNewestAndRequeuesTheRestWhenItFallsBehind) {
 TEST_F(V4l2CameraTest, AsksTheDriverOnlyOnceForAFrameThatCanHaveNoSuccessorYet) {
     device.formats.front().intervals = {perSecond(1)}; // young for half a second
     start();
-    FakeFrame frame = grey(1);
+    FrameScript frame = grey(1);
     frame.flags = V4L2_BUF_FLAG_TIMESTAMP_MONOTONIC;
     const auto callsFor = [&](int64_t microsecondsOld) {
         timespec now = {};
@@ -131,7 +131,7 @@ TEST_F(V4l2CameraTest, FramesHeldStayReadableAfterStopAndClose) {
 }
 
 TEST_F(V4l2CameraTest, StopsFromInsideTheSinksOwnCall) {
-    sink->onFrame = [this] { camera->stop(sink); };
+    sink->onFrame = [this](const RecordingSink::FramePointer&) { camera->stop(sink); };
     start();
     ASSERT_TRUE(kernel->feed(path, grey(5)));
     ASSERT_TRUE(sink->waitForFrames(1));
@@ -141,7 +141,7 @@ TEST_F(V4l2CameraTest, StopsFromInsideTheSinksOwnCall) {
 }
 
 TEST_F(V4l2CameraTest, ClosesFromInsideTheSinksOwnCall) {
-    sink->onFrame = [this] { camera->close(); };
+    sink->onFrame = [this](const RecordingSink::FramePointer&) { camera->close(); };
     start();
     ASSERT_TRUE(kernel->feed(path, grey(5)));
     ASSERT_TRUE(sink->waitForFrames(1));
@@ -152,7 +152,7 @@ TEST_F(V4l2CameraTest, ClosesFromInsideTheSinksOwnCall) {
 TEST_F(V4l2CameraTest, StartsAgainFromInsideTheSinksOwnCall) {
     const auto second = std::make_shared<RecordingSink>();
     Error restarted;
-    sink->onFrame = [&] {
+    sink->onFrame = [&](const RecordingSink::FramePointer&) {
         camera->stop(sink);
         restarted = camera->start(64, 48, second);
     };
@@ -179,7 +179,7 @@ TEST_F(V4l2CameraTest, StopWaitsForTheCallInProgress) {
     std::mutex gate;
     gate.lock();
     std::atomic<bool> returned{false};
-    sink->onFrame = [&] {
+    sink->onFrame = [&](const RecordingSink::FramePointer&) {
         std::lock_guard<std::mutex> wait(gate);
         returned = true;
     };

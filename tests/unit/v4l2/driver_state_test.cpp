@@ -10,7 +10,7 @@ namespace tests {
 namespace {
 
 // A driver that places the picture in a part of the buffer, and remembers where.
-class ComposingKernel : public FakeKernel {
+class ComposingKernel : public ScriptedKernel {
 public:
     v4l2_rect place = {8, 4, 16, 12};
     bool fixed = false;
@@ -18,7 +18,7 @@ public:
 protected:
     int doIoctl(int descriptor, unsigned long request, void* argument) override {
         if (request != VIDIOC_G_SELECTION && request != VIDIOC_S_SELECTION)
-            return FakeKernel::doIoctl(descriptor, request, argument);
+            return ScriptedKernel::doIoctl(descriptor, request, argument);
         auto& selection = *static_cast<v4l2_selection*>(argument);
         const bool set = request == VIDIOC_S_SELECTION;
         if (selection.type != V4L2_BUF_TYPE_VIDEO_CAPTURE || selection.target != V4L2_SEL_TGT_COMPOSE ||

@@ -38,7 +38,7 @@ protected:
         kernel->failNext(calls[random() % 14], numbers[random() % 13], upTo(9) ? 1 : 30, upTo(4));
     }
     void feedSomething() {
-        FakeFrame frame = grey(static_cast<uint8_t>(upTo(255)));
+        FrameScript frame = grey(static_cast<uint8_t>(upTo(255)));
         switch (upTo(9)) {
         case 0:
             frame.flags = V4L2_BUF_FLAG_ERROR;
@@ -47,7 +47,8 @@ protected:
             frame.bytesUsed = upTo(64 * 48);
             break;
         case 2:
-            frame.index = 32 + upTo(100); // out of range: a wrong one within it cannot be told from a right one
+            frame.index =
+                32 + upTo(100); // out of range: a wrong one within it cannot be told from a right one
             break;
         case 3:
             frame.sequence = upTo(1 << 30);
@@ -80,8 +81,8 @@ protected:
         camera->close();
     }
     void expectAHealthyCapture() {
-        kernel = std::make_shared<FakeKernel>();
-        discovery = std::make_shared<FakeDiscovery>();
+        kernel = std::make_shared<ScriptedKernel>();
+        discovery = std::make_shared<ScriptedDiscovery>();
         sink = std::make_shared<RecordingSink>();
         start();
         deliver(123);
@@ -101,8 +102,8 @@ TEST_F(EnduranceTest, SurvivesAThousandFaultsInRandomOrder) {
     expectAHealthyCapture();
     const int descriptors = entriesOf("/proc/self/fd"), threads = entriesOf("/proc/self/task");
     for (int round = 0; round < 1000; ++round) {
-        kernel = std::make_shared<FakeKernel>();
-        discovery = std::make_shared<FakeDiscovery>();
+        kernel = std::make_shared<ScriptedKernel>();
+        discovery = std::make_shared<ScriptedDiscovery>();
         misbehave();
         ASSERT_EQ(kernel->openDescriptors(), 0) << "seed " << seed << " round " << round;
         ASSERT_EQ(kernel->mappings(), 0) << "seed " << seed << " round " << round;

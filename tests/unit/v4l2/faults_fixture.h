@@ -16,7 +16,7 @@ inline bool says(const cameras::Error& error, const std::string& text) {
 class FaultsTest : public V4l2CameraTest {
 protected:
     // A frame that must not reach the sink; the next one must.
-    void expectDropped(const FakeFrame& broken, const std::string& reason) {
+    void expectDropped(const FrameScript& broken, const std::string& reason) {
         deliver(1);
         ASSERT_TRUE(kernel->feed(path, broken));
         ASSERT_TRUE(kernel->waitUntilIdle(path));
@@ -32,7 +32,7 @@ protected:
         EXPECT_TRUE(says(sink->why(), text)) << sink->why().text;
         EXPECT_TRUE(says(sink->why(), "HD Webcam (/dev/video0)")) << sink->why().text;
         EXPECT_EQ(camera->statistics().ended, sink->why().text);
-        EXPECT_EQ(sink->ends(), 1);
+        EXPECT_EQ(sink->ends().size(), 1u);
     }
     cameras::Error startFails() {
         plug();

@@ -12,17 +12,17 @@ namespace {
 
 class ListingTest : public testing::Test {
 protected:
-    std::shared_ptr<FakeKernel> kernel = std::make_shared<FakeKernel>();
-    std::shared_ptr<FakeDiscovery> discovery = std::make_shared<FakeDiscovery>();
+    std::shared_ptr<ScriptedKernel> kernel = std::make_shared<ScriptedKernel>();
+    std::shared_ptr<ScriptedDiscovery> discovery = std::make_shared<ScriptedDiscovery>();
     std::shared_ptr<cameras::CameraProvider> provider = cameras::v4l2::makeProvider(kernel, discovery);
 
-    static FakeDevice camera() {
-        FakeDevice device;
+    static DeviceScript camera() {
+        DeviceScript device;
         device.formats.push_back(raw(V4L2_PIX_FMT_YUYV, {only(640, 480)}));
         return device;
     }
     // A node of which only its place in /dev is known.
-    void addBare(const std::string& path, const FakeDevice& device) {
+    void addBare(const std::string& path, const DeviceScript& device) {
         kernel->plug(path, device);
         NodeFacts facts;
         facts.path = path;
@@ -63,7 +63,7 @@ TEST_F(ListingTest, IsEmptyWithoutNodes) {
 }
 
 TEST_F(ListingTest, NeedsNoMoreThanTheNodeInDev) {
-    FakeDevice device = camera();
+    DeviceScript device = camera();
     device.card = "Some Camera";
     device.busInfo = "usb-0000:00:14.0-2";
     addBare("/dev/video0", device);
@@ -84,7 +84,7 @@ TEST_F(ListingTest, LeavesOutWhatIsNoCamera) {
                              V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_TOUCH};
     int number = 0;
     for (const uint32_t capabilities : none) {
-        FakeDevice device = camera();
+        DeviceScript device = camera();
         device.capabilities = capabilities | V4L2_CAP_STREAMING;
         addBare("/dev/video" + std::to_string(number++), device);
     }
@@ -92,11 +92,11 @@ TEST_F(ListingTest, LeavesOutWhatIsNoCamera) {
 }
 
 TEST_F(ListingTest, AsksTheNodeAndNotTheWholeDeviceWhatItCanDo) {
-    FakeDevice metadata = camera();
+    DeviceScript metadata = camera();
     metadata.wholeDevice = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_META_CAPTURE | V4L2_CAP_STREAMING;
     metadata.capabilities = V4L2_CAP_META_CAPTURE | V4L2_CAP_STREAMING;
     addBare("/dev/video1", metadata);
-    FakeDevice old = camera();
+    DeviceScript old = camera();
     old.hasDeviceCaps = false;
     old.busInfo = "old";
     addBare("/dev/video2", old);
@@ -104,7 +104,7 @@ TEST_F(ListingTest, AsksTheNodeAndNotTheWholeDeviceWhatItCanDo) {
 }
 
 TEST_F(ListingTest, LeavesOutNodesWithoutAUsableFormat) {
-    FakeDevice device = camera();
+    DeviceScript device = camera();
     device.formats.clear();
     addBare("/dev/video0", device);
     device.formats.push_back(raw(V4L2_PIX_FMT_H264, {only(640, 480)}));
@@ -114,7 +114,7 @@ TEST_F(ListingTest, LeavesOutNodesWithoutAUsableFormat) {
 }
 
 TEST_F(ListingTest, ListsMultiplanarDevicesWithAFormatOfOnePlane) {
-    FakeDevice device = camera();
+    DeviceScript device = camera();
     device.capabilities = V4L2_CAP_VIDEO_CAPTURE_MPLANE | V4L2_CAP_STREAMING;
     device.busInfo = "mp";
     addBare("/dev/video0", device);
@@ -135,7 +135,7 @@ TEST_F(ListingTest, OpensNoUsbCameraThatUdevDescribes) {
 
 TEST_F(ListingTest, OpensOtherHardwareOnceAndNotForEachListing) {
     addBare("/dev/video0", camera());
-    FakeDevice metadata = camera();
+    DeviceScript metadata = camera();
     metadata.capabilities = V4L2_CAP_META_CAPTURE;
     addBare("/dev/video1", metadata);
     provider->list();
@@ -145,7 +145,7 @@ TEST_F(ListingTest, OpensOtherHardwareOnceAndNotForEachListing) {
 }
 
 TEST_F(ListingTest, AsksVirtualDevicesEachTimeSinceTheyChange) {
-    FakeDevice loopback = camera();
+    DeviceScript loopback = camera();
     loopback.capabilities = V4L2_CAP_VIDEO_OUTPUT | V4L2_CAP_STREAMING;
     kernel->plug("/dev/video0", loopback);
     NodeFacts facts;
@@ -171,7 +171,7 @@ TEST_F(ListingTest, ListsEachCaptureNodeOfACamera) {
 
 TEST_F(ListingTest, ListsTwoCamerasOfOneModelWithTheSameOrNoSerialNumber) {
     for (const char* serial : {"0001", ""}) {
-        discovery = std::make_shared<FakeDiscovery>();
+        discovery = std::make_shared<ScriptedDiscovery>();
         provider = cameras::v4l2::makeProvider(kernel, discovery);
         NodeFacts a = described("/dev/video0", ":capture:", "p-1"),
                   b = described("/dev/video2", ":capture:", "p-2");

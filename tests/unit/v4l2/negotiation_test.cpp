@@ -91,7 +91,7 @@ TEST_F(NegotiationTest, ConvertsFromTheSizeAndFormatThatWereGranted) {
 TEST_F(NegotiationTest, UsesTheStrideThatWasGranted) {
     device.padding = 32;
     start();
-    FakeFrame frame = grey(10);
+    FrameScript frame = grey(10);
     for (size_t y = 0; y < 48; ++y)
         for (size_t x = 64; x < 96; ++x)
             frame.bytes[y * 96 + x] = 250; // what must not be seen
@@ -104,8 +104,8 @@ TEST_F(NegotiationTest, UsesTheStrideThatWasGranted) {
 TEST_F(NegotiationTest, AStrideOfZeroOrTooLittleMeansNoPadding) {
     for (const uint32_t stride : {0u, 3u}) {
         TearDown();
-        kernel = std::make_shared<FakeKernel>();
-        discovery = std::make_shared<FakeDiscovery>();
+        kernel = std::make_shared<ScriptedKernel>();
+        discovery = std::make_shared<ScriptedDiscovery>();
         sink = std::make_shared<RecordingSink>();
         device.adjust = [stride](v4l2_pix_format& pix) { pix.bytesperline = stride; };
         start();
@@ -156,7 +156,7 @@ TEST_F(NegotiationTest, HalfPicturesOfInterlacedDriversFillTheWholeFrame) {
         pix.sizeimage = pix.bytesperline * 24;
     };
     start();
-    FakeFrame field;
+    FrameScript field;
     field.bytes.assign(64 * 24, 88);
     ASSERT_TRUE(kernel->feed(path, field));
     ASSERT_TRUE(sink->waitForFrames(1));
@@ -173,7 +173,7 @@ TEST_F(NegotiationTest, CapturesFromMultiplanarDevices) {
 
 TEST_F(NegotiationTest, RefusesMultiplanarFormatsOfSeveralPlanes) {
     device.capabilities = V4L2_CAP_VIDEO_CAPTURE_MPLANE | V4L2_CAP_STREAMING;
-    device.planes = 2;
+    device.adjust = [](v4l2_pix_format& pix) { pix.pixelformat = V4L2_PIX_FMT_NV12M; };
     plug();
     ASSERT_FALSE(camera->open());
     EXPECT_TRUE(camera->start(64, 48, sink));

@@ -2,7 +2,7 @@
 #ifndef OSTREL_TESTS_VIRTUAL_CAPTURE_FIXTURE_H
 #define OSTREL_TESTS_VIRTUAL_CAPTURE_FIXTURE_H
 
-#include "recording_sink.h"
+#include "readings.h"
 
 #include <gtest/gtest.h>
 

@@ -43,14 +43,14 @@ TEST_F(Faults, OutputRefusedDeliversNothing) {
 TEST_F(Faults, PaddedRowsShowInTheFramesThatAreMadeFromThenOn) {
     ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
     ASSERT_TRUE(sink->waitForFrames(1));
-    EXPECT_EQ(0, sink->last()->rowPadding());
+    EXPECT_EQ(0, sink->newest()->rowPadding());
     virtualCamera->setFault(VIRTUAL_CAMERA_FAULT_PADDED_ROWS);
     ASSERT_TRUE(sink->waitForMoreFrames(2)); // one may have been on its way
-    const auto padded = sink->last();
+    const auto padded = sink->newest();
     EXPECT_EQ(64, padded->rowPadding());
     virtualCamera->setFault(VIRTUAL_CAMERA_FAULT_NONE);
     ASSERT_TRUE(sink->waitForMoreFrames(2));
-    EXPECT_EQ(0, sink->last()->rowPadding());
+    EXPECT_EQ(0, sink->newest()->rowPadding());
     EXPECT_EQ(64, padded->rowPadding());
 }
 
@@ -59,7 +59,7 @@ TEST_F(Faults, StalledFromTheStartItDeliversOnlyOnceHealed) {
     ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
     // At 1000 frames a second some fifty would have come.
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    EXPECT_EQ(0, sink->arrived());
+    EXPECT_EQ(0, sink->frames());
     EXPECT_EQ(0u, virtualCamera->framesDelivered());
     virtualCamera->setFault(VIRTUAL_CAMERA_FAULT_NONE);
     ASSERT_TRUE(sink->waitForFrames(1));
@@ -91,21 +91,21 @@ TEST_F(Faults, AStalledStreamStopsAtOnce) {
     virtualCamera->setFault(VIRTUAL_CAMERA_FAULT_STALL);
     ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
     camera->stop(sink);
-    EXPECT_EQ(0, sink->arrived());
+    EXPECT_EQ(0, sink->frames());
 }
 
 TEST_F(Faults, UnpluggedItEndsTheStreamOnceWithAReason) {
     ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
     ASSERT_TRUE(sink->waitForFrames(1));
     virtualCamera->detach();
-    const int arrived = sink->arrived();
+    const int arrived = sink->frames();
     EXPECT_EQ(std::vector<std::string>{"Fixture was unplugged"}, sink->ends());
     EXPECT_EQ("Fixture was unplugged", camera->statistics().ended);
     EXPECT_FALSE(camera->attached());
-    EXPECT_TRUE(read(sink->last()).decoded) << "the last frame stays readable";
+    EXPECT_TRUE(read(sink->newest()).decoded) << "the last frame stays readable";
     EXPECT_TRUE(camera->start(WIDTH, HEIGHT, std::make_shared<RecordingSink>()));
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    EXPECT_EQ(arrived, sink->arrived()) << "no frame after detach() has returned";
+    EXPECT_EQ(arrived, sink->frames()) << "no frame after detach() has returned";
     camera->stop(sink);
     camera->close();
     EXPECT_TRUE(camera->open());
@@ -117,7 +117,7 @@ TEST_F(Faults, DestroyingTheClientsObjectUnplugs) {
     ASSERT_TRUE(sink->waitForFrames(1));
     virtualCamera.reset();
     EXPECT_EQ(1u, sink->ends().size());
-    EXPECT_TRUE(read(sink->last()).decoded);
+    EXPECT_TRUE(read(sink->newest()).decoded);
     EXPECT_EQ("fixture", camera->identifier());
     camera->stop(sink);
     camera->close();
@@ -133,7 +133,7 @@ TEST_F(Faults, UnpluggedFromInsideACallItEndsWhenTheCallReturns) {
     ASSERT_TRUE(sink->waitForEnd());
     camera->stop(sink);
     EXPECT_FALSE(endedInside);
-    EXPECT_EQ(1, sink->arrived());
+    EXPECT_EQ(1, sink->frames());
     EXPECT_EQ(1u, sink->ends().size());
 }
 

@@ -1,5 +1,5 @@
 // Playing a file as a camera.
-#include "recording_sink.h"
+#include "readings.h"
 #include "y4m_text.h"
 
 #include <gtest/gtest.h>
@@ -109,7 +109,7 @@ TEST_F(FileCamera, PlaysItsFramesInOrderOnceAndTheLastStays) {
     const cameras::StreamStatistics figures = used->statistics();
     EXPECT_EQ(12u, figures.delivered + figures.skipped);
     EXPECT_TRUE(sink->ends().empty()) << "the camera has not gone";
-    EXPECT_EQ(12u, read(sink->last()).counter) << "still there";
+    EXPECT_EQ(12u, read(sink->newest()).counter) << "still there";
 }
 
 TEST_F(FileCamera, LoopsWithoutAnEnd) {
@@ -139,7 +139,7 @@ TEST_F(FileCamera, EachStreamBeginsAtTheBeginning) {
         ASSERT_FALSE(used->start(160, 120, fresh));
         ASSERT_TRUE(fresh->waitForFrames(1));
         used->stop(fresh);
-        EXPECT_EQ(1u, read(fresh->last()).counter);
+        EXPECT_EQ(1u, read(fresh->newest()).counter);
     }
 }
 
@@ -157,7 +157,7 @@ TEST_F(FileCamera, ReadsAFrameOnlyWhenItIsTaken) {
     file.seekp(static_cast<std::streamoff>(header));
     file << other.substr(header + 8 * frameBytes, frameBytes);
     file.close();
-    EXPECT_EQ(9u, read(sink->last()).counter);
+    EXPECT_EQ(9u, read(sink->newest()).counter);
     used->stop(sink);
 }
 
@@ -170,7 +170,7 @@ TEST_F(FileCamera, AFileCutWhileItPlaysGivesNoFrameAndNoCrash) {
     ASSERT_EQ(0, ::truncate(path.c_str(), 100));
     ASSERT_TRUE(sink->waitForEnd());
     EXPECT_EQ("File found no further frame in its file: it is damaged, or was changed", sink->ends().front());
-    EXPECT_FALSE(read(sink->last()).converted);
+    EXPECT_FALSE(read(sink->newest()).converted);
     EXPECT_EQ(0u, camera->framesTaken());
     EXPECT_EQ(sink->ends().front(), used->start(160, 120, std::make_shared<RecordingSink>()).text)
         << "whoever joins now hears why";
@@ -189,7 +189,7 @@ TEST_F(FileCamera, AHeldFrameOutlivesStopCloseAndTheFilesName) {
     used.reset();
     camera.reset();
     ::unlink(path.c_str());
-    EXPECT_EQ(1u, read(sink->last()).counter);
+    EXPECT_EQ(1u, read(sink->newest()).counter);
 }
 
 TEST_F(FileCamera, NoDescriptorStaysOpenForACameraThatNobodyUses) {
@@ -256,7 +256,7 @@ TEST_F(FileCamera, PlaysOddSizes) {
     ASSERT_FALSE(used->start(320, 240, sink));
     ASSERT_TRUE(sink->waitForFrames(1));
     Bgra got(320, 240);
-    ASSERT_TRUE(sink->last()->convert(got.bytes.data(), 320, 240, got.stride));
+    ASSERT_TRUE(sink->newest()->convert(got.bytes.data(), 320, 240, got.stride));
     EXPECT_NEAR((128 - 16) * 255 / 219, got.at(319, 239)[1], 3);
     used->stop(sink);
 }
@@ -271,10 +271,10 @@ TEST_F(FileCamera, CanBeToldToFail) {
     ASSERT_FALSE(used->open());
     ASSERT_FALSE(used->start(160, 120, sink));
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    EXPECT_EQ(0, sink->arrived());
+    EXPECT_EQ(0, sink->frames());
     camera->setFault(VIRTUAL_CAMERA_FAULT_PADDED_ROWS);
     ASSERT_TRUE(sink->waitForFrames(1));
-    EXPECT_EQ(64, sink->last()->rowPadding());
+    EXPECT_EQ(64, sink->newest()->rowPadding());
     camera->detach();
     EXPECT_EQ(1u, sink->ends().size());
 }

@@ -1,5 +1,5 @@
 // Attaching, the listing, detaching.
-#include "recording_sink.h"
+#include "readings.h"
 
 #include <gtest/gtest.h>
 

@@ -38,7 +38,7 @@ TEST_F(PatternCamera, ANewStreamCountsFromTheBeginningAgain) {
     ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
     ASSERT_TRUE(sink->waitForFrames(30));
     camera->stop(sink);
-    const uint32_t reached = read(sink->last()).counter;
+    const uint32_t reached = read(sink->newest()).counter;
     EXPECT_GE(reached, 30u);
     uint32_t first = 0;
     auto again = std::make_shared<RecordingSink>();
@@ -62,15 +62,15 @@ TEST_F(PatternCamera, DrawsNothingUntilAFrameIsTaken) {
     ASSERT_TRUE(sink->waitForFrames(10));
     EXPECT_EQ(0u, virtualCamera->framesTaken());
     EXPECT_GE(virtualCamera->framesDelivered(), 10u);
-    EXPECT_TRUE(read(sink->last()).decoded);
+    EXPECT_TRUE(read(sink->newest()).decoded);
     EXPECT_EQ(1u, virtualCamera->framesTaken());
-    EXPECT_TRUE(read(sink->last(), 640, 480).decoded);
+    EXPECT_TRUE(read(sink->newest(), 640, 480).decoded);
     EXPECT_EQ(2u, virtualCamera->framesTaken());
     camera->stop(sink);
     const cameras::StreamStatistics figures = camera->statistics();
     EXPECT_EQ(2u, figures.taken);
     EXPECT_EQ(virtualCamera->framesDelivered(), figures.delivered);
-    EXPECT_EQ(static_cast<uint64_t>(sink->arrived()), figures.delivered);
+    EXPECT_EQ(static_cast<uint64_t>(sink->frames()), figures.delivered);
 }
 
 TEST_F(PatternCamera, SaysWhatItRunsAt) {
@@ -93,7 +93,7 @@ TEST_F(PatternCamera, FramesHeldStayConvertibleAfterStopCloseAndDetach) {
     camera->close();
     virtualCamera.reset();
     camera.reset();
-    const Reading first = read(sink->last()), again = read(sink->last(), 1280, 720);
+    const Reading first = read(sink->newest()), again = read(sink->newest(), 1280, 720);
     EXPECT_TRUE(first.decoded);
     EXPECT_TRUE(again.decoded);
     EXPECT_EQ(first.counter, again.counter);
@@ -136,7 +136,7 @@ TEST_F(PatternCamera, ScalesToTheSizeAskedFor) {
     ASSERT_FALSE(camera->start(1280, 720, sink));
     ASSERT_TRUE(sink->waitForFrames(1));
     for (const auto& size : {std::pair<int, int>(160, 120), {320, 240}, {640, 480}, {1280, 720}, {333, 777}})
-        EXPECT_TRUE(read(sink->last(), size.first, size.second).decoded)
+        EXPECT_TRUE(read(sink->newest(), size.first, size.second).decoded)
             << size.first << " x " << size.second;
 }
 

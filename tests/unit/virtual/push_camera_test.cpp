@@ -1,5 +1,5 @@
 // The camera whose frames the client pushes.
-#include "recording_sink.h"
+#include "readings.h"
 
 #include <gtest/gtest.h>
 
@@ -49,7 +49,7 @@ TEST_F(PushCamera, RefusesFramesThatNobodyCaptures) {
     EXPECT_TRUE(push(picture));
     camera->stop(sink);
     EXPECT_FALSE(push(picture)) << "stopped";
-    EXPECT_EQ(1, sink->arrived());
+    EXPECT_EQ(1, sink->frames());
     EXPECT_EQ(1u, pushed.framesDelivered());
     pushed.detach();
     EXPECT_FALSE(push(picture)) << "detached";
@@ -76,7 +76,7 @@ TEST_F(PushCamera, CopiesThePictureByteForByteAndMakesItOpaque) {
         ASSERT_TRUE(push(reused));
         std::fill(reused.bytes.begin(), reused.bytes.end(), uint8_t(0));
         Bgra got(37, 21);
-        ASSERT_TRUE(sink->last()->convert(got.bytes.data(), 37, 21, got.stride));
+        ASSERT_TRUE(sink->newest()->convert(got.bytes.data(), 37, 21, got.stride));
         for (int y = 0; y < 21; ++y)
             for (int x = 0; x < 37; ++x) {
                 ASSERT_TRUE(std::equal(original.at(x, y), original.at(x, y) + 3, got.at(x, y)));
@@ -90,7 +90,7 @@ TEST_F(PushCamera, ScalesToWhatEachCaptureAsksFor) {
     ASSERT_FALSE(camera->start(320, 240, sink));
     ASSERT_FALSE(camera->start(1280, 720, second));
     ASSERT_TRUE(push(pictures::pattern(640, 480, 42, 43)));
-    const Reading small = read(sink->last(), 320, 240), large = read(second->last(), 1280, 720);
+    const Reading small = read(sink->newest(), 320, 240), large = read(second->newest(), 1280, 720);
     EXPECT_TRUE(small.decoded && large.decoded);
     EXPECT_EQ(42u, small.counter);
     EXPECT_EQ(43u, large.clock);
@@ -111,7 +111,7 @@ TEST_F(PushCamera, WhiteStaysWhiteAtEverySize) {
          {std::pair<int, int>(128, 96), {320, 240}, {64, 48}, {48, 36}, {43, 29}, {9, 8}}) {
         const auto expectWhite = [&] {
             Bgra got(size.first, size.second);
-            ASSERT_TRUE(sink->last()->convert(got.bytes.data(), got.width, got.height, got.stride));
+            ASSERT_TRUE(sink->newest()->convert(got.bytes.data(), got.width, got.height, got.stride));
             EXPECT_EQ(std::vector<uint8_t>(got.bytes.size(), 255), got.bytes) << got.width;
         };
         ASSERT_TRUE(push(white));
@@ -127,7 +127,7 @@ TEST_F(PushCamera, TakesAnotherSizeWithEachFrame) {
     for (const auto& size : {std::pair<int, int>(160, 120), {1280, 720}, {320, 240}, {640, 360}}) {
         ASSERT_TRUE(push(pictures::pattern(size.first, size.second, ++counter, 7)));
         EXPECT_EQ(size.first, camera->statistics().grantedWidth);
-        EXPECT_EQ(counter, read(sink->last()).counter);
+        EXPECT_EQ(counter, read(sink->newest()).counter);
     }
     EXPECT_EQ("BGRA", camera->statistics().grantedFormat);
 }
@@ -139,7 +139,7 @@ TEST_F(PushCamera, TakesI420) {
     ASSERT_FALSE(camera->start(4, 4, sink));
     ASSERT_TRUE(pushed.pushI420(i420, 4, 4));
     Bgra got(4, 4);
-    ASSERT_TRUE(sink->last()->convert(got.bytes.data(), 4, 4, got.stride));
+    ASSERT_TRUE(sink->newest()->convert(got.bytes.data(), 4, 4, got.stride));
     const int expected[4][3] = {
         {0, 0, 255}, {0, 255, 0}, {255, 0, 0}, {255, 255, 255}}; // red, green, blue, white
     for (int quarter = 0; quarter < 4; ++quarter) {
@@ -158,7 +158,7 @@ TEST_F(PushCamera, TakesI420OfOddSizes) {
     ASSERT_TRUE(pushed.pushI420(i420.data(), 5, 3));
     for (const auto& size : {std::pair<int, int>(5, 3), {10, 6}, {1, 1}}) {
         Bgra got(size.first, size.second);
-        ASSERT_TRUE(sink->last()->convert(got.bytes.data(), got.width, got.height, got.stride));
+        ASSERT_TRUE(sink->newest()->convert(got.bytes.data(), got.width, got.height, got.stride));
         for (int c = 0; c < 3; ++c)
             EXPECT_NEAR(255, got.at(got.width - 1, got.height - 1)[c], 3);
     }
@@ -179,7 +179,7 @@ TEST_F(PushCamera, RefusesArgumentsThatAreNoPicture) {
     }
     for (const int stride : {31, 0, -32, least})
         EXPECT_FALSE(pushed.push(p, 8, 8, stride)) << stride;
-    EXPECT_EQ(0, sink->arrived());
+    EXPECT_EQ(0, sink->frames());
     EXPECT_EQ(0u, pushed.framesDelivered());
 }
 
@@ -189,14 +189,14 @@ TEST_F(PushCamera, StalledItRefusesAndHealedItGoesOn) {
     EXPECT_FALSE(push(noise(8, 8)));
     pushed.setFault(VIRTUAL_CAMERA_FAULT_NONE);
     EXPECT_TRUE(push(noise(8, 8)));
-    EXPECT_EQ(1, sink->arrived());
+    EXPECT_EQ(1, sink->frames());
 }
 
 TEST_F(PushCamera, PaddedRowsShowInTheNextFrame) {
     ASSERT_FALSE(camera->start(8, 8, sink));
     pushed.setFault(VIRTUAL_CAMERA_FAULT_PADDED_ROWS);
     ASSERT_TRUE(push(noise(8, 8)));
-    EXPECT_EQ(64, sink->last()->rowPadding());
+    EXPECT_EQ(64, sink->newest()->rowPadding());
 }
 
 TEST_F(PushCamera, APushFromInsideTheDeliveryIsRefused) {
@@ -205,7 +205,7 @@ TEST_F(PushCamera, APushFromInsideTheDeliveryIsRefused) {
     ASSERT_FALSE(camera->start(8, 8, sink));
     EXPECT_TRUE(push(noise(8, 8)));
     EXPECT_FALSE(inner);
-    EXPECT_EQ(1, sink->arrived());
+    EXPECT_EQ(1, sink->frames());
 }
 
 TEST_F(PushCamera, DetachingTellsTheCaptureAndKeepsTheLastFrame) {
@@ -213,7 +213,7 @@ TEST_F(PushCamera, DetachingTellsTheCaptureAndKeepsTheLastFrame) {
     ASSERT_TRUE(push(pictures::pattern(320, 240, 9, 10)));
     pushed.detach();
     EXPECT_EQ(std::vector<std::string>{"Pushed was unplugged"}, sink->ends());
-    EXPECT_EQ(9u, read(sink->last()).counter);
+    EXPECT_EQ(9u, read(sink->newest()).counter);
 }
 
 TEST_F(PushCamera, DetachingFromInsideTheDeliveryEndsWhenItReturns) {
@@ -235,7 +235,7 @@ TEST_F(PushCamera, StopAndCloseFromInsideTheDelivery) {
     ASSERT_FALSE(camera->start(8, 8, sink));
     EXPECT_TRUE(push(noise(8, 8)));
     EXPECT_FALSE(push(noise(8, 8)));
-    EXPECT_EQ(1, sink->arrived());
+    EXPECT_EQ(1, sink->frames());
 }
 
 TEST_F(PushCamera, ThreadsMayPushWhileOthersStartAndStop) {
@@ -252,12 +252,12 @@ TEST_F(PushCamera, ThreadsMayPushWhileOthersStartAndStop) {
         ASSERT_FALSE(camera->start(160, 120, fresh));
         if (i % 4 == 0) {
             ASSERT_TRUE(fresh->waitForFrames(1));
-            EXPECT_EQ(11u, read(fresh->last()).counter);
+            EXPECT_EQ(11u, read(fresh->newest()).counter);
         }
         camera->stop(fresh);
-        const int arrived = fresh->arrived();
+        const int arrived = fresh->frames();
         std::this_thread::yield();
-        ASSERT_EQ(arrived, fresh->arrived());
+        ASSERT_EQ(arrived, fresh->frames());
     }
     done = true;
     for (std::thread& pusher : pushers)

@@ -12,7 +12,7 @@ class Stream : public PatternFixture {};
 
 // Waits for it, as a thread that was joined is still listed for a moment.
 bool becomesTheNumberOfDeliveryThreads(int expected) {
-    const auto limit = std::chrono::steady_clock::now() + PATIENCE;
+    const auto limit = std::chrono::steady_clock::now() + support::HANG;
     for (int count = -1; count != expected;) {
         if (std::chrono::steady_clock::now() > limit)
             return false;
@@ -32,11 +32,11 @@ TEST_F(Stream, ASecondSinkJoinsAndBothGetTheSameFrames) {
     ASSERT_TRUE(sink->waitForFrames(3));
     ASSERT_FALSE(camera->start(640, 480, second));
     ASSERT_TRUE(second->waitForFrames(3));
-    EXPECT_GT(read(second->last()).counter, 3u) << "the running stream, not one of its own";
+    EXPECT_GT(read(second->newest()).counter, 3u) << "the running stream, not one of its own";
     camera->stop(second);
-    const int stopped = second->arrived();
+    const int stopped = second->frames();
     ASSERT_TRUE(sink->waitForMoreFrames(10));
-    EXPECT_EQ(stopped, second->arrived());
+    EXPECT_EQ(stopped, second->frames());
     camera->stop(sink);
 }
 
@@ -48,9 +48,9 @@ TEST_F(Stream, NothingArrivesAfterStopReturns) {
             ASSERT_TRUE(fresh->waitForFrames(1));
         }
         camera->stop(fresh);
-        const int arrived = fresh->arrived();
+        const int arrived = fresh->frames();
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        ASSERT_EQ(arrived, fresh->arrived());
+        ASSERT_EQ(arrived, fresh->frames());
     }
 }
 
@@ -60,7 +60,7 @@ TEST_F(Stream, StopFromInsideTheCallReturnsAtOnceAndIsTheLastCall) {
     ASSERT_TRUE(sink->waitForFrames(1));
     camera->stop(sink);
     camera->close();
-    EXPECT_EQ(1, sink->arrived());
+    EXPECT_EQ(1, sink->frames());
     EXPECT_TRUE(sink->ends().empty()) << "a stop is no end";
 }
 
@@ -95,7 +95,7 @@ TEST_F(Stream, StopFromInsideAndOutsideAtOnceDoesNotHang) {
         fresh->onFrame = [&](const RecordingSink::FramePointer&) { camera->stop(fresh); };
         ASSERT_FALSE(camera->start(WIDTH, HEIGHT, fresh));
         camera->stop(fresh);
-        ASSERT_LE(fresh->arrived(), 1);
+        ASSERT_LE(fresh->frames(), 1);
     }
 }
 
@@ -110,7 +110,7 @@ TEST_F(Stream, CanBeStartedAgainFromInsideTheCallThatStoppedIt) {
     EXPECT_TRUE(next->waitForFrames(3));
     camera->stop(next);
     EXPECT_FALSE(refused);
-    EXPECT_EQ(1, sink->arrived());
+    EXPECT_EQ(1, sink->frames());
 }
 
 TEST_F(Stream, CloseStopsWhatStillRuns) {
@@ -119,9 +119,9 @@ TEST_F(Stream, CloseStopsWhatStillRuns) {
     ASSERT_FALSE(camera->start(WIDTH, HEIGHT, second));
     ASSERT_TRUE(second->waitForFrames(1));
     camera->close();
-    const int arrived = sink->arrived() + second->arrived();
+    const int arrived = sink->frames() + second->frames();
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    EXPECT_EQ(arrived, sink->arrived() + second->arrived());
+    EXPECT_EQ(arrived, sink->frames() + second->frames());
     camera->stop(sink);
     camera->stop(second);
     EXPECT_TRUE(camera->start(WIDTH, HEIGHT, sink)) << "it is closed";
@@ -132,7 +132,7 @@ TEST_F(Stream, CloseFromInsideTheCallDoesNotHang) {
     ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
     ASSERT_TRUE(sink->waitForFrames(1));
     camera->stop(sink);
-    EXPECT_EQ(1, sink->arrived());
+    EXPECT_EQ(1, sink->frames());
 }
 
 TEST_F(Stream, StoppingASinkThatWasNotStartedIsHarmless) {
@@ -175,10 +175,10 @@ TEST_F(Stream, DetachCloseAndStopAtOnceDoNotHang) {
         std::thread detacher([&] { virtualCamera->detach(); });
         std::thread closer([&] { camera->close(); });
         camera->stop(fresh);
-        const int arrived = fresh->arrived();
+        const int arrived = fresh->frames();
         detacher.join();
         closer.join();
-        ASSERT_EQ(arrived, fresh->arrived());
+        ASSERT_EQ(arrived, fresh->frames());
         ASSERT_LE(fresh->ends().size(), 1u);
     }
 }

@@ -1,6 +1,6 @@
 // The video nodes of a machine of the test's making.
-#ifndef OSTREL_TESTS_UNIT_V4L2_FAKE_DISCOVERY_H
-#define OSTREL_TESTS_UNIT_V4L2_FAKE_DISCOVERY_H
+#ifndef OSTREL_TESTS_SUPPORT_V4L2_SCRIPTED_DISCOVERY_H
+#define OSTREL_TESTS_SUPPORT_V4L2_SCRIPTED_DISCOVERY_H
 
 #include "platform/cameras/v4l2/discovery.h"
 
@@ -8,10 +8,9 @@
 #include <mutex>
 #include <vector>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::support {
 
-class FakeDiscovery : public cameras::v4l2::Discovery {
+class ScriptedDiscovery : public cameras::v4l2::Discovery {
 public:
     std::vector<cameras::v4l2::NodeFacts> nodes() override {
         std::lock_guard<std::mutex> lock(mutex_);
@@ -43,7 +42,6 @@ private:
     int plugged_ = 0;
 };
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::support
 
 #endif

@@ -1,12 +1,12 @@
-#include "unit/cameras/jpeg_pictures.h"
+#include "support/jpeg_pictures.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <jpeglib.h>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::support {
 
 const uint8_t kJpegQuadrants[4][3] = {{40, 30, 200}, {60, 180, 20}, {210, 50, 30}, {190, 190, 190}};
 
@@ -29,7 +29,8 @@ std::vector<uint8_t> withoutTables(const std::vector<uint8_t>& jpeg) {
 
 } // namespace
 
-std::vector<uint8_t> quadrantsAsJpeg(int width, int height, const JpegOptions& options) {
+std::vector<uint8_t> encodeJpeg(int width, int height, const JpegOptions& options,
+                                const std::function<std::array<uint8_t, 3>(int x, int y)>& pixelAt) {
     jpeg_compress_struct jpeg = {};
     jpeg_error_mgr errors;
     jpeg.err = jpeg_std_error(&errors);
@@ -40,11 +41,11 @@ std::vector<uint8_t> quadrantsAsJpeg(int width, int height, const JpegOptions& o
     jpeg.image_width = static_cast<JDIMENSION>(width);
     jpeg.image_height = static_cast<JDIMENSION>(height);
     jpeg.input_components = 3;
-    jpeg.in_color_space = JCS_EXT_BGR;
+    jpeg.in_color_space = options.colours == JpegColours::Bgr ? JCS_EXT_BGR : JCS_YCbCr;
     jpeg_set_defaults(&jpeg);
     if (options.grey)
         jpeg_set_colorspace(&jpeg, JCS_GRAYSCALE);
-    jpeg_set_quality(&jpeg, 90, TRUE);
+    jpeg_set_quality(&jpeg, options.quality, TRUE);
     jpeg.comp_info[0].h_samp_factor = options.grey ? 1 : options.horizontal;
     jpeg.comp_info[0].v_samp_factor = options.grey ? 1 : options.vertical;
     jpeg.restart_in_rows = options.restart;
@@ -53,10 +54,10 @@ std::vector<uint8_t> quadrantsAsJpeg(int width, int height, const JpegOptions& o
     jpeg_start_compress(&jpeg, TRUE);
     std::vector<uint8_t> row(static_cast<size_t>(width) * 3);
     for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < width; ++x)
-            for (int c = 0; c < 3; ++c)
-                row[static_cast<size_t>(3 * x + c)] =
-                    kJpegQuadrants[(y >= height / 2 ? 2 : 0) + (x >= width / 2 ? 1 : 0)][c];
+        for (int x = 0; x < width; ++x) {
+            const auto pixel = pixelAt(x, y);
+            std::copy(pixel.begin(), pixel.end(), row.begin() + static_cast<ptrdiff_t>(x) * 3);
+        }
         JSAMPROW rows = row.data();
         jpeg_write_scanlines(&jpeg, &rows, 1);
     }
@@ -67,5 +68,11 @@ std::vector<uint8_t> quadrantsAsJpeg(int width, int height, const JpegOptions& o
     return options.tables ? result : withoutTables(result);
 }
 
-} // namespace tests
-} // namespace ostrel
+std::vector<uint8_t> quadrantsAsJpeg(int width, int height, const JpegOptions& options) {
+    return encodeJpeg(width, height, options, [&](int x, int y) {
+        const uint8_t* const bgr = kJpegQuadrants[(y >= height / 2 ? 2 : 0) + (x >= width / 2 ? 1 : 0)];
+        return std::array<uint8_t, 3>{bgr[0], bgr[1], bgr[2]};
+    });
+}
+
+} // namespace ostrel::support
