@@ -1,7 +1,7 @@
 #include "bench/capture/client.h"
 
 #include "bench/capture/measure.h"
-#include "bench/capture/timed_camera.h"
+#include "bench/capture/timed_kernel.h"
 
 #include <ostrel/devices.h>
 
@@ -13,9 +13,9 @@ Client::Client(const std::string& identifier, int width, int height)
 }
 
 bool Client::waitForFirstFrame() {
-    const int64_t until = nowNanoseconds() + 10000000000;
-    while (frame_.data.empty() && nowNanoseconds() < until) {
-        sleepUntil(nowNanoseconds() + 200000);
+    const int64_t until = monotonicNow() + 10000000000;
+    while (frame_.data.empty() && monotonicNow() < until) {
+        sleepUntil(monotonicNow() + 200000);
         poll();
     }
     return !frame_.data.empty();

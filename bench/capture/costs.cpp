@@ -12,6 +12,7 @@ namespace {
 
 const int64_t SECOND = 1000000000;
 const int WARM_UP = 6; // frames
+const char* const PATH = "/dev/video0";
 
 struct Layout {
     const char* name;
@@ -41,7 +42,7 @@ struct Contender {
     std::string name;
     std::vector<double> microseconds; // for each of the camera's frames
     Cost total;
-    uint64_t streamCalls = 0;
+    int streamCalls = 0;
     uint64_t frames = 0;
     uint64_t fresh = 0; // polls that gave another frame than the one before
 };
@@ -60,31 +61,32 @@ void runFloor(const std::shared_ptr<TimedKernel>& kernel, const CameraModel& mod
     Floor bare(kernel, model);
     for (int i = 0; i < WARM_UP; ++i)
         (bare.*work)();
-    const uint64_t calls = kernel->camera("/dev/video0")->streamCalls();
+    const int calls = kernel->streamCalls(PATH);
     const Cost before = costsSoFar();
     for (unsigned i = 0; i < model.rate; ++i)
         (bare.*work)();
     note(contender, costsSoFar() - before, model.rate);
-    contender.streamCalls += kernel->camera("/dev/video0")->streamCalls() - calls;
+    contender.streamCalls += kernel->streamCalls(PATH) - calls;
 }
 
 // One second of a client that polls at equal intervals, half an interval or more away from the arrivals.
-void runHabit(Client& client, TimedCamera& camera, const CameraModel& model, const Habit& habit,
+void runHabit(Client& client, TimedKernel& kernel, const CameraModel& model, const Habit& habit,
               Contender& contender) {
     const unsigned polls = habit.polls ? habit.polls : model.rate;
     const int64_t interval = SECOND / polls;
+    const int64_t period = model.period(), arrival = kernel.arrival(PATH, 0);
     // From a time at which the camera has just had half of its interval.
-    const int64_t lead = camera.period() / (habit.polls > model.rate ? 4 : 2);
-    const int64_t passed = (nowNanoseconds() - camera.arrival(0)) / camera.period() + 1;
-    const int64_t start = camera.arrival(0) + passed * camera.period() + lead;
+    const int64_t lead = period / (habit.polls > model.rate ? 4 : 2);
+    const int64_t passed = (monotonicNow() - arrival) / period + 1;
+    const int64_t start = arrival + passed * period + lead;
     for (int i = 0; i < WARM_UP; ++i) {
-        sleepUntil(start + i * camera.period());
+        sleepUntil(start + i * period);
         if (habit.polls)
             client.poll();
     }
-    const int64_t first = start + WARM_UP * camera.period();
-    sleepUntil(first - camera.period() / 8);
-    const uint64_t calls = camera.streamCalls();
+    const int64_t first = start + WARM_UP * period;
+    sleepUntil(first - period / 8);
+    const int calls = kernel.streamCalls(PATH);
     uint32_t last = 0;
     const Cost before = costsSoFar();
     for (unsigned i = 0; i < habit.polls; ++i) {
@@ -93,9 +95,9 @@ void runHabit(Client& client, TimedCamera& camera, const CameraModel& model, con
         contender.fresh += frame.frameNumber != last;
         last = frame.frameNumber;
     }
-    sleepUntil(first + SECOND - camera.period() / 8);
+    sleepUntil(first + SECOND - period / 8);
     note(contender, costsSoFar() - before, model.rate);
-    contender.streamCalls += camera.streamCalls() - calls;
+    contender.streamCalls += kernel.streamCalls(PATH) - calls;
 }
 
 void write(const Contender& contender, const Layout& layout, const Size& size) {
@@ -135,9 +137,8 @@ bool measure(const Layout& layout, const Size& size, int rounds) {
         Client client(identifierOf(0), size.width, size.height);
         if (!client.waitForFirstFrame())
             return false;
-        const std::shared_ptr<TimedCamera> camera = kernel->camera("/dev/video0");
         for (size_t i = 0; i < sizeof HABITS / sizeof HABITS[0]; ++i)
-            runHabit(client, *camera, model, HABITS[i], contenders[i + 2]);
+            runHabit(client, *kernel, model, HABITS[i], contenders[i + 2]);
     }
     for (const Contender& contender : contenders)
         write(contender, layout, size);

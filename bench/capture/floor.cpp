@@ -12,7 +12,14 @@ namespace bench {
 
 namespace {
 const uint32_t BUFFERS = 5; // as the library asks for
+
+v4l2_buffer emptyBuffer() {
+    v4l2_buffer buffer = {};
+    buffer.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
+    buffer.memory = V4L2_MEMORY_MMAP;
+    return buffer;
 }
+} // namespace
 
 Floor::Floor(const std::shared_ptr<TimedKernel>& kernel, const CameraModel& model)
     : kernel_(kernel), model_(model), descriptor_(kernel->open("/dev/video0", O_RDWR)) {
@@ -26,7 +33,7 @@ Floor::Floor(const std::shared_ptr<TimedKernel>& kernel, const CameraModel& mode
     request.memory = V4L2_MEMORY_MMAP;
     kernel_->ioctl(descriptor_, VIDIOC_REQBUFS, &request);
     for (uint32_t i = 0; i < request.count; ++i) {
-        v4l2_buffer buffer = {};
+        v4l2_buffer buffer = emptyBuffer();
         buffer.index = i;
         kernel_->ioctl(descriptor_, VIDIOC_QUERYBUF, &buffer);
         buffers_.emplace_back(kernel_->mmap(buffer.length, descriptor_, buffer.m.offset), buffer.length);
@@ -37,13 +44,19 @@ Floor::Floor(const std::shared_ptr<TimedKernel>& kernel, const CameraModel& mode
 }
 
 Floor::~Floor() {
+    int type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
+    kernel_->ioctl(descriptor_, VIDIOC_STREAMOFF, &type);
     for (const auto& buffer : buffers_)
-        ::munmap(buffer.first, buffer.second);
+        kernel_->munmap(buffer.first, buffer.second);
+    v4l2_requestbuffers none = {};
+    none.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
+    none.memory = V4L2_MEMORY_MMAP;
+    kernel_->ioctl(descriptor_, VIDIOC_REQBUFS, &none);
     kernel_->close(descriptor_);
 }
 
 v4l2_buffer Floor::dequeue() {
-    v4l2_buffer buffer = {};
+    v4l2_buffer buffer = emptyBuffer();
     do {
         pollfd ready = {descriptor_, POLLIN, 0};
         kernel_->poll(&ready, 1, -1);

@@ -61,7 +61,7 @@ bool capture(int cameras, int rounds) {
             return false;
     std::vector<double> costs;
     for (int round = 0; round < rounds; ++round) {
-        const int64_t start = nowNanoseconds();
+        const int64_t start = monotonicNow();
         const int64_t interval = SECOND / model().rate;
         const Cost before = costsSoFar();
         for (int i = 0; i < static_cast<int>(model().rate); ++i) {

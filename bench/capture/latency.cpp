@@ -25,19 +25,18 @@ bool measureAges(const char* name, const CameraModel& model) {
     Client client(identifierOf(0), model.width, model.height);
     if (!client.waitForFirstFrame())
         return false;
-    const std::shared_ptr<TimedCamera> camera = kernel->camera(PATH);
     std::vector<double> ages, called, calls;
     const int polls = 300;
-    const int64_t interval = camera->period() * 61 / 100;
-    const int64_t start = nowNanoseconds();
+    const int64_t interval = model.period() * 61 / 100;
+    const int64_t start = monotonicNow();
     for (int i = 1; i <= polls; ++i) {
         sleepUntil(start + i * interval);
-        const int64_t before = nowNanoseconds();
+        const int64_t before = monotonicNow();
         const ostrel::VideoFrame& frame = client.poll();
-        const int64_t after = nowNanoseconds();
+        const int64_t after = monotonicNow();
         const uint32_t number = readStamp(frame.data, model.width);
-        ages.push_back(milliseconds(after - camera->arrival(number)));
-        called.push_back(milliseconds((before - camera->arrival(0)) % camera->period()));
+        ages.push_back(milliseconds(after - kernel->arrival(PATH, number)));
+        called.push_back(milliseconds((before - kernel->arrival(PATH, 0)) % model.period()));
         calls.push_back(milliseconds(after - before));
     }
     JsonLine("age")
@@ -57,13 +56,13 @@ bool measureStarts(const char* name, const CameraModel& model) {
     const std::string identifier = identifierOf(0);
     std::vector<double> whole, own;
     for (int i = 0; i < 60; ++i) {
-        const int64_t before = nowNanoseconds();
+        const int64_t before = monotonicNow();
         Client client(identifier, model.width, model.height);
         if (!client.waitForFirstFrame())
             return false;
-        const int64_t time = nowNanoseconds() - before;
+        const int64_t time = monotonicNow() - before;
         whole.push_back(milliseconds(time));
-        own.push_back(milliseconds(time - kernel->camera(PATH)->period()));
+        own.push_back(milliseconds(time - model.period()));
     }
     JsonLine("first_frame")
         .add("camera", name)

@@ -1,9 +1,8 @@
 #include "bench/capture/pictures.h"
 
+#include "support/jpeg_pictures.h"
+
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
-#include <jpeglib.h>
 #include <linux/videodev2.h>
 
 namespace bench {
@@ -68,39 +67,14 @@ std::vector<uint8_t> nv12(const std::vector<Yuv>& pixels, int width, int height)
 
 // As webcams encode: baseline, 4:2:2, about 85 % quality.
 std::vector<uint8_t> jpeg(const std::vector<Yuv>& pixels, int width, int height) {
-    jpeg_compress_struct encoder = {};
-    jpeg_error_mgr errors = {};
-    encoder.err = jpeg_std_error(&errors);
-    jpeg_create_compress(&encoder);
-    unsigned char* memory = nullptr;
-    unsigned long size = 0;
-    jpeg_mem_dest(&encoder, &memory, &size);
-    encoder.image_width = static_cast<JDIMENSION>(width);
-    encoder.image_height = static_cast<JDIMENSION>(height);
-    encoder.input_components = 3;
-    encoder.in_color_space = JCS_YCbCr;
-    jpeg_set_defaults(&encoder);
-    jpeg_set_colorspace(&encoder, JCS_YCbCr);
-    jpeg_set_quality(&encoder, 85, TRUE);
-    encoder.comp_info[0].h_samp_factor = 2;
-    encoder.comp_info[0].v_samp_factor = 1;
-    jpeg_start_compress(&encoder, TRUE);
-    std::vector<uint8_t> row(static_cast<size_t>(width) * 3);
-    for (size_t y = 0; y < static_cast<size_t>(height); ++y) {
-        for (size_t x = 0; x < static_cast<size_t>(width); ++x) {
-            const Yuv& pixel = pixels[y * static_cast<size_t>(width) + x];
-            row[x * 3] = pixel.y;
-            row[x * 3 + 1] = pixel.u;
-            row[x * 3 + 2] = pixel.v;
-        }
-        JSAMPROW line = row.data();
-        jpeg_write_scanlines(&encoder, &line, 1);
-    }
-    jpeg_finish_compress(&encoder);
-    std::vector<uint8_t> bytes(memory, memory + size);
-    jpeg_destroy_compress(&encoder);
-    std::free(memory);
-    return bytes;
+    ostrel::support::JpegOptions options;
+    options.colours = ostrel::support::JpegColours::Yuv;
+    options.quality = 85;
+    return ostrel::support::encodeJpeg(width, height, options, [&](int x, int y) {
+        const Yuv& pixel =
+            pixels[static_cast<size_t>(y) * static_cast<size_t>(width) + static_cast<size_t>(x)];
+        return std::array<uint8_t, 3>{pixel.y, pixel.u, pixel.v};
+    });
 }
 
 } // namespace

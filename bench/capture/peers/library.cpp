@@ -27,7 +27,7 @@ public:
         if (!client_->waitForFirstFrame())
             throw std::runtime_error("no frame");
         last_ = client_->poll().frameNumber;
-        next_ = bench::nowNanoseconds() + interval_ / 2;
+        next_ = bench::monotonicNow() + interval_ / 2;
     }
     unsigned takeFrame() override {
         bench::sleepUntil(next_);

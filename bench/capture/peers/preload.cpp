@@ -1,8 +1,7 @@
 // Loaded before a peer (LD_PRELOAD), this stands between it and the kernel, so that the path in TIMED_CAMERA
 // is a timed camera: "/dev/video90 YUYV 1280 720 30". Waiting is the kernel's own, on the timer behind the
 // descriptor.
-#include "bench/capture/pictures.h"
-#include "bench/capture/timed_camera.h"
+#include "bench/capture/timed_kernel.h"
 
 #include <cerrno>
 #include <cstdarg>
@@ -22,28 +21,49 @@
 
 namespace {
 
-struct Opened {
-    std::shared_ptr<bench::TimedCamera> camera;
-    bool blocking;
+// An open descriptor of the kernel's, which the peer has duplicates of.
+class Camera {
+public:
+    Camera(bench::TimedKernel& kernel, const std::string& path, bool blocking)
+        : kernel_(kernel), descriptor_(kernel.open(path.c_str(), O_RDWR)), blocking_(blocking) {}
+    ~Camera() { kernel_.close(descriptor_); }
+    Camera(const Camera&) = delete;
+    Camera& operator=(const Camera&) = delete;
+
+    int duplicate() const { return ::fcntl(descriptor_, F_DUPFD_CLOEXEC, 3); }
+    void* mmap(size_t length, off_t offset) { return kernel_.mmap(length, descriptor_, offset); }
+    int ioctl(unsigned long request, void* argument) {
+        int result = kernel_.ioctl(descriptor_, request, argument);
+        while (result == -1 && errno == EAGAIN && blocking_) {
+            pollfd ready = {descriptor_, POLLIN, 0};
+            kernel_.poll(&ready, 1, -1);
+            result = kernel_.ioctl(descriptor_, request, argument);
+        }
+        return result;
+    }
+
+private:
+    bench::TimedKernel& kernel_;
+    const int descriptor_;
+    const bool blocking_;
 };
 
 struct World {
     World() {
         char path[64] = {}, layout[5] = {};
+        bench::CameraModel model;
         const char* text = std::getenv("TIMED_CAMERA");
         if (!text || std::sscanf(text, "%63s %4s %d %d %u", path, layout, &model.width, &model.height,
                                  &model.rate) != 5)
             return;
         device = path;
         model.fourcc = v4l2_fourcc(layout[0], layout[1], layout[2], layout[3]);
-        picture = std::make_shared<std::vector<uint8_t>>(
-            bench::makePicture(model.fourcc, model.width, model.height));
+        kernel.plug(device, bench::timedCamera(model));
     }
     std::string device;
-    bench::CameraModel model;
-    std::shared_ptr<const std::vector<uint8_t>> picture;
+    bench::TimedKernel kernel;
     std::mutex mutex;
-    std::map<int, Opened> opened; // by descriptor
+    std::map<int, std::shared_ptr<Camera>> opened; // by descriptor
 };
 
 World& world() {
@@ -55,10 +75,10 @@ bool isDevice(const char* path) {
     return path && !world().device.empty() && world().device == path;
 }
 
-Opened find(int descriptor) {
+std::shared_ptr<Camera> find(int descriptor) {
     std::lock_guard<std::mutex> lock(world().mutex);
     const auto found = world().opened.find(descriptor);
-    return found == world().opened.end() ? Opened() : found->second;
+    return found == world().opened.end() ? nullptr : found->second;
 }
 
 template <typename Function>
@@ -68,10 +88,10 @@ Function next(const char* name) {
 
 // The descriptor is a duplicate, so that the peer may close it as it likes.
 int openDevice(int flags) {
-    const auto camera = std::make_shared<bench::TimedCamera>(world().model, world().picture);
-    const int descriptor = ::fcntl(camera->descriptor(), F_DUPFD_CLOEXEC, 3);
+    const auto camera = std::make_shared<Camera>(world().kernel, world().device, !(flags & O_NONBLOCK));
+    const int descriptor = camera->duplicate();
     std::lock_guard<std::mutex> lock(world().mutex);
-    world().opened[descriptor] = {camera, !(flags & O_NONBLOCK)};
+    world().opened[descriptor] = camera;
     return descriptor;
 }
 
@@ -123,7 +143,7 @@ int __open64_2(const char* path, int flags) {
 
 int close(int descriptor) {
     static auto* const real = next<int (*)(int)>("close");
-    Opened closed;
+    std::shared_ptr<Camera> closed;
     {
         std::lock_guard<std::mutex> lock(world().mutex);
         const auto found = world().opened.find(descriptor);
@@ -137,9 +157,9 @@ int close(int descriptor) {
 
 int dup(int descriptor) {
     static auto* const real = next<int (*)(int)>("dup");
-    const Opened camera = find(descriptor);
+    const auto camera = find(descriptor);
     const int copy = real(descriptor);
-    if (camera.camera && copy >= 0) {
+    if (camera && copy >= 0) {
         std::lock_guard<std::mutex> lock(world().mutex);
         world().opened[copy] = camera;
     }
@@ -162,23 +182,15 @@ int ioctl(int descriptor, unsigned long request, ...) {
     va_start(arguments, request);
     void* const argument = va_arg(arguments, void*);
     va_end(arguments);
-    const Opened camera = find(descriptor);
-    if (!camera.camera)
-        return real(descriptor, request, argument);
-    int result = camera.camera->ioctl(request, argument);
-    while (result == -1 && errno == EAGAIN && camera.blocking) {
-        pollfd ready = {descriptor, POLLIN, 0};
-        ::poll(&ready, 1, -1);
-        result = camera.camera->ioctl(request, argument);
-    }
-    return result;
+    const auto camera = find(descriptor);
+    return camera ? camera->ioctl(request, argument) : real(descriptor, request, argument);
 }
 
 void* mmap(void* address, size_t length, int protection, int flags, int descriptor, off_t offset) {
     static auto* const real = next<void* (*)(void*, size_t, int, int, int, off_t)>("mmap");
-    const Opened camera = descriptor >= 0 && !(flags & MAP_ANONYMOUS) ? find(descriptor) : Opened();
-    return camera.camera ? camera.camera->mmap(length, offset)
-                         : real(address, length, protection, flags, descriptor, offset);
+    const auto camera = descriptor >= 0 && !(flags & MAP_ANONYMOUS) ? find(descriptor) : nullptr;
+    return camera ? camera->mmap(length, offset)
+                  : real(address, length, protection, flags, descriptor, offset);
 }
 
 void* mmap64(void* address, size_t length, int protection, int flags, int descriptor, off64_t offset) {

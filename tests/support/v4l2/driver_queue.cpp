@@ -200,7 +200,8 @@ int Driver::dequeue(v4l2_buffer& buffer) {
     const unsigned index = takeFirst(done_);
     Buffer& full = buffers_[index];
     full.queued = false;
-    buffer.index = full.claimedIndex >= 0 ? static_cast<uint32_t>(full.claimedIndex) : index;
+    buffer.index = index;
+    queryBuffer(buffer);
     describe(full, buffer);
     if (device_.stamp)
         device_.stamp(memoryOf(index, 0), full.sequence);
@@ -209,6 +210,8 @@ int Driver::dequeue(v4l2_buffer& buffer) {
 }
 
 void Driver::describe(const Buffer& full, v4l2_buffer& buffer) const {
+    if (full.claimedIndex >= 0)
+        buffer.index = static_cast<uint32_t>(full.claimedIndex);
     buffer.flags = full.flags;
     buffer.sequence = full.sequence;
     buffer.timestamp = full.time;
