@@ -2,8 +2,17 @@
 
 #include <new>
 #include <stdint.h>
-#if defined(__linux__)
 #include <sys/mman.h>
+
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define OSTREL_ADDRESSES_ARE_WATCHED
+#endif
+#elif defined(__SANITIZE_ADDRESS__)
+#define OSTREL_ADDRESSES_ARE_WATCHED
+#endif
+#ifdef OSTREL_ADDRESSES_ARE_WATCHED
+#include <sanitizer/asan_interface.h>
 #endif
 
 namespace ostrel {
@@ -17,22 +26,69 @@ const size_t ALIGNMENT = 64;
 // converting into pages of this size took a fifth less time, and copying between them a twelfth.
 const size_t LARGE_PAGE = 2 * 1024 * 1024;
 
+unsigned char* aligned(unsigned char* block, size_t alignment) {
+    return block + (alignment - reinterpret_cast<uintptr_t>(block) % alignment) % alignment;
+}
+
+unsigned char* map(size_t bytes) {
+    void* const block = ::mmap(0, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANON, -1, 0);
+    if (block == MAP_FAILED)
+        throw std::bad_alloc();
+    return static_cast<unsigned char*>(block);
+}
+
+// The advice is given to mappings of our own only: on memory of the heap it would stay with whoever gets that
+// next. Where the kernel has no large pages it is refused, and the small ones serve as well.
+void wantLargePages(unsigned char* data, size_t bytes) {
+#ifdef MADV_HUGEPAGE
+    ::madvise(data, bytes, MADV_HUGEPAGE);
+#else
+    (void)data;
+    (void)bytes;
+#endif
+}
+
+// The address sanitizer knows by itself what belongs to a block of the heap, but not of a mapping.
+void watchOutside(const unsigned char* block, size_t mapped, const unsigned char* data, size_t bytes) {
+#ifdef OSTREL_ADDRESSES_ARE_WATCHED
+    ASAN_POISON_MEMORY_REGION(block, mapped);
+    ASAN_UNPOISON_MEMORY_REGION(data, bytes);
+#else
+    (void)block;
+    (void)mapped;
+    (void)data;
+    (void)bytes;
+#endif
+}
+
 } // namespace
 
+const size_t FrameMemory::LARGE;
+
 FrameMemory::FrameMemory(size_t bytes) : m_data(0) {
-    const size_t alignment = bytes < LARGE_PAGE / 2 ? ALIGNMENT : LARGE_PAGE;
-    if (bytes > SIZE_MAX - 2 * alignment)
+    if (bytes > SIZE_MAX - 2 * LARGE_PAGE)
         throw std::bad_alloc();
+    if (bytes < LARGE) {
+        m_block.reset(new unsigned char[bytes + ALIGNMENT]);
+        m_data = aligned(m_block.get(), ALIGNMENT);
+        return;
+    }
     // A large page is one only where all of it belongs to the block. What is not touched takes no memory.
-    const size_t room = (bytes + alignment - 1) / alignment * alignment;
-    m_block.reset(new unsigned char[room + alignment]);
-    const uintptr_t begin = reinterpret_cast<uintptr_t>(m_block.get());
-    m_data = m_block.get() + (alignment - begin % alignment) % alignment;
-#if defined(__linux__)
-    if (alignment == LARGE_PAGE)
-        ::madvise(m_data, room,
-                  MADV_HUGEPAGE); // refused where the kernel has none: the small ones serve as well
-#endif
+    const size_t room = (bytes + LARGE_PAGE - 1) / LARGE_PAGE * LARGE_PAGE;
+    const size_t mapped = room + LARGE_PAGE;
+    m_block = std::unique_ptr<unsigned char, GiveBack>(map(mapped), GiveBack(mapped));
+    m_data = aligned(m_block.get(), LARGE_PAGE);
+    wantLargePages(m_data, room);
+    watchOutside(m_block.get(), mapped, m_data, bytes);
+}
+
+void FrameMemory::GiveBack::operator()(unsigned char* block) const {
+    if (mapped == 0) {
+        delete[] block;
+        return;
+    }
+    watchOutside(block, mapped, block, mapped); // whoever is mapped here next starts afresh
+    ::munmap(block, mapped);
 }
 
 } // namespace ostrel

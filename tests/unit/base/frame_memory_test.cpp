@@ -1,0 +1,133 @@
+#include "base/frame_memory.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <fstream>
+#include <limits>
+#include <new>
+#include <string>
+#include <sys/mman.h>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+using ostrel::FrameMemory;
+
+namespace {
+
+const size_t kLargePage = 2 * 1024 * 1024;
+const size_t kPicture = 1280 * 720 * 4;
+
+uintptr_t addressOf(const FrameMemory& memory) {
+    return reinterpret_cast<uintptr_t>(memory.data());
+}
+
+// The mappings for which the kernel was asked for large pages.
+struct Range {
+    unsigned long begin, end;
+};
+std::vector<Range> wantedInLargePages() {
+    std::ifstream maps("/proc/self/smaps");
+    std::vector<Range> found;
+    Range here = {0, 0};
+    for (std::string line; std::getline(maps, line);) {
+        Range next = {0, 0};
+        if (std::sscanf(line.c_str(), "%lx-%lx ", &next.begin, &next.end) == 2)
+            here = next;
+        else if (line.compare(0, 8, "VmFlags:") == 0 && line.find(" hg") != std::string::npos)
+            found.push_back(here);
+    }
+    return found;
+}
+
+bool largePagesWanted(uintptr_t address) {
+    for (const Range& range : wantedInLargePages())
+        if (range.begin <= address && address < range.end)
+            return true;
+    return false;
+}
+
+bool kernelHasLargePages() {
+    return ::access("/sys/kernel/mm/transparent_hugepage", F_OK) == 0;
+}
+
+bool isMapped(uintptr_t address) {
+    unsigned char resident = 0;
+    const uintptr_t page = address / 4096 * 4096;
+    return ::mincore(reinterpret_cast<void*>(page), 1, &resident) == 0;
+}
+
+} // namespace
+
+TEST(FrameMemory, HasRoomForAllItsBytesAtAnyAlignmentThatVectorsNeed) {
+    for (size_t bytes :
+         {size_t(0), size_t(1), size_t(63), size_t(64), size_t(320 * 240 * 4), FrameMemory::LARGE - 1,
+          FrameMemory::LARGE + 0, kLargePage, kLargePage + 1, kPicture}) {
+        const FrameMemory memory(bytes);
+        ASSERT_NE(memory.data(), nullptr);
+        EXPECT_EQ(addressOf(memory) % 64, 0u) << bytes;
+        std::fill_n(memory.data(), bytes, static_cast<unsigned char>(7)); // the sanitizers watch
+    }
+}
+
+TEST(FrameMemory, OfASmallFrameLeavesThePagesAlone) {
+    const FrameMemory memory(FrameMemory::LARGE - 1);
+    EXPECT_FALSE(largePagesWanted(addressOf(memory)));
+}
+
+TEST(FrameMemory, OfALargeFrameLiesInLargePagesWhereTheKernelHasThem) {
+    for (size_t bytes : {FrameMemory::LARGE + 0, kPicture}) {
+        const FrameMemory memory(bytes);
+        EXPECT_EQ(addressOf(memory) % kLargePage, 0u);
+        EXPECT_EQ(largePagesWanted(addressOf(memory)), kernelHasLargePages()) << bytes;
+        EXPECT_EQ(largePagesWanted(addressOf(memory) + bytes - 1), kernelHasLargePages()) << bytes;
+    }
+}
+
+TEST(FrameMemory, OfALargeFrameGoesBackToTheSystem) {
+    for (size_t bytes : {FrameMemory::LARGE + 0, kPicture}) {
+        FrameMemory memory(bytes);
+        std::fill_n(memory.data(), bytes, static_cast<unsigned char>(7));
+        const uintptr_t begin = addressOf(memory);
+        ASSERT_TRUE(isMapped(begin));
+        memory.reset();
+        EXPECT_FALSE(isMapped(begin));
+        EXPECT_FALSE(isMapped(begin + bytes - 1));
+    }
+}
+
+TEST(FrameMemory, ReplacedGoesBackAtOnce) {
+    FrameMemory memory(kPicture);
+    const uintptr_t first = addressOf(memory);
+    memory = FrameMemory(FrameMemory::LARGE - 1);
+    EXPECT_FALSE(isMapped(first));
+    memory = FrameMemory(kPicture);
+    std::fill_n(memory.data(), kPicture, static_cast<unsigned char>(7));
+}
+
+TEST(FrameMemory, LeavesNoAdviceOnMemoryOfOthers) {
+    for (size_t bytes = 1000; bytes < 20 * kLargePage; bytes = bytes * 3 / 2) {
+        const FrameMemory first(bytes);
+        const FrameMemory second(bytes);
+    }
+    EXPECT_EQ(wantedInLargePages().size(), 0u);
+}
+
+TEST(FrameMemory, ThatThereIsNotThrows) {
+    for (size_t bytes : {std::numeric_limits<size_t>::max(), std::numeric_limits<size_t>::max() - kLargePage,
+                         std::numeric_limits<size_t>::max() / 2})
+        EXPECT_THROW(FrameMemory memory(bytes), std::bad_alloc) << bytes;
+}
+
+TEST(FrameMemory, CanBeMovedAndGivenUp) {
+    FrameMemory first(100);
+    unsigned char* const data = first.data();
+    FrameMemory second(std::move(first));
+    EXPECT_EQ(second.data(), data);
+    EXPECT_EQ(first.data(), nullptr); // NOLINT: that is the question
+    second.reset();
+    EXPECT_EQ(second.data(), nullptr);
+    EXPECT_EQ(FrameMemory().data(), nullptr);
+}
