@@ -64,6 +64,35 @@ TEST_F(CaptureWithoutMemory, AStartThatFailedCanBeRepeated) {
               4);
 }
 
+// The driver's buffer and the picture are mappings then.
+TEST_F(CaptureWithoutMemory, ALargeCaptureThatFailedToStartCanBeRepeated) {
+    EXPECT_GE(failEachInTurn([&](int n) {
+                  OVideoCaptureMacX driver;
+                  const Outcome outcome = runFailingAt(n, [&] { start(driver, kCamera, 640, 480); });
+                  if (outcome.thrown)
+                      start(driver, kCamera, 640, 480);
+                  expectPicture(driver, static_cast<uint32_t>(n % 1000));
+                  return outcome;
+              }),
+              4);
+}
+
+TEST_F(CaptureWithoutMemory, ReadingALargeFrame) {
+    EXPECT_GE(failEachInTurn(
+                  [&](int n) {
+                      const auto driver = started(kCamera, 640, 480); // without a picture to use again
+                      camera_->deliver(7);
+                      VideoFrame frame;
+                      const Outcome outcome = runFailingAt(n, [&] { driver->selfVideoFrame(frame); });
+                      camera_->deliver(8);
+                      driver->selfVideoFrame(frame);
+                      EXPECT_EQ(support::numberIn(frame.data), 8);
+                      return outcome;
+                  },
+                  Expect::PassedOnOrFrameLost),
+              2);
+}
+
 TEST_F(CaptureWithoutMemory, ReadingAFrameAsBytes) {
     const auto driver = started(kCamera, 16, 8);
     EXPECT_GE(failEachInTurn(

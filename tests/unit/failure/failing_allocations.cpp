@@ -1,10 +1,14 @@
 #include "unit/failure/failing_allocations.h"
 
+#include <algorithm>
+#include <array>
 #include <atomic>
+#include <cerrno>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
+#include <sys/mman.h>
 
 namespace {
 
@@ -29,13 +33,18 @@ bool isOurs(const void* caller) {
     return true;
 }
 
+bool isToFail() {
+    if (t_left == 0 || --t_left > 0)
+        return false;
+    t_reached = true;
+    return true;
+}
+
 // Null when there is no memory or there is to be none.
 void* allocate(std::size_t size, const void* caller) {
     const bool ours = isOurs(caller);
-    if (ours && t_left > 0 && --t_left == 0) {
-        t_reached = true;
+    if (ours && isToFail())
         return nullptr;
-    }
     // The sanitizers end the process at what no machine has, where malloc answers null.
     if (size > (std::size_t(1) << 40))
         return nullptr;
@@ -95,6 +104,46 @@ void operator delete(void* block, const std::nothrow_t&) noexcept {
 void operator delete[](void* block, const std::nothrow_t&) noexcept {
     release(block);
 }
+
+// The system's own, found at the first call.
+template <typename Function>
+Function next(const char* name) {
+    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
+}
+
+// Large frames are mappings of ours, each of them given back whole.
+std::array<std::atomic<void*>, 4096> g_mappings;
+
+bool exchange(void* expected, void* desired) {
+    return std::any_of(g_mappings.begin(), g_mappings.end(), [=](std::atomic<void*>& place) {
+        void* held = expected;
+        return place.compare_exchange_strong(held, desired);
+    });
+}
+
+// In place of the system's, for all libraries.
+#pragma GCC visibility push(default)
+extern "C" void* mmap(void* address, std::size_t length, int protection, int flags, int file,
+                      off_t offset) noexcept {
+    static const auto system = next<decltype(&mmap)>("mmap");
+    const bool ours = (flags & MAP_ANONYMOUS) && isOurs(__builtin_return_address(0));
+    if (ours && isToFail()) {
+        errno = ENOMEM;
+        return MAP_FAILED;
+    }
+    void* const block = system(address, length, protection, flags, file, offset);
+    if (ours && block != MAP_FAILED && exchange(nullptr, block))
+        ++g_live;
+    return block;
+}
+
+extern "C" int munmap(void* block, std::size_t length) noexcept {
+    static const auto system = next<decltype(&munmap)>("munmap");
+    if (exchange(block, nullptr))
+        --g_live;
+    return system(block, length);
+}
+#pragma GCC visibility pop
 
 namespace ostrel::tests {
 

@@ -1,8 +1,8 @@
 // Operations in which every allocation fails in turn.
 //
 // Counted and made to fail is what our code takes from operator new, by itself or by way of the standard
-// library and of templates. What Qt and GNUstep take inside their own libraries is left alone: most of it
-// comes from malloc, and what they do without memory is theirs.
+// library and of templates, and what it maps for large frames. What Qt and GNUstep take inside their own
+// libraries is left alone: most of it comes from malloc, and what they do without memory is theirs.
 #ifndef OSTREL_TESTS_UNIT_FAILURE_FAILING_ALLOCATIONS_H
 #define OSTREL_TESTS_UNIT_FAILURE_FAILING_ALLOCATIONS_H
 
