@@ -25,12 +25,9 @@ private:
     std::shared_ptr<uint8_t> convert(cameras::CameraFrame& frame, size_t bytesPerRow);
     std::shared_ptr<uint8_t> memoryFor(const cameras::CameraFrame& frame, size_t size);
 
-    // As many idle blocks as one capture can leave behind: its newest frame and the one that is being read.
-    static const size_t MOST_IDLE = 2;
-
     const int width_;  // pixels
     const int height_; // pixels
-    cameras::pixels::PixelPool pool_{MOST_IDLE};
+    cameras::pixels::PixelPool pool_;
     std::mutex mutex_; // of the rest
     std::shared_ptr<uint8_t> lastGood_;
     size_t lastGoodSize_ = 0;

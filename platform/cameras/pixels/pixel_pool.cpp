@@ -1,70 +1,98 @@
 #include "platform/cameras/pixels/pixel_pool.h"
 
-#include <algorithm>
+#include "base/monotonic_clock.h"
+
+#include <iterator>
+#include <mutex>
+#include <utility>
 
 namespace ostrel {
 namespace cameras {
 namespace pixels {
 
-struct PixelPool::Shelf {
-    explicit Shelf(size_t room) : most(room) { spare.reserve(room); }
+// Mappings are given back to the system when the lock is open again: that takes longer than all else here.
+class PixelPool::Shelf {
+public:
+    explicit Shelf(int64_t keptUnused) : keptUnused_(keptUnused) {}
 
-    const size_t most;
-    std::mutex mutex;
-    std::vector<Memory> spare;
-    bool retired = false;
-    uint64_t allocations = 0;
-
-    // What is left in `memory` is not needed.
-    void put(Memory& memory) {
-        std::lock_guard<std::mutex> lock(mutex);
-        if (retired)
-            return;
-        if (spare.size() < most) {
-            spare.push_back(std::move(memory));
-            return;
-        }
-        // The larger ones are kept: they serve every request that the smaller ones serve.
-        const auto smallest = std::min_element(
-            spare.begin(), spare.end(), [](const Memory& a, const Memory& b) { return a.size < b.size; });
-        if (smallest != spare.end() && smallest->size < memory.size)
-            std::swap(*smallest, memory);
+    // Never destroyed: frames may come back while the process ends.
+    static const std::shared_ptr<Shelf>& ofTheProcess() {
+        static const auto* const shelf = new std::shared_ptr<Shelf>(std::make_shared<Shelf>(kKeptUnused));
+        return *shelf;
     }
+
+    void addUser() {
+        std::lock_guard<std::mutex> lock(mutex_);
+        ++users_;
+    }
+
+    void removeUser() {
+        std::list<Memory> freed;
+        std::lock_guard<std::mutex> lock(mutex_);
+        --users_;
+        freed.swap(spare_);
+    }
+
+    // The smallest block that is large enough, but none of more than twice the size: it would stay in use for
+    // a picture that needs half of it. Of equal ones the last that came back: the cache still has it, and the
+    // others become old. None when there is none.
+    std::list<Memory> find(size_t bytes) {
+        std::list<Memory> found;
+        std::lock_guard<std::mutex> lock(mutex_);
+        auto best = spare_.end();
+        for (auto it = spare_.begin(); it != spare_.end(); ++it)
+            if (it->size >= bytes && it->size / 2 <= bytes && (best == spare_.end() || it->size < best->size))
+                best = it;
+        if (best != spare_.end())
+            found.splice(found.begin(), spare_, best);
+        return found;
+    }
+
+    void put(std::list<Memory> memory) {
+        std::list<Memory> old;
+        const int64_t now = monotonicNanoseconds();
+        memory.front().unusedSince = now;
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (users_ == 0)
+            return;
+        while (!spare_.empty() && now - spare_.back().unusedSince >= keptUnused_)
+            old.splice(old.begin(), spare_, std::prev(spare_.end()));
+        spare_.splice(spare_.begin(), memory);
+    }
+
+private:
+    const int64_t keptUnused_;
+    std::mutex mutex_;
+    std::list<Memory> spare_; // the last that came back first
+    int users_ = 0;
 };
 
-PixelPool::PixelPool(size_t spareBlocks) : shelf_(std::make_shared<Shelf>(spareBlocks)) {}
+const int64_t PixelPool::kKeptUnused;
+
+PixelPool::PixelPool() : PixelPool(Shelf::ofTheProcess()) {}
+
+PixelPool::PixelPool(int64_t keptUnused) : PixelPool(std::make_shared<Shelf>(keptUnused)) {}
+
+PixelPool::PixelPool(std::shared_ptr<Shelf> shelf) : shelf_(std::move(shelf)) {
+    shelf_->addUser();
+}
 
 PixelPool::Block PixelPool::take(size_t bytes) {
-    {
-        std::lock_guard<std::mutex> lock(shelf_->mutex);
-        auto& spare = shelf_->spare;
-        auto best = spare.end();
-        for (auto it = spare.begin(); it != spare.end(); ++it)
-            if (it->size >= bytes && (best == spare.end() || it->size <= best->size))
-                best = it; // of equal ones the last that came back: the cache still has it
-        if (best != spare.end()) {
-            Memory memory = std::move(*best);
-            spare.erase(best);
-            return Block(shelf_, std::move(memory));
-        }
-        ++shelf_->allocations;
+    Block block;
+    block.memory_ = shelf_->find(bytes);
+    if (block.memory_.empty()) {
+        ++allocations_;
+        block.memory_.emplace_back();
+        block.memory_.front().bytes = FrameMemory(bytes);
+        block.memory_.front().size = bytes;
     }
-    Memory memory;
-    memory.bytes = FrameMemory(bytes);
-    memory.size = bytes;
-    return Block(shelf_, std::move(memory));
+    block.shelf_ = shelf_;
+    return block;
 }
 
 void PixelPool::retire() {
-    std::vector<Memory> freed;
-    std::lock_guard<std::mutex> lock(shelf_->mutex);
-    shelf_->retired = true;
-    freed.swap(shelf_->spare);
-}
-
-uint64_t PixelPool::allocations() const {
-    std::lock_guard<std::mutex> lock(shelf_->mutex);
-    return shelf_->allocations;
+    if (!retired_.exchange(true))
+        shelf_->removeUser();
 }
 
 PixelPool::Block& PixelPool::Block::operator=(Block&& other) noexcept {
@@ -77,10 +105,10 @@ PixelPool::Block& PixelPool::Block::operator=(Block&& other) noexcept {
 }
 
 void PixelPool::Block::giveBack() {
-    if (*this)
-        shelf_->put(memory_);
+    if (shelf_)
+        shelf_->put(std::move(memory_));
     shelf_.reset();
-    memory_ = Memory();
+    memory_.clear();
 }
 
 } // namespace pixels

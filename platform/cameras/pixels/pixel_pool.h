@@ -5,23 +5,27 @@
 
 #include "base/frame_memory.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <list>
 #include <memory>
-#include <mutex>
-#include <vector>
 
 namespace ostrel {
 namespace cameras {
 namespace pixels {
 
-// Thread-safe. Blocks may outlive the pool: they are freed then.
+// Thread-safe. Blocks may outlive the pool.
+//
+// What lies unused is on one shelf for all pools of the process: many captures that are read in turn need the
+// memory for converting a frame once. It holds what was in use lately, and nothing that no pool is there for.
 class PixelPool {
     struct Memory {
         FrameMemory bytes;
         size_t size = 0;
+        int64_t unusedSince = 0; // monotonic nanoseconds, once it has come back
     };
-    struct Shelf;
+    class Shelf;
 
 public:
     // Memory on loan, bound to one thread; its contents are undefined at first. An empty block holds none.
@@ -32,36 +36,40 @@ public:
         Block(Block&&) noexcept = default;
         Block& operator=(Block&& other) noexcept;
         ~Block() { giveBack(); }
-        explicit operator bool() const { return memory_.bytes.data() != nullptr; }
-        uint8_t* data() const { return memory_.bytes.data(); }
+        explicit operator bool() const { return !memory_.empty(); }
+        uint8_t* data() const { return memory_.empty() ? nullptr : memory_.front().bytes.data(); }
 
     private:
         friend class PixelPool;
-        Block(std::shared_ptr<Shelf> shelf, Memory memory)
-            : shelf_(std::move(shelf)), memory_(std::move(memory)) {}
         void giveBack();
         std::shared_ptr<Shelf> shelf_;
-        Memory memory_;
+        std::list<Memory> memory_; // one, or none; moving it takes no memory
     };
 
-    // Two captures converting at the same time use four blocks each at most.
-    static const size_t kSpareBlocks = 8;
+    // A block that nobody takes for so long is freed when another comes back.
+    static const int64_t kKeptUnused = 2000000000; // nanoseconds
 
-    // Keeps this many blocks that are not in use.
-    explicit PixelPool(size_t spareBlocks = kSpareBlocks);
+    PixelPool();
+    // With a shelf of its own.
+    explicit PixelPool(int64_t keptUnused);
     ~PixelPool() { retire(); }
     PixelPool(const PixelPool&) = delete;
     PixelPool& operator=(const PixelPool&) = delete;
 
     // Aligned for every vector instruction. Throws std::bad_alloc when there is no memory.
     Block take(size_t bytes);
-    // Frees what lies unused, and from now on whatever comes back.
+    // Frees what lies unused: whoever else needs some of it takes it anew. What comes back from now on is
+    // kept for the other pools, if there are any.
     void retire();
-    // How many blocks were ever allocated.
-    uint64_t allocations() const;
+    // How many blocks this pool has ever allocated.
+    uint64_t allocations() const { return allocations_; }
 
 private:
+    explicit PixelPool(std::shared_ptr<Shelf> shelf);
+
     const std::shared_ptr<Shelf> shelf_;
+    std::atomic<uint64_t> allocations_{0};
+    std::atomic<bool> retired_{false};
 };
 
 } // namespace pixels

@@ -29,7 +29,7 @@ std::string faultOf(const std::vector<uint8_t>& jpeg, int width = kWidth, int he
 }
 
 bool convert(const std::vector<uint8_t>& jpeg, std::vector<uint8_t>& bgra, int width, int height) {
-    static PixelPool pool;
+    PixelPool pool;
     Picture picture;
     picture.layout = Layout::Jpeg;
     picture.width = kWidth;

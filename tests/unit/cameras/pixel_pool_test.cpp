@@ -1,5 +1,6 @@
 #include "platform/cameras/pixels/pixel_pool.h"
 
+#include <cstdint>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <new>
@@ -12,20 +13,23 @@ namespace tests {
 
 using cameras::pixels::PixelPool;
 
+// A pool with a shelf of its own that keeps everything.
+const int64_t kAlways = INT64_MAX;
+
 TEST(PixelPool, GivesTheSameMemoryAgain) {
-    PixelPool pool;
+    PixelPool pool(kAlways);
     const uint8_t* first = nullptr;
     {
         const PixelPool::Block block = pool.take(1000);
         first = block.data();
     }
     EXPECT_EQ(pool.take(1000).data(), first);
-    EXPECT_EQ(pool.take(10).data(), first);
+    EXPECT_EQ(pool.take(999).data(), first);
     EXPECT_EQ(pool.allocations(), 1u);
 }
 
 TEST(PixelPool, OfEqualBlocksGivesTheOneThatCameBackLast) {
-    PixelPool pool;
+    PixelPool pool(kAlways);
     PixelPool::Block one = pool.take(1000), two = pool.take(1000);
     const uint8_t* const last = one.data();
     two = PixelPool::Block();
@@ -34,7 +38,7 @@ TEST(PixelPool, OfEqualBlocksGivesTheOneThatCameBackLast) {
 }
 
 TEST(PixelPool, AllocatesNothingOnceTheSizesInUseHaveBeenSeen) {
-    PixelPool pool;
+    PixelPool pool(kAlways);
     const auto use = [&pool] {
         const PixelPool::Block a = pool.take(100), b = pool.take(3000), c = pool.take(200);
         const PixelPool::Block d = pool.take(5000000);
@@ -44,21 +48,59 @@ TEST(PixelPool, AllocatesNothingOnceTheSizesInUseHaveBeenSeen) {
     EXPECT_EQ(pool.allocations(), 4u);
 }
 
-TEST(PixelPool, KeepsTheLargerBlocksWhenThereAreMany) {
-    PixelPool pool;
-    std::vector<PixelPool::Block> blocks;
-    for (size_t i = 1; i <= 20; ++i)
-        blocks.push_back(pool.take(i * 1000));
-    blocks.clear();
-    EXPECT_NE(pool.take(20000).data(), nullptr);
-    EXPECT_EQ(pool.allocations(), 20u);
-    for (size_t i = 0; i < 10; ++i)
-        blocks.push_back(pool.take(10));
-    EXPECT_GT(pool.allocations(), 20u) << "it does not keep all";
+TEST(PixelPool, GivesNoBlockOfMoreThanTwiceTheSize) {
+    PixelPool pool(kAlways);
+    { const PixelPool::Block block = pool.take(1000); }
+    { const PixelPool::Block block = pool.take(500); }
+    EXPECT_EQ(pool.allocations(), 1u);
+    { const PixelPool::Block block = pool.take(499); }
+    EXPECT_EQ(pool.allocations(), 2u);
+}
+
+TEST(PixelPool, FreesWhatNobodyTookForLongWhenAnotherComesBack) {
+    PixelPool pool(0);
+    PixelPool::Block first = pool.take(1000), second = pool.take(1000);
+    first = PixelPool::Block();
+    second = PixelPool::Block();
+    first = pool.take(1000);
+    EXPECT_EQ(pool.allocations(), 2u) << "the last that came back stays";
+    second = pool.take(1000);
+    EXPECT_EQ(pool.allocations(), 3u);
+}
+
+TEST(PixelPool, KeepsAsManyBlocksAsWereInUseLately) {
+    PixelPool pool(kAlways);
+    for (int round = 0; round < 2; ++round) {
+        std::vector<PixelPool::Block> blocks;
+        for (int i = 0; i < 100; ++i)
+            blocks.push_back(pool.take(1000));
+    }
+    EXPECT_EQ(pool.allocations(), 100u);
+}
+
+TEST(PixelPool, SharesWhatLiesUnusedWithTheOtherPools) {
+    PixelPool one, other;
+    const uint8_t* first = nullptr;
+    {
+        const PixelPool::Block block = one.take(1000);
+        first = block.data();
+    }
+    EXPECT_EQ(other.take(1000).data(), first);
+    EXPECT_EQ(other.allocations(), 0u);
+}
+
+TEST(PixelPool, GoneItLeavesNothingUnused) {
+    PixelPool stays;
+    {
+        PixelPool goes;
+        const PixelPool::Block block = goes.take(1000);
+    }
+    { const PixelPool::Block block = stays.take(1000); }
+    EXPECT_EQ(stays.allocations(), 1u);
 }
 
 TEST(PixelPool, RetiredItKeepsNothing) {
-    PixelPool pool;
+    PixelPool pool(kAlways);
     { const PixelPool::Block block = pool.take(1000); }
     pool.retire();
     { const PixelPool::Block block = pool.take(1000); }
@@ -67,8 +109,19 @@ TEST(PixelPool, RetiredItKeepsNothing) {
     EXPECT_EQ(pool.allocations(), 3u);
 }
 
+TEST(PixelPool, RetiredTwiceCountsOnce) {
+    PixelPool stays;
+    {
+        PixelPool goes;
+        goes.retire();
+    }
+    { const PixelPool::Block block = stays.take(1000); }
+    { const PixelPool::Block block = stays.take(1000); }
+    EXPECT_EQ(stays.allocations(), 1u);
+}
+
 TEST(PixelPool, WithoutMemoryThrowsAndGoesOn) {
-    PixelPool pool;
+    PixelPool pool(kAlways);
     EXPECT_THROW(pool.take(SIZE_MAX), std::bad_alloc);
     const PixelPool::Block block = pool.take(10);
     EXPECT_TRUE(block);
@@ -78,8 +131,8 @@ TEST(PixelPool, WithoutMemoryThrowsAndGoesOn) {
 static_assert(std::is_nothrow_destructible<PixelPool::Block>::value, "frames give back in destructors");
 
 TEST(PixelPool, TakesTheSmallestBlockThatIsLargeEnough) {
-    PixelPool pool;
-    PixelPool::Block large = pool.take(5000), small = pool.take(500);
+    PixelPool pool(kAlways);
+    PixelPool::Block large = pool.take(800), small = pool.take(500);
     const uint8_t* largeData = large.data();
     const uint8_t* smallData = small.data();
     large = PixelPool::Block();
@@ -89,7 +142,7 @@ TEST(PixelPool, TakesTheSmallestBlockThatIsLargeEnough) {
 }
 
 TEST(PixelPool, BlocksAreDistinctAndAsLargeAsAsked) {
-    PixelPool pool;
+    PixelPool pool(kAlways);
     std::vector<PixelPool::Block> blocks;
     for (int i = 0; i < 10; ++i) {
         blocks.push_back(pool.take(4096));
@@ -104,7 +157,7 @@ TEST(PixelPool, BlocksAreDistinctAndAsLargeAsAsked) {
 TEST(PixelPool, BlocksOutliveThePool) {
     PixelPool::Block block;
     {
-        PixelPool pool;
+        PixelPool pool(kAlways);
         block = pool.take(100);
     }
     std::memset(block.data(), 1, 100);
@@ -112,7 +165,7 @@ TEST(PixelPool, BlocksOutliveThePool) {
 }
 
 TEST(PixelPool, TwoThreadsNeverShareABlock) {
-    PixelPool pool;
+    PixelPool pool(kAlways);
     const auto work = [&pool](uint8_t mark) {
         for (int i = 0; i < 5000; ++i) {
             const PixelPool::Block block = pool.take(64);
