@@ -3,6 +3,9 @@
 #include <atomic>
 #include <cerrno>
 #include <cstddef>
+#include <sys/mman.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 namespace {
 
@@ -49,6 +52,13 @@ void* memalign(size_t alignment, size_t size) {
 
 void* aligned_alloc(size_t alignment, size_t size) {
     return memalign(alignment, size);
+}
+
+// The C library maps under names of its own: these are the mappings of others.
+void* mmap(void* address, size_t length, int protection, int flags, int file, off_t offset) noexcept {
+    if (flags & MAP_ANONYMOUS)
+        count(length);
+    return reinterpret_cast<void*>(::syscall(SYS_mmap, address, length, protection, flags, file, offset));
 }
 
 int posix_memalign(void** memory, size_t alignment, size_t size) {

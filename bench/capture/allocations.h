@@ -1,4 +1,4 @@
-// Every allocation of the process, counted: malloc() and its kin are replaced.
+// Every allocation of the process, counted: malloc() and its kin, and mmap(), are replaced.
 #ifndef OSTREL_BENCH_CAPTURE_ALLOCATIONS_H
 #define OSTREL_BENCH_CAPTURE_ALLOCATIONS_H
 

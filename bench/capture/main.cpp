@@ -16,8 +16,10 @@ int main(int argc, char** argv) {
         done = bench::measureGrowth(rounds);
     else if (std::strcmp(suite, "latency") == 0)
         done = bench::measureLatency();
+    else if (std::strcmp(suite, "memory") == 0)
+        done = bench::measureMemory(rounds, argc > 3 ? argv[3] : "");
     else
-        std::fprintf(stderr,
-                     "usage: bench_capture costs|growth|latency [ROUNDS [PART OF A CAMERA'S NAME]]\n");
+        std::fprintf(stderr, "usage: bench_capture costs|growth|latency [ROUNDS [PART OF A CAMERA'S NAME]]\n"
+                             "       bench_capture memory SECONDS CAMERAS\n");
     return done ? 0 : 1;
 }

@@ -23,6 +23,9 @@ on_timed_camera() {
 "$programs/bench_capture" costs "$rounds"
 "$programs/bench_capture" growth "$rounds"
 "$programs/bench_capture" latency
+for cameras in "patterns of the same sizes" "patterns of 1280x720" "YUYV 1280x720" "MJPEG 1280x720"; do
+    "$programs/bench_capture" memory "$rounds" "$cameras"
+done
 for _ in $(seq "$rounds"); do
     for layout in YUYV NV12 MJPG; do
         on_timed_camera $layout 640 480

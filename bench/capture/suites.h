@@ -14,6 +14,9 @@ bool measureCosts(int rounds, const std::string& only);
 bool measureGrowth(int rounds);
 // How old polled frames are, and how long the first frame takes.
 bool measureLatency();
+// What sixteen captures in four sizes take of memory: to be the only measurement of its process. cameras:
+// "patterns of the same sizes", "patterns of 1280x720", "YUYV 1280x720" or "MJPEG 1280x720".
+bool measureMemory(int seconds, const std::string& cameras);
 
 } // namespace bench
 

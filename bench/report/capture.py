@@ -131,6 +131,13 @@ def latency(results, folder):
     return table(["milliseconds", "5 %", "median", "95 %"], rows)
 
 
+def memory(results):
+    entries = of_kind(results, "memory")
+    return table(["sixteen captures from", "resident, MB", "before they started, MB"],
+                 [[entry["cameras"], f"{entry['megabytes']:.0f}", f"{entry['before_megabytes']:.0f}"]
+                  for entry in entries]) if entries else ""
+
+
 def startup(results):
     entries = of_kind(results, "startup")
     return table(["a program that does nothing but", "processor time, ms"],
@@ -142,7 +149,8 @@ def main():
         sys.exit(__doc__)
     results, folder = read(sys.argv[1]), sys.argv[2]
     tables = {"costs": costs(results, folder), "peers": peers(results, folder), "growth": growth(results, folder),
-              "latency": latency(results, folder), "startup": startup(results)}
+              "latency": latency(results, folder), "memory": memory(results),
+              "startup": startup(results)}
     for name, text in tables.items():
         if not text:
             continue
