@@ -150,3 +150,29 @@ TEST(PixelMemoryOfWholePictures, IsOneBlockThatIsWrittenOverOnceNobodyReadsIt) {
         CVBufferRelease(next);
     }
 }
+
+namespace {
+
+// A frame of which nobody knows yet whether its picture is whole: the one before is kept meanwhile.
+class DoubtfulFrame : public WholeFrame {
+public:
+    using WholeFrame::WholeFrame;
+    bool mayBeBroken() const override { return true; }
+};
+
+} // namespace
+
+TEST(PixelMemoryOfSeveralCaptures, IsOneBlockForEachAndOneForAllThatAreReadInTurn) {
+    const std::size_t captures = 4;
+    std::vector<std::shared_ptr<PictureMaker>> makers;
+    for (std::size_t i = 0; i < captures; ++i)
+        makers.push_back(std::make_shared<PictureMaker>(WIDTH, HEIGHT));
+    const int before = largeAllocations;
+    for (uint8_t value = 0; value < 10; ++value)
+        for (const auto& maker : makers) {
+            CVPixelBufferRef const buffer = maker->makeBuffer(std::make_shared<DoubtfulFrame>(value));
+            EXPECT_EQ(pixelsOf(buffer)[PICTURE - 1], value);
+            CVBufferRelease(buffer);
+        }
+    EXPECT_EQ(largeAllocations - before, static_cast<int>(captures + 1));
+}
