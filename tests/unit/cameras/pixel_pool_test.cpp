@@ -135,8 +135,8 @@ TEST(PixelPool, TakesTheSmallestBlockThatIsLargeEnough) {
     PixelPool::Block large = pool.take(800), small = pool.take(500);
     const uint8_t* largeData = large.data();
     const uint8_t* smallData = small.data();
-    large = PixelPool::Block();
     small = PixelPool::Block();
+    large = PixelPool::Block();
     EXPECT_EQ(pool.take(400).data(), smallData);
     EXPECT_EQ(pool.take(501).data(), largeData);
 }
