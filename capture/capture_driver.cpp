@@ -83,6 +83,9 @@ void OVideoCaptureMacXPrivate::giveUpSession() {
     if (givenUp)
         return;
     givenUp = true;
+    // Before it is given up: from then on run() may free the object at any time.
+    if (sessionUse.load() == STARTING)
+        session::shut(captureObject);
     int use = FREE;
     while (!sessionUse.compare_exchange_weak(use, use == STARTING ? GIVEN_UP_WHILE_STARTING : RELEASED)) {
     }

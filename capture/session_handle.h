@@ -17,6 +17,10 @@ void release(SessionObject* object);
 void setCamera(SessionObject* object, const char* cameraId, int64_t width, int64_t height);
 void start(SessionObject* object);
 void stop(SessionObject* object);
+// For a start() that another thread is in the middle of: no frame reaches the object once this has returned,
+// and the start need not be waited for. Where the framework is the system's own it cannot be reached, and
+// this does nothing.
+void shut(SessionObject* object);
 // Copies the newest frame if it has exactly capacity bytes. Returns the bytes copied, else 0.
 int64_t copyFrame(SessionObject* object, unsigned char* buffer, int64_t capacity);
 uint32_t frameCounter(SessionObject* object);

@@ -2,6 +2,11 @@
 
 #import <ostrel/capture_session.h>
 
+#if !defined(__APPLE__)
+#include "platform/QTKit/frame_slot.h"
+#include "platform/QTKit/owner_scope.h"
+#endif
+
 namespace ostrel {
 namespace session {
 
@@ -11,6 +16,16 @@ VideoCaptureThreadObj* objectOf(SessionObject* handle) {
     return reinterpret_cast<VideoCaptureThreadObj*>(handle);
 }
 
+#if defined(__APPLE__)
+struct OwnerScope {
+    explicit OwnerScope(const void*) {}
+};
+struct FrameSlot {
+    static void shut(const void*) {}
+    static void forget(const void*) {}
+};
+#endif
+
 } // namespace
 
 SessionObject* create() {
@@ -18,6 +33,8 @@ SessionObject* create() {
 }
 
 void release(SessionObject* object) {
+    const OwnerScope owner(object); // for the closing of the camera
+    FrameSlot::forget(object);
     [objectOf(object) release];
 }
 
@@ -26,11 +43,16 @@ void setCamera(SessionObject* object, const char* cameraId, int64_t width, int64
 }
 
 void start(SessionObject* object) {
+    const OwnerScope owner(object); // for the opening of the camera
     [objectOf(object) startObjCapture];
 }
 
 void stop(SessionObject* object) {
     [objectOf(object) stopObjCapture];
+}
+
+void shut(SessionObject* object) {
+    FrameSlot::shut(object);
 }
 
 int64_t copyFrame(SessionObject* object, unsigned char* buffer, int64_t capacity) {

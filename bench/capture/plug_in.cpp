@@ -25,7 +25,7 @@ std::shared_ptr<TimedKernel> plugIn(const CameraModel& model, int count) {
         kernel->plug(facts.path, camera);
         discovery->add(facts);
     }
-    ostrel::cameras::setMachineProvider(ostrel::cameras::v4l2::makeProvider(kernel, discovery));
+    ostrel::cameras::setProviders({ostrel::cameras::v4l2::makeProvider(kernel, discovery)});
     return kernel;
 }
 

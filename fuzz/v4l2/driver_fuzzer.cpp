@@ -108,8 +108,9 @@ void capture(const Kernel& kernel, Camera& camera) {
             camera.start(8, 8, second);
         kernel->waitUntilIdle();
         const StreamStatistics figures = camera.statistics();
-        CHECK(figures.grantedWidth > 0 && figures.grantedHeight > 0 && !figures.grantedFormat.empty());
-        CHECK(figures.grantedRate >= 0);
+        CHECK(figures.granted.size.width > 0 && figures.granted.size.height > 0 &&
+              !figures.granted.format.empty());
+        CHECK(figures.granted.rate >= 0);
         if (kernel->byte() % 4 == 3)
             camera.close(); // without a stop
     }

@@ -39,6 +39,8 @@ CVReturn make(size_t width, size_t height, size_t bytesPerRow, const std::shared
 } // namespace
 
 uint8_t* __CVBuffer::lock() {
+    ++locks;
+    countReaders(1); // before the picture is made, which takes the longest
     std::lock_guard<std::mutex> guard(mutex);
     if (source) {
         memory = source->pixels();
@@ -46,6 +48,15 @@ uint8_t* __CVBuffer::lock() {
         source.reset();
     }
     return memory.get();
+}
+
+// More often than it was locked it does nothing.
+void __CVBuffer::unlock() {
+    int held = locks.load();
+    while (held > 0 && !locks.compare_exchange_weak(held, held - 1)) {
+    }
+    if (held > 0)
+        countReaders(-1);
 }
 
 CVBufferRef CVBufferRetain(CVBufferRef buffer) {
@@ -107,7 +118,10 @@ CVReturn CVPixelBufferLockBaseAddress(CVPixelBufferRef pixelBuffer, CVOptionFlag
 }
 
 CVReturn CVPixelBufferUnlockBaseAddress(CVPixelBufferRef pixelBuffer, CVOptionFlags) {
-    return pixelBuffer ? kCVReturnSuccess : kCVReturnInvalidArgument;
+    if (!pixelBuffer)
+        return kCVReturnInvalidArgument;
+    pixelBuffer->unlock();
+    return kCVReturnSuccess;
 }
 
 void* CVPixelBufferGetBaseAddress(CVPixelBufferRef pixelBuffer) {

@@ -18,16 +18,23 @@ public:
     virtual std::shared_ptr<uint8_t> pixels() = 0;
 };
 
+// How many buffers of one origin are locked at the moment; the buffers may outlive who asks.
+using Readers = std::shared_ptr<std::atomic<int>>;
+
 } // namespace ostrel
 
 // Reference counted; made with one reference.
 struct __CVBuffer {
-    __CVBuffer(size_t columns, size_t rows, size_t stride, std::unique_ptr<ostrel::PixelSource> picture)
-        : width(columns), height(rows), bytesPerRow(stride), source(std::move(picture)) {}
+    __CVBuffer(size_t columns, size_t rows, size_t stride, std::unique_ptr<ostrel::PixelSource> picture,
+               ostrel::Readers among = nullptr)
+        : width(columns), height(rows), bytesPerRow(stride), source(std::move(picture)),
+          readers(std::move(among)) {}
+    ~__CVBuffer() { countReaders(-locks.exchange(0)); }
 
     // The pixels: the first call asks the source and then lets go of it, so that what the source holds (a
     // camera's buffer) is free again while the picture is still in use.
     uint8_t* lock();
+    void unlock();
 
     const size_t width;
     const size_t height;
@@ -36,9 +43,16 @@ struct __CVBuffer {
     std::atomic<uint8_t*> base{nullptr};
 
 private:
-    std::mutex mutex;
+    void countReaders(int change) {
+        if (readers)
+            readers->fetch_add(change);
+    }
+
+    std::atomic<int> locks{0};
+    std::mutex mutex; // of source and memory
     std::unique_ptr<ostrel::PixelSource> source;
     std::shared_ptr<uint8_t> memory;
+    const ostrel::Readers readers;
 };
 
 #endif

@@ -1,8 +1,9 @@
 #import <QTKit/QTCaptureDevice.h>
 
+#include "platform/cameras/registry.h"
 #include "platform/QTKit/device_access.h"
 #include "platform/QTKit/framework_error.h"
-#include "platform/cameras/registry.h"
+#include "platform/QTKit/owner_scope.h"
 
 #include <map>
 #include <memory>
@@ -57,9 +58,9 @@ QTCaptureDeviceState* ostrel::stateOf(QTCaptureDevice* device) {
     return [device state];
 }
 
-std::shared_ptr<ostrel::OpenCamera> ostrel::openedCamera(const std::string& identifier) {
+QTCaptureDeviceState* ostrel::deviceStateOf(const std::string& identifier) {
     QTCaptureDevice* device = deviceTable().deviceWith(identifier);
-    return device ? stateOf(device)->opened() : nullptr;
+    return device ? stateOf(device) : nullptr;
 }
 
 @implementation QTCaptureDevice
@@ -91,11 +92,11 @@ std::shared_ptr<ostrel::OpenCamera> ostrel::openedCamera(const std::string& iden
 }
 
 - (BOOL)open:(NSError**)errorPtr {
-    return ostrel::report(state->open(), errorPtr);
+    return ostrel::report(state->open(ostrel::OwnerScope::current()), errorPtr);
 }
 
 - (void)close {
-    state->close();
+    state->close(ostrel::OwnerScope::current());
 }
 
 @end

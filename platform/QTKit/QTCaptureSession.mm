@@ -11,6 +11,7 @@
 
 using ostrel::Delivery;
 using ostrel::OpenCamera;
+using ostrel::Refused;
 using ostrel::cameras::Error;
 
 // The lock guards the members and is never held during a call of a camera: a delegate may call back into its
@@ -47,11 +48,16 @@ private:
 
 namespace {
 
-std::shared_ptr<OpenCamera> cameraOf(QTCaptureInput* input) {
+QTCaptureDeviceState* deviceOf(QTCaptureInput* input) {
     if (![input isKindOfClass:[QTCaptureDeviceInput class]])
         return nullptr;
     QTCaptureDevice* device = [(QTCaptureDeviceInput*)input device];
-    return device ? ostrel::stateOf(device)->opened() : nullptr;
+    return device ? ostrel::stateOf(device) : nullptr;
+}
+
+std::shared_ptr<OpenCamera> cameraOf(QTCaptureInput* input) {
+    QTCaptureDeviceState* device = deviceOf(input);
+    return device ? device->opened() : nullptr;
 }
 
 template <typename Element>
@@ -80,9 +86,10 @@ Error QTCaptureSessionState::add(QTCaptureInput* input) {
     const std::shared_ptr<OpenCamera> camera = cameraOf(input);
     if (!camera)
         return Error("the camera is not open");
-    const Error refused = (*camera)->admitInput();
-    if (refused)
+    if (const Error refused = (*camera)->admitInput()) {
+        deviceOf(input)->setRefused(Refused::Input, refused);
         return refused;
+    }
     return admit(input, inputs, outputs);
 }
 
@@ -125,8 +132,10 @@ Error QTCaptureSessionState::link(QTCaptureInput* input, QTCaptureOutput* output
     if (running.load(std::memory_order_acquire))
         delivery->letThrough();
     const Error refused = delivery->start();
-    if (refused)
+    if (refused) {
+        deviceOf(input)->setRefused(Refused::Output, refused);
         unlink([&](const Link& each) { return each.delivery == delivery; });
+    }
     return refused;
 }
 

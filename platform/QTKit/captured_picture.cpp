@@ -4,10 +4,6 @@
 
 namespace ostrel {
 
-namespace {
-constexpr size_t BYTES_PER_PIXEL = 4;
-}
-
 // The camera's frame until it is converted.
 class CapturedPicture : public PixelSource {
 public:
@@ -25,9 +21,9 @@ private:
 
 CVPixelBufferRef PictureMaker::makeBuffer(const std::shared_ptr<cameras::CameraFrame>& frame) {
     const size_t width = static_cast<size_t>(width_);
-    const size_t bytesPerRow = width * BYTES_PER_PIXEL + static_cast<size_t>(frame->rowPadding());
+    const size_t bytesPerRow = static_cast<size_t>(frame->rowBytes(width_));
     std::unique_ptr<PixelSource> picture(new CapturedPicture(shared_from_this(), frame, bytesPerRow));
-    return new __CVBuffer(width, static_cast<size_t>(height_), bytesPerRow, std::move(picture));
+    return new __CVBuffer(width, static_cast<size_t>(height_), bytesPerRow, std::move(picture), readers_);
 }
 
 // Only a frame that may turn out broken needs the last good picture. For any other it goes back to the pool

@@ -19,6 +19,8 @@ public:
 
     // A buffer with one reference, which belongs to the caller. Nothing is converted yet.
     CVPixelBufferRef makeBuffer(const std::shared_ptr<cameras::CameraFrame>& frame);
+    // Whether somebody has one of the buffers locked: its picture is being made or read.
+    bool isBeingRead() const { return readers_->load() > 0; }
 
 private:
     friend class CapturedPicture;
@@ -27,6 +29,7 @@ private:
 
     const int width_;  // pixels
     const int height_; // pixels
+    const Readers readers_ = std::make_shared<std::atomic<int>>(0);
     cameras::pixels::PixelPool pool_;
     std::mutex mutex_; // of the rest
     std::shared_ptr<uint8_t> lastGood_;

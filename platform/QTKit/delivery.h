@@ -3,6 +3,8 @@
 #define OSTREL_PLATFORM_QTKIT_DELIVERY_H
 
 #include "platform/QTKit/captured_picture.h"
+#include "platform/QTKit/frame_slot.h"
+#include "platform/QTKit/late_calls.h"
 #include "platform/QTKit/open_camera.h"
 #include "platform/QTKit/output_state.h"
 
@@ -39,13 +41,19 @@ private:
 
     std::shared_ptr<OpenCamera> camera();
     bool tooSoon();
+    // Whether another delivery of this process runs on the same camera: two shares beside the camera's own.
+    bool sharesCamera() const { return share_.use_count() > 2; }
+    void callDelegate(const std::shared_ptr<cameras::CameraFrame>& frame);
 
     QTCaptureDecompressedVideoOutput* const output_;
     std::atomic<int> state_{HELD_BACK};
     std::mutex mutex_;
     std::shared_ptr<OpenCamera> camera_; // null once it was stopped
-    // Belong to the delivery thread while the camera runs.
+    std::shared_ptr<FrameSlot> slot_;
+    std::shared_ptr<const int> share_; // of the camera; null once it was stopped
     std::shared_ptr<PictureMaker> pictures_;
+    LateCalls lateCalls_;
+    // Belongs to the delivery thread while the camera runs.
     double lastTime_ = -1; // seconds of the monotonic clock
 };
 

@@ -33,6 +33,12 @@ cameras::Error Delivery::start() {
     if (!opened)
         return cameras::Error();
     pictures_ = std::make_shared<PictureMaker>(width, height);
+    slot_ = FrameSlot::of(stateOf(output_).delegate.load(std::memory_order_acquire));
+    if (!slot_->admit(shared_from_this())) {
+        state_.store(STOPPED);
+        return cameras::Error();
+    }
+    share_ = opened->share();
     const cameras::Error refused = (*opened)->start(width, height, shared_from_this());
     // A stop that came first found nothing to stop.
     if (state_.load() == STOPPED)
@@ -46,9 +52,11 @@ void Delivery::stop() {
     if (!opened)
         return; // somebody has stopped it already, and waited
     (*opened)->stop(shared_from_this());
+    lateCalls_.stop();
     std::shared_ptr<OpenCamera> mine; // let go of outside the lock
     std::lock_guard<std::mutex> lock(mutex_);
     mine.swap(camera_);
+    share_.reset();
 }
 
 std::shared_ptr<OpenCamera> Delivery::camera() {
@@ -67,11 +75,22 @@ bool Delivery::tooSoon() {
     return false;
 }
 
+// A client that is making a picture holds a lock that its delegate needs as well. The camera's thread does
+// not wait for that: others capture from the camera too.
 void Delivery::frameArrived(const std::shared_ptr<cameras::CameraFrame>& frame) {
     if (state_.load() != RUNNING || tooSoon())
         return;
+    if (lateCalls_.busy() || (sharesCamera() && pictures_->isBeingRead())) {
+        const auto mine = shared_from_this();
+        if (lateCalls_.post(frame, [mine](const LateCalls::Frame& late) { mine->callDelegate(late); }))
+            return;
+    }
+    callDelegate(frame);
+}
+
+void Delivery::callDelegate(const std::shared_ptr<cameras::CameraFrame>& frame) {
     id delegate = stateOf(output_).delegate.load(std::memory_order_acquire);
-    if (!delegate)
+    if (!delegate || state_.load() != RUNNING)
         return;
     CVPixelBufferRef buffer = nullptr;
     try {
@@ -85,7 +104,7 @@ void Delivery::frameArrived(const std::shared_ptr<cameras::CameraFrame>& frame) 
     CVBufferRelease(buffer);
 }
 
-// The client sees it in that no new frame comes, and in the listing. The reason stands in the statistics.
+// The client sees it in that no new frame comes, and in the listing. The reason stands in the camera's state.
 void Delivery::streamEnded(const cameras::Error&) {}
 
 } // namespace ostrel

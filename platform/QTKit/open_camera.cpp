@@ -1,6 +1,10 @@
 #include "platform/QTKit/open_camera.h"
 
+#include <algorithm>
+
+using ostrel::DeviceReport;
 using ostrel::OpenCamera;
+using ostrel::Refused;
 using ostrel::cameras::Camera;
 using ostrel::cameras::Error;
 
@@ -20,35 +24,75 @@ void QTCaptureDeviceState::setListed(const std::shared_ptr<Camera>& camera) {
     listed_ = camera;
 }
 
-Error QTCaptureDeviceState::open() {
-    std::shared_ptr<OpenCamera> before; // let go of outside the lock
-    std::lock_guard<std::mutex> lock(mutex_);
-    before.swap(opened_);
+Error QTCaptureDeviceState::open(const void* owner) {
+    // Let go of outside both locks: to close a camera takes the turn.
+    std::shared_ptr<OpenCamera> before, current;
+    std::lock_guard<std::mutex> turn(*turn_);
+    std::shared_ptr<Camera> listed;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        current = last_.lock();
+        listed = listed_;
+        refusedAt_ = Refused::Nowhere;
+        refusal_ = Error();
+        owners_.reserve(owners_.size() + 1); // what may fail, before anything has happened
+    }
     // A session may run on after the device was closed: the camera is then still open. One that was unplugged
     // stays with whoever still holds it, and this open gets the new one.
-    std::shared_ptr<OpenCamera> current = last_.lock();
     if (!current || !(*current)->attached()) {
-        current = std::make_shared<OpenCamera>(listed_, order_);
+        current = std::make_shared<OpenCamera>(listed, turn_);
         const Error refused = current->open();
         if (refused) {
-            opened_.swap(before);
+            setRefused(Refused::Opening, refused);
+            std::lock_guard<std::mutex> lock(mutex_);
+            listed.swap(newest_);
+            newest_ = current->camera();
             return refused;
         }
     }
+    std::lock_guard<std::mutex> lock(mutex_);
+    listed.swap(newest_);
+    newest_ = current->camera();
+    before.swap(opened_);
     opened_ = current;
     last_ = current;
-    ++opens_;
+    owners_.push_back(owner);
     return Error();
 }
 
-void QTCaptureDeviceState::close() {
+void QTCaptureDeviceState::close(const void* owner) {
     std::shared_ptr<OpenCamera> last; // closed outside the lock
     std::lock_guard<std::mutex> lock(mutex_);
-    if (opens_ > 0 && --opens_ == 0)
+    const auto one = std::find(owners_.begin(), owners_.end(), owner);
+    if (one == owners_.end())
+        return;
+    owners_.erase(one);
+    if (owners_.empty())
         last.swap(opened_);
 }
 
 std::shared_ptr<OpenCamera> QTCaptureDeviceState::opened() {
     std::lock_guard<std::mutex> lock(mutex_);
     return opened_;
+}
+
+void QTCaptureDeviceState::setRefused(Refused where, const Error& why) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    refusedAt_ = where;
+    refusal_ = why;
+}
+
+DeviceReport QTCaptureDeviceState::report() {
+    DeviceReport report;
+    std::shared_ptr<Camera> camera;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        report.open = opened_ != nullptr;
+        report.refusedAt = refusedAt_;
+        report.refusal = refusal_;
+        camera = opened_ ? opened_->camera() : newest_;
+    }
+    if (camera)
+        report.statistics = camera->statistics();
+    return report;
 }

@@ -7,6 +7,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 namespace ostrel {
 
@@ -14,34 +15,51 @@ namespace ostrel {
 // session that runs on it.
 class OpenCamera {
 public:
-    // order: held while the camera opens or closes, by all that open the same camera.
-    OpenCamera(std::shared_ptr<cameras::Camera> camera, std::shared_ptr<std::mutex> order)
-        : camera_(std::move(camera)), order_(std::move(order)) {}
+    // turn: held while the camera opens or closes, by all that open the same camera.
+    OpenCamera(std::shared_ptr<cameras::Camera> camera, std::shared_ptr<std::mutex> turn)
+        : camera_(std::move(camera)), turn_(std::move(turn)) {}
     ~OpenCamera() {
-        std::lock_guard<std::mutex> lock(*order_);
-        if (open_)
-            camera_->close();
+        if (!open_)
+            return;
+        std::lock_guard<std::mutex> lock(*turn_);
+        camera_->close();
     }
     OpenCamera(const OpenCamera&) = delete;
     OpenCamera& operator=(const OpenCamera&) = delete;
 
+    // With the turn held.
     cameras::Error open() {
-        std::lock_guard<std::mutex> lock(*order_);
         const cameras::Error refused = camera_->open();
         open_ = !refused;
         return refused;
     }
+    const std::shared_ptr<cameras::Camera>& camera() const { return camera_; }
     cameras::Camera* operator->() const { return camera_.get(); }
+    // Each delivery that runs holds one.
+    const std::shared_ptr<const int>& share() const { return share_; }
 
 private:
+    const std::shared_ptr<const int> share_ = std::make_shared<const int>(0);
     const std::shared_ptr<cameras::Camera> camera_;
-    const std::shared_ptr<std::mutex> order_;
+    const std::shared_ptr<std::mutex> turn_;
     bool open_ = false;
+};
+
+// Where a start that gave no frames was refused.
+enum class Refused { Nowhere, Opening, Input, Output };
+
+// What can be told of a device's camera, open or not.
+struct DeviceReport {
+    bool open = false;
+    Refused refusedAt = Refused::Nowhere; // the last start
+    cameras::Error refusal;
+    cameras::StreamStatistics statistics; // of the newest stream
 };
 
 } // namespace ostrel
 
-// Thread-safe. Every device has one, for as long as the process lives.
+// Thread-safe; but for open() and close(), which may wait for the camera, everything answers at once. Every
+// device has one, for as long as the process lives.
 struct QTCaptureDeviceState {
     explicit QTCaptureDeviceState(const std::shared_ptr<ostrel::cameras::Camera>& camera)
         : identifier(camera->identifier()), listed_(camera) {}
@@ -52,24 +70,33 @@ struct QTCaptureDeviceState {
     // The object that the newest listing has for this identifier: used from the next open on.
     void setListed(const std::shared_ptr<ostrel::cameras::Camera>& camera);
 
-    ostrel::cameras::Error open();
-    void close();
+    // Each successful open is the owner's, and only the same owner's close takes it back. Null is an owner
+    // too.
+    ostrel::cameras::Error open(const void* owner);
+    void close(const void* owner);
     // Null when the device is not open.
     std::shared_ptr<ostrel::OpenCamera> opened();
 
+    void setRefused(ostrel::Refused where, const ostrel::cameras::Error& why);
+    ostrel::DeviceReport report();
+
 private:
-    std::mutex mutex_;
+    const std::shared_ptr<std::mutex> turn_ = std::make_shared<std::mutex>(); // of opening and closing
+
+    std::mutex mutex_; // of the rest; never held while a camera opens, closes or is let go of
     std::shared_ptr<ostrel::cameras::Camera> listed_;
-    std::shared_ptr<ostrel::OpenCamera> opened_; // while opens_ is not 0
-    std::weak_ptr<ostrel::OpenCamera> last_;     // the same, and for as long as a session still runs on it
-    unsigned opens_ = 0;
-    const std::shared_ptr<std::mutex> order_ = std::make_shared<std::mutex>();
+    std::shared_ptr<ostrel::cameras::Camera> newest_; // that was opened, or would not open
+    std::shared_ptr<ostrel::OpenCamera> opened_;      // while somebody has it open
+    std::weak_ptr<ostrel::OpenCamera> last_; // the same, and for as long as a session still runs on it
+    std::vector<const void*> owners_;        // one entry for each open
+    ostrel::Refused refusedAt_ = ostrel::Refused::Nowhere;
+    ostrel::cameras::Error refusal_;
 };
 
 namespace ostrel {
 
-// The opened camera with this identifier (UTF-8); null when none is open. Thread-safe.
-std::shared_ptr<OpenCamera> openedCamera(const std::string& identifier);
+// The state of the device with this identifier (UTF-8); null when none was ever listed. Thread-safe.
+QTCaptureDeviceState* deviceStateOf(const std::string& identifier);
 
 } // namespace ostrel
 

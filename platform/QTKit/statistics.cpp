@@ -1,28 +1,131 @@
+#include <ostrel/camera_state.h>
 #include <ostrel/statistics.h>
 
+#include "base/shared_object.h"
 #include "platform/QTKit/open_camera.h"
 
 namespace ostrel {
 
-bool videoStatistics(const QString& uniqueID, OVideoStatistics& statistics) {
-    const std::shared_ptr<OpenCamera> camera = openedCamera(uniqueID.toStdString());
-    if (!camera)
-        return false;
-    const cameras::StreamStatistics figures = (*camera)->statistics();
+namespace {
+
+std::string utf8(const QString& text) {
+    return text.toUtf8().constData();
+}
+
+QString qt(const std::string& text) {
+    return QString::fromUtf8(text.c_str());
+}
+
+OVideoStatistics figuresOf(const cameras::StreamStatistics& figures) {
     OVideoStatistics result;
     result.delivered = figures.delivered;
     result.taken = figures.taken;
     result.skipped = figures.skipped;
     result.lost = figures.lost;
     for (const auto& reason : figures.dropped)
-        result.dropped.insert(QString::fromStdString(reason.first), reason.second);
-    result.grantedFormat = QString::fromStdString(figures.grantedFormat);
-    result.grantedWidth = figures.grantedWidth;
-    result.grantedHeight = figures.grantedHeight;
-    result.grantedRate = figures.grantedRate;
-    result.ended = QString::fromStdString(figures.ended);
-    statistics = result;
-    return true;
+        result.dropped.insert(qt(reason.first), reason.second);
+    result.grantedFormat = qt(figures.granted.format);
+    result.grantedWidth = figures.granted.size.width;
+    result.grantedHeight = figures.granted.size.height;
+    result.grantedRate = figures.granted.rate;
+    result.ended = qt(figures.ended);
+    return result;
+}
+
+OVideoCameraState::RefusedAt stageOf(Refused refused) {
+    switch (refused) {
+    case Refused::Opening:
+        return OVideoCameraState::REFUSED_AT_OPENING;
+    case Refused::Input:
+        return OVideoCameraState::REFUSED_AT_INPUT;
+    case Refused::Output:
+        return OVideoCameraState::REFUSED_AT_OUTPUT;
+    case Refused::Nowhere:
+        break;
+    }
+    return OVideoCameraState::NOT_REFUSED;
+}
+
+} // namespace
+
+bool videoStatistics(const QString& uniqueID, OVideoStatistics& statistics) {
+    QTCaptureDeviceState* device = deviceStateOf(utf8(uniqueID));
+    if (!device)
+        return false;
+    const DeviceReport report = device->report();
+    if (report.open)
+        statistics = figuresOf(report.statistics);
+    return report.open;
+}
+
+struct OVideoCameraStatePrivate {
+    bool known = false;
+    DeviceReport report;
+};
+
+OVideoCameraState::OVideoCameraState(const QString& uniqueID)
+    : d(sharedObject(std::unique_ptr<OVideoCameraStatePrivate>(new OVideoCameraStatePrivate))) {
+    if (QTCaptureDeviceState* device = deviceStateOf(utf8(uniqueID))) {
+        d->known = true;
+        d->report = device->report();
+    }
+}
+
+OVideoCameraState::OVideoCameraState(const OVideoCameraState& other) : d(other.d) {}
+
+OVideoCameraState& OVideoCameraState::operator=(const OVideoCameraState& other) {
+    d = other.d;
+    return *this;
+}
+
+OVideoCameraState::~OVideoCameraState() {}
+
+bool OVideoCameraState::isKnown() const {
+    return d->known;
+}
+
+bool OVideoCameraState::isOpen() const {
+    return d->report.open;
+}
+
+OVideoCameraState::RefusedAt OVideoCameraState::refusedAt() const {
+    return stageOf(d->report.refusedAt);
+}
+
+QString OVideoCameraState::refused() const {
+    return qt(d->report.refusal.text);
+}
+
+QString OVideoCameraState::ended() const {
+    return qt(d->report.statistics.ended);
+}
+
+QString OVideoCameraState::stalled() const {
+    return qt(d->report.statistics.stalled);
+}
+
+uint64_t OVideoCameraState::restarts() const {
+    return d->report.statistics.restarts;
+}
+
+QString OVideoCameraState::shared() const {
+    return qt(d->report.statistics.shared);
+}
+
+QString OVideoCameraState::capturedBy() const {
+    return qt(d->report.statistics.by);
+}
+
+OVideoStatistics OVideoCameraState::statistics() const {
+    return figuresOf(d->report.statistics);
+}
+
+QString OVideoCameraState::whyNoFrames() const {
+    const QString words[] = {refused(), ended(), stalled()};
+    for (const QString& why : words)
+        if (!why.isEmpty())
+            return why;
+    return QString();
 }
 
 } // namespace ostrel

@@ -3,9 +3,9 @@
 #define OSTREL_PLATFORM_CAMERAS_CAMERA_H
 
 #include "platform/cameras/error.h"
+#include "platform/cameras/figures.h"
 
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <string>
 
@@ -18,20 +18,20 @@ class CameraFrame {
 public:
     virtual ~CameraFrame() = default;
 
-    // Writes the whole picture as B, G, R, A with A = 255, top row first, scaled to width x height pixels, rows
-    // stride bytes apart. False when the picture turns out to be broken; what was written is then undefined.
-    // This is where the work of a frame is done: it is called once at most for each capture, and never for
-    // frames that nobody takes. Re-entrant: two captures may convert one frame at the same time.
+    // Writes the whole picture as B, G, R, A with A = 255, top row first, scaled to width x height pixels,
+    // rows stride bytes apart. False when the picture turns out to be broken; what was written is then
+    // undefined. This is where the work of a frame is done: it is called once at most for each capture, and
+    // never for frames that nobody takes. Re-entrant: two captures may convert one frame at the same time.
     virtual bool convert(uint8_t* bgra, int width, int height, int stride) = 0;
 
     // False when convert() can only fail for want of memory: the picture was found whole before.
     virtual bool mayBeBroken() const { return true; }
 
-    // Bytes to add behind each row of the buffer handed out. Only a camera that was told to misbehave has any.
-    virtual int rowPadding() const { return 0; }
+    // From row to row, in bytes, in the buffer of a picture of this width. Some hardware aligns its rows.
+    virtual int rowBytes(int width) const { return width * 4; }
 };
 
-// Receives the frames of a running camera, on the camera's delivery thread, one call at a time.
+// Receives the frames of a running camera, one call at a time.
 class FrameSink {
 public:
     virtual ~FrameSink() = default;
@@ -40,28 +40,16 @@ public:
     virtual void streamEnded(const Error& why) = 0;
 };
 
-// Figures of the stream since it was started; what a camera does not know stays 0 or empty.
-struct StreamStatistics {
-    uint64_t delivered = 0;              // frames handed to sinks
-    uint64_t taken = 0;                  // of these, converted for somebody
-    uint64_t skipped = 0;                // passed over because a newer one was already there
-    uint64_t lost = 0;                   // gaps in the driver's sequence numbers
-    std::map<std::string, uint64_t> dropped; // broken frames by reason
-    std::string grantedFormat;           // four characters, "MJPG"
-    int grantedWidth = 0;                // pixels
-    int grantedHeight = 0;
-    double grantedRate = 0;              // frames a second
-    std::string ended;                   // why the stream ended by itself; empty while it runs
-};
-
-// A camera. All calls are thread-safe. open() and close() come in this order from one owner (the framework
-// counts its clients); between them any number of sinks may be started.
+// All calls are thread-safe. Those marked "at once" never wait for hardware, whatever else the camera does
+// meanwhile. open() and close() come in this order from one owner (the framework counts its clients); between
+// them any number of sinks may be started.
 class Camera {
 public:
     virtual ~Camera() = default;
 
-    virtual std::string identifier() const = 0;  // UTF-8, unique, the same after re-plugging
-    virtual std::string displayName() const = 0; // UTF-8, never empty
+    // At once. UTF-8, unique, the same after re-plugging; a name is never empty.
+    virtual std::string identifier() const = 0;
+    virtual std::string displayName() const = 0;
 
     virtual Error open() = 0;
     // Stops what still runs and gives back every descriptor, thread and buffer.
@@ -70,18 +58,18 @@ public:
     // Whether a capture session may use the opened camera as its input.
     virtual Error admitInput() { return Error(); }
 
-    // Frames go to the sink from now on, from one delivery thread. width x height is what the sink will ask
-    // convert() for, and guides the choice of the native size: the camera may run at any other. A second sink
-    // joins the running stream.
+    // Frames go to the sink from now on. width x height is what the sink will ask convert() for, and guides
+    // the choice of the native size: the camera may run at any other. A second sink joins the running stream.
     virtual Error start(int width, int height, const std::shared_ptr<FrameSink>& sink) = 0;
     // Returns when no call of the sink is in progress and none will come; from inside the sink's own call, at
     // once. Frames still held stay convertible. The last sink to stop ends the stream and its thread. Never
-    // waits for a frame. Harmless for a sink that was not started.
+    // waits for a frame, nor for the start of another sink. Harmless for a sink that was not started.
     virtual void stop(const std::shared_ptr<FrameSink>& sink) = 0;
 
-    // False once the camera is unplugged: this object will never deliver again.
+    // At once. False once the camera is unplugged: this object will never deliver again.
     virtual bool attached() const { return true; }
 
+    // At once. Of the newest stream, also after its end.
     virtual StreamStatistics statistics() const { return StreamStatistics(); }
 };
 

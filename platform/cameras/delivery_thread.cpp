@@ -43,7 +43,18 @@ StopSignal::~StopSignal() {
 
 void StopSignal::raise() {
     raised_.store(true, std::memory_order_release);
+    wake();
+}
+
+void StopSignal::wake() const {
     ::eventfd_write(descriptor_, 1);
+}
+
+void StopSignal::clearWake() const {
+    eventfd_t count = 0;
+    ::eventfd_read(descriptor_, &count);
+    if (raised()) // meanwhile: nobody will wake again
+        wake();
 }
 
 bool StopSignal::sleepUntil(int64_t time) const {
@@ -55,7 +66,8 @@ bool StopSignal::sleepUntil(int64_t time) const {
         wait.tv_sec = static_cast<time_t>(std::min<int64_t>(left / NANOSECONDS_PER_SECOND, INT_MAX));
         wait.tv_nsec = static_cast<long>(left % NANOSECONDS_PER_SECOND);
         pollfd descriptor = {descriptor_, POLLIN, 0};
-        ::ppoll(&descriptor, 1, &wait, nullptr);
+        if (::ppoll(&descriptor, 1, &wait, nullptr) > 0)
+            break;
     }
     return raised();
 }

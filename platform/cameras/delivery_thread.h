@@ -20,11 +20,17 @@ public:
 
     bool valid() const { return descriptor_ >= 0; }
     bool raised() const { return raised_.load(std::memory_order_acquire); }
-    // Readable as soon as the signal is raised: to be polled beside the camera's own descriptor.
+    // Readable as soon as the signal is raised or woken: to be polled beside the camera's own descriptor.
     int descriptor() const { return descriptor_; }
-    // Sleeps until the given time of CLOCK_MONOTONIC in nanoseconds, or until raised. Returns raised().
+    // Sleeps until the given time of CLOCK_MONOTONIC in nanoseconds, or until raised or woken. Returns
+    // raised().
     bool sleepUntil(int64_t time) const;
     void raise();
+
+    // Makes the descriptor readable, so that whoever waits looks around; not a stop.
+    void wake() const;
+    // The thread has looked around: the next wait is one again, unless the signal was raised.
+    void clearWake() const;
 
 private:
     std::atomic<bool> raised_{false};
@@ -47,6 +53,9 @@ public:
     // Raises the signal and waits for the body to return. Called on the thread itself it only raises the
     // signal; the thread then ends by itself once the body returns.
     void stop();
+    // Raises the signal and waits for nothing. The thread must have been started, and not stopped.
+    void raise() { signal_->raise(); }
+    const StopSignal& signal() const { return *signal_; }
     bool running() const { return thread_.joinable(); }
     bool isCurrent() const { return thread_.get_id() == std::this_thread::get_id(); }
 

@@ -11,6 +11,12 @@ namespace cameras {
 struct Error {
     Error() = default;
     explicit Error(std::string what, int number = -1) : text(std::move(what)), code(number) {}
+    // Without words, for who must not allocate: they are made from the number when somebody asks.
+    static Error numbered(int number) {
+        Error error;
+        error.code = number;
+        return error;
+    }
 
     explicit operator bool() const { return code != 0; }
 

@@ -1,8 +1,5 @@
 #include "platform/cameras/registry.h"
 
-#include "platform/cameras/v4l2/v4l2_provider.h"
-
-#include <algorithm>
 #include <mutex>
 
 namespace ostrel {
@@ -12,8 +9,7 @@ namespace {
 
 struct Registry {
     std::mutex mutex;
-    std::shared_ptr<CameraProvider> machine = v4l2::makeProvider();
-    std::vector<std::shared_ptr<Camera>> added;
+    Providers providers = machineProviders();
 };
 
 // Never destroyed: delivery threads and clients' static objects may outlive every static destructor.
@@ -26,43 +22,25 @@ Registry& registry() {
 
 std::vector<std::shared_ptr<Camera>> attachedCameras() {
     Registry& r = registry();
-    std::shared_ptr<CameraProvider> machine;
+    Providers providers;
     {
         std::lock_guard<std::mutex> lock(r.mutex);
-        machine = r.machine;
+        providers = r.providers;
     }
     // Asking the system may take a while and needs no lock.
     std::vector<std::shared_ptr<Camera>> result;
-    if (machine)
-        result = machine->list();
-    std::lock_guard<std::mutex> lock(r.mutex);
-    result.insert(result.end(), r.added.begin(), r.added.end());
+    for (const auto& provider : providers) {
+        const std::vector<std::shared_ptr<Camera>> found = provider->list();
+        result.insert(result.end(), found.begin(), found.end());
+    }
     return result;
 }
 
-bool addCamera(const std::shared_ptr<Camera>& camera) {
+Providers setProviders(Providers providers) {
     Registry& r = registry();
     std::lock_guard<std::mutex> lock(r.mutex);
-    const std::string identifier = camera->identifier();
-    for (const auto& other : r.added)
-        if (other->identifier() == identifier)
-            return false;
-    r.added.push_back(camera);
-    return true;
-}
-
-void removeCamera(const std::shared_ptr<Camera>& camera) {
-    Registry& r = registry();
-    std::lock_guard<std::mutex> lock(r.mutex);
-    r.added.erase(std::remove(r.added.begin(), r.added.end(), camera), r.added.end());
-}
-
-std::shared_ptr<CameraProvider> setMachineProvider(const std::shared_ptr<CameraProvider>& provider) {
-    Registry& r = registry();
-    std::lock_guard<std::mutex> lock(r.mutex);
-    std::shared_ptr<CameraProvider> before = r.machine;
-    r.machine = provider;
-    return before;
+    r.providers.swap(providers);
+    return providers;
 }
 
 } // namespace cameras

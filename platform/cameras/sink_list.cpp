@@ -1,84 +1,143 @@
 #include "platform/cameras/sink_list.h"
 
 #include <algorithm>
+#include <new>
 
 namespace ostrel {
 namespace cameras {
 
-void SinkList::add(const std::shared_ptr<FrameSink>& sink) {
-    std::lock_guard<std::mutex> lock(mutex_);
-    if (std::find(sinks_.begin(), sinks_.end(), sink) == sinks_.end())
-        sinks_.push_back(sink);
+bool SinkList::add(const std::shared_ptr<FrameSink>& sink) {
+    Lock lock(mutex_);
+    if (life_ != Life::Open)
+        return false;
+    const bool there =
+        std::any_of(entries_.begin(), entries_.end(), [&](const Entry& entry) { return entry.sink == sink; });
+    if (!there)
+        entries_.push_back({sink, round_}); // not in a round that is under way
+    return true;
 }
 
 bool SinkList::remove(const std::shared_ptr<FrameSink>& sink) {
-    std::unique_lock<std::mutex> lock(mutex_);
-    const auto end = std::remove(sinks_.begin(), sinks_.end(), sink);
-    const bool found = end != sinks_.end();
-    sinks_.erase(end, sinks_.end());
-    if (deliverer_ != std::this_thread::get_id())
+    std::shared_ptr<FrameSink> gone; // let go of outside the lock
+    Lock lock(mutex_);
+    const auto found = std::find_if(entries_.begin(), entries_.end(),
+                                    [&](const Entry& entry) { return entry.sink == sink; });
+    const bool there = found != entries_.end();
+    if (there) {
+        gone = std::move(found->sink);
+        entries_.erase(found);
+    }
+    if (!isInside())
         idle_.wait(lock, [&] { return busy_ != sink.get(); });
-    return found;
+    lock.unlock();
+    return there;
 }
 
 bool SinkList::empty() const {
-    std::lock_guard<std::mutex> lock(mutex_);
-    return sinks_.empty();
+    Lock lock(mutex_);
+    return entries_.empty();
 }
 
+bool SinkList::insideCall() const {
+    Lock lock(mutex_);
+    return isInside();
+}
+
+// Calls each sink of the list once, also when the list changes under way. The lock is free during a call.
 template <typename Call>
-void SinkList::each(Call call) {
-    // Declared before the lock: the last reference to a sink may go here, and with it a camera.
-    std::shared_ptr<FrameSink> only;
-    std::vector<std::shared_ptr<FrameSink>> sinks;
-    std::unique_lock<std::mutex> lock(mutex_);
-    idle_.wait(lock, [&] { return !delivering_; });
-    if (sinks_.empty())
-        return;
-    if (sinks_.size() > 1)
-        sinks = sinks_;
-    delivering_ = true;
-    deliverer_ = std::this_thread::get_id();
-    // A sink may remove itself or another one from inside its call, so the walk goes over a copy. The common
-    // case of one sink copies one pointer and allocates nothing.
-    const auto visit = [&](const std::shared_ptr<FrameSink>& sink) {
+void SinkList::each(Lock& lock, Call call) {
+    ++round_;
+    for (;;) {
+        const auto next = std::find_if(entries_.begin(), entries_.end(),
+                                       [this](const Entry& entry) { return entry.round != round_; });
+        if (next == entries_.end() || life_ == Life::Shut)
+            return;
+        next->round = round_;
+        // The last reference to a sink may go here, and with it a camera: not under the lock.
+        std::shared_ptr<FrameSink> sink = next->sink;
         busy_ = sink.get();
         lock.unlock();
         call(*sink);
         lock.lock();
         busy_ = nullptr;
         idle_.notify_all();
-    };
-    const auto finish = [&] {
-        delivering_ = false;
-        deliverer_ = std::thread::id();
-        busy_ = nullptr;
-        idle_.notify_all();
-    };
-    try {
-        if (sinks.empty()) {
-            only = sinks_.front();
-            visit(only);
-        } else {
-            for (const auto& sink : sinks)
-                if (std::find(sinks_.begin(), sinks_.end(), sink) != sinks_.end())
-                    visit(sink);
-        }
-    } catch (...) {
-        if (!lock.owns_lock())
-            lock.lock();
-        finish(); // else whoever delivers or removes next would wait for ever
-        throw;
+        lock.unlock();
+        sink.reset();
+        lock.lock();
     }
-    finish();
 }
 
-void SinkList::deliver(const std::shared_ptr<CameraFrame>& frame) {
-    each([&](FrameSink& sink) { sink.frameArrived(frame); });
+// The calling thread delivers while this lives; others wait for that, also when a sink throws.
+class SinkList::Delivering {
+public:
+    Delivering(SinkList& list, Lock& lock) : list_(list), lock_(lock) {
+        list_.delivering_ = true;
+        list_.deliverer_ = std::this_thread::get_id();
+    }
+    ~Delivering() {
+        if (!lock_.owns_lock())
+            lock_.lock();
+        list_.delivering_ = false;
+        list_.deliverer_ = std::thread::id();
+        list_.busy_ = nullptr;
+        list_.idle_.notify_all();
+    }
+    Delivering(const Delivering&) = delete;
+    Delivering& operator=(const Delivering&) = delete;
+
+private:
+    SinkList& list_;
+    Lock& lock_;
+};
+
+bool SinkList::deliver(const std::shared_ptr<CameraFrame>& frame, Figures* figures) {
+    Lock lock(mutex_);
+    if (isInside())
+        return false;
+    idle_.wait(lock, [this] { return !delivering_ || finished(); });
+    if (finished() || entries_.empty())
+        return false;
+    if (figures)
+        figures->countDelivered();
+    const Delivering delivering(*this, lock);
+    each(lock, [&](FrameSink& sink) { sink.frameArrived(frame); });
+    if (life_ == Life::Ending) // by one of these calls
+        tell(lock);
+    return true;
+}
+
+void SinkList::tell(Lock& lock) {
+    life_ = Life::Told;
+    idle_.notify_all();
+    each(lock, [this](FrameSink& sink) { sink.streamEnded(why_); });
 }
 
 void SinkList::end(const Error& why) {
-    each([&](FrameSink& sink) { sink.streamEnded(why); });
+    Lock lock(mutex_);
+    if (life_ == Life::Open) {
+        life_ = Life::Ending;
+        why_.code = why.code;
+        try {
+            why_.text = why.text;
+        } catch (const std::bad_alloc&) {
+            why_.text.clear();
+        }
+    }
+    if (isInside())
+        return;
+    idle_.wait(lock, [this] { return !delivering_; });
+    if (finished())
+        return;
+    const Delivering delivering(*this, lock);
+    tell(lock);
+}
+
+void SinkList::shut() {
+    Lock lock(mutex_);
+    life_ = Life::Shut;
+    idle_.notify_all();
+    if (!isInside())
+        idle_.wait(lock, [this] { return !delivering_; });
 }
 
 } // namespace cameras

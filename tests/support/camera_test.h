@@ -3,7 +3,7 @@
 #ifndef OSTREL_TESTS_SUPPORT_CAMERA_TEST_H
 #define OSTREL_TESTS_SUPPORT_CAMERA_TEST_H
 
-#include "platform/cameras/registry.h"
+#include "support/machine.h"
 #include "support/scripted_camera.h"
 #include "support/stderr_capture.h"
 
@@ -17,12 +17,9 @@ using Lines = std::vector<std::string>;
 
 class CameraTest : public ::testing::Test {
 protected:
-    CameraTest() : machine_(cameras::setMachineProvider(nullptr)) {}
-
     ~CameraTest() override {
         for (const auto& camera : added_)
             cameras::removeCamera(camera);
-        cameras::setMachineProvider(machine_);
         if (HasFailure())
             for (const std::string& line : err.takeLines())
                 std::cout << "  standard error: " << line << "\n";
@@ -41,10 +38,10 @@ protected:
         camera->unplug();
     }
 
+    Machine machine;
     StderrCapture err;
 
 private:
-    const std::shared_ptr<cameras::CameraProvider> machine_;
     std::vector<std::shared_ptr<cameras::Camera>> added_;
 };
 

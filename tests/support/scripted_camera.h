@@ -27,7 +27,7 @@ public:
     NumberedFrame(uint32_t number, int padding, bool broken, std::shared_ptr<FrameLog> log);
     ~NumberedFrame() override;
     bool convert(uint8_t* bgra, int width, int height, int stride) override;
-    int rowPadding() const override { return padding_; }
+    int rowBytes(int width) const override { return width * 4 + padding_; }
 
 private:
     const uint32_t number_;

@@ -13,8 +13,8 @@ namespace v4l2 {
 
 BufferFrame::BufferFrame(const std::shared_ptr<BufferQueue>& queue, unsigned index,
                          const pixels::Picture& picture, const std::shared_ptr<pixels::PixelPool>& pool,
-                         const std::shared_ptr<StreamCounters>& counters)
-    : queue_(queue), index_(index), layout_(picture.layout), pool_(pool), counters_(counters),
+                         const std::shared_ptr<Figures>& figures)
+    : queue_(queue), index_(index), layout_(picture.layout), pool_(pool), figures_(figures),
       picture_(picture) {}
 
 BufferFrame::~BufferFrame() {
@@ -29,13 +29,13 @@ bool BufferFrame::convert(uint8_t* bgra, int width, int height, int stride) {
         whole = picture_.data && pixels::toBgra(picture_, bgra, width, height, stride, *pool_);
     }
     if (!whole)
-        counters_->drop("undecodable");
+        figures_->drop(Drop::Undecodable);
     else if (!taken_.exchange(true, std::memory_order_relaxed))
-        counters_->change([](StreamStatistics& figures) { ++figures.taken; });
+        figures_->countTaken();
     return whole;
 }
 
-void BufferFrame::becomeIndependent() {
+void BufferFrame::detach() {
     std::unique_lock<std::shared_mutex> lock(mutex_);
     if (own_.data() || !picture_.data)
         return;

@@ -3,9 +3,9 @@
 #define OSTREL_PLATFORM_CAMERAS_V4L2_BUFFER_FRAME_H
 
 #include "platform/cameras/camera.h"
+#include "platform/cameras/figures.h"
 #include "platform/cameras/pixels/picture.h"
 #include "platform/cameras/pixels/pixel_pool.h"
-#include "platform/cameras/v4l2/stream_counters.h"
 
 #include <atomic>
 #include <memory>
@@ -20,27 +20,24 @@ class BufferQueue;
 // Thread-safe.
 class BufferFrame : public CameraFrame {
 public:
-    static const unsigned kNoBuffer = ~0u;
-
     // The picture's bytes belong to buffer `index` of the queue, which gets it back when the frame is
     // dropped.
     BufferFrame(const std::shared_ptr<BufferQueue>& queue, unsigned index, const pixels::Picture& picture,
-                const std::shared_ptr<pixels::PixelPool>& pool,
-                const std::shared_ptr<StreamCounters>& counters);
+                const std::shared_ptr<pixels::PixelPool>& pool, const std::shared_ptr<Figures>& figures);
     ~BufferFrame() override;
 
     bool convert(uint8_t* bgra, int width, int height, int stride) override;
     bool mayBeBroken() const override { return layout_ == pixels::Layout::Jpeg; }
 
     // Copies the picture, so that the buffer is not read any more. Waits for conversions in progress.
-    void becomeIndependent();
+    void detach();
 
 private:
     const std::shared_ptr<BufferQueue> queue_;
     const unsigned index_;
     const pixels::Layout layout_;
     const std::shared_ptr<pixels::PixelPool> pool_;
-    const std::shared_ptr<StreamCounters> counters_;
+    const std::shared_ptr<Figures> figures_;
     std::atomic<bool> taken_{false};
     std::shared_mutex mutex_; // shared by those who read the picture, alone for the one who moves it
     pixels::Picture picture_;

@@ -53,8 +53,8 @@ struct KernelBuffer {
 } // namespace
 
 BufferQueue::BufferQueue(const std::shared_ptr<VideoNode>& node, const Granted& granted,
-                         const std::shared_ptr<StreamCounters>& counters)
-    : node_(node), granted_(granted), counters_(counters), pool_(std::make_shared<pixels::PixelPool>()) {}
+                         const std::shared_ptr<Figures>& figures)
+    : node_(node), granted_(granted), figures_(figures), pool_(std::make_shared<pixels::PixelPool>()) {}
 
 BufferQueue::~BufferQueue() {
     close();
@@ -127,7 +127,7 @@ void BufferQueue::close() {
         return;
     for (Buffer& buffer : buffers_)
         if (buffer.frame)
-            buffer.frame->becomeIndependent();
+            buffer.frame->detach();
     release();
     pool_->retire();
     node_.reset();
@@ -162,7 +162,7 @@ int BufferQueue::dequeue(Filled& filled) {
     if (const int error = node_->ioctl(VIDIOC_DQBUF, &info.buffer))
         return error;
     if (info.buffer.index >= buffers_.size() || buffers_[info.buffer.index].place != Place::Driver) {
-        counters_->drop("unknown buffer");
+        figures_->drop(Drop::UnknownBuffer);
         return EIO;
     }
     Buffer& buffer = buffers_[info.buffer.index];
@@ -204,11 +204,6 @@ unsigned BufferQueue::count(Place place) const {
                                                [place](const Buffer& b) { return b.place == place; }));
 }
 
-unsigned BufferQueue::queued() const {
-    std::lock_guard<std::mutex> lock(mutex_);
-    return count(Place::Driver);
-}
-
 std::shared_ptr<CameraFrame> BufferQueue::frame(const Filled& filled) {
     pixels::Picture picture;
     picture.layout = granted_.layout;
@@ -218,7 +213,7 @@ std::shared_ptr<CameraFrame> BufferQueue::frame(const Filled& filled) {
     picture.stride = granted_.stride;
     picture.data = filled.data;
     picture.bytes = filled.bytes;
-    auto frame = std::make_shared<BufferFrame>(shared_from_this(), filled.index, picture, pool_, counters_);
+    auto frame = std::make_shared<BufferFrame>(shared_from_this(), filled.index, picture, pool_, figures_);
     {
         std::lock_guard<std::mutex> lock(mutex_);
         const unsigned left = buffers_.size() <= kFewestBuffers ? 1 : 2;
@@ -227,7 +222,7 @@ std::shared_ptr<CameraFrame> BufferQueue::frame(const Filled& filled) {
             return frame;
         }
     }
-    frame->becomeIndependent();
+    frame->detach();
     requeue(filled.index);
     return frame;
 }

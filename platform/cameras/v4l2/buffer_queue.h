@@ -3,8 +3,8 @@
 #define OSTREL_PLATFORM_CAMERAS_V4L2_BUFFER_QUEUE_H
 
 #include "platform/cameras/camera.h"
+#include "platform/cameras/figures.h"
 #include "platform/cameras/pixels/pixel_pool.h"
-#include "platform/cameras/v4l2/stream_counters.h"
 #include "platform/cameras/v4l2/video_node.h"
 
 #include <cstdint>
@@ -32,7 +32,7 @@ struct Filled {
 class BufferQueue : public std::enable_shared_from_this<BufferQueue> {
 public:
     BufferQueue(const std::shared_ptr<VideoNode>& node, const Granted& granted,
-                const std::shared_ptr<StreamCounters>& counters);
+                const std::shared_ptr<Figures>& figures);
     ~BufferQueue();
 
     // Takes buffers from the driver, maps and queues them and switches the stream on. After a failure
@@ -54,8 +54,6 @@ public:
     std::shared_ptr<CameraFrame> frame(const Filled& filled);
 
     const Granted& granted() const { return granted_; }
-    // How many buffers the driver has.
-    unsigned queued() const;
 
 private:
     friend class BufferFrame;
@@ -80,7 +78,7 @@ private:
     mutable std::mutex mutex_;
     std::shared_ptr<VideoNode> node_; // null once closed
     const Granted granted_;
-    const std::shared_ptr<StreamCounters> counters_;
+    const std::shared_ptr<Figures> figures_;
     const std::shared_ptr<pixels::PixelPool> pool_;
     std::vector<Buffer> buffers_;
     bool requested_ = false;

@@ -4,7 +4,7 @@
 #include "platform/cameras/v4l2/v4l2_provider.h"
 
 #include "platform/cameras/v4l2/identity.h"
-#include "platform/cameras/v4l2/v4l2_camera.h"
+#include "platform/cameras/v4l2/v4l2_backend.h"
 #include "platform/cameras/v4l2/video_node.h"
 
 #include <cerrno>
@@ -43,7 +43,7 @@ private:
 
     struct Known {
         std::string identifier;
-        std::shared_ptr<V4l2Camera> camera;
+        std::shared_ptr<Camera> camera;
     };
 
     const std::shared_ptr<KernelCalls> kernel_;
@@ -126,10 +126,9 @@ std::vector<std::shared_ptr<Camera>> V4l2Provider::list() {
             known = before->second;
         } else {
             known.identifier = identifiers[i];
-            known.camera = std::make_shared<V4l2Camera>(
-                kernel_, discovery_, facts, identifiers[i],
-                displayName(facts.name, answers[i].card,
-                            facts.driver.empty() ? answers[i].driver : facts.driver));
+            known.camera = makeCamera(kernel_, discovery_, facts, identifiers[i],
+                                      displayName(facts.name, answers[i].card,
+                                                  facts.driver.empty() ? answers[i].driver : facts.driver));
         }
         attached[facts.incarnation] = known;
         result.push_back(known.camera);

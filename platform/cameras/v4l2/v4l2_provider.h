@@ -2,7 +2,7 @@
 #ifndef OSTREL_PLATFORM_CAMERAS_V4L2_V4L2_PROVIDER_H
 #define OSTREL_PLATFORM_CAMERAS_V4L2_V4L2_PROVIDER_H
 
-#include "platform/cameras/registry.h"
+#include "platform/cameras/provider.h"
 #include "platform/cameras/v4l2/discovery.h"
 #include "platform/cameras/v4l2/kernel_calls.h"
 

@@ -239,6 +239,33 @@ int VideoNode::setFormat(const Candidate& asked, bool multiplanar, Granted& gran
     return 0;
 }
 
+bool VideoNode::wouldGrant(const Candidate& asked, bool multiplanar) const {
+    v4l2_format format = requestOf(asked, multiplanar);
+    Granted granted;
+    const int error = ioctl(VIDIOC_TRY_FMT, &format);
+    if (error == ENOTTY)
+        return true; // the driver cannot be asked: trying is the only way to find out
+    return error == 0 && readGranted(format, multiplanar, granted) && granted.size == asked.size;
+}
+
+bool VideoNode::hasNoSignal() const {
+    v4l2_input input = {};
+    int index = 0;
+    if (ioctl(VIDIOC_G_INPUT, &index) != 0)
+        return false;
+    input.index = static_cast<uint32_t>(index);
+    if (ioctl(VIDIOC_ENUMINPUT, &input) != 0)
+        return false;
+    return input.status & (V4L2_IN_ST_NO_POWER | V4L2_IN_ST_NO_SIGNAL | V4L2_IN_ST_NO_SYNC);
+}
+
+int64_t VideoNode::exposureNanoseconds() const {
+    v4l2_control control = {};
+    control.id = V4L2_CID_EXPOSURE_ABSOLUTE;
+    const int64_t unit = 100000; // the control counts in 100 microseconds
+    return ioctl(VIDIOC_G_CTRL, &control) == 0 && control.value > 0 ? control.value * unit : 0;
+}
+
 // Drivers that can place the picture in a part of the buffer keep that part when the format grows: after a
 // smaller capture, of this program or another, the rest of the buffer would stay black.
 void VideoNode::fillWholeBuffer(const Size& size) const {

@@ -2,8 +2,8 @@
 #ifndef OSTREL_PLATFORM_CAMERAS_V4L2_VIDEO_NODE_H
 #define OSTREL_PLATFORM_CAMERAS_V4L2_VIDEO_NODE_H
 
+#include "platform/cameras/format_choice.h"
 #include "platform/cameras/pixels/picture.h"
-#include "platform/cameras/v4l2/format_choice.h"
 #include "platform/cameras/v4l2/kernel_calls.h"
 
 #include <atomic>
@@ -57,10 +57,17 @@ public:
     // One candidate for each format and size range; a driver that lists no sizes is asked for the wanted one.
     std::vector<Candidate> candidates(bool multiplanar, const Size& wanted) const;
 
+    // Whether setFormat() would give this size, as far as the driver says without doing it.
+    bool wouldGrant(const Candidate& asked, bool multiplanar) const;
     // 0, or errno; EINVAL also when what is granted cannot be converted.
     int setFormat(const Candidate& asked, bool multiplanar, Granted& granted) const;
     // Asks for the interval and reads back the granted one. A driver may know no rates at all.
     void setInterval(const Interval& asked, Granted& granted) const;
+
+    // Receivers and grabbers: nothing comes in, so nothing can come out.
+    bool hasNoSignal() const;
+    // What the camera says of its exposure at present; 0 where it does not.
+    int64_t exposureNanoseconds() const;
 
     int descriptor() const { return descriptor_.load(std::memory_order_relaxed); }
     KernelCalls& kernel() const { return *kernel_; }

@@ -2,17 +2,18 @@
 #include <ostrel/virtual_camera.h>
 
 #include "base/shared_object.h"
-#include "platform/cameras/virtual/backend.h"
-#include "platform/cameras/virtual/file_camera.h"
+#include "platform/cameras/virtual/file_backend.h"
+#include "platform/cameras/virtual/pattern_backend.h"
 #include "platform/cameras/virtual/pattern_code.h"
-#include "platform/cameras/virtual/push_camera.h"
-#include "platform/cameras/virtual/test_pattern_camera.h"
+#include "platform/cameras/virtual/plug.h"
+#include "platform/cameras/virtual/push_backend.h"
 
 #include <QtCore/QFile>
 
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <mutex>
 
 namespace ostrel {
 
@@ -37,17 +38,15 @@ double clampRate(double framesPerSecond) {
     return std::max(LEAST_RATE, std::min(framesPerSecond, GREATEST_RATE));
 }
 
-class TestPatternBackend : public VirtualCameraBackend {
+class PatternPlug : public VirtualCameraBackend {
 public:
-    TestPatternBackend(const QString& uniqueID, const QString& name, int width, int height,
-                       double framesPerSecond)
+    PatternPlug(const QString& uniqueID, const QString& name, int width, int height, double framesPerSecond)
         : VirtualCameraBackend(utf8(uniqueID), utf8(name)), width_(clampSide(width)),
           height_(clampSide(height)), framesPerSecond_(clampRate(framesPerSecond)) {}
 
 protected:
-    std::shared_ptr<cameras::VirtualCamera>
-    makeCamera(const std::shared_ptr<cameras::VirtualControls>& controls) override {
-        return std::make_shared<cameras::TestPatternCamera>(controls, width_, height_, framesPerSecond_);
+    std::shared_ptr<cameras::Backend> makeBackend() override {
+        return std::make_shared<cameras::PatternBackend>(width_, height_, framesPerSecond_);
     }
 
 private:
@@ -57,9 +56,9 @@ private:
 };
 
 // Looks at the file once, when it is constructed: a camera that is opened looks again.
-class FileBackend : public VirtualCameraBackend {
+class FilePlug : public VirtualCameraBackend {
 public:
-    FileBackend(const QString& uniqueID, const QString& name, const QString& path, bool loop)
+    FilePlug(const QString& uniqueID, const QString& name, const QString& path, bool loop)
         : VirtualCameraBackend(utf8(uniqueID), utf8(name)), path_(QFile::encodeName(path).toStdString()),
           loop_(loop) {
         std::shared_ptr<cameras::Y4mClip> clip; // no descriptor stays open for a camera that nobody uses
@@ -72,9 +71,8 @@ public:
     const cameras::Y4mFormat& format() const { return format_; }
 
 protected:
-    std::shared_ptr<cameras::VirtualCamera>
-    makeCamera(const std::shared_ptr<cameras::VirtualControls>& controls) override {
-        return std::make_shared<cameras::FileCamera>(controls, path_, loop_, error_);
+    std::shared_ptr<cameras::Backend> makeBackend() override {
+        return std::make_shared<cameras::FileBackend>(displayName(), path_, loop_, error_);
     }
 
 private:
@@ -84,25 +82,33 @@ private:
     cameras::Y4mFormat format_;
 };
 
-template <typename Backend, typename... Arguments>
-QSharedPointer<VirtualCameraBackend> makeBackend(const Arguments&... arguments) {
-    return sharedObject<VirtualCameraBackend>(std::make_unique<Backend>(arguments...));
+template <typename Plug, typename... Arguments>
+QSharedPointer<VirtualCameraBackend> makePlug(const Arguments&... arguments) {
+    return sharedObject<VirtualCameraBackend>(std::make_unique<Plug>(arguments...));
 }
 
-class PushBackend : public VirtualCameraBackend {
+class PushPlug : public VirtualCameraBackend {
 public:
-    PushBackend(const QString& uniqueID, const QString& name)
+    PushPlug(const QString& uniqueID, const QString& name)
         : VirtualCameraBackend(utf8(uniqueID), utf8(name)) {}
 
-    std::shared_ptr<cameras::PushCamera> pushCamera() const {
-        return std::static_pointer_cast<cameras::PushCamera>(camera());
+    // Of the camera that was plugged in last; null before the first.
+    std::shared_ptr<cameras::PushBackend> newest() const {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return newest_;
     }
 
 protected:
-    std::shared_ptr<cameras::VirtualCamera>
-    makeCamera(const std::shared_ptr<cameras::VirtualControls>& controls) override {
-        return std::make_shared<cameras::PushCamera>(controls);
+    std::shared_ptr<cameras::Backend> makeBackend() override {
+        const auto fresh = std::make_shared<cameras::PushBackend>();
+        std::lock_guard<std::mutex> lock(mutex_);
+        newest_ = fresh;
+        return fresh;
     }
+
+private:
+    mutable std::mutex mutex_;
+    std::shared_ptr<cameras::PushBackend> newest_;
 };
 
 } // namespace
@@ -114,11 +120,11 @@ OVideoVirtualCamera::~OVideoVirtualCamera() {
 }
 
 QString OVideoVirtualCamera::uniqueID() {
-    return QString::fromStdString(d->controls().identifier);
+    return QString::fromStdString(d->identifier());
 }
 
 QString OVideoVirtualCamera::name() {
-    return QString::fromStdString(d->controls().displayName);
+    return QString::fromStdString(d->displayName());
 }
 
 bool OVideoVirtualCamera::attach() {
@@ -130,24 +136,24 @@ void OVideoVirtualCamera::detach() {
 }
 
 bool OVideoVirtualCamera::isAttached() {
-    return d->camera() != nullptr;
+    return d->isAttached();
 }
 
 void OVideoVirtualCamera::setFault(VIRTUAL_CAMERA_FAULT fault) {
-    d->controls().fault.store(fault);
+    d->fault().store(fault);
 }
 
 uint32_t OVideoVirtualCamera::framesDelivered() {
-    return d->controls().delivered.load();
+    return d->totals().delivered.load();
 }
 
 uint32_t OVideoVirtualCamera::framesTaken() {
-    return d->controls().taken.load();
+    return d->totals().taken.load();
 }
 
 OVideoTestPatternCamera::OVideoTestPatternCamera(const QString& uniqueID, const QString& name, int width,
                                                  int height, double framesPerSecond)
-    : OVideoVirtualCamera(makeBackend<TestPatternBackend>(uniqueID, name, width, height, framesPerSecond)) {}
+    : OVideoVirtualCamera(makePlug<PatternPlug>(uniqueID, name, width, height, framesPerSecond)) {}
 
 bool OVideoTestPatternCamera::decode(const uint8_t* bgra, int width, int height, int stride,
                                      uint32_t& counter, uint32_t& clock) {
@@ -161,34 +167,34 @@ bool OVideoTestPatternCamera::decode(const uint8_t* bgra, int width, int height,
 
 OVideoFileCamera::OVideoFileCamera(const QString& uniqueID, const QString& name, const QString& path,
                                    bool loop)
-    : OVideoVirtualCamera(makeBackend<FileBackend>(uniqueID, name, path, loop)) {}
+    : OVideoVirtualCamera(makePlug<FilePlug>(uniqueID, name, path, loop)) {}
 
 QString OVideoFileCamera::error() {
-    return QString::fromStdString(static_cast<FileBackend&>(*backend()).error());
+    return QString::fromStdString(static_cast<FilePlug&>(*backend()).error());
 }
 
 int OVideoFileCamera::width() {
-    return static_cast<FileBackend&>(*backend()).format().layout.width;
+    return static_cast<FilePlug&>(*backend()).format().layout.width;
 }
 
 int OVideoFileCamera::height() {
-    return static_cast<FileBackend&>(*backend()).format().layout.height;
+    return static_cast<FilePlug&>(*backend()).format().layout.height;
 }
 
 double OVideoFileCamera::framesPerSecond() {
-    return static_cast<FileBackend&>(*backend()).format().framesPerSecond;
+    return static_cast<FilePlug&>(*backend()).format().framesPerSecond;
 }
 
 OVideoPushCamera::OVideoPushCamera(const QString& uniqueID, const QString& name)
-    : OVideoVirtualCamera(makeBackend<PushBackend>(uniqueID, name)) {}
+    : OVideoVirtualCamera(makePlug<PushPlug>(uniqueID, name)) {}
 
 bool OVideoPushCamera::push(const uint8_t* bgra, int width, int height, int stride) {
-    const std::shared_ptr<cameras::PushCamera> camera = static_cast<PushBackend&>(*backend()).pushCamera();
+    const std::shared_ptr<cameras::PushBackend> camera = static_cast<PushPlug&>(*backend()).newest();
     return camera && camera->push(bgra, width, height, stride);
 }
 
 bool OVideoPushCamera::pushI420(const uint8_t* i420, int width, int height) {
-    const std::shared_ptr<cameras::PushCamera> camera = static_cast<PushBackend&>(*backend()).pushCamera();
+    const std::shared_ptr<cameras::PushBackend> camera = static_cast<PushPlug&>(*backend()).newest();
     return camera && camera->pushI420(i420, width, height);
 }
 

@@ -2,7 +2,7 @@
 #ifndef OSTREL_TESTS_SUPPORT_V4L2_DEVICE_SCRIPT_H
 #define OSTREL_TESTS_SUPPORT_V4L2_DEVICE_SCRIPT_H
 
-#include "platform/cameras/v4l2/format_choice.h"
+#include "platform/cameras/format_choice.h"
 
 #include <cerrno>
 #include <cstdint>
@@ -17,33 +17,33 @@ namespace ostrel::support {
 
 struct FormatScript {
     uint32_t fourcc = 0;
-    std::vector<cameras::v4l2::SizeRange> sizes; // none: the driver does not list them
+    std::vector<cameras::SizeRange> sizes; // none: the driver does not list them
     // The same for all sizes; none: not listed. Of a range: the shortest, the longest and the step.
-    std::vector<cameras::v4l2::Interval> intervals;
+    std::vector<cameras::Interval> intervals;
     uint32_t intervalType = V4L2_FRMIVAL_TYPE_DISCRETE;
 };
 
 // Sizes and rates as drivers list them. A step of 1 is a continuous range.
-inline cameras::v4l2::SizeRange only(int width, int height) {
-    cameras::v4l2::SizeRange range;
+inline cameras::SizeRange only(int width, int height) {
+    cameras::SizeRange range;
     range.least.width = range.most.width = width;
     range.least.height = range.most.height = height;
     return range;
 }
-inline cameras::v4l2::SizeRange stepwise(int least, int most, int step) {
-    cameras::v4l2::SizeRange range;
+inline cameras::SizeRange stepwise(int least, int most, int step) {
+    cameras::SizeRange range;
     range.least.width = range.least.height = least;
     range.most.width = range.most.height = most;
     range.step.width = range.step.height = step;
     return range;
 }
-inline cameras::v4l2::Interval perSecond(uint32_t frames) {
-    cameras::v4l2::Interval interval;
+inline cameras::Interval perSecond(uint32_t frames) {
+    cameras::Interval interval;
     interval.numerator = 1;
     interval.denominator = frames;
     return interval;
 }
-inline FormatScript raw(uint32_t fourcc, std::vector<cameras::v4l2::SizeRange> sizes, uint32_t rate = 30) {
+inline FormatScript raw(uint32_t fourcc, std::vector<cameras::SizeRange> sizes, uint32_t rate = 30) {
     FormatScript format;
     format.fourcc = fourcc;
     format.sizes = std::move(sizes);

@@ -49,7 +49,7 @@ public:
     int64_t arrival(uint32_t number) const;
 
     const PictureFormat& format() const { return format_; }
-    const cameras::v4l2::Interval& interval() const { return interval_; }
+    const cameras::Interval& interval() const { return interval_; }
     unsigned buffers() const { return static_cast<unsigned>(buffers_.size()); }
     unsigned queued() const;
     bool isStreaming() const { return streaming_; }
@@ -105,7 +105,7 @@ private:
     bool excused_ = false;
     short events_ = 0;
     PictureFormat format_;
-    cameras::v4l2::Interval interval_;
+    cameras::Interval interval_;
 
     int owner_ = -1; // the descriptor that has the buffers
     int memory_ = -1;

@@ -6,9 +6,9 @@
 
 namespace ostrel::support {
 
-using cameras::v4l2::Interval;
-using cameras::v4l2::Size;
-using cameras::v4l2::SizeRange;
+using cameras::Interval;
+using cameras::Size;
+using cameras::SizeRange;
 
 namespace {
 

@@ -44,7 +44,7 @@ public:
     bool waitUntilIdle(const std::string& path);
 
     v4l2_pix_format format(const std::string& path) { return now(path)->format().pix; }
-    cameras::v4l2::Interval interval(const std::string& path) { return now(path)->interval(); }
+    cameras::Interval interval(const std::string& path) { return now(path)->interval(); }
     unsigned queued(const std::string& path) { return now(path)->queued(); }
     unsigned buffers(const std::string& path) { return now(path)->buffers(); }
     bool isStreaming(const std::string& path) { return now(path)->isStreaming(); }

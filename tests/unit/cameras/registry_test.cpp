@@ -1,4 +1,4 @@
-#include "platform/cameras/registry.h"
+#include "support/machine.h"
 
 #include <gtest/gtest.h>
 
@@ -43,20 +43,19 @@ std::vector<std::string> listed() {
 
 class RegistryTest : public testing::Test {
 protected:
-    std::shared_ptr<FixedProvider> machine = std::make_shared<FixedProvider>();
-    std::shared_ptr<cameras::CameraProvider> before = cameras::setMachineProvider(machine);
-    void TearDown() override { cameras::setMachineProvider(before); }
+    const std::shared_ptr<FixedProvider> own = std::make_shared<FixedProvider>();
+    support::Machine machine{own};
 };
 
 } // namespace
 
 TEST_F(RegistryTest, ListsTheMachinesCamerasFirstThenTheAddedOnesInTheirOrder) {
-    machine->cameras = {named("m1"), named("m2")};
+    own->cameras = {named("m1"), named("m2")};
     const auto a = named("a"), b = named("b");
     EXPECT_TRUE(cameras::addCamera(b));
     EXPECT_TRUE(cameras::addCamera(a));
     EXPECT_EQ(listed(), (std::vector<std::string>{"m1", "m2", "b", "a"}));
-    machine->cameras.pop_back();
+    own->cameras.pop_back();
     EXPECT_EQ(listed(), (std::vector<std::string>{"m1", "b", "a"}));
     cameras::removeCamera(b);
     cameras::removeCamera(a);
@@ -83,7 +82,7 @@ TEST_F(RegistryTest, RemovesTheObjectGivenAndNoneOfTheSameName) {
 }
 
 TEST_F(RegistryTest, WorksWithoutAProvider) {
-    cameras::setMachineProvider(nullptr);
+    cameras::setProviders({});
     EXPECT_TRUE(listed().empty());
 }
 

@@ -32,7 +32,7 @@ protected:
     ~Enumeration() override { qDeleteAll(devices); }
 
     void machineHas(std::vector<std::shared_ptr<cameras::Camera>> listed) {
-        cameras::setMachineProvider(std::make_shared<FixedProvider>(std::move(listed)));
+        machine.has(std::make_shared<FixedProvider>(std::move(listed)));
     }
     static std::shared_ptr<cameras::Camera> camera(const std::string& identifier, const std::string& name) {
         return std::make_shared<ScriptedCamera>(identifier, name);

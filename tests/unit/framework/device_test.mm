@@ -87,7 +87,7 @@ TEST_F(Devices, OpensAndClosesBalance) {
 }
 
 TEST_F(Devices, StayOpenThoughLaterListingsHaveNewObjectsForThem) {
-    cameras::setMachineProvider(std::make_shared<FreshProvider>());
+    machine.has(std::make_shared<FreshProvider>());
     QTCaptureDevice* const opened = device("fresh");
     EXPECT_TRUE([opened open:NULL]);
     EXPECT_EQ(device("fresh"), opened);

@@ -2,7 +2,7 @@
 #ifndef OSTREL_TESTS_UNIT_V4L2_CAMERA_FIXTURE_H
 #define OSTREL_TESTS_UNIT_V4L2_CAMERA_FIXTURE_H
 
-#include "platform/cameras/v4l2/v4l2_camera.h"
+#include "platform/cameras/v4l2/v4l2_backend.h"
 #include "support/recording_sink.h"
 #include "support/v4l2/scripted_discovery.h"
 #include "support/v4l2/scripted_kernel.h"
@@ -23,7 +23,7 @@ protected:
     std::shared_ptr<ScriptedKernel> kernel = std::make_shared<ScriptedKernel>();
     std::shared_ptr<ScriptedDiscovery> discovery = std::make_shared<ScriptedDiscovery>();
     DeviceScript device;
-    std::shared_ptr<cameras::v4l2::V4l2Camera> camera;
+    std::shared_ptr<cameras::Camera> camera;
     std::shared_ptr<RecordingSink> sink = std::make_shared<RecordingSink>();
 
     V4l2CameraTest() { device.formats.push_back(raw(V4L2_PIX_FMT_GREY, {only(64, 48)})); }
@@ -34,8 +34,8 @@ protected:
         facts.path = path;
         discovery->remove(path);
         discovery->add(facts);
-        camera = std::make_shared<cameras::v4l2::V4l2Camera>(kernel, discovery, discovery->nodes().back(),
-                                                             "identifier", "HD Webcam");
+        camera = cameras::v4l2::makeCamera(kernel, discovery, discovery->nodes().back(), "identifier",
+                                           "HD Webcam");
     }
     void unplug() {
         discovery->remove(path);

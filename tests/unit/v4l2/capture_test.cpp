@@ -263,10 +263,10 @@ TEST_F(V4l2CameraTest, CountsWhatWasDeliveredAndTaken) {
     const cameras::StreamStatistics figures = camera->statistics();
     EXPECT_EQ(figures.delivered, 3u);
     EXPECT_EQ(figures.taken, 1u);
-    EXPECT_EQ(figures.grantedFormat, "GREY");
-    EXPECT_EQ(figures.grantedWidth, 64);
-    EXPECT_EQ(figures.grantedHeight, 48);
-    EXPECT_DOUBLE_EQ(figures.grantedRate, 30);
+    EXPECT_EQ(figures.granted.format, "GREY");
+    EXPECT_EQ(figures.granted.size.width, 64);
+    EXPECT_EQ(figures.granted.size.height, 48);
+    EXPECT_DOUBLE_EQ(figures.granted.rate, 30);
     EXPECT_EQ(figures.ended, "");
 }
 

@@ -13,8 +13,8 @@ class NegotiationTest : public V4l2CameraTest {
 protected:
     std::string grantedFormat() {
         const StreamStatistics figures = camera->statistics();
-        return figures.grantedFormat + ' ' + std::to_string(figures.grantedWidth) + 'x' +
-               std::to_string(figures.grantedHeight);
+        return figures.granted.format + ' ' + std::to_string(figures.granted.size.width) + 'x' +
+               std::to_string(figures.granted.size.height);
     }
 };
 

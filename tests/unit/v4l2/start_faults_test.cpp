@@ -23,11 +23,12 @@ TEST_F(FaultsTest, ABusyCameraIsInUse) {
 
 TEST_F(FaultsTest, ASecondOpenerFindsItInUse) {
     start();
-    cameras::v4l2::V4l2Camera other(kernel, discovery, discovery->nodes().back(), "identifier", "HD Webcam");
-    ASSERT_FALSE(other.open());
+    const auto other =
+        cameras::v4l2::makeCamera(kernel, discovery, discovery->nodes().back(), "identifier", "HD Webcam");
+    ASSERT_FALSE(other->open());
     const auto second = std::make_shared<RecordingSink>();
-    EXPECT_EQ(other.start(64, 48, second).code, EBUSY);
-    other.close();
+    EXPECT_EQ(other->start(64, 48, second).code, EBUSY);
+    other->close();
     deliver(3); // the first is not disturbed
 }
 
@@ -76,9 +77,9 @@ TEST_F(FaultsTest, AFailureAtAnyStepOfTheStartGivesEverythingBack) {
         unsigned long call;
         int number, after;
     };
-    const Step steps[] = {{VIDIOC_QUERYCAP, EIO, 1}, {VIDIOC_S_FMT, EIO, 0}, {VIDIOC_REQBUFS, ENOMEM, 0},
-                          {VIDIOC_QUERYBUF, EIO, 2}, {kMmap, ENOMEM, 0},     {kMmap, ENOMEM, 3},
-                          {VIDIOC_QBUF, EIO, 0},     {VIDIOC_QBUF, EIO, 4},  {VIDIOC_STREAMON, EIO, 0}};
+    const Step steps[] = {{VIDIOC_S_FMT, EIO, 0}, {VIDIOC_REQBUFS, ENOMEM, 0}, {VIDIOC_QUERYBUF, EIO, 2},
+                          {kMmap, ENOMEM, 0},     {kMmap, ENOMEM, 3},          {VIDIOC_QBUF, EIO, 0},
+                          {VIDIOC_QBUF, EIO, 4},  {VIDIOC_STREAMON, EIO, 0}};
     for (const Step& step : steps) {
         kernel->failNext(step.call, step.number, 1, step.after);
         EXPECT_EQ(startFails().code, step.number);

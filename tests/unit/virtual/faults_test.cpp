@@ -43,15 +43,15 @@ TEST_F(Faults, OutputRefusedDeliversNothing) {
 TEST_F(Faults, PaddedRowsShowInTheFramesThatAreMadeFromThenOn) {
     ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
     ASSERT_TRUE(sink->waitForFrames(1));
-    EXPECT_EQ(0, sink->newest()->rowPadding());
+    EXPECT_EQ(8 * 4, sink->newest()->rowBytes(8));
     virtualCamera->setFault(VIRTUAL_CAMERA_FAULT_PADDED_ROWS);
     ASSERT_TRUE(sink->waitForMoreFrames(2)); // one may have been on its way
     const auto padded = sink->newest();
-    EXPECT_EQ(64, padded->rowPadding());
+    EXPECT_EQ(8 * 4 + 64, padded->rowBytes(8));
     virtualCamera->setFault(VIRTUAL_CAMERA_FAULT_NONE);
     ASSERT_TRUE(sink->waitForMoreFrames(2));
-    EXPECT_EQ(0, sink->newest()->rowPadding());
-    EXPECT_EQ(64, padded->rowPadding());
+    EXPECT_EQ(8 * 4, sink->newest()->rowBytes(8));
+    EXPECT_EQ(8 * 4 + 64, padded->rowBytes(8));
 }
 
 TEST_F(Faults, StalledFromTheStartItDeliversOnlyOnceHealed) {

@@ -81,10 +81,10 @@ TEST_F(FileCamera, TellsTheFilesSizeAndRate) {
     const auto used = use(*camera);
     ASSERT_FALSE(used->start(320, 240, sink));
     const cameras::StreamStatistics figures = used->statistics();
-    EXPECT_EQ("I420", figures.grantedFormat);
-    EXPECT_EQ(160, figures.grantedWidth);
-    EXPECT_EQ(120, figures.grantedHeight);
-    EXPECT_DOUBLE_EQ(30000.0 / 1001, figures.grantedRate);
+    EXPECT_EQ("I420", figures.granted.format);
+    EXPECT_EQ(160, figures.granted.size.width);
+    EXPECT_EQ(120, figures.granted.size.height);
+    EXPECT_DOUBLE_EQ(30000.0 / 1001, figures.granted.rate);
     used->stop(sink);
 }
 
@@ -274,7 +274,7 @@ TEST_F(FileCamera, CanBeToldToFail) {
     EXPECT_EQ(0, sink->frames());
     camera->setFault(VIRTUAL_CAMERA_FAULT_PADDED_ROWS);
     ASSERT_TRUE(sink->waitForFrames(1));
-    EXPECT_EQ(64, sink->newest()->rowPadding());
+    EXPECT_EQ(8 * 4 + 64, sink->newest()->rowBytes(8));
     camera->detach();
     EXPECT_EQ(1u, sink->ends().size());
 }

@@ -74,16 +74,16 @@ TEST_F(PatternCamera, DrawsNothingUntilAFrameIsTaken) {
 }
 
 TEST_F(PatternCamera, SaysWhatItRunsAt) {
-    EXPECT_EQ("", camera->statistics().grantedFormat) << "no stream yet";
+    EXPECT_EQ("", camera->statistics().granted.format) << "no stream yet";
     ASSERT_FALSE(camera->start(1280, 720, sink));
     const cameras::StreamStatistics figures = camera->statistics();
-    EXPECT_EQ("BGRA", figures.grantedFormat);
-    EXPECT_EQ(WIDTH, figures.grantedWidth);
-    EXPECT_EQ(HEIGHT, figures.grantedHeight);
-    EXPECT_EQ(1000.0, figures.grantedRate);
+    EXPECT_EQ("BGRA", figures.granted.format);
+    EXPECT_EQ(WIDTH, figures.granted.size.width);
+    EXPECT_EQ(HEIGHT, figures.granted.size.height);
+    EXPECT_EQ(1000.0, figures.granted.rate);
     EXPECT_EQ("", figures.ended);
     camera->stop(sink);
-    EXPECT_EQ("BGRA", camera->statistics().grantedFormat) << "the figures stay after the stop";
+    EXPECT_EQ("BGRA", camera->statistics().granted.format) << "the figures stay after the stop";
 }
 
 TEST_F(PatternCamera, FramesHeldStayConvertibleAfterStopCloseAndDetach) {
@@ -154,21 +154,21 @@ cameras::StreamStatistics granted(int width, int height, double rate) {
 }
 
 TEST(PatternCameraLimits, SizesAreClampedAndMadeEven) {
-    EXPECT_EQ(16, granted(0, 0, 30).grantedWidth);
-    EXPECT_EQ(16, granted(-5, std::numeric_limits<int>::min(), 30).grantedHeight);
-    EXPECT_EQ(8192, granted(9000, 16, 30).grantedWidth);
-    EXPECT_EQ(8192, granted(16, std::numeric_limits<int>::max(), 30).grantedHeight);
-    EXPECT_EQ(320, granted(321, 16, 30).grantedWidth);
-    EXPECT_EQ(16, granted(17, 16, 30).grantedWidth);
+    EXPECT_EQ(16, granted(0, 0, 30).granted.size.width);
+    EXPECT_EQ(16, granted(-5, std::numeric_limits<int>::min(), 30).granted.size.height);
+    EXPECT_EQ(8192, granted(9000, 16, 30).granted.size.width);
+    EXPECT_EQ(8192, granted(16, std::numeric_limits<int>::max(), 30).granted.size.height);
+    EXPECT_EQ(320, granted(321, 16, 30).granted.size.width);
+    EXPECT_EQ(16, granted(17, 16, 30).granted.size.width);
 }
 
 TEST(PatternCameraLimits, RatesAreClamped) {
-    EXPECT_EQ(1000, granted(320, 240, 1e9).grantedRate);
-    EXPECT_EQ(1000, granted(320, 240, std::numeric_limits<double>::infinity()).grantedRate);
-    EXPECT_EQ(0.001, granted(320, 240, 0).grantedRate);
-    EXPECT_EQ(0.001, granted(320, 240, -30).grantedRate);
-    EXPECT_EQ(0.001, granted(320, 240, std::nan("")).grantedRate);
-    EXPECT_EQ(29.97, granted(320, 240, 29.97).grantedRate);
+    EXPECT_EQ(1000, granted(320, 240, 1e9).granted.rate);
+    EXPECT_EQ(1000, granted(320, 240, std::numeric_limits<double>::infinity()).granted.rate);
+    EXPECT_EQ(0.001, granted(320, 240, 0).granted.rate);
+    EXPECT_EQ(0.001, granted(320, 240, -30).granted.rate);
+    EXPECT_EQ(0.001, granted(320, 240, std::nan("")).granted.rate);
+    EXPECT_EQ(29.97, granted(320, 240, 29.97).granted.rate);
 }
 
 TEST(FrameSchedule, DoesNotDriftInAYear) {

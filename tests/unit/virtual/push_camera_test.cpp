@@ -126,10 +126,10 @@ TEST_F(PushCamera, TakesAnotherSizeWithEachFrame) {
     uint32_t counter = 0;
     for (const auto& size : {std::pair<int, int>(160, 120), {1280, 720}, {320, 240}, {640, 360}}) {
         ASSERT_TRUE(push(pictures::pattern(size.first, size.second, ++counter, 7)));
-        EXPECT_EQ(size.first, camera->statistics().grantedWidth);
+        EXPECT_EQ(size.first, camera->statistics().granted.size.width);
         EXPECT_EQ(counter, read(sink->newest()).counter);
     }
-    EXPECT_EQ("BGRA", camera->statistics().grantedFormat);
+    EXPECT_EQ("BGRA", camera->statistics().granted.format);
 }
 
 // 4 x 4, one colour for each quarter: Y, U and V of BT.601 with limited range, from its definition.
@@ -148,7 +148,7 @@ TEST_F(PushCamera, TakesI420) {
             EXPECT_NEAR(expected[quarter][c], p[c], 3) << "quarter " << quarter << ", byte " << c;
         EXPECT_EQ(255, p[3]);
     }
-    EXPECT_EQ("I420", camera->statistics().grantedFormat);
+    EXPECT_EQ("I420", camera->statistics().granted.format);
 }
 
 TEST_F(PushCamera, TakesI420OfOddSizes) {
@@ -196,7 +196,7 @@ TEST_F(PushCamera, PaddedRowsShowInTheNextFrame) {
     ASSERT_FALSE(camera->start(8, 8, sink));
     pushed.setFault(VIRTUAL_CAMERA_FAULT_PADDED_ROWS);
     ASSERT_TRUE(push(noise(8, 8)));
-    EXPECT_EQ(64, sink->newest()->rowPadding());
+    EXPECT_EQ(8 * 4 + 64, sink->newest()->rowBytes(8));
 }
 
 TEST_F(PushCamera, APushFromInsideTheDeliveryIsRefused) {

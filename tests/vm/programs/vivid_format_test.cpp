@@ -1,7 +1,7 @@
 // Pictures of the kernel's vivid driver in formats that the library would not choose by itself: the calls
 // into the kernel are real, only the list of formats that comes back is shortened. One vivid camera is there.
-#include "platform/cameras/registry.h"
 #include "platform/cameras/v4l2/v4l2_provider.h"
+#include "support/machine.h"
 #include "vm/programs/capture.h"
 #include "vm/programs/known_pictures.h"
 
@@ -66,12 +66,11 @@ private:
 class ShortenedMachine {
 public:
     ShortenedMachine(const Wish& wish, uint32_t padding = 0)
-        : before_(cameras::setMachineProvider(cameras::v4l2::makeProvider(
-              std::make_shared<OneFormat>(wish, padding), cameras::v4l2::makeDiscovery()))) {}
-    ~ShortenedMachine() { cameras::setMachineProvider(before_); }
+        : machine_(cameras::v4l2::makeProvider(std::make_shared<OneFormat>(wish, padding),
+                                               cameras::v4l2::makeDiscovery())) {}
 
 private:
-    const std::shared_ptr<cameras::CameraProvider> before_;
+    const support::Machine machine_;
 };
 
 const Wish kYuyv = {"YUYV", V4L2_PIX_FMT_YUYV, 2};

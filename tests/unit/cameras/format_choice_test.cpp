@@ -1,11 +1,11 @@
-#include "platform/cameras/v4l2/format_choice.h"
+#include "platform/cameras/format_choice.h"
 
 #include <gtest/gtest.h>
 
 namespace ostrel {
 namespace tests {
 
-using namespace cameras::v4l2;
+using namespace cameras;
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Raw formats cost the least to decode, but over USB 2 a camera sends large raw pictures five or ten times a
 // second where it sends compressed ones thirty times. So the rate comes before the cost, and a compressed
 // format wins exactly where the raw ones are slower.
-#include "platform/cameras/v4l2/format_choice.h"
+#include "platform/cameras/format_choice.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,7 +9,6 @@
 
 namespace ostrel {
 namespace cameras {
-namespace v4l2 {
 
 namespace {
 
@@ -92,6 +91,5 @@ std::vector<Candidate> ranked(std::vector<Candidate> candidates, const Size& wan
     return candidates;
 }
 
-} // namespace v4l2
 } // namespace cameras
 } // namespace ostrel

@@ -1,13 +1,12 @@
 // Which of a camera's formats, sizes and rates to capture with. Knows nothing of the kernel.
-#ifndef OSTREL_PLATFORM_CAMERAS_V4L2_FORMAT_CHOICE_H
-#define OSTREL_PLATFORM_CAMERAS_V4L2_FORMAT_CHOICE_H
+#ifndef OSTREL_PLATFORM_CAMERAS_FORMAT_CHOICE_H
+#define OSTREL_PLATFORM_CAMERAS_FORMAT_CHOICE_H
 
 #include <cstdint>
 #include <vector>
 
 namespace ostrel {
 namespace cameras {
-namespace v4l2 {
 
 struct Size {
     int width = 0;
@@ -49,7 +48,6 @@ struct Candidate {
 // Best first.
 std::vector<Candidate> ranked(std::vector<Candidate> candidates, const Size& wanted);
 
-} // namespace v4l2
 } // namespace cameras
 } // namespace ostrel
 

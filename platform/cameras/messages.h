@@ -1,0 +1,52 @@
+// What a camera says when something fails: one line for people, with what to do where something can be done.
+// The one place where these words are made, in UTF-8 whatever the locale is.
+#ifndef OSTREL_PLATFORM_CAMERAS_MESSAGES_H
+#define OSTREL_PLATFORM_CAMERAS_MESSAGES_H
+
+#include "platform/cameras/error.h"
+#include "platform/cameras/figures.h"
+#include "platform/cameras/format_choice.h"
+
+#include <string>
+#include <vector>
+
+namespace ostrel {
+namespace cameras {
+
+// A mode that a driver would not start.
+struct Refusal {
+    std::string format; // four characters
+    Size size;
+    std::string step; // the call that failed
+    int number;       // the errno
+};
+
+// `where` names the camera and its node: "HD Webcam (/dev/video0)". `number` is the errno.
+Error openFailed(const std::string& where, int number);
+Error notACamera(const std::string& where);
+Error noUsableFormat(const std::string& where);
+// What was tried, in this order; not empty.
+Error startFailed(const std::string& where, const std::vector<Refusal>& refusals);
+Error streamFailed(const std::string& where, int number);
+Error unplugged(const std::string& where);
+Error notOpen(const std::string& where);
+Error beingStopped(const std::string& where);
+Error noThread(const std::string& where);
+
+// What is said of a stream that runs.
+std::string stalled(const std::string& where);
+std::string stalledForGood(const std::string& where, int restarts);
+std::string sharedAsItIs(const std::string& where, const Size& running, const Size& wanted, const Error& why);
+
+// "640x480"
+std::string text(const Size& size);
+// An errno in words; -1 in words as well.
+std::string reason(int number);
+// Why frames were dropped, in a word or two: the keys of the statistics.
+const char* reason(Drop reason);
+Drop dropOf(const char* words);
+
+} // namespace cameras
+} // namespace ostrel
+
+#endif

@@ -1,0 +1,26 @@
+// Finds the cameras of one kind.
+#ifndef OSTREL_PLATFORM_CAMERAS_PROVIDER_H
+#define OSTREL_PLATFORM_CAMERAS_PROVIDER_H
+
+#include "platform/cameras/camera.h"
+
+#include <memory>
+#include <vector>
+
+namespace ostrel {
+namespace cameras {
+
+class CameraProvider {
+public:
+    virtual ~CameraProvider() = default;
+    // The attached cameras, asked of the system afresh, on any thread. A new object for each, or the same
+    // object as before: what is already open stays in use under its identifier either way.
+    virtual std::vector<std::shared_ptr<Camera>> list() = 0;
+};
+
+using Providers = std::vector<std::shared_ptr<CameraProvider>>;
+
+} // namespace cameras
+} // namespace ostrel
+
+#endif

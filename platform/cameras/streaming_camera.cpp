@@ -1,0 +1,198 @@
+#include "platform/cameras/streaming_camera.h"
+
+#include "platform/cameras/messages.h"
+
+#include <cerrno>
+
+namespace ostrel {
+namespace cameras {
+
+// Waits until nobody else works with the backend. Not taken when that could never be: the one who does may be
+// waiting for the sink's call that this thread is inside. Before it is given on, what others have left undone
+// is done.
+class StreamingCamera::Turn {
+public:
+    Turn(StreamingCamera& camera, Lock& lock) : camera_(camera), lock_(lock) {
+        if (camera_.busy_ && camera_.isInsideCall())
+            return;
+        camera_.turnIsOver_.wait(lock_, [this] { return !camera_.busy_; });
+        camera_.busy_ = true;
+        taken_ = true;
+    }
+    ~Turn() {
+        if (!taken_)
+            return;
+        if (!lock_.owns_lock())
+            lock_.lock();
+        camera_.settle(lock_);
+        camera_.busy_ = false;
+        camera_.turnIsOver_.notify_all();
+    }
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+    explicit operator bool() const { return taken_; }
+
+private:
+    StreamingCamera& camera_;
+    Lock& lock_;
+    bool taken_ = false;
+};
+
+StreamingCamera::StreamingCamera(Identity identity, std::shared_ptr<Backend> backend,
+                                 std::shared_ptr<Totals> totals)
+    : identity_(std::move(identity)), backend_(std::move(backend)), totals_(std::move(totals)) {}
+
+StreamingCamera::~StreamingCamera() {
+    StreamingCamera::close();
+}
+
+Error StreamingCamera::open() {
+    Lock lock(mutex_);
+    const Turn turn(*this, lock);
+    if (!turn)
+        return beingStopped(identity_.where);
+    if (open_)
+        return Error();
+    if (gone_)
+        return unplugged(identity_.where);
+    lock.unlock();
+    const Error refused = backend_->attached() ? backend_->open() : unplugged(identity_.where);
+    lock.lock();
+    open_ = !refused;
+    gone_ = gone_ || refused.code == ENODEV;
+    return refused;
+}
+
+void StreamingCamera::close() {
+    Lock lock(mutex_);
+    closeWanted_ = true;
+    const Turn turn(*this, lock); // which does the rest at its end
+}
+
+// What stops and closes have left to whoever has the turn, its own included.
+void StreamingCamera::settle(Lock& lock) {
+    while (stream_ && stream_->retire(closeWanted_))
+        finishStream(lock);
+    if (closeWanted_ && open_)
+        closeBackend(lock);
+    closeWanted_ = false;
+}
+
+void StreamingCamera::finishStream(Lock& lock) {
+    const std::shared_ptr<Stream> stream = stream_;
+    lock.unlock();
+    stream->finish();
+    lock.lock();
+    gone_ = gone_ || stream->deviceIsGone();
+    stream_.reset();
+}
+
+void StreamingCamera::closeBackend(Lock& lock) {
+    lock.unlock();
+    backend_->close();
+    lock.lock();
+    open_ = false;
+}
+
+Error StreamingCamera::admitInput() {
+    if (!attached())
+        return unplugged(identity_.where);
+    return backend_->admitInput();
+}
+
+Error StreamingCamera::start(int width, int height, const std::shared_ptr<FrameSink>& sink) {
+    Size size;
+    size.width = width;
+    size.height = height;
+    if (const Error refused = backend_->admitOutput())
+        return refused;
+    Lock lock(mutex_);
+    if (stream_ && stream_->join(sink, size))
+        return Error();
+    const bool inside = isInsideCall();
+    const Turn turn(*this, lock);
+    if (!turn)
+        return beingStopped(identity_.where);
+    if (stream_ && !stream_->sinks().add(sink)) // it has ended
+        finishStream(lock);
+    if (!stream_)
+        return startStream(lock, size, sink);
+    const std::shared_ptr<Stream> stream = stream_;
+    lock.unlock();
+    if (!inside) // else the delivery thread, which would have to do it, is the one that asks
+        stream->widen(size);
+    return Error();
+}
+
+Error StreamingCamera::startStream(Lock& lock, const Size& size, const std::shared_ptr<FrameSink>& sink) {
+    if (!open_)
+        return notOpen(identity_.where);
+    if (gone_)
+        return unplugged(identity_.where);
+    const auto figures = std::make_shared<Figures>(totals_);
+    const auto stream = std::make_shared<Stream>(backend_, figures, identity_.where);
+    stream->sinks().add(sink);
+    stream_ = stream; // before it starts, so that a stop finds its sink
+    figures_ = figures;
+    lock.unlock();
+    Error refused;
+    try {
+        refused = stream->begin(size);
+    } catch (...) {
+        lock.lock();
+        stream_.reset();
+        throw;
+    }
+    lock.lock();
+    if (refused) {
+        stream_.reset();
+        gone_ = gone_ || refused.code == ENODEV;
+    }
+    return refused;
+}
+
+void StreamingCamera::stop(const std::shared_ptr<FrameSink>& sink) {
+    std::shared_ptr<Stream> stream; // let go of outside the lock
+    Lock lock(mutex_);
+    stream = stream_;
+    if (!stream)
+        return;
+    lock.unlock();
+    stream->sinks().remove(sink);
+    lock.lock();
+    if (stream_ != stream || busy_ || !stream->sinks().empty())
+        return; // whoever has the turn looks whether a sink is left
+    const Turn turn(*this, lock);
+}
+
+bool StreamingCamera::attached() const {
+    {
+        Lock lock(mutex_);
+        if (gone_ || (stream_ && stream_->deviceIsGone()))
+            return false;
+    }
+    return backend_->attached();
+}
+
+StreamStatistics StreamingCamera::statistics() const {
+    std::shared_ptr<Figures> figures;
+    {
+        Lock lock(mutex_);
+        figures = figures_;
+    }
+    return figures ? figures->snapshot() : StreamStatistics();
+}
+
+void StreamingCamera::unplug() {
+    std::shared_ptr<Stream> stream;
+    {
+        Lock lock(mutex_);
+        gone_ = true;
+        stream = stream_;
+    }
+    if (stream)
+        stream->end(unplugged(identity_.where));
+}
+
+} // namespace cameras
+} // namespace ostrel

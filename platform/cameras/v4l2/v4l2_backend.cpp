@@ -1,0 +1,266 @@
+#include "platform/cameras/v4l2/v4l2_backend.h"
+
+#include "base/monotonic_clock.h"
+#include "platform/cameras/messages.h"
+#include "platform/cameras/pixels/jpeg_check.h"
+#include "platform/cameras/v4l2/pixel_format.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <new>
+#include <poll.h>
+
+namespace ostrel {
+namespace cameras {
+namespace v4l2 {
+
+namespace {
+
+// How long a wait for a frame takes at most, before the device is asked whether it is still there.
+const int kTimeoutMilliseconds = 1000;
+
+// Drivers report EIO for one lost picture and go on; one that has nothing else to say has given up.
+const int kMostFailuresInARow = 10;
+
+// A driver that is always ready must not keep the frames from being delivered.
+const int kMostFramesAtOnce = 64;
+
+// A refusal that another format or size may escape: no room on the bus, no memory, a mode that the driver
+// offers but does not have.
+bool mayFareBetter(int error) {
+    return error == ENOSPC || error == EIO || error == ENOMEM || error == EINVAL;
+}
+
+} // namespace
+
+V4l2Backend::V4l2Backend(const std::shared_ptr<KernelCalls>& kernel,
+                         const std::shared_ptr<Discovery>& discovery, const NodeFacts& facts,
+                         const std::string& where)
+    : kernel_(kernel), discovery_(discovery), path_(facts.path), incarnation_(facts.incarnation),
+      where_(where) {}
+
+bool V4l2Backend::attached() const {
+    return discovery_->incarnation(path_) == incarnation_;
+}
+
+Error V4l2Backend::open() {
+    std::shared_ptr<VideoNode> node = VideoNode::open(kernel_, path_);
+    if (!node)
+        return openFailed(where_, errno);
+    Abilities abilities;
+    if (const int error = node->ask(abilities))
+        return openFailed(where_, error);
+    if (!abilities.capture || !abilities.streaming)
+        return notACamera(where_);
+    multiplanar_ = abilities.multiplanar;
+    node_ = std::move(node);
+    return Error();
+}
+
+void V4l2Backend::close() {
+    node_->close(); // frames that are still held keep the object, but have no use for the device
+    node_.reset();
+}
+
+// The best first. What a running stream must not lose is left out.
+std::vector<Candidate> V4l2Backend::candidatesFor(const Request& request) const {
+    std::vector<Candidate> candidates = ranked(node_->candidates(multiplanar_, request.size), request.size);
+    candidates.erase(std::remove_if(candidates.begin(), candidates.end(),
+                                    [&](const Candidate& one) {
+                                        return one.interval.known() &&
+                                               one.interval.rate() < request.leastRate - 0.5;
+                                    }),
+                     candidates.end());
+    return candidates;
+}
+
+Error V4l2Backend::start(const Request& request, const std::shared_ptr<Outlet>& outlet) {
+    const std::vector<Candidate> candidates = candidatesFor(request);
+    if (candidates.empty())
+        return node_->isGone() ? unplugged(where_) : noUsableFormat(where_);
+    figures_ = outlet->figures();
+    figures_->setWay("V4L2 (" + path_ + ")");
+    std::vector<Refusal> refusals;
+    for (const Candidate& candidate : candidates) {
+        const char* step = "";
+        const int error = tryToStart(candidate, request, step);
+        if (!error)
+            return Error();
+        refusals.push_back({fourccText(candidate.fourcc), candidate.size, step, error});
+        if (!mayFareBetter(error) || node_->isGone())
+            break;
+    }
+    return node_->isGone() ? unplugged(where_) : startFailed(where_, refusals);
+}
+
+// 0, or the errno of the step that failed; nothing of the driver's is held then.
+int V4l2Backend::tryToStart(const Candidate& candidate, const Request& request, const char*& step) {
+    Granted granted;
+    step = "VIDIOC_S_FMT";
+    if (const int error = node_->setFormat(candidate, multiplanar_, granted))
+        return error;
+    node_->setInterval(candidate.interval, granted);
+    if (granted.interval.known() && granted.interval.rate() < request.leastRate - 0.5) {
+        step = "VIDIOC_S_PARM";
+        return EINVAL; // granted more slowly than it was offered
+    }
+    const auto queue = std::make_shared<BufferQueue>(node_, granted, figures_);
+    if (const int error = queue->open(step))
+        return error;
+    queue_ = queue;
+    sequenceKnown_ = false;
+    failuresInARow_ = 0;
+    Mode mode;
+    mode.format = fourccText(granted.fourcc);
+    mode.size = granted.size;
+    mode.rate = granted.interval.rate();
+    figures_->setGranted(mode);
+    return 0;
+}
+
+void V4l2Backend::stop() {
+    queue_->close();
+    queue_.reset();
+}
+
+bool V4l2Backend::canServeBetter(const Request& request) {
+    const Size running = queue_->granted().size;
+    for (const Candidate& candidate : candidatesFor(request)) {
+        const bool larger = candidate.size.width >= running.width &&
+                            candidate.size.height >= running.height && !(candidate.size == running);
+        if (larger && node_->wouldGrant(candidate, multiplanar_))
+            return true;
+    }
+    return false;
+}
+
+Error V4l2Backend::next(const StopSignal& stop, Arrival& arrival) {
+    if (const int error = queue_->requeueRefused())
+        return ended(error);
+    pollfd descriptors[2] = {{node_->descriptor(), POLLIN, 0}, {stop.descriptor(), POLLIN, 0}};
+    const int ready = kernel_->poll(descriptors, 2, kTimeoutMilliseconds);
+    if (stop.raised())
+        return Error();
+    if (ready < 0)
+        return ended(errno);
+    if (ready == 0)
+        return node_->isGone() ? unplugged(where_) : Error();
+    if (descriptors[0].revents == 0)
+        return Error(); // woken
+    return drain(descriptors[0].revents & (POLLERR | POLLHUP | POLLNVAL), arrival);
+}
+
+// Takes everything that is ready and keeps the newest. `broken`: poll() says that more will not come.
+Error V4l2Backend::drain(bool broken, Arrival& arrival) {
+    Filled newest;
+    bool found = false;
+    Error why;
+    for (int left = kMostFramesAtOnce; left > 0; --left) {
+        Filled filled;
+        if (const int error = queue_->dequeue(filled)) {
+            why = dequeueFailed(error, broken);
+            break;
+        }
+        arrival.signOfLife = true;
+        failuresInARow_ = 0;
+        countLost(filled.sequence);
+        if (!accept(filled)) {
+            queue_->requeue(filled.index);
+            continue;
+        }
+        if (found) {
+            queue_->requeue(newest.index);
+            figures_->countSkipped(1);
+        }
+        newest = filled;
+        found = true;
+        if (!broken && isTheLast(filled))
+            break;
+    }
+    if (found) {
+        try {
+            arrival.frame = queue_->frame(newest);
+        } catch (const std::bad_alloc&) {
+            figures_->drop(Drop::NoMemory); // a frame is lost, but not its buffer
+            queue_->requeue(newest.index);
+        }
+    }
+    return why;
+}
+
+// Whether no other frame can be there yet, so that the driver need not be asked. A wrong guess harms nothing:
+// the next poll() returns at once.
+bool V4l2Backend::isTheLast(const Filled& filled) const {
+    const double rate = queue_->granted().interval.rate();
+    if (filled.time == 0 || rate <= 0)
+        return false;
+    const int64_t age = monotonicNanoseconds() - filled.time;
+    return age >= 0 && static_cast<double>(age) < 0.5e9 / rate;
+}
+
+// No error when the stream can go on.
+Error V4l2Backend::dequeueFailed(int error, bool broken) {
+    if (broken)
+        return ended(error == EAGAIN ? EIO : error);
+    if (error == EAGAIN)
+        return Error();
+    if (error == EIO && ++failuresInARow_ < kMostFailuresInARow)
+        return Error();
+    return ended(error);
+}
+
+bool V4l2Backend::accept(const Filled& filled) {
+    const Granted& granted = queue_->granted();
+    if (filled.damaged) {
+        figures_->drop(Drop::Damaged);
+        return false;
+    }
+    if (granted.layout == pixels::Layout::Jpeg) {
+        const char* fault =
+            pixels::faultOfJpeg(filled.data, filled.bytes, granted.size.width, granted.size.height);
+        if (fault)
+            figures_->drop(dropOf(fault));
+        return !fault;
+    }
+    const size_t needed =
+        pixels::neededBytes(granted.layout, granted.size.width, granted.size.height, granted.stride);
+    if (filled.bytes < needed)
+        figures_->drop(filled.bytes == 0 ? Drop::Empty : Drop::Truncated);
+    return filled.bytes >= needed;
+}
+
+void V4l2Backend::countLost(uint32_t sequence) {
+    // Numbers wrap, may start anywhere, and some drivers leave them at zero or begin again.
+    const uint32_t gap = sequence - lastSequence_ - 1;
+    if (sequenceKnown_ && gap != 0 && gap < 0x80000000u)
+        figures_->countLost(gap);
+    sequenceKnown_ = true;
+    lastSequence_ = sequence;
+}
+
+Error V4l2Backend::ended(int error) const {
+    // A driver that has lost its device stops its queues first, which looks like a wrong call from here.
+    return node_->isGone() ? unplugged(where_) : streamFailed(where_, error);
+}
+
+int64_t V4l2Backend::longestPause() {
+    if (node_->hasNoSignal())
+        return 0;
+    const double rate = queue_->granted().interval.rate();
+    const int64_t fiveIntervals =
+        rate > 0 ? static_cast<int64_t>(5 * static_cast<double>(NANOSECONDS_PER_SECOND) / rate) : 1;
+    return std::max(fiveIntervals, 3 * node_->exposureNanoseconds());
+}
+
+std::shared_ptr<StreamingCamera> makeCamera(const std::shared_ptr<KernelCalls>& kernel,
+                                            const std::shared_ptr<Discovery>& discovery,
+                                            const NodeFacts& facts, const std::string& identifier,
+                                            const std::string& displayName) {
+    const std::string where = displayName + " (" + facts.path + ")";
+    return std::make_shared<StreamingCamera>(StreamingCamera::Identity{identifier, displayName, where},
+                                             std::make_shared<V4l2Backend>(kernel, discovery, facts, where));
+}
+
+} // namespace v4l2
+} // namespace cameras
+} // namespace ostrel

@@ -1,0 +1,68 @@
+// What is V4L2's own in a camera's life.
+#ifndef OSTREL_PLATFORM_CAMERAS_V4L2_V4L2_BACKEND_H
+#define OSTREL_PLATFORM_CAMERAS_V4L2_V4L2_BACKEND_H
+
+#include "platform/cameras/streaming_camera.h"
+#include "platform/cameras/v4l2/buffer_queue.h"
+#include "platform/cameras/v4l2/discovery.h"
+#include "platform/cameras/v4l2/kernel_calls.h"
+#include "platform/cameras/v4l2/video_node.h"
+
+#include <memory>
+#include <string>
+
+namespace ostrel {
+namespace cameras {
+namespace v4l2 {
+
+class V4l2Backend final : public Backend {
+public:
+    // The camera is the device that the node is now: once another one has taken its place it is unplugged.
+    V4l2Backend(const std::shared_ptr<KernelCalls>& kernel, const std::shared_ptr<Discovery>& discovery,
+                const NodeFacts& facts, const std::string& where);
+
+    bool attached() const override;
+    Error open() override;
+    void close() override;
+    Error start(const Request& request, const std::shared_ptr<Outlet>& outlet) override;
+    void stop() override;
+    bool canServeBetter(const Request& request) override;
+    const char* threadName() const override { return "ostrel-v4l2"; }
+    Error next(const StopSignal& stop, Arrival& arrival) override;
+    int64_t longestPause() override;
+
+private:
+    std::vector<Candidate> candidatesFor(const Request& request) const;
+    int tryToStart(const Candidate& candidate, const Request& request, const char*& step);
+    Error drain(bool broken, Arrival& arrival);
+    Error dequeueFailed(int error, bool broken);
+    bool isTheLast(const Filled& filled) const;
+    bool accept(const Filled& filled);
+    void countLost(uint32_t sequence);
+    Error ended(int error) const;
+
+    const std::shared_ptr<KernelCalls> kernel_;
+    const std::shared_ptr<Discovery> discovery_;
+    const std::string path_;
+    const std::string incarnation_;
+    const std::string where_; // for messages
+
+    std::shared_ptr<VideoNode> node_; // while it is open
+    bool multiplanar_ = false;
+    std::shared_ptr<Figures> figures_;   // of the running stream
+    std::shared_ptr<BufferQueue> queue_; // while it streams
+    bool sequenceKnown_ = false;
+    uint32_t lastSequence_ = 0;
+    int failuresInARow_ = 0;
+};
+
+std::shared_ptr<StreamingCamera> makeCamera(const std::shared_ptr<KernelCalls>& kernel,
+                                            const std::shared_ptr<Discovery>& discovery,
+                                            const NodeFacts& facts, const std::string& identifier,
+                                            const std::string& displayName);
+
+} // namespace v4l2
+} // namespace cameras
+} // namespace ostrel
+
+#endif

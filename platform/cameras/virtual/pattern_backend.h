@@ -1,0 +1,44 @@
+// The camera behind OVideoTestPatternCamera.
+#ifndef OSTREL_PLATFORM_CAMERAS_VIRTUAL_PATTERN_BACKEND_H
+#define OSTREL_PLATFORM_CAMERAS_VIRTUAL_PATTERN_BACKEND_H
+
+#include "platform/cameras/backend.h"
+#include "platform/cameras/virtual/frame_clock.h"
+#include "platform/cameras/virtual/pattern_painter.h"
+
+#include <memory>
+
+namespace ostrel {
+namespace cameras {
+
+// A frame is two numbers until somebody takes it.
+class PatternBackend : public Backend {
+public:
+    PatternBackend(int width, int height, double framesPerSecond)
+        : width_(width), height_(height), framesPerSecond_(framesPerSecond) {}
+
+    bool attached() const override { return true; }
+    Error open() override { return Error(); }
+    void close() override {}
+    Error start(const Request& request, const std::shared_ptr<Outlet>& outlet) override;
+    void stop() override;
+    // There is nothing to revive, and the frames go on counting.
+    Error restart(const Request&, const std::shared_ptr<Outlet>&) override { return Error(); }
+    const char* threadName() const override { return "ostrel-virtual"; }
+    Error next(const StopSignal& stop, Arrival& arrival) override;
+    int64_t longestPause() override { return clock_->fiveIntervals(); }
+
+private:
+    const int width_;
+    const int height_;
+    const double framesPerSecond_;
+    // While it streams:
+    std::unique_ptr<FrameClock> clock_;
+    std::shared_ptr<PatternPainter> painter_;
+    std::shared_ptr<Figures> figures_;
+};
+
+} // namespace cameras
+} // namespace ostrel
+
+#endif

@@ -1,0 +1,50 @@
+#include "platform/cameras/virtual/plug.h"
+
+#include "platform/cameras/virtual/virtual_provider.h"
+
+namespace ostrel {
+
+namespace {
+
+cameras::StreamingCamera::Identity identityOf(std::string identifier, const std::string& displayName) {
+    const std::string& name = displayName.empty() ? identifier : displayName;
+    return {identifier, name, name};
+}
+
+} // namespace
+
+VirtualCameraBackend::VirtualCameraBackend(std::string identifier, const std::string& displayName)
+    : identity_(identityOf(std::move(identifier), displayName)) {}
+
+bool VirtualCameraBackend::attach() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (camera_ || identifier().empty())
+        return false;
+    const auto backend = std::make_shared<cameras::FaultyBackend>(makeBackend(), fault_, displayName());
+    auto fresh = std::make_shared<cameras::StreamingCamera>(identity_, backend, totals_);
+    if (!cameras::addCamera(fresh))
+        return false;
+    camera_ = std::move(fresh);
+    return true;
+}
+
+void VirtualCameraBackend::detach() {
+    std::shared_ptr<cameras::StreamingCamera> gone;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        gone = std::move(camera_);
+        camera_.reset();
+        if (gone)
+            cameras::removeCamera(gone);
+    }
+    // Sinks are called from here: no lock.
+    if (gone)
+        gone->unplug();
+}
+
+bool VirtualCameraBackend::isAttached() const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return camera_ != nullptr;
+}
+
+} // namespace ostrel
