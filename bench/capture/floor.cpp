@@ -1,7 +1,7 @@
 #include "bench/capture/floor.h"
 
 #include "bench/capture/pictures.h"
-#include "platform/cameras/pixels/jpeg_decode.h"
+#include "platform/cameras/pixels/jpeg.h"
 
 #include <cstring>
 #include <fcntl.h>
@@ -85,7 +85,8 @@ void Floor::convert(const uint8_t* bytes, size_t size) {
         libyuv::NV12ToARGB(bytes, w, bytes + static_cast<ptrdiff_t>(w) * h, w, converted_.data(), w * 4, w,
                            h);
     else
-        ostrel::cameras::pixels::decodeJpeg(bytes, size, w, h, converted_.data(), w, h, w * 4);
+        ostrel::cameras::pixels::decodeJpeg(
+            bytes, size, {ostrel::cameras::pixels::OutputFormat::Bgra, converted_.data(), w, h, w * 4});
 }
 
 } // namespace bench

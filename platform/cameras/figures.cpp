@@ -68,9 +68,10 @@ StreamStatistics Figures::snapshot() const {
     result.skipped = skipped_.load(std::memory_order_relaxed);
     result.lost = lost_.load(std::memory_order_relaxed);
     result.restarts = restarts_.load(std::memory_order_relaxed);
-    for (size_t i = 0; i < kDrops; ++i)
-        if (const uint64_t count = dropped_[i].load(std::memory_order_relaxed))
-            result.dropped[reason(static_cast<Drop>(i))] = count;
+    for (size_t i = 0; i < dropped_.size(); ++i)
+        if (const uint64_t dropped = dropped_[i].load(std::memory_order_relaxed))
+            result.dropped[i < kFaults ? pixels::reason(static_cast<pixels::Fault>(i))
+                                       : reason(static_cast<Drop>(i - kFaults))] = dropped;
     return result;
 }
 

@@ -4,6 +4,7 @@
 
 #include "platform/cameras/error.h"
 #include "platform/cameras/format_choice.h"
+#include "platform/cameras/pixels/picture.h"
 
 #include <array>
 #include <atomic>
@@ -16,19 +17,8 @@
 namespace ostrel {
 namespace cameras {
 
-// Why a frame was thrown away.
-enum class Drop {
-    Damaged,
-    Empty,
-    Truncated,
-    WrongSize,
-    NotJpeg,
-    Unsupported,
-    Undecodable,
-    UnknownBuffer,
-    NoMemory
-};
-constexpr size_t kDrops = static_cast<size_t>(Drop::NoMemory) + 1;
+// Why a frame was thrown away, beside the faults of its picture.
+enum class Drop { Damaged, UnknownBuffer, NoMemory };
 
 // What a camera was granted for a stream, in its own terms. What is not known stays empty or 0.
 struct Mode {
@@ -69,7 +59,8 @@ public:
     void countSkipped(uint64_t frames) { skipped_.fetch_add(frames, std::memory_order_relaxed); }
     void countLost(uint64_t frames) { lost_.fetch_add(frames, std::memory_order_relaxed); }
     void countRestart() { restarts_.fetch_add(1, std::memory_order_relaxed); }
-    void drop(Drop reason) { dropped_[static_cast<size_t>(reason)].fetch_add(1, std::memory_order_relaxed); }
+    void drop(pixels::Fault fault) { count(static_cast<size_t>(fault)); }
+    void drop(Drop reason) { count(kFaults + static_cast<size_t>(reason)); }
 
     void setGranted(const Mode& mode);
     Mode granted() const;
@@ -81,9 +72,14 @@ public:
     StreamStatistics snapshot() const;
 
 private:
+    static constexpr size_t kFaults = static_cast<size_t>(pixels::Fault::Undecodable) + 1;
+    static constexpr size_t kDrops = static_cast<size_t>(Drop::NoMemory) + 1;
+
+    void count(size_t reason) { dropped_[reason].fetch_add(1, std::memory_order_relaxed); }
+
     const std::shared_ptr<Totals> totals_;
     std::atomic<uint64_t> delivered_{0}, taken_{0}, skipped_{0}, lost_{0}, restarts_{0};
-    std::array<std::atomic<uint64_t>, kDrops> dropped_{};
+    std::array<std::atomic<uint64_t>, kFaults + kDrops> dropped_{};
     mutable std::mutex mutex_; // of the rest
     Mode granted_;
     std::string by_, stalled_, shared_;

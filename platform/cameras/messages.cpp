@@ -127,31 +127,12 @@ const char* reason(Drop reason) {
     switch (reason) {
     case Drop::Damaged:
         return "damaged";
-    case Drop::Empty:
-        return "empty";
-    case Drop::Truncated:
-        return "truncated";
-    case Drop::WrongSize:
-        return "wrong size";
-    case Drop::NotJpeg:
-        return "not a JPEG picture";
-    case Drop::Unsupported:
-        return "unsupported JPEG";
-    case Drop::Undecodable:
-        return "undecodable";
     case Drop::UnknownBuffer:
         return "unknown buffer";
     case Drop::NoMemory:
         break;
     }
     return "out of memory";
-}
-
-Drop dropOf(const char* words) {
-    for (size_t i = 0; i < kDrops; ++i)
-        if (std::strcmp(words, reason(static_cast<Drop>(i))) == 0)
-            return static_cast<Drop>(i);
-    return Drop::Undecodable;
 }
 
 } // namespace cameras

@@ -44,7 +44,6 @@ std::string text(const Size& size);
 std::string reason(int number);
 // Why frames were dropped, in a word or two: the keys of the statistics.
 const char* reason(Drop reason);
-Drop dropOf(const char* words);
 
 } // namespace cameras
 } // namespace ostrel

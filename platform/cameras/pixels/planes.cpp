@@ -1,5 +1,9 @@
 #include "platform/cameras/pixels/planes.h"
 
+#include "platform/cameras/pixels/bands.h"
+#include "platform/cameras/pixels/grey.h"
+#include "platform/cameras/pixels/scaling.h"
+
 #include <libyuv.h>
 #include <utility>
 
@@ -27,151 +31,201 @@ const libyuv::YuvConstants& constants(YuvMatrix matrix) {
     return libyuv::kYuvI601Constants;
 }
 
-// The three separate planes of I420, YV12 and I422.
-Planes<const uint8_t> separatePlanes(Layout layout, const uint8_t* data, int width, int height, int stride) {
-    Planes<const uint8_t> p;
-    p.chroma = layout == Layout::I422 ? Chroma::HalvedColumns : Chroma::Halved;
-    p.width = width;
-    p.height = height;
-    p.y = data;
-    p.stride = stride;
-    p.chromaStride = stride / 2;
-    p.u = data + static_cast<ptrdiff_t>(stride) * height;
-    p.v = p.u + static_cast<ptrdiff_t>(p.chromaStride) * chromaHeight(p.chroma, height);
-    if (layout == Layout::Yv12)
-        std::swap(p.u, p.v);
-    return p;
-}
+// Y, U and V on their own.
+struct Planes {
+    Chroma chroma;
+    int width; // pixels
+    int height;
+    const uint8_t* y;
+    int stride; // bytes
+    const uint8_t* u;
+    const uint8_t* v;
+    int chromaStride;
+};
 
-Planes<const uint8_t> readable(const Planes<uint8_t>& p) {
-    return {p.chroma, p.width, p.height, p.y, p.u, p.v, p.stride, p.chromaStride};
-}
-
-// Planes of their own in memory of the pool.
-Planes<uint8_t> freshPlanes(Chroma chroma, int width, int height, PixelPool& pool, PixelPool::Block& block) {
-    const size_t luma = static_cast<size_t>(width) * static_cast<size_t>(height);
-    if (chroma == Chroma::None) {
-        block = pool.take(luma);
-        return {chroma, width, height, block.data(), nullptr, nullptr, width, 0};
-    }
-    const int stride = chromaWidth(chroma, width);
-    const size_t part = static_cast<size_t>(stride) * static_cast<size_t>(chromaHeight(chroma, height));
-    block = pool.take(luma + 2 * part);
-    uint8_t* const u = block.data() + luma;
-    return {chroma, width, height, block.data(), u, u + part, width, stride};
+size_t area(int width, int height) {
+    return static_cast<size_t>(width) * static_cast<size_t>(height);
 }
 
 bool isPacked(Layout layout) {
-    return layout == Layout::Yuyv || layout == Layout::Uyvy || layout == Layout::Yvyu ||
-           layout == Layout::Vyuy;
+    return planeCount(layout) == 1;
 }
 
-// The planes of a packed 4:2:2 picture, pairs of chroma rows averaged where they are to be halved.
-bool splitPacked(const Picture& p, Planes<uint8_t> to) {
-    if (p.layout == Layout::Yvyu || p.layout == Layout::Vyuy)
-        std::swap(to.u, to.v);
+// Without padding. Those of Chroma::Full are room enough for whatever is made of any picture of that size.
+size_t planeBytes(Chroma chroma, int width, int height) {
+    return area(width, height) + 2 * area(chromaWidth(chroma, width), chromaHeight(chroma, height));
+}
+
+// Pairs of chroma rows are averaged where they are to be halved.
+Planes splitPacked(const Picture& p, Chroma chroma, uint8_t* memory) {
+    const Plane& from = p.planes[0];
+    const int columns = chromaWidth(chroma, p.width);
+    uint8_t* const u = memory + area(p.width, p.height);
+    uint8_t* const v = u + area(columns, chromaHeight(chroma, p.height));
     const bool lumaFirst = p.layout == Layout::Yuyv || p.layout == Layout::Yvyu;
-    const bool halved = to.chroma == Chroma::Halved;
+    const bool halved = chroma == Chroma::Halved;
     auto* split = lumaFirst ? (halved ? libyuv::YUY2ToI420 : libyuv::YUY2ToI422)
                             : (halved ? libyuv::UYVYToI420 : libyuv::UYVYToI422);
-    return split(p.data, p.stride, to.y, to.stride, to.u, to.chromaStride, to.v, to.chromaStride, p.width,
-                 p.height) == 0;
+    split(from.data, from.stride, memory, p.width, u, columns, v, columns, p.width, p.height);
+    Planes planes = {chroma, p.width, p.height, memory, p.width, u, v, columns};
+    if (p.layout == Layout::Yvyu || p.layout == Layout::Vyuy)
+        std::swap(planes.u, planes.v);
+    return planes;
 }
 
-const uint8_t* interleavedChroma(const Picture& p) {
-    return p.data + static_cast<ptrdiff_t>(p.stride) * p.height;
+// Y stays where it is.
+Planes splitInterleaved(const Picture& p, uint8_t* memory) {
+    const Chroma chroma = chromaOf(p.layout);
+    const int columns = chromaWidth(chroma, p.width), rows = chromaHeight(chroma, p.height);
+    const Plane& luma = p.planes[0];
+    const Plane& from = p.planes[1];
+    uint8_t* const u = memory;
+    uint8_t* const v = memory + area(columns, rows);
+    libyuv::SplitUVPlane(from.data, from.stride, u, columns, v, columns, columns, rows);
+    Planes planes = {chroma, p.width, p.height, luma.data, luma.stride, u, v, columns};
+    if (p.layout == Layout::Nv21)
+        std::swap(planes.u, planes.v);
+    return planes;
 }
 
-bool splitInterleaved(const Picture& p, const Planes<uint8_t>& to) {
-    auto* split = p.layout == Layout::Nv12 ? libyuv::NV12ToI420 : libyuv::NV21ToI420;
-    return split(p.data, p.stride, interleavedChroma(p), p.stride, to.y, to.stride, to.u, to.chromaStride,
-                 to.v, to.chromaStride, p.width, p.height) == 0;
+// `forPacked`: what a packed picture is to become.
+Planes planesOf(const Picture& p, Chroma forPacked, uint8_t* memory) {
+    if (isPacked(p.layout))
+        return splitPacked(p, forPacked, memory);
+    if (planeCount(p.layout) == 2)
+        return splitInterleaved(p, memory);
+    const Plane& first = p.planes[1];
+    const Plane& second = p.planes[2];
+    const bool vFirst = p.layout == Layout::Yv12;
+    Planes planes = {chromaOf(p.layout), p.width,    p.height,    p.planes[0].data,
+                     p.planes[0].stride, first.data, second.data, first.stride};
+    if (vFirst)
+        std::swap(planes.u, planes.v);
+    return planes;
 }
 
-bool hasSeparatePlanes(Layout layout) {
-    return layout == Layout::I420 || layout == Layout::Yv12 || layout == Layout::I422;
+// The same picture in eight bits.
+Picture narrowed(const Picture& p, uint8_t* memory) {
+    Picture result = p;
+    result.layout = Layout::Nv12;
+    const int stride = minimumStride(Layout::Nv12, p.width);
+    setBlock(result, memory, neededBytes(Layout::Nv12, p.width, p.height, stride), stride);
+    for (size_t i = 0; i < 2; ++i) {
+        const PlaneShape shape = planeShape(Layout::Nv12, static_cast<int>(i), p.width, p.height);
+        const int columns = static_cast<int>(shape.rowBytes);
+        takeHighBytes({p.planes[i].data, columns, shape.rows, p.planes[i].stride},
+                      {memory + (result.planes[i].data - memory), columns, shape.rows, stride});
+    }
+    return result;
 }
 
-// At the picture's own size.
-bool convertPlanes(const Planes<const uint8_t>& p, YuvMatrix matrix, const Target& to) {
-    if (p.chroma == Chroma::None)
-        return libyuv::I400ToARGBMatrix(p.y, p.stride, to.data, to.stride, &constants(matrix), p.width,
-                                        p.height) == 0;
-    auto* convert = p.chroma == Chroma::Full            ? libyuv::I444ToARGBMatrix
-                    : p.chroma == Chroma::HalvedColumns ? libyuv::I422ToARGBMatrix
-                                                        : libyuv::I420ToARGBMatrix;
+bool convertPlanes(const Planes& p, YuvMatrix matrix, const Output& to) {
+    const bool bgra = to.format == OutputFormat::Bgra;
+    auto* convert = p.chroma == Chroma::Full ? (bgra ? libyuv::I444ToARGBMatrix : libyuv::I444ToRGB24Matrix)
+                    : p.chroma == Chroma::HalvedColumns
+                        ? (bgra ? libyuv::I422ToARGBMatrix : libyuv::I422ToRGB24Matrix)
+                        : (bgra ? libyuv::I420ToARGBMatrix : libyuv::I420ToRGB24Matrix);
     return convert(p.y, p.stride, p.u, p.chromaStride, p.v, p.chromaStride, to.data, to.stride,
                    &constants(matrix), p.width, p.height) == 0;
 }
 
-bool convertPacked(const Picture& p, const Target& to, PixelPool& pool) {
-    if (p.matrix == YuvMatrix::Bt601 && p.layout == Layout::Yuyv)
-        return libyuv::YUY2ToARGB(p.data, p.stride, to.data, to.stride, p.width, p.height) == 0;
-    if (p.matrix == YuvMatrix::Bt601 && p.layout == Layout::Uyvy)
-        return libyuv::UYVYToARGB(p.data, p.stride, to.data, to.stride, p.width, p.height) == 0;
+// Of the picture's own size, in one go. False where libyuv has none such.
+bool convertDirectly(const Picture& p, const Output& to) {
+    const bool bgra = to.format == OutputFormat::Bgra;
+    const Plane& first = p.planes[0];
+    const Plane& chroma = p.planes[1];
+    switch (p.layout) {
+    case Layout::Yuyv:
+        return bgra && p.matrix == YuvMatrix::Bt601 &&
+               libyuv::YUY2ToARGB(first.data, first.stride, to.data, to.stride, p.width, p.height) == 0;
+    case Layout::Uyvy:
+        return bgra && p.matrix == YuvMatrix::Bt601 &&
+               libyuv::UYVYToARGB(first.data, first.stride, to.data, to.stride, p.width, p.height) == 0;
+    case Layout::Nv12:
+    case Layout::Nv21: {
+        auto* convert = p.layout == Layout::Nv12
+                            ? (bgra ? libyuv::NV12ToARGBMatrix : libyuv::NV12ToRGB24Matrix)
+                            : (bgra ? libyuv::NV21ToARGBMatrix : libyuv::NV21ToRGB24Matrix);
+        return convert(first.data, first.stride, chroma.data, chroma.stride, to.data, to.stride,
+                       &constants(p.matrix), p.width, p.height) == 0;
+    }
+    default:
+        return false;
+    }
+}
+
+bool convertAtOwnSize(const Picture& p, const Output& to, PixelPool& pool) {
+    if (convertDirectly(p, to))
+        return true;
+    // A band of packed rows becomes planes without loss, as their chroma rows are not halved.
+    const PixelPool::Block block = pool.take(planeBytes(Chroma::Full, p.width, kBandRows));
+    return inBands(p, to, [&](const Picture& band, const Output& rows) {
+        if (band.layout == Layout::P010)
+            return convertDirectly(narrowed(band, block.data()), rows);
+        return convertPlanes(planesOf(band, Chroma::HalvedColumns, block.data()), p.matrix, rows);
+    });
+}
+
+// Scaled as planes, which have less than half the bytes of the result.
+bool convertScaled(const Planes& from, YuvMatrix matrix, const Output& to, PixelPool& pool) {
+    const int columns = chromaWidth(from.chroma, to.width), rows = chromaHeight(from.chroma, to.height);
+    const int fromColumns = chromaWidth(from.chroma, from.width);
+    const int fromRows = chromaHeight(from.chroma, from.height);
+    const PixelPool::Block block = pool.take(planeBytes(from.chroma, to.width, to.height));
+    uint8_t* const y = block.data();
+    uint8_t* const u = y + area(to.width, to.height);
+    uint8_t* const v = u + area(columns, rows);
+    scalePlane({from.y, from.width, from.height, from.stride}, {y, to.width, to.height, to.width}, pool);
+    scalePlane({from.u, fromColumns, fromRows, from.chromaStride}, {u, columns, rows, columns}, pool);
+    scalePlane({from.v, fromColumns, fromRows, from.chromaStride}, {v, columns, rows, columns}, pool);
+    return convertPlanes({from.chroma, to.width, to.height, y, to.width, u, v, columns}, matrix, to);
+}
+
+// Y of a packed picture.
+void takeLuma(const Picture& p, const Target& to) {
+    const bool lumaFirst = p.layout == Layout::Yuyv || p.layout == Layout::Yvyu;
+    auto* take = lumaFirst ? libyuv::YUY2ToY : libyuv::UYVYToY;
+    take(p.planes[0].data, p.planes[0].stride, to.data, to.stride, to.width, to.height);
+}
+
+// At its own size the output is first filled with Y as it is.
+bool lumaTo(const Picture& p, const Output& to, PixelPool& pool) {
+    Picture luma = p;
+    luma.layout = Layout::Luma;
+    if (!isPacked(p.layout) && p.layout != Layout::P010)
+        return greyTo(luma, to, pool);
     PixelPool::Block block;
-    const auto planes = freshPlanes(Chroma::HalvedColumns, p.width, p.height, pool, block);
-    return splitPacked(p, planes) && convertPlanes(readable(planes), p.matrix, to);
-}
-
-bool convertInterleaved(const Picture& p, const Target& to) {
-    auto* convert = p.layout == Layout::Nv12 ? libyuv::NV12ToARGBMatrix : libyuv::NV21ToARGBMatrix;
-    return convert(p.data, p.stride, interleavedChroma(p), p.stride, to.data, to.stride, &constants(p.matrix),
-                   p.width, p.height) == 0;
-}
-
-Planes<uint8_t> scalePlanes(const Planes<const uint8_t>& from, int width, int height, PixelPool& pool,
-                            PixelPool::Block& block) {
-    const auto to = freshPlanes(from.chroma, width, height, pool, block);
-    scalePlane({from.y, from.width, from.height, from.stride}, {to.y, width, height, to.stride}, pool);
-    if (from.chroma == Chroma::None)
-        return to;
-    const int fromWidth = chromaWidth(from.chroma, from.width);
-    const int fromHeight = chromaHeight(from.chroma, from.height);
-    const int toWidth = chromaWidth(to.chroma, width), toHeight = chromaHeight(to.chroma, height);
-    scalePlane({from.u, fromWidth, fromHeight, from.chromaStride}, {to.u, toWidth, toHeight, to.chromaStride},
-               pool);
-    scalePlane({from.v, fromWidth, fromHeight, from.chromaStride}, {to.v, toWidth, toHeight, to.chromaStride},
-               pool);
-    return to;
+    Target whole = {to.data, to.width, to.height, to.stride};
+    if (p.width != to.width || p.height != to.height) {
+        block = pool.take(area(p.width, p.height));
+        whole = {block.data(), p.width, p.height, p.width};
+    }
+    if (isPacked(p.layout))
+        takeLuma(p, whole);
+    else
+        takeHighBytes({p.planes[0].data, p.width, p.height, p.planes[0].stride}, whole);
+    luma.planes[0].data = whole.data;
+    luma.planes[0].stride = whole.stride;
+    return greyTo(luma, to, pool);
 }
 
 } // namespace
 
-int chromaWidth(Chroma chroma, int width) {
-    if (chroma == Chroma::None)
-        return 0;
-    return chroma == Chroma::Full ? width : width / 2 + width % 2;
-}
-
-int chromaHeight(Chroma chroma, int height) {
-    if (chroma == Chroma::None)
-        return 0;
-    return chroma == Chroma::Halved ? height / 2 + height % 2 : height;
-}
-
-bool isYuv(Layout layout) {
-    return isPacked(layout) || layout == Layout::Nv12 || layout == Layout::Nv21 || hasSeparatePlanes(layout);
-}
-
-// Scaled as planes, which have less than half the bytes of the result.
-bool yuvToBgra(const Planes<const uint8_t>& p, YuvMatrix matrix, const Target& to, PixelPool& pool) {
+bool yuvTo(const Picture& p, const Output& to, PixelPool& pool) {
+    if (to.format == OutputFormat::Grey)
+        return lumaTo(p, to, pool);
     if (p.width == to.width && p.height == to.height)
-        return convertPlanes(p, matrix, to);
-    PixelPool::Block block;
-    const auto scaled = scalePlanes(p, to.width, to.height, pool, block);
-    return convertPlanes(readable(scaled), matrix, to);
-}
-
-bool yuvToBgra(const Picture& p, const Target& to, PixelPool& pool) {
-    if (hasSeparatePlanes(p.layout))
-        return yuvToBgra(separatePlanes(p.layout, p.data, p.width, p.height, p.stride), p.matrix, to, pool);
-    if (p.width == to.width && p.height == to.height)
-        return isPacked(p.layout) ? convertPacked(p, to, pool) : convertInterleaved(p, to);
-    PixelPool::Block block;
-    const auto planes = freshPlanes(Chroma::Halved, p.width, p.height, pool, block);
-    const bool split = isPacked(p.layout) ? splitPacked(p, planes) : splitInterleaved(p, planes);
-    return split && yuvToBgra(readable(planes), p.matrix, to, pool);
+        return convertAtOwnSize(p, to, pool);
+    PixelPool::Block block, narrowBlock;
+    Picture narrow = p;
+    const size_t most = planeBytes(Chroma::Full, p.width, p.height);
+    if (p.layout == Layout::P010) {
+        narrowBlock = pool.take(most);
+        narrow = narrowed(p, narrowBlock.data());
+    }
+    if (planeCount(p.layout) < 3) // the others lie as they are to be
+        block = pool.take(most);
+    return convertScaled(planesOf(narrow, Chroma::Halved, block.data()), p.matrix, to, pool);
 }
 
 } // namespace pixels

@@ -29,10 +29,6 @@ bool wouldCutOff(const Source& from, const Target& to) {
 
 } // namespace
 
-bool sizeIsSane(int width, int height) {
-    return width > 0 && height > 0 && width <= LARGEST_SIDE && height <= LARGEST_SIDE;
-}
-
 void scalePlane(const Source& from, const Target& to, PixelPool& pool) {
     Source rest = from;
     PixelPool::Block block;
@@ -49,7 +45,7 @@ void scalePlane(const Source& from, const Target& to, PixelPool& pool) {
 
 // Colour by colour: libyuv could scale the picture as it stands, but with weights of seven bits, which turn
 // white into 253.
-void scaleBgra(const Source& from, const Target& to, PixelPool& pool) {
+void scaleBgra(const Source& from, const Output& to, PixelPool& pool) {
     const size_t large = area(from.width, from.height);
     const size_t small = area(to.width, to.height);
     const PixelPool::Block block = pool.take(4 * large + 3 * small);
@@ -64,8 +60,12 @@ void scaleBgra(const Source& from, const Target& to, PixelPool& pool) {
                            from.height);
     for (size_t i = 0; i < 3; ++i)
         scalePlane({whole[i], w, from.height, w}, {scaled[i], to.width, to.height, to.width}, pool);
-    libyuv::MergeARGBPlane(scaled[0], to.width, scaled[1], to.width, scaled[2], to.width, nullptr, 0, to.data,
-                           to.stride, to.width, to.height);
+    if (to.format == OutputFormat::Bgr)
+        libyuv::MergeRGBPlane(scaled[2], to.width, scaled[1], to.width, scaled[0], to.width, to.data,
+                              to.stride, to.width, to.height);
+    else
+        libyuv::MergeARGBPlane(scaled[0], to.width, scaled[1], to.width, scaled[2], to.width, nullptr, 0,
+                               to.data, to.stride, to.width, to.height);
 }
 
 } // namespace pixels

@@ -1,9 +1,8 @@
 #include "platform/cameras/v4l2/buffer_frame.h"
 
-#include "platform/cameras/pixels/bgra.h"
+#include "platform/cameras/pixels/convert.h"
 #include "platform/cameras/v4l2/buffer_queue.h"
 
-#include <cstring>
 #include <mutex>
 #include <new>
 
@@ -23,13 +22,16 @@ BufferFrame::~BufferFrame() {
 }
 
 bool BufferFrame::convert(uint8_t* bgra, int width, int height, int stride) {
-    bool whole = false;
+    pixels::Fault fault = pixels::Fault::Undecodable;
     {
         std::shared_lock<std::shared_mutex> lock(mutex_);
-        whole = picture_.data && pixels::toBgra(picture_, bgra, width, height, stride, *pool_);
+        if (readable_)
+            fault =
+                pixels::convert(picture_, {pixels::OutputFormat::Bgra, bgra, width, height, stride}, *pool_);
     }
+    const bool whole = fault == pixels::Fault::None;
     if (!whole)
-        figures_->drop(Drop::Undecodable);
+        figures_->drop(fault);
     else if (!taken_.exchange(true, std::memory_order_relaxed))
         figures_->countTaken();
     return whole;
@@ -37,14 +39,12 @@ bool BufferFrame::convert(uint8_t* bgra, int width, int height, int stride) {
 
 void BufferFrame::detach() {
     std::unique_lock<std::shared_mutex> lock(mutex_);
-    if (own_.data() || !picture_.data)
+    if (own_.data() || !readable_)
         return;
     try {
-        own_ = pool_->take(picture_.bytes);
-        std::memcpy(own_.data(), picture_.data, picture_.bytes);
-        picture_.data = own_.data();
+        own_ = pixels::moveToPool(picture_, *pool_);
     } catch (const std::bad_alloc&) {
-        picture_.data = nullptr; // a frame that cannot be read is better than one that reads freed memory
+        readable_ = false; // better than one that reads freed memory
     }
 }
 

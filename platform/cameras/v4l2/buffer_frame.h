@@ -42,6 +42,7 @@ private:
     std::shared_mutex mutex_; // shared by those who read the picture, alone for the one who moves it
     pixels::Picture picture_;
     pixels::PixelPool::Block own_;
+    bool readable_ = true;
 };
 
 } // namespace v4l2

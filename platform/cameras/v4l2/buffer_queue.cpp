@@ -204,16 +204,19 @@ unsigned BufferQueue::count(Place place) const {
                                                [place](const Buffer& b) { return b.place == place; }));
 }
 
-std::shared_ptr<CameraFrame> BufferQueue::frame(const Filled& filled) {
+pixels::Picture BufferQueue::picture(const Filled& filled) const {
     pixels::Picture picture;
     picture.layout = granted_.layout;
     picture.matrix = granted_.matrix;
     picture.width = granted_.size.width;
     picture.height = granted_.size.height;
-    picture.stride = granted_.stride;
-    picture.data = filled.data;
-    picture.bytes = filled.bytes;
-    auto frame = std::make_shared<BufferFrame>(shared_from_this(), filled.index, picture, pool_, figures_);
+    pixels::setBlock(picture, filled.data, filled.bytes, granted_.stride);
+    return picture;
+}
+
+std::shared_ptr<CameraFrame> BufferQueue::frame(const Filled& filled) {
+    auto frame =
+        std::make_shared<BufferFrame>(shared_from_this(), filled.index, picture(filled), pool_, figures_);
     {
         std::lock_guard<std::mutex> lock(mutex_);
         const unsigned left = buffers_.size() <= kFewestBuffers ? 1 : 2;

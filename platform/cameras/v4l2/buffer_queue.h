@@ -49,6 +49,8 @@ public:
     // 0, or the errno of the last refusal when the driver is left without a buffer.
     int requeueRefused();
 
+    // The picture in a buffer. Its planes have no more bytes than the driver has filled.
+    pixels::Picture picture(const Filled& filled) const;
     // A frame that holds the buffer until it is dropped, or a copy when the driver would be left with too
     // few.
     std::shared_ptr<CameraFrame> frame(const Filled& filled);

@@ -11,7 +11,15 @@ namespace ostrel {
 namespace cameras {
 namespace v4l2 {
 
-// False for a format that cannot be converted; `layout` is then untouched.
+struct PixelFormat {
+    pixels::Layout layout = pixels::Layout::Bgrx;
+    int memoryPlanes = 1; // blocks of memory for each picture: one, or one for each plane of the layout
+};
+
+// False for a format that cannot be converted; `format` is then untouched.
+bool formatOf(uint32_t fourcc, PixelFormat& format);
+
+// The same for formats of one block only.
 bool layoutOf(uint32_t fourcc, pixels::Layout& layout);
 
 // The four characters, bytes that are not printable as '?', without the blanks at the end.

@@ -2,7 +2,6 @@
 
 #include "base/monotonic_clock.h"
 #include "platform/cameras/messages.h"
-#include "platform/cameras/pixels/jpeg_check.h"
 #include "platform/cameras/v4l2/pixel_format.h"
 
 #include <algorithm>
@@ -210,23 +209,14 @@ Error V4l2Backend::dequeueFailed(int error, bool broken) {
 }
 
 bool V4l2Backend::accept(const Filled& filled) {
-    const Granted& granted = queue_->granted();
     if (filled.damaged) {
         figures_->drop(Drop::Damaged);
         return false;
     }
-    if (granted.layout == pixels::Layout::Jpeg) {
-        const char* fault =
-            pixels::faultOfJpeg(filled.data, filled.bytes, granted.size.width, granted.size.height);
-        if (fault)
-            figures_->drop(dropOf(fault));
-        return !fault;
-    }
-    const size_t needed =
-        pixels::neededBytes(granted.layout, granted.size.width, granted.size.height, granted.stride);
-    if (filled.bytes < needed)
-        figures_->drop(filled.bytes == 0 ? Drop::Empty : Drop::Truncated);
-    return filled.bytes >= needed;
+    const pixels::Fault fault = pixels::faultOf(queue_->picture(filled));
+    if (fault != pixels::Fault::None)
+        figures_->drop(fault);
+    return fault == pixels::Fault::None;
 }
 
 void V4l2Backend::countLost(uint32_t sequence) {

@@ -170,7 +170,8 @@ bool PatternPainter::paint(const pattern::Stamp& stamp, uint8_t* bgra, int width
         pool_.take(static_cast<size_t>(nativeStride) * static_cast<size_t>(height_));
     Canvas canvas(native.data(), width_, height_, nativeStride);
     draw(still, stamp, canvas);
-    pixels::scaleBgra({native.data(), width_, height_, nativeStride}, {bgra, width, height, stride}, pool_);
+    pixels::scaleBgra({native.data(), width_, height_, nativeStride},
+                      {pixels::OutputFormat::Bgra, bgra, width, height, stride}, pool_);
     return true;
 }
 

@@ -1,6 +1,6 @@
 #include "platform/cameras/virtual/push_backend.h"
 
-#include "platform/cameras/pixels/bgra.h"
+#include "platform/cameras/pixels/convert.h"
 #include "platform/cameras/virtual/virtual_frame.h"
 #include "platform/cameras/virtual/yuv_picture.h"
 
@@ -38,7 +38,8 @@ public:
 
 protected:
     bool draw(uint8_t* bgra, int width, int height, int stride) override {
-        return pixels::toBgra(picture_, bgra, width, height, stride, *pool_);
+        return pixels::convert(picture_, {pixels::OutputFormat::Bgra, bgra, width, height, stride}, *pool_) ==
+               pixels::Fault::None;
     }
 
 private:
@@ -95,15 +96,14 @@ bool PushBackend::push(const uint8_t* bgra, int width, int height, int stride) {
     picture.layout = pixels::Layout::Bgrx;
     picture.width = width;
     picture.height = height;
-    picture.stride = width * 4;
-    picture.bytes = rowBytes * static_cast<size_t>(height);
-    pixels::PixelPool::Block copy = takeIfThereIs(picture.bytes, *current.pool);
+    const size_t bytes = rowBytes * static_cast<size_t>(height);
+    pixels::PixelPool::Block copy = takeIfThereIs(bytes, *current.pool);
     if (!copy)
         return false;
     for (int y = 0; y < height; ++y)
         std::memcpy(copy.data() + static_cast<size_t>(y) * rowBytes,
                     bgra + static_cast<ptrdiff_t>(y) * stride, rowBytes);
-    picture.data = copy.data();
+    pixels::setBlock(picture, copy.data(), bytes, width * 4);
     const std::shared_ptr<Figures>& figures = current.outlet->figures();
     figures->setGranted(modeOf("BGRA", width, height));
     return current.outlet->deliver(

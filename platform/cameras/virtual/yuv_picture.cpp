@@ -1,18 +1,43 @@
 #include "platform/cameras/virtual/yuv_picture.h"
 
+#include "platform/cameras/pixels/convert.h"
+
 namespace ostrel {
 namespace cameras {
 
+namespace {
+
+pixels::Layout layoutOf(Chroma chroma) {
+    switch (chroma) {
+    case Chroma::Halved:
+        return pixels::Layout::I420;
+    case Chroma::HalvedColumns:
+        return pixels::Layout::I422;
+    case Chroma::Full:
+        return pixels::Layout::I444;
+    case Chroma::None:
+        break;
+    }
+    return pixels::Layout::Luma;
+}
+
+} // namespace
+
 bool drawYuv(const YuvLayout& layout, const uint8_t* planes, pixels::PixelPool& pool, uint8_t* bgra,
              int width, int height, int stride) {
-    if (!pixels::sizeIsSane(layout.width, layout.height) || !pixels::sizeIsSane(width, height))
+    if (!pixels::sizeIsSane(layout.width, layout.height))
         return false;
+    pixels::Picture picture;
+    picture.layout = layoutOf(layout.chroma);
+    picture.matrix = layout.fullRange ? pixels::YuvMatrix::Bt601Full : pixels::YuvMatrix::Bt601;
+    picture.width = layout.width;
+    picture.height = layout.height;
     const uint8_t* const u = planes + layout.lumaBytes();
-    const pixels::Planes<const uint8_t> picture = {
-        layout.chroma, layout.width,        layout.height, planes, u, u + layout.chromaBytes(),
-        layout.width,  layout.chromaWidth()};
-    const auto matrix = layout.fullRange ? pixels::YuvMatrix::Bt601Full : pixels::YuvMatrix::Bt601;
-    return pixels::yuvToBgra(picture, matrix, {bgra, width, height, stride}, pool);
+    picture.planes = {{{planes, layout.lumaBytes(), layout.width},
+                       {u, layout.chromaBytes(), layout.chromaWidth()},
+                       {u + layout.chromaBytes(), layout.chromaBytes(), layout.chromaWidth()}}};
+    return pixels::convert(picture, {pixels::OutputFormat::Bgra, bgra, width, height, stride}, pool) ==
+           pixels::Fault::None;
 }
 
 } // namespace cameras

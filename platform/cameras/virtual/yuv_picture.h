@@ -2,7 +2,8 @@
 #ifndef OSTREL_PLATFORM_CAMERAS_VIRTUAL_YUV_PICTURE_H
 #define OSTREL_PLATFORM_CAMERAS_VIRTUAL_YUV_PICTURE_H
 
-#include "platform/cameras/pixels/planes.h"
+#include "platform/cameras/pixels/picture.h"
+#include "platform/cameras/pixels/pixel_pool.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,62 +1,83 @@
-#include "platform/cameras/pixels/bgra.h"
-#include "platform/cameras/pixels/jpeg_check.h"
-#include "platform/cameras/pixels/jpeg_decode.h"
+// What cameras send as JPEG: whatever the decoder takes is shown, and nothing that was cut.
+#include "platform/cameras/pixels/jpeg.h"
+
+#include "platform/cameras/pixels/convert.h"
 #include "support/jpeg_pictures.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <random>
-#include <string>
+#include <utility>
+#include <vector>
 
 namespace ostrel {
 namespace tests {
 
-using namespace support;
-
-using cameras::pixels::decodeJpeg;
-using cameras::pixels::faultOfJpeg;
-using cameras::pixels::Layout;
-using cameras::pixels::Picture;
-using cameras::pixels::PixelPool;
+using namespace cameras::pixels;
+using support::JpegOptions;
+using support::kJpegQuadrants;
+using support::quadrantsAsJpeg;
 
 namespace {
 
 const int kWidth = 96, kHeight = 64;
 
-std::string faultOf(const std::vector<uint8_t>& jpeg, int width = kWidth, int height = kHeight) {
-    const char* fault = faultOfJpeg(jpeg.data(), jpeg.size(), width, height);
-    return fault ? fault : "";
+Fault faultOf(const std::vector<uint8_t>& jpeg) {
+    return faultOfJpeg(jpeg.data(), jpeg.size());
 }
 
-bool convert(const std::vector<uint8_t>& jpeg, std::vector<uint8_t>& bgra, int width, int height) {
-    PixelPool pool;
+// The size of the picture is only in its header.
+Fault convertTo(const std::vector<uint8_t>& jpeg, const Output& to) {
+    static PixelPool pool;
     Picture picture;
     picture.layout = Layout::Jpeg;
-    picture.width = kWidth;
-    picture.height = kHeight;
-    picture.data = jpeg.data();
-    picture.bytes = jpeg.size();
-    bgra.assign(static_cast<size_t>(width * height * 4), 7);
-    return toBgra(picture, bgra.data(), width, height, width * 4, pool);
+    picture.planes[0] = {jpeg.data(), jpeg.size(), 0};
+    return convert(picture, to, pool);
 }
 
-bool converts(const std::vector<uint8_t>& jpeg) {
-    std::vector<uint8_t> bgra;
-    return convert(jpeg, bgra, kWidth, kHeight);
+Fault converted(const std::vector<uint8_t>& jpeg, int width = kWidth, int height = kHeight) {
+    std::vector<uint8_t> bgra(static_cast<size_t>(width * height * 4), 7);
+    return convertTo(jpeg, {OutputFormat::Bgra, bgra.data(), width, height, width * 4});
 }
 
 void expectQuadrants(const std::vector<uint8_t>& jpeg, int width, int height, bool grey = false) {
-    std::vector<uint8_t> bgra;
-    ASSERT_TRUE(convert(jpeg, bgra, width, height));
-    for (int quadrant = 0; quadrant < 4; ++quadrant) {
-        const int x = (quadrant % 2) * width / 2 + width / 4, y = (quadrant / 2) * height / 2 + height / 4;
-        const uint8_t* pixel = bgra.data() + static_cast<ptrdiff_t>(y * width + x) * 4;
-        const uint8_t* expected = kJpegQuadrants[quadrant];
-        const double luma = 0.114 * expected[0] + 0.587 * expected[1] + 0.299 * expected[2];
-        for (int c = 0; c < 3; ++c)
-            EXPECT_NEAR(pixel[c], grey ? luma : expected[c], 5) << "quadrant " << quadrant << " colour " << c;
-        EXPECT_EQ(pixel[3], 255);
+    for (const OutputFormat format : {OutputFormat::Bgra, OutputFormat::Bgr, OutputFormat::Grey}) {
+        const int size = bytesPerPixel(format), stride = width * size + 5;
+        std::vector<uint8_t> pixels(static_cast<size_t>(stride * height), 7);
+        ASSERT_EQ(convertTo(jpeg, {format, pixels.data(), width, height, stride}), Fault::None);
+        for (int quadrant = 0; quadrant < 4; ++quadrant) {
+            const int x = (quadrant % 2) * width / 2 + width / 4;
+            const int y = (quadrant / 2) * height / 2 + height / 4;
+            const uint8_t* pixel = pixels.data() + y * stride + x * size;
+            const uint8_t* colour = kJpegQuadrants[quadrant];
+            const double luma = 0.114 * colour[0] + 0.587 * colour[1] + 0.299 * colour[2];
+            const bool lumaOnly = grey || format == OutputFormat::Grey;
+            for (int c = 0; c < size; ++c)
+                EXPECT_NEAR(pixel[c],
+                            c == 3     ? 255
+                            : lumaOnly ? luma
+                                       : colour[c],
+                            c == 3 ? 0 : 5)
+                    << "quadrant " << quadrant << " byte " << c;
+        }
+        for (int i = width * size; i < stride; ++i)
+            EXPECT_EQ(pixels[static_cast<size_t>(i)], 7) << "written behind a row";
     }
+}
+
+void expectWhole(const std::vector<uint8_t>& jpeg) {
+    EXPECT_EQ(faultOf(jpeg), Fault::None);
+    expectQuadrants(jpeg, kWidth, kHeight);
+}
+
+size_t startOfScan(const std::vector<uint8_t>& jpeg) {
+    const uint8_t marker[] = {0xFF, 0xDA};
+    return static_cast<size_t>(std::search(jpeg.begin(), jpeg.end(), marker, marker + 2) - jpeg.begin());
+}
+
+std::vector<uint8_t> cutTo(std::vector<uint8_t> jpeg, size_t length) {
+    jpeg.resize(length);
+    return jpeg;
 }
 
 } // namespace
@@ -67,8 +88,7 @@ TEST(JpegPicture, DecodesTheSubsamplingsThatCamerasSend) {
         options.horizontal = factors.first;
         options.vertical = factors.second;
         const auto jpeg = quadrantsAsJpeg(kWidth, kHeight, options);
-        EXPECT_EQ(faultOf(jpeg), "");
-        expectQuadrants(jpeg, kWidth, kHeight);
+        expectWhole(jpeg);
     }
     JpegOptions grey;
     grey.grey = true;
@@ -78,9 +98,7 @@ TEST(JpegPicture, DecodesTheSubsamplingsThatCamerasSend) {
 TEST(JpegPicture, DecodesWithoutHuffmanTables) {
     JpegOptions options;
     options.tables = false;
-    const auto jpeg = quadrantsAsJpeg(kWidth, kHeight, options);
-    EXPECT_EQ(faultOf(jpeg), "");
-    expectQuadrants(jpeg, kWidth, kHeight);
+    expectWhole(quadrantsAsJpeg(kWidth, kHeight, options));
 }
 
 TEST(JpegPicture, ScalesToAnySize) {
@@ -92,7 +110,7 @@ TEST(JpegPicture, ScalesToAnySize) {
 
 TEST(JpegPicture, ReducesWhileDecodingToTheNextSizeThatCovers) {
     const auto reduced = [](int width, int height, int wantedWidth, int wantedHeight) {
-        cameras::pixels::reduceForJpeg(width, height, wantedWidth, wantedHeight);
+        reduceForJpeg(width, height, wantedWidth, wantedHeight);
         return std::make_pair(width, height);
     };
     EXPECT_EQ(reduced(1280, 720, 640, 360), std::make_pair(640, 360));
@@ -104,78 +122,123 @@ TEST(JpegPicture, ReducesWhileDecodingToTheNextSizeThatCovers) {
     EXPECT_EQ(reduced(1, 1000, 1, 1), std::make_pair(1, 125));
 }
 
+TEST(JpegPicture, ItsHeaderDecidesItsSize) {
+    for (const auto& size : {std::make_pair(64, 96), std::make_pair(160, 120), std::make_pair(31, 17)}) {
+        const auto jpeg = quadrantsAsJpeg(size.first, size.second);
+        JpegSize found;
+        ASSERT_EQ(sizeOfJpeg(jpeg.data(), jpeg.size(), found), Fault::None);
+        EXPECT_EQ(std::make_pair(found.width, found.height), size);
+        expectWhole(jpeg);
+    }
+}
+
 TEST(JpegPicture, BytesBehindTheEndAreNormal) {
     auto jpeg = quadrantsAsJpeg(kWidth, kHeight);
     jpeg.resize(jpeg.size() + 3000, 0);
-    EXPECT_EQ(faultOf(jpeg), "");
-    expectQuadrants(jpeg, kWidth, kHeight);
+    expectWhole(jpeg);
     jpeg.back() = 0xFF;
-    EXPECT_EQ(faultOf(jpeg), "");
+    EXPECT_EQ(faultOf(jpeg), Fault::None);
 }
 
-TEST(JpegPicture, FillBytesBeforeMarkersAreNormal) {
+TEST(JpegPicture, FillBytesAndZerosBeforeTheStartAreNormal) {
+    const auto jpeg = quadrantsAsJpeg(kWidth, kHeight);
+    for (const std::vector<uint8_t>& before : {std::vector<uint8_t>{0xFF},
+                                               {0x00},
+                                               {0xFF, 0xFF, 0xFF},
+                                               {0x00, 0x00, 0xFF},
+                                               {0, 0, 0, 0, 0, 0, 0, 0}}) {
+        auto late = before;
+        late.insert(late.end(), jpeg.begin(), jpeg.end());
+        expectWhole(late);
+    }
+}
+
+TEST(JpegPicture, FillBytesAndStrayBytesBetweenSegmentsAreNormal) {
+    const auto whole = quadrantsAsJpeg(kWidth, kHeight);
+    testing::internal::CaptureStderr();
+    for (const std::vector<uint8_t>& between :
+         {std::vector<uint8_t>{0xFF}, {0xFF, 0xFF, 0xFF}, {0x00}, {0x00, 0x12, 0x34}})
+        for (const size_t at : {size_t(2), startOfScan(whole)}) {
+            auto jpeg = whole;
+            jpeg.insert(jpeg.begin() + static_cast<ptrdiff_t>(at), between.begin(), between.end());
+            expectWhole(jpeg);
+        }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(JpegPicture, OneThatLacksOnlyItsEndMarkerIsWhole) {
+    JpegOptions restarts;
+    restarts.restart = 1;
+    for (const JpegOptions& options : {JpegOptions(), restarts}) {
+        const auto whole = quadrantsAsJpeg(kWidth, kHeight, options);
+        testing::internal::CaptureStderr();
+        expectWhole(cutTo(whole, whole.size() - 2));
+        expectWhole(cutTo(whole, whole.size() - 1));
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    }
+}
+
+TEST(JpegPicture, OneCutOffAnywhereElseIsFoundOut) {
+    JpegOptions restarts;
+    restarts.restart = 1;
+    for (const JpegOptions& options : {JpegOptions(), restarts}) {
+        const auto whole = quadrantsAsJpeg(kWidth, kHeight, options);
+        // The last bytes may be filling, of which the decoder needs none.
+        for (size_t length = 2; length < whole.size() - 4; ++length) {
+            ASSERT_EQ(faultOf(cutTo(whole, length)), Fault::Truncated) << length;
+            ASSERT_EQ(converted(cutTo(whole, length)), Fault::Truncated) << length;
+        }
+    }
+}
+
+TEST(JpegPicture, OneWithoutAnyDataIsFoundOut) {
     auto jpeg = quadrantsAsJpeg(kWidth, kHeight);
-    jpeg.insert(jpeg.begin() + 2, 5, 0xFF);
-    EXPECT_EQ(faultOf(jpeg), "");
-    expectQuadrants(jpeg, kWidth, kHeight);
+    const size_t scan = startOfScan(jpeg);
+    jpeg.erase(jpeg.begin() + static_cast<ptrdiff_t>(scan) + 2 + 12, jpeg.end() - 2);
+    EXPECT_EQ(faultOf(jpeg), Fault::Truncated);
+    EXPECT_EQ(converted(jpeg), Fault::Truncated);
 }
 
 TEST(JpegPicture, AnEmptyOneIsFoundOut) {
-    EXPECT_EQ(faultOf({}), "empty");
-    EXPECT_FALSE(converts({}));
+    EXPECT_EQ(faultOf({}), Fault::Empty);
+    EXPECT_EQ(converted({}), Fault::Empty);
 }
 
 TEST(JpegPicture, OneWithoutItsStartIsFoundOut) {
     auto jpeg = quadrantsAsJpeg(kWidth, kHeight);
     jpeg.erase(jpeg.begin(), jpeg.begin() + 2);
-    EXPECT_EQ(faultOf(jpeg), "not a JPEG picture");
-    EXPECT_FALSE(converts(jpeg));
-    EXPECT_EQ(faultOf(std::vector<uint8_t>(5000, 0)), "not a JPEG picture");
-}
-
-TEST(JpegPicture, OneCutOffAnywhereIsFoundOut) {
-    const auto whole = quadrantsAsJpeg(kWidth, kHeight);
-    for (size_t length = 1; length < whole.size(); ++length) {
-        const std::vector<uint8_t> cut(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(length));
-        ASSERT_NE(faultOf(cut), "") << length;
-    }
-}
-
-TEST(JpegPicture, OneOfAnotherSizeIsFoundOut) {
-    const auto jpeg = quadrantsAsJpeg(kWidth, kHeight);
-    EXPECT_EQ(faultOf(jpeg, kWidth, kHeight + 1), "wrong size");
-    EXPECT_EQ(faultOf(jpeg, kHeight, kWidth), "wrong size");
-    std::vector<uint8_t> bgra(200 * 200 * 4);
-    EXPECT_FALSE(decodeJpeg(jpeg.data(), jpeg.size(), 200, 200, bgra.data(), 200, 200, 800));
+    EXPECT_EQ(faultOf(jpeg), Fault::NotJpeg);
+    EXPECT_EQ(converted(jpeg), Fault::NotJpeg);
+    EXPECT_NE(faultOf(std::vector<uint8_t>(5000, 0)), Fault::None);
+    EXPECT_NE(faultOf(std::vector<uint8_t>(5000, 0xFF)), Fault::None);
 }
 
 TEST(JpegPicture, ProgressiveOnesAreRefused) {
     JpegOptions options;
     options.progressive = true;
     const auto jpeg = quadrantsAsJpeg(kWidth, kHeight, options);
-    EXPECT_EQ(faultOf(jpeg), "unsupported JPEG");
-    EXPECT_FALSE(converts(jpeg));
+    EXPECT_EQ(faultOf(jpeg), Fault::Unsupported);
+    EXPECT_EQ(converted(jpeg), Fault::Unsupported);
 }
 
-TEST(JpegPicture, OneWhoseDataEndsHalfWayDoesNotDecode) {
+TEST(JpegPicture, OneWhoseDataEndsHalfWayBeforeItsEndMarkerDoesNotDecode) {
     const auto whole = quadrantsAsJpeg(kWidth, kHeight);
-    const uint8_t startOfScan[] = {0xFF, 0xDA};
-    const auto scan = std::search(whole.begin(), whole.end(), startOfScan, startOfScan + 2);
-    std::vector<uint8_t> half(whole.begin(), scan + (whole.end() - scan) / 2);
+    const size_t scan = startOfScan(whole);
+    auto half = cutTo(whole, scan + (whole.size() - scan) / 2);
     half.push_back(0xFF);
     half.push_back(0xD9); // it looks whole
-    EXPECT_EQ(faultOf(half), "");
+    EXPECT_EQ(faultOf(half), Fault::None);
     testing::internal::CaptureStderr();
-    EXPECT_FALSE(converts(half));
+    EXPECT_EQ(converted(half), Fault::Truncated);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-TEST(JpegPicture, OneThatLacksItsLastBytesStillDecodes) {
+TEST(JpegPicture, OneThatLacksItsLastBytesBeforeItsEndMarkerStillDecodes) {
     auto jpeg = quadrantsAsJpeg(kWidth, kHeight);
     jpeg.erase(jpeg.end() - 4, jpeg.end() - 2);
-    EXPECT_EQ(faultOf(jpeg), "");
     testing::internal::CaptureStderr();
-    EXPECT_TRUE(converts(jpeg));
+    EXPECT_EQ(faultOf(jpeg), Fault::None);
+    EXPECT_EQ(converted(jpeg), Fault::None);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
@@ -195,8 +258,7 @@ TEST(JpegPicture, SurvivesDamageOfAnyKind) {
         if (random() % 4 == 0)
             jpeg.resize(random() % jpeg.size());
         faultOf(jpeg);
-        std::vector<uint8_t> bgra;
-        refused += !convert(jpeg, bgra, round % 3 ? kWidth : 20, round % 3 ? kHeight : 30);
+        refused += converted(jpeg, round % 3 ? kWidth : 20, round % 3 ? kHeight : 30) != Fault::None;
     }
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     EXPECT_GT(refused, 300);

@@ -1,7 +1,8 @@
 // Scaling changes shapes only: flat pictures stay exactly as they are, and of others every pixel counts.
 #include "platform/cameras/pixels/scaling.h"
 
-#include "platform/cameras/pixels/bgra.h"
+#include "platform/cameras/pixels/convert.h"
+#include "unit/cameras/drawn_picture.h"
 
 #include <gtest/gtest.h>
 #include <utility>
@@ -27,18 +28,19 @@ Picture flat(Layout layout, std::vector<uint8_t>& bytes, uint8_t value) {
     picture.layout = layout;
     picture.width = kFrom.first;
     picture.height = kFrom.second;
-    picture.stride = minimumStride(layout, picture.width);
-    bytes.assign(neededBytes(layout, picture.width, picture.height, picture.stride), value);
-    picture.data = bytes.data();
-    picture.bytes = bytes.size();
+    const int stride = minimumStride(layout, picture.width);
+    bytes.assign(neededBytes(layout, picture.width, picture.height, stride), value);
+    setBlock(picture, bytes.data(), bytes.size(), stride);
     return picture;
 }
 
-std::vector<uint8_t> drawn(const Picture& picture, const Size& size) {
+std::vector<uint8_t> drawn(const Picture& picture, const Size& size,
+                           OutputFormat format = OutputFormat::Bgra) {
     PixelPool pool;
-    std::vector<uint8_t> bgra(static_cast<size_t>(size.first * size.second * 4));
-    EXPECT_TRUE(toBgra(picture, bgra.data(), size.first, size.second, size.first * 4, pool));
-    return bgra;
+    const int stride = size.first * bytesPerPixel(format);
+    std::vector<uint8_t> pixels(static_cast<size_t>(stride * size.second));
+    EXPECT_EQ(convert(picture, {format, pixels.data(), size.first, size.second, stride}, pool), Fault::None);
+    return pixels;
 }
 
 } // namespace
@@ -57,20 +59,22 @@ TEST(Scaling, LeavesFlatPlanesExactlyAsTheyAre) {
 }
 
 TEST(Scaling, KeepsBlackWhiteAndGreyInEveryLayout) {
-    for (const Layout layout :
-         {Layout::Yuyv, Layout::Uyvy, Layout::Nv12, Layout::Nv21, Layout::I420, Layout::Yv12, Layout::I422,
-          Layout::Rgb, Layout::Bgr, Layout::Bgrx, Layout::Xrgb, Layout::Rgbx, Layout::Rgb565, Layout::Grey})
-        for (const int value : {0, 1, 16, 128, 200, 235, 254, 255}) {
-            std::vector<uint8_t> bytes;
-            const Picture picture = flat(layout, bytes, static_cast<uint8_t>(value));
-            const std::vector<uint8_t> whole = drawn(picture, kFrom);
-            for (const Size& size : kTo) {
-                const std::vector<uint8_t> scaled = drawn(picture, size);
-                for (size_t i = 0; i < scaled.size(); ++i)
-                    ASSERT_EQ(scaled[i], whole[i % 4]) << static_cast<int>(layout) << " of " << value << ": "
-                                                       << size.first << " x " << size.second;
+    for (const Layout layout : kRawLayouts)
+        for (const int value : {0, 1, 16, 128, 200, 235, 254, 255})
+            for (const OutputFormat format : {OutputFormat::Bgra, OutputFormat::Bgr, OutputFormat::Grey}) {
+                std::vector<uint8_t> bytes;
+                const Picture picture = flat(layout, bytes, static_cast<uint8_t>(value));
+                const std::vector<uint8_t> whole = drawn(picture, kFrom, format);
+                const auto step = static_cast<size_t>(bytesPerPixel(format));
+                for (const Size& size : kTo) {
+                    std::vector<uint8_t> same(static_cast<size_t>(size.first * size.second) * step);
+                    for (size_t i = 0; i < same.size(); ++i)
+                        same[i] = whole[i % step];
+                    ASSERT_EQ(drawn(picture, size, format), same)
+                        << static_cast<int>(layout) << " of " << value << " as " << static_cast<int>(format)
+                        << ": " << size.first << " x " << size.second;
+                }
             }
-        }
 }
 
 TEST(Scaling, ShrinkingCountsEveryPixel) {
@@ -97,7 +101,7 @@ TEST(Scaling, ReadsNeitherAlphaNorWhatLiesBetweenRows) {
                 from[y * static_cast<size_t>(stride) + 4 * x + c] = 255;
     const int toStride = 13 * 4 + 4;
     std::vector<uint8_t> to(static_cast<size_t>(toStride) * 9, 0xCD);
-    scaleBgra({from.data(), 40, 30, stride}, {to.data(), 13, 9, toStride}, pool);
+    scaleBgra({from.data(), 40, 30, stride}, {OutputFormat::Bgra, to.data(), 13, 9, toStride}, pool);
     for (size_t i = 0; i < to.size(); ++i)
         ASSERT_EQ(to[i], i % static_cast<size_t>(toStride) < 13 * 4 ? 255 : 0xCD) << i;
 }

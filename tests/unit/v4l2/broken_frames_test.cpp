@@ -104,8 +104,20 @@ TEST_F(JpegFaultsTest, APictureWithoutItsStartIsDropped) {
                       "not a JPEG picture");
 }
 
-TEST_F(JpegFaultsTest, APictureOfTheSizeBeforeIsDropped) {
-    expectDroppedJpeg(frameOf(quadrantsAsJpeg(64, 64)), "wrong size");
+TEST_F(JpegFaultsTest, PicturesOfAnotherSizeThanGrantedAreShownAtTheSizeAskedFor) {
+    whole = frameOf(quadrantsAsJpeg(160, 120));
+    start(96, 64);
+    ASSERT_TRUE(kernel->feed(path, whole));
+    ASSERT_TRUE(sink->waitForFrames(1));
+    EXPECT_TRUE(readable());
+}
+
+TEST_F(JpegFaultsTest, PicturesWithoutTheirEndMarkerAreShown) {
+    whole.bytes.resize(whole.bytes.size() - 2);
+    start(96, 64);
+    ASSERT_TRUE(kernel->feed(path, whole));
+    ASSERT_TRUE(sink->waitForFrames(1));
+    EXPECT_TRUE(readable());
 }
 
 TEST_F(JpegFaultsTest, ABrokenFirstPictureIsPassedOver) {
@@ -128,7 +140,7 @@ TEST_F(JpegFaultsTest, APictureThatTurnsOutBrokenWhenItIsDecodedIsCountedThen) {
     testing::internal::CaptureStderr();
     EXPECT_FALSE(readable());
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    EXPECT_EQ(camera->statistics().dropped["undecodable"], 1u);
+    EXPECT_EQ(camera->statistics().dropped["truncated"], 1u);
     EXPECT_EQ(camera->statistics().taken, 0u);
 }
 
