@@ -6,6 +6,7 @@
 #include "fuzz/support/input.h"
 
 #include "platform/cameras/pixels/jpeg.h"
+#include "platform/cameras/pixels/jpeg_tables.h"
 
 #include <algorithm>
 #include <cstring>
@@ -16,6 +17,16 @@ namespace {
 
 // Larger ones only take longer.
 const int kLargestSide = 400;
+
+// What can be shown can be completed, and is the same picture then.
+void complete(fuzz::FencedBuffer& bytes, const pixels::JpegSize& size) {
+    const auto whole = pixels::completeJpeg(bytes.data(), bytes.size());
+    CHECK(whole.size() >= 4 && whole[0] == 0xFF && whole[1] == 0xD8);
+    CHECK(whole[whole.size() - 2] == 0xFF && whole[whole.size() - 1] == 0xD9);
+    pixels::JpegSize again;
+    CHECK(pixels::sizeOfJpeg(whole.data(), whole.size(), again) == pixels::Fault::None);
+    CHECK(again.width == size.width && again.height == size.height);
+}
 
 } // namespace
 
@@ -47,5 +58,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (header != pixels::Fault::None)
         return 0;
     fuzz::draw(picture, format, real.width, real.height, 0);
+    complete(bytes, real);
     return 0;
 }
