@@ -21,7 +21,33 @@ bool isSane(const Output& to) {
            to.stride <= std::numeric_limits<int>::max() / 2;
 }
 
-bool convertRows(const Picture& p, const Output& to, PixelPool& pool) {
+// Whether libyuv scales that plane where it is.
+bool isScaledInPlace(Layout layout, int plane) {
+    if (layout == Layout::Grey || layout == Layout::Luma || planeCount(layout) == 3)
+        return true;
+    return planeCount(layout) == 2 && layout != Layout::P010 && plane == 0;
+}
+
+// Scaling, libyuv reads one byte behind the last row, of which it makes nothing. The memory of the pool has
+// more than that, but of a camera's it may be the end: then the plane is moved.
+Picture withRoomBehind(const Picture& p, PixelPool& pool, PixelPool::Block (&blocks)[3]) {
+    Picture result = p;
+    for (int i = 0; i < planeCount(p.layout); ++i) {
+        Plane& plane = result.planes[static_cast<size_t>(i)];
+        const size_t bytes = bytesOfPlane(p, i);
+        if (plane.bytes > bytes || !isScaledInPlace(p.layout, i))
+            continue;
+        blocks[i] = pool.take(bytes);
+        std::memcpy(blocks[i].data(), plane.data, bytes);
+        plane.data = blocks[i].data();
+    }
+    return result;
+}
+
+bool convertRows(const Picture& picture, const Output& to, PixelPool& pool) {
+    PixelPool::Block moved[3];
+    const bool sameSize = picture.width == to.width && picture.height == to.height;
+    const Picture p = sameSize ? picture : withRoomBehind(picture, pool, moved);
     if (isGrey(p.layout))
         return greyTo(p, to, pool);
     if (chromaOf(p.layout) != Chroma::None)
@@ -77,13 +103,13 @@ Fault convert(const Picture& p, const Output& to, PixelPool& pool) {
 
 PixelPool::Block moveToPool(Picture& p, PixelPool& pool) {
     size_t bytes = 0;
-    for (const Plane& plane : p.planes)
-        bytes += plane.bytes;
+    for (int i = 0; i < planeCount(p.layout); ++i)
+        bytes += bytesOfPlane(p, i);
     PixelPool::Block block = pool.take(bytes);
     uint8_t* to = block.data();
-    for (Plane& plane : p.planes) {
-        if (plane.bytes == 0)
-            continue;
+    for (int i = 0; i < planeCount(p.layout); ++i) {
+        Plane& plane = p.planes[static_cast<size_t>(i)];
+        plane.bytes = bytesOfPlane(p, i);
         std::memcpy(to, plane.data, plane.bytes);
         plane.data = to;
         to += plane.bytes;

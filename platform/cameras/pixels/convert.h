@@ -17,8 +17,8 @@ namespace pixels {
 // Grey is Y, its range expanded, for layouts that have it, and else computed from the colours.
 Fault convert(const Picture& picture, const Output& to, PixelPool& pool);
 
-// Copies what the planes hold into the block, and has them point there. Throws std::bad_alloc, and leaves the
-// picture alone then.
+// Copies the planes into the block, and has them point there. The picture must have all of its bytes. Throws
+// std::bad_alloc, and leaves the picture alone then.
 PixelPool::Block moveToPool(Picture& picture, PixelPool& pool);
 
 } // namespace pixels

@@ -135,6 +135,13 @@ PlaneShape planeShape(Layout layout, int plane, int width, int height) {
     return {columns * static_cast<size_t>(bytesOfPixel(layout)), height};
 }
 
+size_t bytesOfPlane(const Picture& p, int plane) {
+    const Plane& at = p.planes[static_cast<size_t>(plane)];
+    if (p.layout == Layout::Jpeg)
+        return at.bytes;
+    return bytesOfRows(planeShape(p.layout, plane, p.width, p.height), static_cast<size_t>(at.stride));
+}
+
 int minimumStride(Layout layout, int width) {
     const size_t row = planeShape(layout, 0, width, 1).rowBytes;
     const bool halved = planeCount(layout) > 1 && chromaOf(layout) != Chroma::Full;
@@ -162,12 +169,11 @@ void setBlock(Picture& picture, const uint8_t* data, size_t bytes, int stride) {
         const size_t own = strideInBlock(picture.layout, i, static_cast<size_t>(stride));
         const size_t rows =
             static_cast<size_t>(planeShape(picture.layout, i, picture.width, picture.height).rows);
-        const size_t end = i + 1 < count ? begin + own * rows : bytes;
         const size_t from = std::min(begin, bytes);
         plane.data = data + from;
-        plane.bytes = std::max(std::min(end, bytes), from) - from;
+        plane.bytes = bytes - from;
         plane.stride = static_cast<int>(own);
-        begin = end;
+        begin += own * rows;
     }
 }
 
@@ -201,7 +207,7 @@ Fault faultOf(const Picture& p) {
         const PlaneShape shape = planeShape(p.layout, i, p.width, p.height);
         if (!strideIsSane(shape, plane.stride))
             return Fault::Undecodable;
-        if (plane.bytes < bytesOfRows(shape, static_cast<size_t>(plane.stride)))
+        if (plane.bytes < bytesOfPlane(p, i))
             return Fault::Truncated;
     }
     return Fault::None;

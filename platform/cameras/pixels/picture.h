@@ -67,7 +67,7 @@ enum class Fields {
 
 struct Plane {
     const uint8_t* data = nullptr;
-    size_t bytes = 0; // that may be read
+    size_t bytes = 0; // that may be read, more than the rows need or not
     int stride = 0;   // bytes from row to row; unused for Jpeg
 };
 
@@ -89,6 +89,9 @@ struct PlaneShape {
 };
 PlaneShape planeShape(Layout layout, int plane, int width, int height);
 
+// From the first byte to the last of one plane; all that there is of a Jpeg.
+size_t bytesOfPlane(const Picture& picture, int plane);
+
 // For planes that lie in one block of memory, one after the other without gaps: rows of chroma are as long as
 // those of the first plane, padding and all, or half or twice as long, as the layout has it.
 //
@@ -97,8 +100,8 @@ int minimumStride(Layout layout, int width);
 // How many bytes a picture takes from its first to its last. Padding behind the last row is not asked for:
 // some drivers count it in, others do not. 1 for Jpeg.
 size_t neededBytes(Layout layout, int width, int height, int stride);
-// Divides a block into the picture's planes, by its layout and size. A plane that lies beyond the end of the
-// block gets no bytes.
+// Sets the picture's planes, by its layout and size. Each may be read to the end of the block; one that lies
+// beyond gets no bytes.
 void setBlock(Picture& picture, const uint8_t* data, size_t bytes, int stride);
 
 // Why a picture cannot be shown.

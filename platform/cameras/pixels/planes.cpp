@@ -39,8 +39,9 @@ struct Planes {
     const uint8_t* y;
     int stride; // bytes
     const uint8_t* u;
+    int strideU;
     const uint8_t* v;
-    int chromaStride;
+    int strideV;
 };
 
 size_t area(int width, int height) {
@@ -67,7 +68,7 @@ Planes splitPacked(const Picture& p, Chroma chroma, uint8_t* memory) {
     auto* split = lumaFirst ? (halved ? libyuv::YUY2ToI420 : libyuv::YUY2ToI422)
                             : (halved ? libyuv::UYVYToI420 : libyuv::UYVYToI422);
     split(from.data, from.stride, memory, p.width, u, columns, v, columns, p.width, p.height);
-    Planes planes = {chroma, p.width, p.height, memory, p.width, u, v, columns};
+    Planes planes = {chroma, p.width, p.height, memory, p.width, u, columns, v, columns};
     if (p.layout == Layout::Yvyu || p.layout == Layout::Vyuy)
         std::swap(planes.u, planes.v);
     return planes;
@@ -82,7 +83,7 @@ Planes splitInterleaved(const Picture& p, uint8_t* memory) {
     uint8_t* const u = memory;
     uint8_t* const v = memory + area(columns, rows);
     libyuv::SplitUVPlane(from.data, from.stride, u, columns, v, columns, columns, rows);
-    Planes planes = {chroma, p.width, p.height, luma.data, luma.stride, u, v, columns};
+    Planes planes = {chroma, p.width, p.height, luma.data, luma.stride, u, columns, v, columns};
     if (p.layout == Layout::Nv21)
         std::swap(planes.u, planes.v);
     return planes;
@@ -94,14 +95,12 @@ Planes planesOf(const Picture& p, Chroma forPacked, uint8_t* memory) {
         return splitPacked(p, forPacked, memory);
     if (planeCount(p.layout) == 2)
         return splitInterleaved(p, memory);
-    const Plane& first = p.planes[1];
-    const Plane& second = p.planes[2];
+    const Plane& luma = p.planes[0];
     const bool vFirst = p.layout == Layout::Yv12;
-    Planes planes = {chromaOf(p.layout), p.width,    p.height,    p.planes[0].data,
-                     p.planes[0].stride, first.data, second.data, first.stride};
-    if (vFirst)
-        std::swap(planes.u, planes.v);
-    return planes;
+    const Plane& u = p.planes[vFirst ? 2 : 1];
+    const Plane& v = p.planes[vFirst ? 1 : 2];
+    return {chromaOf(p.layout), p.width, p.height, luma.data, luma.stride, u.data,
+            u.stride,           v.data,  v.stride};
 }
 
 // The same picture in eight bits.
@@ -125,8 +124,8 @@ bool convertPlanes(const Planes& p, YuvMatrix matrix, const Output& to) {
                     : p.chroma == Chroma::HalvedColumns
                         ? (bgra ? libyuv::I422ToARGBMatrix : libyuv::I422ToRGB24Matrix)
                         : (bgra ? libyuv::I420ToARGBMatrix : libyuv::I420ToRGB24Matrix);
-    return convert(p.y, p.stride, p.u, p.chromaStride, p.v, p.chromaStride, to.data, to.stride,
-                   &constants(matrix), p.width, p.height) == 0;
+    return convert(p.y, p.stride, p.u, p.strideU, p.v, p.strideV, to.data, to.stride, &constants(matrix),
+                   p.width, p.height) == 0;
 }
 
 // Of the picture's own size, in one go. False where libyuv has none such.
@@ -176,9 +175,9 @@ bool convertScaled(const Planes& from, YuvMatrix matrix, const Output& to, Pixel
     uint8_t* const u = y + area(to.width, to.height);
     uint8_t* const v = u + area(columns, rows);
     scalePlane({from.y, from.width, from.height, from.stride}, {y, to.width, to.height, to.width}, pool);
-    scalePlane({from.u, fromColumns, fromRows, from.chromaStride}, {u, columns, rows, columns}, pool);
-    scalePlane({from.v, fromColumns, fromRows, from.chromaStride}, {v, columns, rows, columns}, pool);
-    return convertPlanes({from.chroma, to.width, to.height, y, to.width, u, v, columns}, matrix, to);
+    scalePlane({from.u, fromColumns, fromRows, from.strideU}, {u, columns, rows, columns}, pool);
+    scalePlane({from.v, fromColumns, fromRows, from.strideV}, {v, columns, rows, columns}, pool);
+    return convertPlanes({from.chroma, to.width, to.height, y, to.width, u, columns, v, columns}, matrix, to);
 }
 
 // Y of a packed picture.

@@ -1,7 +1,5 @@
 #include "platform/cameras/pixels/scaling.h"
 
-#include "base/limits.h"
-
 #include <libyuv.h>
 
 namespace ostrel {

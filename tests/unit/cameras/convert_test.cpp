@@ -185,7 +185,7 @@ TEST_P(EveryLayout, RefusesAPlaneThatIsOneByteShort) {
         DrawnPicture drawn(GetParam(), 64, 48, storage);
         const Drawing to(OutputFormat::Bgra, 64, 48, 0);
         EXPECT_EQ(convert(drawn.picture, to.output, pool), Fault::None);
-        --drawn.picture.planes[static_cast<size_t>(plane)].bytes;
+        drawn.picture.planes[static_cast<size_t>(plane)].bytes = bytesOfPlane(drawn.picture, plane) - 1;
         EXPECT_EQ(convert(drawn.picture, to.output, pool), Fault::Truncated);
     }
 }

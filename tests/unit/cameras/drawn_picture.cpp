@@ -117,6 +117,8 @@ DrawnPicture::DrawnPicture(Layout layout, int width, int height, const Draw& dra
         plane.stride = static_cast<size_t>(stride);
         if (i > 0)
             plane.stride = plane.stride * chroma.strideNumerator / chroma.strideDenominator;
+        if (storage.blocks)
+            plane.stride += static_cast<size_t>(2 * i); // each its own
         plane.rows = i > 0 ? (height + chroma.rows - 1) / chroma.rows : height;
         plane.which = storage.blocks ? i : 0;
         plane.begin = storage.blocks ? 0 : begin;
