@@ -11,7 +11,6 @@
 
 namespace ostrel {
 
-using wrapping::add;
 using wrapping::at;
 using wrapping::mul;
 using wrapping::neg;
@@ -19,12 +18,12 @@ using wrapping::neg;
 namespace {
 
 // The planes of an I420 frame in one buffer. The chroma planes take a quarter of the luma plane each and half
-// its stride, cut off and not rounded up.
+// its stride, cut off and not rounded up. Each plane is reached from the one before: the sum of both offsets
+// may wrap where neither does.
 template <typename Byte>
 struct Planes {
     Planes(Byte* base, int width, int height)
-        : y(base), u(at(base, mul(width, height))),
-          v(at(base, add(mul(width, height), mul(width, height) / 4))), yStride(width),
+        : y(base), u(at(base, mul(width, height))), v(at(u, mul(width, height) / 4)), yStride(width),
           chromaStride(width / 2) {}
 
     Byte* y;
@@ -55,6 +54,37 @@ size_t i420Extent(int width, int height) {
     const int64_t lastChromaRow = (static_cast<int64_t>(height) + 1) / 2 - 1;
     return static_cast<size_t>(luma + luma / 4 + lastChromaRow * (width / 2) +
                                (static_cast<int64_t>(width) + 1) / 2);
+}
+
+// The last row of packToYUY2(), pixel by pixel.
+void packLastRow(const Planes<const uint8_t>& from, const uint8_t* end, uint8_t* dst, int width, int height) {
+    const uint8_t NO_COLOUR = 128;
+    const ptrdiff_t row = height - 1;
+    const uint8_t* const y = from.y + row * from.yStride;
+    const uint8_t* const u = from.u + row / 2 * from.chromaStride;
+    const uint8_t* const v = from.v + row / 2 * from.chromaStride;
+    uint8_t* to = dst + row * 2 * width;
+    for (int x = 0; x < width; ++x) {
+        const uint8_t* const chroma = (x % 2 == 0 ? u : v) + x / 2;
+        *to++ = y[x];
+        *to++ = chroma < end ? *chroma : NO_COLOUR;
+    }
+}
+
+// I420 to YUY2 that stays within the frames at any size: src holds srcBytes, dst a frame. libyuv packs pixels
+// in pairs and reads chroma rounded up, so that with an odd size its last row ends behind both.
+int packToYUY2(const uint8_t* src, size_t srcBytes, uint8_t* dst, int width, int height) {
+    if (width < 1 || height < 1 || (width % 2 == 0 && height % 2 == 0))
+        return OVideoConverter::I420ToYUY2(src, dst, width, height, 0);
+    if (!src || !dst)
+        return -1;
+    const Planes<const uint8_t> from(src, width, height);
+    // What these rows have too much lies in the next one, which is written after them.
+    if (height > 1)
+        libyuv::I420ToYUY2(from.y, from.yStride, from.u, from.chromaStride, from.v, from.chromaStride, dst,
+                           mul(width, 2), width, height - 1);
+    packLastRow(from, src + srcBytes, dst, width, height);
+    return 0;
 }
 
 int topDownRGB24ToI420(const uint8_t* src, uint8_t* dst, int width, int height) {
@@ -123,20 +153,14 @@ int OVideoConverter::RGB24ToYUY2(const std::vector<uint8_t>& src, std::vector<ui
     std::vector<uint8_t> i420(std::max(bytes(rgb24Size / 2), i420Extent(width, height)));
     // Only the second step decides the answer: without the first the frame is all zero bytes.
     topDownRGB24ToI420(src.data(), i420.data(), width, height);
-
-    // libyuv writes pixels in pairs, so that the last row of an odd width ends two bytes beyond the frame.
-    const size_t spill = width % 2 != 0 ? 2 : 0;
-    dst.resize(dst.size() + spill);
-    const int answer = I420ToYUY2(i420.data(), dst.data(), width, height, 0);
-    dst.resize(dst.size() - spill);
-    return answer;
+    return packToYUY2(i420.data(), i420.size(), dst.data(), width, height);
 }
 
 int OVideoConverter::convertToYUY2(const std::vector<uint8_t>& src, std::vector<uint8_t>& dst, int width,
                                    int height) {
     const int32_t rgb24Size = mul(width, 3, height);
     if (src.size() == bytes(rgb24Size / 2))
-        return fits32Bits(width, height) ? I420ToYUY2(src.data(), dst.data(), width, height, 0) : -1;
+        return fits32Bits(width, height) ? packToYUY2(src.data(), src.size(), dst.data(), width, height) : -1;
     if (src.size() == bytes(rgb24Size))
         return RGB24ToYUY2(src, dst, width, height);
     return -1;

@@ -58,6 +58,15 @@ libyuv::FilterMode filterOf(ScaleMethod method) {
     return static_cast<libyuv::FilterMode>(method);
 }
 
+int scaleI420(const uint8_t* src, const Size& srcSize, uint8_t* dst, const Size& dstSize,
+              ScaleMethod method) {
+    const Planes<const uint8_t> from(src, srcSize);
+    const Planes<uint8_t> to(dst, dstSize);
+    return libyuv::I420Scale(from.y, from.yStride, from.u, from.chromaStride, from.v, from.chromaStride,
+                             srcSize.width, srcSize.height, to.y, to.yStride, to.u, to.chromaStride, to.v,
+                             to.chromaStride, dstSize.width, dstSize.height, filterOf(method));
+}
+
 } // namespace
 
 int OVideoScaler::scaleI420Frame(VIDEO_QUALITY srcQuality, std::vector<uint8_t>& src,
@@ -67,11 +76,7 @@ int OVideoScaler::scaleI420Frame(VIDEO_QUALITY srcQuality, std::vector<uint8_t>&
     if (src.size() != srcSize.i420Bytes())
         return -1;
     dst.resize(dstSize.i420Bytes());
-    const Planes<const uint8_t> from(src.data(), srcSize);
-    const Planes<uint8_t> to(dst.data(), dstSize);
-    return libyuv::I420Scale(from.y, from.yStride, from.u, from.chromaStride, from.v, from.chromaStride,
-                             srcSize.width, srcSize.height, to.y, to.yStride, to.u, to.chromaStride, to.v,
-                             to.chromaStride, dstSize.width, dstSize.height, filterOf(method));
+    return scaleI420(src.data(), srcSize, dst.data(), dstSize, method);
 }
 
 int OVideoScaler::scaleYUY2Frame(VIDEO_QUALITY srcQuality, std::vector<uint8_t>& src,
@@ -82,12 +87,15 @@ int OVideoScaler::scaleYUY2Frame(VIDEO_QUALITY srcQuality, std::vector<uint8_t>&
         return -1;
     // No step's answer counts from here on. A level that is none makes them do nothing, and what is packed
     // into dst are the zero bytes of the scaled frame.
-    std::vector<uint8_t> unpacked(srcSize.i420Bytes());
-    OVideoConverter::YUY2ToI420(srcSize.width, srcSize.height, src.data(), unpacked.data());
-    std::vector<uint8_t> scaled(dstSize.i420Bytes());
-    scaleI420Frame(srcQuality, unpacked, dstQuality, scaled, method);
+    // Both temporary frames are one block: when two of the same size are freed one after the other, glibc's
+    // malloc returns them to the kernel, and the page faults of the next call cost ten times its work.
+    std::vector<uint8_t> frames(srcSize.i420Bytes() + dstSize.i420Bytes());
+    uint8_t* const unpacked = frames.data();
+    uint8_t* const scaled = unpacked + srcSize.i420Bytes();
+    OVideoConverter::YUY2ToI420(srcSize.width, srcSize.height, src.data(), unpacked);
+    scaleI420(unpacked, srcSize, scaled, dstSize, method);
     dst.resize(dstSize.yuy2Bytes());
-    OVideoConverter::I420ToYUY2(scaled.data(), dst.data(), dstSize.width, dstSize.height, 0);
+    OVideoConverter::I420ToYUY2(scaled, dst.data(), dstSize.width, dstSize.height, 0);
     return 0;
 }
 

@@ -46,8 +46,7 @@ enum ScaleMethod : int {
 //   I420          planes Y, U, V              width * height * 3 / 2 bytes
 // Width and height are pixels, positive and even. Colours are BT.601 with limited range. Raw pointers are the
 // caller's: they must hold a frame of the given size, and nothing is kept after the call. Answers: 0, or -1
-// with the destination untouched when the arguments are refused (a null pointer, a width below 1, a height
-// of 0).
+// with no byte written when the arguments are refused (a null pointer, a width below 1, a height of 0).
 class OSTREL_EXPORT OVideoConverter {
 public:
     OVideoConverter() {}
@@ -67,7 +66,8 @@ public:
     static int RGB24ToARGB32(const std::vector<uint8_t>& src, std::vector<uint8_t>& dst, int width,
                              int height);
     // src is top row first and must have exactly width * 3 * height bytes, else -1 and dst is untouched. dst
-    // is resized to its frame. Throws std::bad_alloc.
+    // is resized to its frame before anything else is looked at: two negative sides, whose product is a
+    // length as well, are refused after that. Throws std::bad_alloc.
     static int RGB24ToYUY2(const std::vector<uint8_t>& src, std::vector<uint8_t>& dst, int width, int height);
     // src is I420 (dst is not resized and must already hold width * 2 * height bytes) or RGB24 (as
     // RGB24ToYUY2), told apart by its length; any other length answers -1 and dst is untouched.

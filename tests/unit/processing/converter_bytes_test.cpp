@@ -141,7 +141,9 @@ TEST_P(RGB24ToYUY2Bytes, ReachNothingBeyondTheFrameInALargerVector) {
     const uint8_t* const storage = dst.data();
     EXPECT_EQ(OVideoConverter::RGB24ToYUY2(src, dst, GetParam().width, GetParam().height), 0);
     EXPECT_TRUE(dst == expected);
-    EXPECT_EQ(dst.data(), storage) << "moved, though it was large enough";
+    ASSERT_EQ(dst.data(), storage) << "moved, though it was large enough";
+    // What was cut off is still the vector's memory.
+    EXPECT_EQ(Bytes(storage + expected.size(), storage + expected.size() + 64), Bytes(64, Guarded::FILL));
 }
 
 TEST_P(RGB24ToYUY2Bytes, AreTheSameThroughConvertToYUY2) {
@@ -166,14 +168,19 @@ TEST(ConvertToYUY2Bytes, OfI420EqualThoseOfTheLibyuvCall) {
     }
 }
 
-TEST(ConvertToYUY2Bytes, OfI420WithAnOddWidthEqualThoseOfTheLibyuvCall) {
-    for (Size size : {Size{3, 2}, Size{5, 4}, Size{641, 480}}) {
-        const Bytes src = noise(static_cast<size_t>(size.width * 3 * size.height / 2), 3);
-        Bytes dst(yuy2Bytes(size), Guarded::FILL);
+TEST(ConvertToYUY2Bytes, OfI420WithOddSidesEqualThoseOfTheLibyuvCallWithinBothFrames) {
+    for (Size size : {Size{1, 1}, Size{1, 2}, Size{2, 1}, Size{3, 2}, Size{5, 4}, Size{4, 3}, Size{5, 3},
+                      Size{641, 480}, Size{640, 481}, Size{641, 481}}) {
+        const size_t frame = static_cast<size_t>(size.width * size.height * 2);
+        Bytes src = noise(static_cast<size_t>(size.width * 3 * size.height / 2), 3);
+        Bytes dst(frame + 8, Guarded::FILL);
         EXPECT_EQ(OVideoConverter::convertToYUY2(src, dst, size.width, size.height), 0) << size;
 
-        Bytes expected(dst.size(), Guarded::FILL);
+        // libyuv reads chroma behind the source, which counts as no colour, and writes behind the frame.
+        src.resize(i420Bytes(size) + 8, 128);
+        Bytes expected(frame + 8, Guarded::FILL);
         plainI420ToYUY2(src.data(), expected.data(), size.width, size.height);
+        std::fill(expected.begin() + static_cast<ptrdiff_t>(frame), expected.end(), Guarded::FILL);
         EXPECT_TRUE(dst == expected) << size;
     }
 }

@@ -7,6 +7,7 @@
 #include <libyuv.h>
 
 #include <limits.h>
+#include <sys/resource.h>
 
 using namespace frames;
 using namespace ostrel;
@@ -242,3 +243,22 @@ TEST(ScaleMethods, OfOtherNumbersReachLibyuvUnchanged) {
             EXPECT_TRUE(dst == wanted) << number << " to level " << to;
         }
 }
+
+// Memory fresh from the kernel for each call would cost many times what the scaling does. The sanitizers have
+// a heap of their own.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST(ScaleYUY2Frame, TakesNoFreshPagesOnceItHasRun) {
+    Bytes src = noise(yuy2Bytes(LEVELS[2]), 9);
+    Bytes dst;
+    const auto faultsOf = [&](int calls) {
+        rusage before, after;
+        getrusage(RUSAGE_THREAD, &before);
+        for (int i = 0; i < calls; ++i)
+            OVideoScaler::scaleYUY2Frame(VIDEO_QUALITY_HD, src, VIDEO_QUALITY_HD, dst, SCALE_METHOD_NONE);
+        getrusage(RUSAGE_THREAD, &after);
+        return after.ru_minflt - before.ru_minflt;
+    };
+    faultsOf(3);
+    EXPECT_LT(faultsOf(20), 200); // two frames of the temporary memory alone are 675 pages a call
+}
+#endif
