@@ -1,6 +1,7 @@
 #import <ostrel/capture_session.h>
 
 #include "base/fast_enumeration.h"
+#include "base/text.h"
 #include "capture/diagnostics.h"
 #include "capture/replaced_sessions.h"
 
@@ -22,7 +23,7 @@ ostrel::ReplacedSessions& replacedSessions() {
 QTCaptureDevice* cameraWithIdentifier(const std::string& identifier) {
     QTCaptureDevice* found = nil;
     ostrel::forEachObject([QTCaptureDevice inputDevicesWithMediaType:QTMediaTypeVideo], [&](id device) {
-        if (std::string([[device uniqueID] UTF8String]) == identifier)
+        if (ostrel::requiredText([[device uniqueID] UTF8String]) == identifier)
             found = device;
         return found == nil;
     });
@@ -51,7 +52,7 @@ NSDictionary* pixelBufferAttributes(int64_t width, int64_t height) {
 - (void)setCamera:(const char*)cameraId withWidth:(int64_t)width withHeigth:(int64_t)height {
     m_width = width;
     m_height = height;
-    m_cameraId = cameraId;
+    m_cameraId = ostrel::requiredText(cameraId);
 }
 
 - (void)startObjCapture {

@@ -1,6 +1,7 @@
 #include "devices/platform_listing.h"
 
 #include "base/fast_enumeration.h"
+#include "base/text.h"
 
 #import <Foundation/Foundation.h>
 #import <QTKit/QTKit.h>
@@ -38,8 +39,8 @@ std::vector<std::pair<std::string, std::string>> platformCameras() {
     std::call_once(used, useFoundationOnce);
     const OwnPool pool;
     forEachObject([QTCaptureDevice inputDevicesWithMediaType:QTMediaTypeVideo], [&cameras](id device) {
-        const std::string identifier([[device uniqueID] UTF8String]);
-        const std::string name([[device localizedDisplayName] UTF8String]);
+        const std::string identifier = requiredText([[device uniqueID] UTF8String]);
+        const std::string name = requiredText([[device localizedDisplayName] UTF8String]);
         cameras.push_back(std::make_pair(identifier, name));
         return true;
     });

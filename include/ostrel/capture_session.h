@@ -31,7 +31,7 @@
 - (id)init;
 
 // Which camera to open (its exact identifier, UTF-8, ends with a NUL; copied) and the frame size in pixels.
-// Nothing is checked or opened.
+// Nothing is checked or opened. Throws std::logic_error when cameraId is null.
 - (void)setCamera:(const char*)cameraId withWidth:(int64_t)width withHeigth:(int64_t)height;
 
 // Opens the camera and starts it. Failures are reported on standard error and by NSLog only.

@@ -78,16 +78,32 @@ TEST(DeviceRecord, ListReadBeforeIsNotTouchedByLaterFormatsOrByTheDevicesEnd) {
     EXPECT_TRUE(same(list.first(), {4, 1, 2}));
 }
 
-TEST(DeviceRecord, ReplacesItsListAndSharesNothingWithTheGivenOne) {
+TEST(DeviceRecord, ReplacesItsListByTheGivenOneAndLeavesThatAsItIs) {
     OVideoDeviceUnix device;
     device.addVideoFormat({4, 1, 1});
     QList<OVideoFormat> given;
     given << OVideoFormat{5, 6, 7} << OVideoFormat{8, 9, 10};
     device.setVideoFormats(given);
-    given.clear();
+    ASSERT_EQ(given.size(), 2); // it is passed by a reference that is not const
+    EXPECT_TRUE(same(given.at(0), {5, 6, 7}));
+    EXPECT_TRUE(same(given.at(1), {8, 9, 10}));
     ASSERT_EQ(device.videoFormats().size(), 2);
     EXPECT_TRUE(same(device.videoFormats().at(0), {5, 6, 7}));
     EXPECT_TRUE(same(device.videoFormats().at(1), {8, 9, 10}));
+}
+
+TEST(DeviceRecord, ChangesOfEitherListDoNotReachTheOther) {
+    OVideoDeviceUnix device;
+    QList<OVideoFormat> given;
+    given << OVideoFormat{5, 6, 7};
+    device.setVideoFormats(given);
+    given[0].width = 60;
+    given << OVideoFormat{8, 9, 10};
+    ASSERT_EQ(device.videoFormats().size(), 1);
+    EXPECT_TRUE(same(device.videoFormats().first(), {5, 6, 7}));
+    device.addVideoFormat({11, 12, 13});
+    ASSERT_EQ(given.size(), 2);
+    EXPECT_TRUE(same(given.at(1), {8, 9, 10}));
 }
 
 TEST(DeviceRecord, SettingItsOwnListChangesNothing) {

@@ -84,17 +84,6 @@ TEST_F(Enumeration, VeryLongTextsAreListedWhole) {
     EXPECT_EQ(videoDevices().value(QString::fromStdString(identifier)), QString::fromStdString(name));
 }
 
-TEST_F(Enumeration, OfTwoCamerasWithOneIdentifierTheLaterOneGivesTheName) {
-    machineHas({camera("same", "earlier"), camera("other", "Other"), camera("same", "later")});
-    const QMap<QString, QString> found = videoDevices();
-    EXPECT_EQ(found.size(), 2);
-    EXPECT_EQ(found.value("same"), QString("later"));
-    devices = info.devices();
-    ASSERT_EQ(devices.size(), 2);
-    EXPECT_EQ(devices.at(1)->uniqueID(), QString("same"));
-    EXPECT_EQ(devices.at(1)->name(), QString("later"));
-}
-
 TEST_F(Enumeration, DevicesAreInAscendingOrderOfIdentifiersWithUpperCaseFirst) {
     for (const char* identifier : {"b", "a", "Z", "c", "B", "10", "9", ""})
         attach(identifier, std::string("name of ") + identifier);

@@ -62,6 +62,40 @@ TEST_F(Lookup, IgnoresLetterCase) {
               QString::fromUtf8("Camera-\xc3\x84"));
 }
 
+// Each pair is equal in another way of comparing, but not in lower case.
+TEST_F(Lookup, ComparesInLowerCaseAndInNoOtherWay) {
+    const char* const pairs[][2] = {
+        {"stra\xc3\x9f"
+         "e",
+         "STRASSE"},                     // sharp s: equal when folded fully or in upper case
+        {"\xc4\xb1sik", "Isik"},         // dotless i: equal in upper case
+        {"\xcf\x83", "\xcf\x82"},        // sigma and final sigma: equal folded and in upper case
+        {"\xc5\xbf", "s"},               // long s: likewise
+        {"\xc2\xb5", "\xce\xbc"},        // micro sign and mu: likewise
+        {"cafe\xcc\x81", "caf\xc3\xa9"}, // two ways to write one letter: equal when normalised
+        {"camera-1", "camera-2"},        // equal in length
+    };
+    for (const auto& pair : pairs) {
+        const auto camera = attach(pair[0]);
+        EXPECT_TRUE(info.deviceByID(QString::fromUtf8(pair[0]))) << pair[0];
+        EXPECT_FALSE(info.deviceByID(QString::fromUtf8(pair[1]))) << pair[1];
+        detach(camera);
+        const auto other = attach(pair[1]);
+        EXPECT_FALSE(info.deviceByID(QString::fromUtf8(pair[0]))) << pair[0];
+        detach(other);
+    }
+}
+
+// These are equal in lower case alone: the Kelvin sign's is k, a capital sharp s's is the small one.
+TEST_F(Lookup, FindsWhateverIsEqualInLowerCase) {
+    for (const auto& pair :
+         {std::pair<const char*, const char*>{"\xe2\x84\xaa", "k"}, {"\xe1\xba\x9e", "\xc3\x9f"}}) {
+        const auto camera = attach(pair.first);
+        EXPECT_TRUE(info.deviceByID(QString::fromUtf8(pair.second))) << pair.second;
+        detach(camera);
+    }
+}
+
 TEST_F(Lookup, ComparesWholeIdentifiersWithoutTrimming) {
     attach("camera-11");
     EXPECT_TRUE(info.deviceByID("camera-1").isNull());
