@@ -45,7 +45,7 @@ int main(int argc, char** argv) {
     OVideoCommon::qualityToResolution(VIDEO_QUALITY_LD, smallWidth, smallHeight);
 
     QSharedPointer<OVideoCaptureUnix> capture = OVideoCaptureUnix::ptr();
-    capture->startCapture(videoDevices().firstKey().toLatin1().constData(), width, height);
+    capture->startCapture(videoDevices().keys().first().toLatin1().constData(), width, height);
 
     // All three buffers live as long as the loop: fresh memory for each frame costs more than the scaling.
     VideoFrame frame;

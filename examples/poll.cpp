@@ -12,7 +12,7 @@ int main() {
     if (ostrel::videoDevices().isEmpty())
         pattern.attach(); // no camera here, so capture from one without hardware
 
-    const QByteArray id = ostrel::videoDevices().firstKey().toLatin1();
+    const QByteArray id = ostrel::videoDevices().keys().first().toLatin1();
     QSharedPointer<ostrel::OVideoCaptureUnix> capture = ostrel::OVideoCaptureUnix::ptr();
     capture->startCapture(id.constData(), 640, 480); // returns at once, frames arrive later
 

@@ -34,7 +34,8 @@ public:
     QString name(); // the identifier when it was constructed with an empty one
 
     // Adds the camera to the machine's listing. False, with nothing changed, when it is attached already,
-    // when another attached virtual camera has the same identifier, or when the identifier is empty.
+    // when another attached virtual camera has the same identifier, or when the identifier is empty or holds
+    // anything but printable ASCII: startCapture() takes no other. Names may be any text.
     bool attach();
     // Takes it out of the listing, as if unplugged: captures end, the last frame stays readable. No frame is
     // delivered after the return. Attached again it is a camera like new, with the faults and the figures

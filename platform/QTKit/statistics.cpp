@@ -1,20 +1,13 @@
 #include <ostrel/camera_state.h>
 #include <ostrel/statistics.h>
 
+#include "base/qt_text.h"
 #include "base/shared_object.h"
 #include "platform/QTKit/open_camera.h"
 
 namespace ostrel {
 
 namespace {
-
-std::string utf8(const QString& text) {
-    return text.toUtf8().constData();
-}
-
-QString qt(const std::string& text) {
-    return QString::fromUtf8(text.c_str());
-}
 
 OVideoStatistics figuresOf(const cameras::StreamStatistics& figures) {
     OVideoStatistics result;
@@ -23,12 +16,12 @@ OVideoStatistics figuresOf(const cameras::StreamStatistics& figures) {
     result.skipped = figures.skipped;
     result.lost = figures.lost;
     for (const auto& reason : figures.dropped)
-        result.dropped.insert(qt(reason.first), reason.second);
-    result.grantedFormat = qt(figures.granted.format);
+        result.dropped.insert(textOf(reason.first), reason.second);
+    result.grantedFormat = textOf(figures.granted.format);
     result.grantedWidth = figures.granted.size.width;
     result.grantedHeight = figures.granted.size.height;
     result.grantedRate = figures.granted.rate;
-    result.ended = qt(figures.ended);
+    result.ended = textOf(figures.ended);
     return result;
 }
 
@@ -49,7 +42,7 @@ OVideoCameraState::RefusedAt stageOf(Refused refused) {
 } // namespace
 
 bool videoStatistics(const QString& uniqueID, OVideoStatistics& statistics) {
-    QTCaptureDeviceState* device = deviceStateOf(utf8(uniqueID));
+    QTCaptureDeviceState* device = deviceStateOf(utf8Of(uniqueID));
     if (!device)
         return false;
     const DeviceReport report = device->report();
@@ -65,7 +58,7 @@ struct OVideoCameraStatePrivate {
 
 OVideoCameraState::OVideoCameraState(const QString& uniqueID)
     : d(sharedObject(std::unique_ptr<OVideoCameraStatePrivate>(new OVideoCameraStatePrivate))) {
-    if (QTCaptureDeviceState* device = deviceStateOf(utf8(uniqueID))) {
+    if (QTCaptureDeviceState* device = deviceStateOf(utf8Of(uniqueID))) {
         d->known = true;
         d->report = device->report();
     }
@@ -93,15 +86,15 @@ OVideoCameraState::RefusedAt OVideoCameraState::refusedAt() const {
 }
 
 QString OVideoCameraState::refused() const {
-    return qt(d->report.refusal.text);
+    return textOf(d->report.refusal.text);
 }
 
 QString OVideoCameraState::ended() const {
-    return qt(d->report.statistics.ended);
+    return textOf(d->report.statistics.ended);
 }
 
 QString OVideoCameraState::stalled() const {
-    return qt(d->report.statistics.stalled);
+    return textOf(d->report.statistics.stalled);
 }
 
 uint64_t OVideoCameraState::restarts() const {
@@ -109,11 +102,11 @@ uint64_t OVideoCameraState::restarts() const {
 }
 
 QString OVideoCameraState::shared() const {
-    return qt(d->report.statistics.shared);
+    return textOf(d->report.statistics.shared);
 }
 
 QString OVideoCameraState::capturedBy() const {
-    return qt(d->report.statistics.by);
+    return textOf(d->report.statistics.by);
 }
 
 OVideoStatistics OVideoCameraState::statistics() const {

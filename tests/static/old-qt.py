@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
-"""old-qt.py BUILD - the three subsystems keep to C++11 and to the Qt calls that the 4.8 series has as well.
+"""old-qt.py BUILD - what meets old programs keeps to the Qt calls that the 4.8 series has as well.
 
-No Qt 4 is at hand, so their sources are compiled as BUILD, a Qt 5 build, compiles them, in C++11, with everything
-that Qt 5 calls deprecated taken away and with the switches that forbid what came later; and their text is searched for
-the newer ways that no switch forbids.
+The ground floor and the three subsystems do, in C++11; so do the public headers, the framework's use of Qt behind
+them, and the programs in the documentation. No Qt 4 is at hand, so the sources are compiled as BUILD, a Qt 5 build,
+compiles them, with everything that Qt 5 calls deprecated taken away and with the switches that forbid what came later;
+and the text is searched for the newer ways that no switch forbids.
 """
 import json
 import pathlib
@@ -12,25 +13,39 @@ import shlex
 import subprocess
 import sys
 
-SWITCHES = ["-std=c++11", "-fsyntax-only", "-Werror", "-DQT_DISABLE_DEPRECATED_BEFORE=0x050f00", "-DQT_NO_FOREACH",
+SWITCHES = ["-fsyntax-only", "-Werror", "-DQT_DISABLE_DEPRECATED_BEFORE=0x050f00", "-DQT_NO_FOREACH",
             "-DQT_NO_KEYWORDS", "-DQT_NO_CAST_FROM_ASCII", "-DQT_NO_CAST_TO_ASCII", "-DQT_NO_NARROWING_CONVERSIONS_IN_CONNECT"]
-NEWER = {
+NEWER_QT = {
     r"\bQ_FOREACH\b|\bforeach\b": "a loop macro that new compilers break in the 4.8 series",
     r"\bQStringLiteral\b|\bQByteArrayLiteral\b": "Qt 5",
     r"\bconnect\s*\([^;]*&": "connecting by function pointers is Qt 5",
     r"\bQScopeGuard\b|\bqScopeGuard\b|\bQStringView\b|\bQ_NAMESPACE\b|\bqAsConst\b": "Qt 5",
     r"\bQMutexLocker<": "Qt 6",
     r"\bfromStdU16String\b|\bQRandomGenerator\b": "Qt 5",
+    r"\btoStdString\b|\bfromStdString\b": "QByteArray's came with Qt 5, and QString's are Latin-1 in the 4.8 series",
+    r"\b(first|last)Key\s*\(": "Qt 5.2",
+    r"\bQString::v?asprintf\b": "Qt 5.5",
+    r"\bQThread::[mu]?sleep\b": "not public before Qt 5",
+}
+NEWER_CXX = {
     r"\bstd::make_unique\b|\bif constexpr\b|\bstd::optional\b|\bstd::string_view\b": "newer than C++11",
 }
 
 root = pathlib.Path(__file__).resolve().parents[2]
-folders = [root / name for name in ("base", "processing", "devices", "capture")]
+subsystems = [root / name for name in ("base", "processing", "devices", "capture")]
+platform = root / "platform"
 problems = []
 compiled = 0
+
+
+def uses_qt(source):
+    return re.search(r'#\s*(include|import) <(Qt|ostrel/)', source.read_text()) is not None
+
+
 for entry in json.loads((pathlib.Path(sys.argv[1]) / "compile_commands.json").read_text()):
     source = pathlib.Path(entry["file"])
-    if source.parent not in folders or source.suffix not in (".cpp", ".mm"):
+    old_cxx = source.parent in subsystems
+    if source.suffix not in (".cpp", ".mm") or not (old_cxx or platform in source.parents and uses_qt(source)):
         continue
     command = shlex.split(entry["command"])
     if pathlib.Path(command[0]).name == "ccache":
@@ -38,19 +53,27 @@ for entry in json.loads((pathlib.Path(sys.argv[1]) / "compile_commands.json").re
     at = command.index("-o")
     del command[at:at + 2]
     # gcc takes the last of several -std
-    result = subprocess.run(command + SWITCHES, cwd=entry["directory"], capture_output=True, text=True)
+    result = subprocess.run(command + SWITCHES + ["-std=c++11"] * old_cxx, cwd=entry["directory"], capture_output=True,
+                            text=True)
     compiled += 1
     if result.returncode != 0:
         problems.append(f"{source}:\n{result.stderr}")
 
-for folder in folders + [root / "include/ostrel"]:
-    for source in sorted(folder.glob("*")):
-        if source.suffix not in (".cpp", ".mm", ".h") or source.name in ("virtual_camera.h", "statistics.h"):
+
+def search(paths, newer):
+    for source in sorted(paths):
+        if source.suffix not in (".cpp", ".mm", ".h", ".md"):
             continue
         for number, line in enumerate(source.read_text().splitlines(), 1):
-            for pattern, why in NEWER.items():
+            for pattern, why in newer.items():
                 if re.search(pattern, line.split("//")[0]):
                     problems.append(f"{source}:{number}: {why}: {line.strip()}")
+
+
+for folder in subsystems + [root / "include/ostrel"]:
+    search(folder.glob("*"), {**NEWER_QT, **NEWER_CXX})
+search(platform.rglob("*"), NEWER_QT)
+search([root / "README.md", root / "docs/guide.md", *(root / "examples").glob("*")], NEWER_QT)
 
 print(f"{compiled} sources compiled")
 if problems or compiled == 0:

@@ -2,6 +2,8 @@
 
 #include "platform/cameras/virtual/virtual_provider.h"
 
+#include <algorithm>
+
 namespace ostrel {
 
 namespace {
@@ -11,6 +13,12 @@ cameras::StreamingCamera::Identity identityOf(std::string identifier, const std:
     return {identifier, name, name};
 }
 
+// Captures carry identifiers as ASCII: a camera with any other would be listed but never found.
+bool canBeCaptured(const std::string& identifier) {
+    return !identifier.empty() &&
+           std::all_of(identifier.begin(), identifier.end(), [](char c) { return c >= ' ' && c <= '~'; });
+}
+
 } // namespace
 
 VirtualCameraBackend::VirtualCameraBackend(std::string identifier, const std::string& displayName)
@@ -18,7 +26,7 @@ VirtualCameraBackend::VirtualCameraBackend(std::string identifier, const std::st
 
 bool VirtualCameraBackend::attach() {
     std::lock_guard<std::mutex> lock(mutex_);
-    if (camera_ || identifier().empty())
+    if (camera_ || !canBeCaptured(identifier()))
         return false;
     const auto backend = std::make_shared<cameras::FaultyBackend>(makeBackend(), fault_, displayName());
     auto fresh = std::make_shared<cameras::StreamingCamera>(identity_, backend, totals_);

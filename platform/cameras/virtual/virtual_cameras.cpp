@@ -1,6 +1,7 @@
 // The classes of ostrel/virtual_camera.h: thin, as what they stand for may outlive them.
 #include <ostrel/virtual_camera.h>
 
+#include "base/qt_text.h"
 #include "base/shared_object.h"
 #include "platform/cameras/virtual/file_backend.h"
 #include "platform/cameras/virtual/pattern_backend.h"
@@ -24,10 +25,6 @@ const int GREATEST_SIDE = 8192;
 const double LEAST_RATE = 0.001;
 const double GREATEST_RATE = 1000;
 
-std::string utf8(const QString& text) {
-    return text.toUtf8().toStdString();
-}
-
 int clampSide(int pixels) {
     return std::max(LEAST_SIDE, std::min(pixels, GREATEST_SIDE)) / 2 * 2;
 }
@@ -41,7 +38,7 @@ double clampRate(double framesPerSecond) {
 class PatternPlug : public VirtualCameraBackend {
 public:
     PatternPlug(const QString& uniqueID, const QString& name, int width, int height, double framesPerSecond)
-        : VirtualCameraBackend(utf8(uniqueID), utf8(name)), width_(clampSide(width)),
+        : VirtualCameraBackend(utf8Of(uniqueID), utf8Of(name)), width_(clampSide(width)),
           height_(clampSide(height)), framesPerSecond_(clampRate(framesPerSecond)) {}
 
 protected:
@@ -59,7 +56,7 @@ private:
 class FilePlug : public VirtualCameraBackend {
 public:
     FilePlug(const QString& uniqueID, const QString& name, const QString& path, bool loop)
-        : VirtualCameraBackend(utf8(uniqueID), utf8(name)), path_(QFile::encodeName(path).toStdString()),
+        : VirtualCameraBackend(utf8Of(uniqueID), utf8Of(name)), path_(bytesOf(QFile::encodeName(path))),
           loop_(loop) {
         std::shared_ptr<cameras::Y4mClip> clip; // no descriptor stays open for a camera that nobody uses
         error_ = cameras::Y4mClip::open(path_, clip);
@@ -90,7 +87,7 @@ QSharedPointer<VirtualCameraBackend> makePlug(const Arguments&... arguments) {
 class PushPlug : public VirtualCameraBackend {
 public:
     PushPlug(const QString& uniqueID, const QString& name)
-        : VirtualCameraBackend(utf8(uniqueID), utf8(name)) {}
+        : VirtualCameraBackend(utf8Of(uniqueID), utf8Of(name)) {}
 
     // Of the camera that was plugged in last; null before the first.
     std::shared_ptr<cameras::PushBackend> newest() const {
@@ -120,11 +117,11 @@ OVideoVirtualCamera::~OVideoVirtualCamera() {
 }
 
 QString OVideoVirtualCamera::uniqueID() {
-    return QString::fromStdString(d->identifier());
+    return textOf(d->identifier());
 }
 
 QString OVideoVirtualCamera::name() {
-    return QString::fromStdString(d->displayName());
+    return textOf(d->displayName());
 }
 
 bool OVideoVirtualCamera::attach() {
@@ -170,7 +167,7 @@ OVideoFileCamera::OVideoFileCamera(const QString& uniqueID, const QString& name,
     : OVideoVirtualCamera(makePlug<FilePlug>(uniqueID, name, path, loop)) {}
 
 QString OVideoFileCamera::error() {
-    return QString::fromStdString(static_cast<FilePlug&>(*backend()).error());
+    return textOf(static_cast<FilePlug&>(*backend()).error());
 }
 
 int OVideoFileCamera::width() {

@@ -24,16 +24,29 @@ TEST(VirtualListing, NoCameraIsListedBeforeItIsAttached) {
     EXPECT_EQ(nullptr, listed("pattern-1"));
 }
 
-TEST(VirtualListing, AttachedItIsListedWithItsNamesInUtf8) {
-    OVideoTestPatternCamera camera(text("kamera-\xC3\xA4"), text("Testbild \xC3\xBC"));
+TEST(VirtualListing, AttachedItIsListedWithItsNameInUtf8) {
+    OVideoTestPatternCamera camera(text("camera ~1"), text("Testbild \xC3\xBC"));
     EXPECT_TRUE(camera.attach());
     EXPECT_TRUE(camera.isAttached());
-    const auto found = listed("kamera-\xC3\xA4");
+    const auto found = listed("camera ~1");
     ASSERT_NE(nullptr, found);
     EXPECT_EQ("Testbild \xC3\xBC", found->displayName());
     EXPECT_TRUE(found->attached());
-    EXPECT_EQ(text("kamera-\xC3\xA4"), camera.uniqueID());
+    EXPECT_EQ(text("camera ~1"), camera.uniqueID());
     EXPECT_EQ(text("Testbild \xC3\xBC"), camera.name());
+}
+
+// Captures carry identifiers as ASCII: such a camera would be listed, but no capture would find it.
+TEST(VirtualListing, AnIdentifierBeyondPrintableAsciiIsRefused) {
+    for (const QString& identifier :
+         {text("kamera-\xC3\xA4"), text("\xE2\x82\xAC"), text("line\nbreak"), text("tab\t"), text("\x7F"),
+          QString(QChar(0)), text("camera") + QChar(0)}) {
+        OVideoTestPatternCamera camera(identifier, text("Name"));
+        EXPECT_FALSE(camera.attach()) << identifier.toUtf8().constData();
+        EXPECT_FALSE(camera.isAttached());
+        EXPECT_EQ(identifier, camera.uniqueID());
+        EXPECT_EQ(0, listedTimes(identifier.toUtf8().constData()));
+    }
 }
 
 TEST(VirtualListing, ASecondAttachIsRefusedAndChangesNothing) {
