@@ -69,16 +69,19 @@ TEST_F(Slots, TheContractIsPureInTheInterface) {
         EXPECT_EQ(inInterfaceSlot(slot), reinterpret_cast<void*>(&__cxa_pure_virtual)) << slot;
 }
 
-TEST_F(Slots, TheInterfaceOverridesOnlyQtsPlumbingAndItsDestructors) {
-    for (std::size_t slot : {1, 2, 3, 4, 5})
+// The destructors' slots are empty in the table of an abstract class: no object is ever destroyed through it.
+TEST_F(Slots, TheInterfaceOverridesOnlyQtsPlumbing) {
+    for (std::size_t slot : {1, 2, 3})
         EXPECT_NE(inInterfaceSlot(slot), inSlot(thread, slot)) << slot;
     for (std::size_t slot = 6; slot <= 13; ++slot)
         EXPECT_EQ(inInterfaceSlot(slot), inSlot(thread, slot)) << slot;
 }
 
-TEST_F(Slots, TheDriverOverridesTheSameAndRunAndTheContract) {
-    for (std::size_t slot : {1, 2, 3, 4, 5, 13, 14, 15, 16, 17, 18, 19, 20})
+TEST_F(Slots, TheDriverOverridesTheSameAndItsDestructorsAndRunAndTheContract) {
+    for (std::size_t slot : {1, 2, 3, 13, 14, 15, 16, 17, 18, 19, 20})
         EXPECT_NE(inSlot(driver, slot), inInterfaceSlot(slot)) << slot;
+    for (std::size_t slot : {4, 5})
+        EXPECT_NE(inSlot(driver, slot), inSlot(thread, slot)) << slot;
     for (std::size_t slot = 6; slot <= 12; ++slot)
         EXPECT_EQ(inSlot(driver, slot), inSlot(thread, slot)) << slot;
 }

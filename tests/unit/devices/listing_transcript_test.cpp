@@ -35,7 +35,9 @@ TEST(ListingTranscript, OfTwoCamerasWithOneIdentifierTheLaterOneGivesTheName) {
     EXPECT_EQ(devices.at(1)->uniqueID(), QString("same"));
     EXPECT_EQ(devices.at(1)->name(), QString("camera2"));
     qDeleteAll(devices);
-    EXPECT_EQ(info.deviceByID("same")->name(), QString("camera2"));
+    const QSharedPointer<OVideoDeviceUnix> device = info.deviceByID("same");
+    ASSERT_TRUE(device);
+    EXPECT_EQ(device->name(), QString("camera2"));
 }
 
 TEST(ListingTranscript, ACameraWithoutAnIdentifierEndsItWithAnException) {

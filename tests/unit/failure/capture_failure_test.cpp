@@ -103,8 +103,15 @@ TEST_F(CaptureWithoutMemory, ReadingAFrameAsARecord) {
     EXPECT_GE(failEachInTurn(
                   [&](int n) {
                       camera_->deliver(6);
-                      VideoFrame frame;
+                      VideoFrame frame = marked();
                       const Outcome outcome = runFailingAt(n, [&] { driver->selfVideoFrame(frame); });
+                      if (outcome.thrown) { // by the vector: what comes before it is there, the rest is not
+                          EXPECT_EQ(frame.width, 16);
+                          EXPECT_EQ(frame.height, 8);
+                          EXPECT_NE(frame.timestamp, marked().timestamp);
+                          EXPECT_EQ(frame.frameNumber, marked().frameNumber);
+                          EXPECT_EQ(frame.formatId, marked().formatId);
+                      }
                       VideoFrame again;
                       driver->selfVideoFrame(again);
                       EXPECT_EQ(support::numberIn(again.data), 6);

@@ -98,15 +98,16 @@ TEST_F(ListingWithoutMemory, ADeviceRecord) {
 }
 
 TEST_F(ListingWithoutMemory, ADeviceRecordKeepsWhatItHadWhenAFormatCannotBeAdded) {
-    EXPECT_GE(failEachInTurn([](int n) {
-                  OVideoDeviceUnix device;
-                  device.setName("A name");
-                  const OVideoFormat format = {4, 320, 240};
-                  device.addVideoFormat(format);
-                  const Outcome outcome = runFailingAt(n, [&] { device.addVideoFormat(format); });
-                  EXPECT_EQ(device.name(), QString("A name"));
-                  EXPECT_EQ(device.videoFormats().size(), outcome.thrown ? 1 : 2);
-                  return outcome;
-              }),
-              0);
+    const int failures = failEachInTurn([](int n) {
+        OVideoDeviceUnix device;
+        device.setName("A name");
+        const OVideoFormat format = {4, 320, 240};
+        device.addVideoFormat(format);
+        const Outcome outcome = runFailingAt(n, [&] { device.addVideoFormat(format); });
+        EXPECT_EQ(device.name(), QString("A name"));
+        EXPECT_EQ(device.videoFormats().size(), outcome.thrown ? 1 : 2);
+        return outcome;
+    });
+    // A format is a block of its own in Qt 5. In Qt 6 the list is one, taken inside of Qt.
+    EXPECT_EQ(failures, QT_VERSION < QT_VERSION_CHECK(6, 0, 0) ? 1 : 0);
 }
