@@ -80,11 +80,13 @@ int packToYUY2(const uint8_t* src, size_t srcBytes, uint8_t* dst, int width, int
         return -1;
     const Planes<const uint8_t> from(src, width, height);
     // What these rows have too much lies in the next one, which is written after them.
-    if (height > 1)
-        libyuv::I420ToYUY2(from.y, from.yStride, from.u, from.chromaStride, from.v, from.chromaStride, dst,
-                           mul(width, 2), width, height - 1);
-    packLastRow(from, src + srcBytes, dst, width, height);
-    return 0;
+    const int answer = height == 1
+                           ? 0
+                           : libyuv::I420ToYUY2(from.y, from.yStride, from.u, from.chromaStride, from.v,
+                                                from.chromaStride, dst, mul(width, 2), width, height - 1);
+    if (answer == 0)
+        packLastRow(from, src + srcBytes, dst, width, height);
+    return answer;
 }
 
 int topDownRGB24ToI420(const uint8_t* src, uint8_t* dst, int width, int height) {

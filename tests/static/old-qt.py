@@ -36,6 +36,16 @@ subsystems = [root / name for name in ("base", "processing", "devices", "capture
 platform = root / "platform"
 problems = []
 compiled = 0
+headers_compiled = False
+
+
+def compile_as_old(command, old_cxx, directory, source):
+    global compiled
+    # gcc takes the last of several -std
+    result = subprocess.run(command + SWITCHES + ["-std=c++11"] * old_cxx, cwd=directory, capture_output=True, text=True)
+    compiled += 1
+    if result.returncode != 0:
+        problems.append(f"{source}:\n{result.stderr}")
 
 
 def uses_qt(source):
@@ -52,12 +62,14 @@ for entry in json.loads((pathlib.Path(sys.argv[1]) / "compile_commands.json").re
         del command[0]
     at = command.index("-o")
     del command[at:at + 2]
-    # gcc takes the last of several -std
-    result = subprocess.run(command + SWITCHES + ["-std=c++11"] * old_cxx, cwd=entry["directory"], capture_output=True,
-                            text=True)
-    compiled += 1
-    if result.returncode != 0:
-        problems.append(f"{source}:\n{result.stderr}")
+    compile_as_old(command, old_cxx, entry["directory"], source)
+    if source.parent == root / "processing" and not headers_compiled:
+        headers_compiled = True
+        for header in sorted((root / "include/ostrel").glob("*.h")):
+            if header.name != "capture_session.h":  # Objective-C++; a source of capture/ brings it
+                arguments = [argument for argument in command if argument != entry["file"]]
+                compile_as_old(arguments + ["-x", "c++", str(header)], True,
+                               entry["directory"], header)
 
 
 def search(paths, newer):

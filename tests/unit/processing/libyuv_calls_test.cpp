@@ -189,6 +189,7 @@ TEST_F(LibyuvCalls, AnswersArePassedOn) {
         Bytes packed(8 * 6 * 2);
         EXPECT_EQ(OVideoConverter::convertToYUY2(Bytes(8 * 6 * 3 / 2), packed, 8, 6), answer);
         EXPECT_EQ(OVideoConverter::convertToYUY2(Bytes(8 * 6 * 3), packed, 8, 6), answer);
+        EXPECT_EQ(OVideoConverter::convertToYUY2(Bytes(7 * 5 * 3 / 2), packed, 7, 5), answer);
     }
 }
 
