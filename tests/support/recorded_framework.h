@@ -9,7 +9,6 @@
 #include <CoreVideo/CoreVideo.h>
 
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -30,9 +29,6 @@ void begin(const Machine& machine);
 
 void note(const std::string& entry);
 Transcript take(); // since the last call
-
-// Called with each entry before it is written down.
-void onNote(std::function<void(const std::string&)> call);
 
 // The session object whose variables are watched from now on; null for none.
 void watch(void* sessionObject);

@@ -1,6 +1,9 @@
+#include "platform/QTKit/frame_slot.h"
 #include "support/recorded_framework.h"
 
 #import <ostrel/capture_session.h>
+
+#include "support/leaks.h"
 
 #import <objc/objc-sync.h>
 #import <objc/runtime.h>
@@ -26,7 +29,6 @@ struct Recorder {
     std::recursive_mutex mutex;
     Machine machine;
     Transcript transcript;
-    std::function<void(const std::string&)> call;
     std::map<const void*, std::string> names;
     std::map<std::string, int> made;
     NSMutableArray* cameras = nil;
@@ -134,11 +136,11 @@ void takeOverOnce() {
 } // namespace
 
 void begin(const Machine& machine) {
+    const support::KeptByDesign cameras; // whoever met one may still refer to it
     const Lock lock(recorder().mutex);
     takeOverOnce();
     recorder().machine = machine;
     recorder().transcript.clear();
-    recorder().call = nullptr;
     recorder().made.clear();
     recorder().watched = nil;
     recorder().destination = nullptr;
@@ -154,8 +156,6 @@ void begin(const Machine& machine) {
 
 void note(const std::string& entry) {
     const Lock lock(recorder().mutex);
-    if (recorder().call)
-        recorder().call(entry);
     noteChanges();
     recorder().transcript.push_back(entry);
 }
@@ -166,11 +166,6 @@ Transcript take() {
     Transcript taken;
     taken.swap(recorder().transcript);
     return taken;
-}
-
-void onNote(std::function<void(const std::string&)> call) {
-    const Lock lock(recorder().mutex);
-    recorder().call = std::move(call);
 }
 
 void watch(void* sessionObject) {
@@ -408,3 +403,11 @@ size_t CVPixelBufferGetHeight(CVPixelBufferRef buffer) {
 }
 
 @end
+
+// Deliveries are the real framework's; this one has none that a stop could have to reach.
+namespace ostrel {
+
+void FrameSlot::shut(const void*) {}
+void FrameSlot::forget(const void*) {}
+
+} // namespace ostrel

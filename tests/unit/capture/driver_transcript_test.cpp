@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <functional>
 #include <new>
 #include <sys/time.h>
 #include <unistd.h>
