@@ -20,7 +20,13 @@ Error inUse(const std::string& where) {
 } // namespace
 
 Error openFailed(const std::string& where, int number) {
-    if (number == EACCES || number == EPERM)
+    // The node's own permissions answer EACCES; EPERM comes from the rules of a container's or a service's
+    // devices, and no group helps against them.
+    if (number == EPERM)
+        return Error("The container or service that this program runs in may not use " + where +
+                         ": give it the device (--device for a container, DeviceAllow= for a service)",
+                     number);
+    if (number == EACCES)
         return Error(
             "No permission to open " + where +
                 ": add your user to the group \"video\" (sudo usermod -aG video $USER) and log in again",
