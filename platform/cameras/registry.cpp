@@ -18,21 +18,31 @@ Registry& registry() {
     return *instance;
 }
 
+// To be asked without the lock, as that may take a while.
+Providers currentProviders() {
+    Registry& r = registry();
+    std::lock_guard<std::mutex> lock(r.mutex);
+    return r.providers;
+}
+
+template <typename Element>
+void append(std::vector<Element>& all, const std::vector<Element>& more) {
+    all.insert(all.end(), more.begin(), more.end());
+}
+
 } // namespace
 
 std::vector<std::shared_ptr<Camera>> attachedCameras() {
-    Registry& r = registry();
-    Providers providers;
-    {
-        std::lock_guard<std::mutex> lock(r.mutex);
-        providers = r.providers;
-    }
-    // Asking the system may take a while and needs no lock.
     std::vector<std::shared_ptr<Camera>> result;
-    for (const auto& provider : providers) {
-        const std::vector<std::shared_ptr<Camera>> found = provider->list();
-        result.insert(result.end(), found.begin(), found.end());
-    }
+    for (const auto& provider : currentProviders())
+        append(result, provider->list());
+    return result;
+}
+
+std::vector<NodeReport> machineNodes() {
+    std::vector<NodeReport> result;
+    for (const auto& provider : currentProviders())
+        append(result, provider->nodes());
     return result;
 }
 

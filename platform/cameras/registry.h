@@ -10,6 +10,9 @@ namespace cameras {
 // Every attached camera, kind after kind in the order of the providers. Thread-safe, as is everything here.
 std::vector<std::shared_ptr<Camera>> attachedCameras();
 
+// What every provider says of its devices, cameras or not.
+std::vector<NodeReport> machineNodes();
+
 // The kinds of this machine; the one place that names them is platform/machine.cpp.
 Providers machineProviders();
 

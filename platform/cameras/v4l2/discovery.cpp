@@ -7,8 +7,10 @@
 #include <cstring>
 #include <filesystem>
 #include <libudev.h>
+#include <map>
 #include <set>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 
 namespace ostrel {
 namespace cameras {
@@ -21,7 +23,6 @@ struct Unreference {
     void operator()(Object* object) const { Unref(object); }
 };
 using Udev = std::unique_ptr<udev, Unreference<udev, udev_unref>>;
-using Enumerate = std::unique_ptr<udev_enumerate, Unreference<udev_enumerate, udev_enumerate_unref>>;
 using Device = std::unique_ptr<udev_device, Unreference<udev_device, udev_device_unref>>;
 
 std::string text(const char* chars) {
@@ -43,15 +44,19 @@ std::string baseName(const std::string& path) {
     return path.substr(path.rfind('/') + 1);
 }
 
-std::string incarnationOf(const std::string& path) {
-    struct stat node = {};
-    if (::stat(path.c_str(), &node) != 0 || !S_ISCHR(node.st_mode))
-        return std::string();
-    // sysfs gives each new device a new inode; /dev in a container may keep an old one.
+// Nothing where the path leads to no device.
+bool deviceAt(const std::string& path, struct stat& node) {
+    return ::stat(path.c_str(), &node) == 0 && S_ISCHR(node.st_mode);
+}
+
+// sysfs gives each new device a new inode, while /dev in a container may keep an old one.
+std::string incarnationOf(const struct stat& node) {
+    const std::string number =
+        std::to_string(major(node.st_rdev)) + ':' + std::to_string(minor(node.st_rdev));
     struct stat device = {};
-    ::stat(("/sys/class/video4linux/" + baseName(path)).c_str(), &device);
-    return std::to_string(node.st_rdev) + ':' + std::to_string(node.st_ino) + ':' +
-           std::to_string(device.st_ino);
+    if (::stat(("/sys/dev/char/" + number).c_str(), &device) == 0)
+        return number + '@' + std::to_string(device.st_ino);
+    return number + '/' + std::to_string(node.st_ino); // no sysfs here, or the device has left
 }
 
 void readUsb(udev_device* node, NodeFacts& facts) {
@@ -67,79 +72,91 @@ void readUsb(udev_device* node, NodeFacts& facts) {
         facts.interface = text(udev_device_get_sysattr_value(part, "bInterfaceNumber"));
 }
 
-NodeFacts factsOf(udev_device* node) {
-    NodeFacts facts;
-    facts.path = text(udev_device_get_devnode(node));
-    facts.incarnation = incarnationOf(facts.path);
+// "0x14f1" without the mark of its base.
+std::string number(const char* attribute) {
+    const std::string digits = text(attribute);
+    return digits.compare(0, 2, "0x") == 0 ? digits.substr(2) : digits;
+}
+
+void readParent(udev_device* parent, NodeFacts& facts) {
+    facts.driver = text(udev_device_get_driver(parent));
+    const std::string subsystem = text(udev_device_get_subsystem(parent));
+    const std::string name = text(udev_device_get_sysname(parent));
+    if (subsystem == "pci") {
+        facts.bus = "PCI:" + name;
+        facts.model = number(udev_device_get_sysattr_value(parent, "vendor")) + ':' +
+                      number(udev_device_get_sysattr_value(parent, "device"));
+    } else if (subsystem == "platform") {
+        facts.bus = "platform:" + name;
+    }
+}
+
+// What sysfs, and udev where it runs, know of a device.
+void readDevice(udev_device* node, NodeFacts& facts) {
     const char* capabilities = udev_device_get_property_value(node, "ID_V4L_CAPABILITIES");
     facts.described = capabilities != nullptr;
     facts.capabilities = text(capabilities);
     const std::string sysfs = text(udev_device_get_syspath(node));
     facts.isVirtual = sysfs.find("/devices/virtual/") != std::string::npos;
+    // v4l2loopback shows the format that it is fed with, and nothing while it is not.
+    const char* format = udev_device_get_sysattr_value(node, "format");
+    facts.isUnfed = facts.isVirtual && format && !*format;
     facts.port = portOfSysfsPath(sysfs);
     facts.index = std::atoi(text(udev_device_get_sysattr_value(node, "index")).c_str());
     facts.name = text(udev_device_get_property_value(node, "ID_V4L_PRODUCT"));
     if (facts.name.empty())
         facts.name = text(udev_device_get_sysattr_value(node, "name"));
-    readUsb(node, facts);
     if (udev_device* parent = udev_device_get_parent(node))
-        facts.driver = text(udev_device_get_driver(parent));
-    return facts;
+        readParent(parent, facts);
+    readUsb(node, facts);
 }
 
-std::vector<NodeFacts> udevNodes() {
-    std::vector<NodeFacts> result;
-    // One context for each listing: libudev's are bound to one thread.
-    const Udev context(udev_new());
-    const Enumerate list(context ? udev_enumerate_new(context.get()) : nullptr);
-    if (!list)
-        return result;
-    udev_enumerate_add_match_subsystem(list.get(), "video4linux");
-    udev_enumerate_scan_devices(list.get());
-    udev_list_entry* entry = nullptr;
-    udev_list_entry_foreach(entry, udev_enumerate_get_list_entry(list.get())) {
-        const char* sysfs = udev_list_entry_get_name(entry);
-        if (numberOf(baseName(sysfs)) < 0)
-            continue;
-        const Device device(udev_device_new_from_syspath(context.get(), sysfs));
-        if (!device)
-            continue; // unplugged meanwhile
-        NodeFacts facts = factsOf(device.get());
-        if (!facts.incarnation.empty())
-            result.push_back(std::move(facts));
-    }
-    return result;
-}
-
-// What was put into /dev by hand, or into a container without its sysfs.
-void addUnknownNodes(std::vector<NodeFacts>& nodes) {
-    std::set<std::string> known;
-    for (const NodeFacts& facts : nodes)
-        known.insert(facts.path);
-    std::error_code unreadable; // then there is nothing to add
-    std::filesystem::directory_iterator entry("/dev", unreadable);
+// The files with the names of video nodes, by their numbers.
+std::map<int, std::string> nodesIn(const std::string& folder) {
+    std::map<int, std::string> paths;
+    std::error_code unreadable; // then there are none
+    std::filesystem::directory_iterator entry(folder, unreadable);
     for (; entry != std::filesystem::directory_iterator(); entry.increment(unreadable)) {
-        NodeFacts facts;
-        facts.path = entry->path().string();
-        if (numberOf(baseName(facts.path)) < 0 || known.count(facts.path))
-            continue;
-        facts.incarnation = incarnationOf(facts.path);
-        if (!facts.incarnation.empty())
-            nodes.push_back(std::move(facts));
+        const std::string path = entry->path().string();
+        if (numberOf(baseName(path)) >= 0)
+            paths[numberOf(baseName(path))] = path;
     }
+    return paths;
 }
 
 class SystemDiscovery : public Discovery {
 public:
+    explicit SystemDiscovery(const std::string& folder) : folder_(folder) {}
+
     std::vector<NodeFacts> nodes() override {
-        std::vector<NodeFacts> result = udevNodes();
-        addUnknownNodes(result);
-        std::sort(result.begin(), result.end(), [](const NodeFacts& a, const NodeFacts& b) {
-            return numberOf(baseName(a.path)) < numberOf(baseName(b.path));
-        });
+        std::vector<NodeFacts> result;
+        std::set<dev_t> found;
+        // One context for each listing: libudev's are bound to one thread.
+        const Udev context(udev_new());
+        for (const auto& numbered : nodesIn(folder_)) {
+            struct stat node = {};
+            if (!deviceAt(numbered.second, node) || !found.insert(node.st_rdev).second)
+                continue;
+            NodeFacts facts;
+            facts.path = numbered.second;
+            facts.device = node.st_rdev;
+            facts.incarnation = incarnationOf(node);
+            const Device device(context ? udev_device_new_from_devnum(context.get(), 'c', node.st_rdev)
+                                        : nullptr);
+            if (device)
+                readDevice(device.get(), facts);
+            result.push_back(std::move(facts));
+        }
         return result;
     }
-    std::string incarnation(const std::string& path) override { return incarnationOf(path); }
+
+    std::string incarnation(const std::string& path) override {
+        struct stat node = {};
+        return deviceAt(path, node) ? incarnationOf(node) : std::string();
+    }
+
+private:
+    const std::string folder_;
 };
 
 bool isUsbRoot(const std::string& part) {
@@ -160,8 +177,8 @@ std::vector<std::string> split(const std::string& path) {
 
 } // namespace
 
-std::unique_ptr<Discovery> makeDiscovery() {
-    return std::make_unique<SystemDiscovery>();
+std::unique_ptr<Discovery> makeDiscovery(const std::string& folder) {
+    return std::make_unique<SystemDiscovery>(folder);
 }
 
 std::string portOfSysfsPath(const std::string& path) {

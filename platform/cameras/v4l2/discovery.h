@@ -2,6 +2,7 @@
 #ifndef OSTREL_PLATFORM_CAMERAS_V4L2_DISCOVERY_H
 #define OSTREL_PLATFORM_CAMERAS_V4L2_DISCOVERY_H
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -13,15 +14,18 @@ namespace v4l2 {
 // Facts that are not known are empty. Texts are bytes as the system gives them.
 struct NodeFacts {
     std::string path;        // "/dev/video0"
-    std::string incarnation; // another one after each re-plug
+    std::string incarnation; // another one after each re-plug; the same by every path to the device
+    uint64_t device = 0;     // its number
     // What udev's own look at the node found, ":capture:"; meaningful when `described`.
     bool described = false;
     std::string capabilities;
     bool isUsb = false;     // what it can do never changes
     bool isVirtual = false; // no hardware: what it can do may change at any time
-    std::string model;      // "046d:0825"
+    bool isUnfed = false;   // a loopback device to which no program gives pictures at present
+    std::string model;      // "046d:0825", of USB and PCI devices
     std::string serial;     // of the device, often the same for all of a model
     std::string port;       // where it is plugged in
+    std::string bus;        // the same for other hardware, as most drivers call it: "PCI:0000:03:00.0"
     std::string interface;  // part of the device, "00"
     int index = 0;          // among the nodes of one interface
     std::string name;
@@ -32,14 +36,15 @@ struct NodeFacts {
 class Discovery {
 public:
     virtual ~Discovery() = default;
-    // In the order of the nodes' numbers.
+    // In the order of the nodes' numbers, each device once.
     virtual std::vector<NodeFacts> nodes() = 0;
-    // What `incarnation` of the node would be now; empty when there is no such node.
+    // What `incarnation` of the device would be now to which the path leads; empty when there is none.
     virtual std::string incarnation(const std::string& path) = 0;
 };
 
-// udev's, with what is in /dev but unknown to it added.
-std::unique_ptr<Discovery> makeDiscovery();
+// The nodes in a folder, with what the kernel and udev say of their device numbers. A node's name says
+// nothing: a container may have given it any.
+std::unique_ptr<Discovery> makeDiscovery(const std::string& folder = "/dev");
 
 // Where in the machine a device is plugged in, by its path in sysfs. Without the numbers that depend on the
 // order in which the kernel found the buses.

@@ -2,13 +2,14 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <set>
 
 namespace ostrel {
 namespace cameras {
 namespace v4l2 {
 
 namespace {
+
+const char* const kAt = "-at-";
 
 // The length of the valid UTF-8 sequence at the start, 0 when there is none.
 size_t sequenceLength(const unsigned char* s, size_t left) {
@@ -43,22 +44,28 @@ std::string partOf(const NodeFacts& facts) {
     return part;
 }
 
-std::string bySerial(const NodeFacts& facts) {
-    if (facts.serial.empty())
-        return std::string();
-    return "usb-" + asciiSafe(facts.model) + '-' + asciiSafe(facts.serial) + partOf(facts);
+std::string usbSerial(const NodeFacts& facts) {
+    return "usb-" + asciiSafe(facts.model) + '-' + asciiSafe(facts.serial);
 }
 
-std::string byPlace(const NamedNode& node) {
-    const NodeFacts& facts = node.facts;
-    // The model belongs to it: another camera in the same port is another camera.
-    if (!facts.port.empty() && facts.isUsb)
-        return "usb-" + asciiSafe(facts.model) + "-at-" + asciiSafe(facts.port) + partOf(facts);
-    if (!node.busInfo.empty())
-        return "bus-" + asciiSafe(node.busInfo) + partOf(facts);
-    if (!facts.port.empty())
-        return "port-" + asciiSafe(facts.port) + partOf(facts);
-    return "name-" + asciiSafe(facts.name.empty() ? facts.driver : facts.name) + partOf(facts);
+std::string orElse(const std::string& first, const std::string& second) {
+    return first.empty() ? second : first;
+}
+
+// vivid pretends to be a platform device.
+bool isWithoutHardware(const NodeFacts& facts, const NodeTexts& texts) {
+    return facts.isVirtual || orElse(facts.driver, texts.driver) == "vivid" ||
+           texts.driver == "v4l2 loopback";
+}
+
+// The model belongs to a place: another camera there is another camera. What sysfs knows comes first, as it
+// is known whether the node can be asked or not.
+std::string atItsPlace(const NodeFacts& facts, const NodeTexts& texts) {
+    const std::string model = orElse(orElse(facts.model, facts.driver), orElse(texts.card, texts.driver));
+    const std::string bus = orElse(texts.busInfo, facts.bus);
+    if (bus.empty() && facts.port.empty())
+        return "name-" + asciiSafe(orElse(facts.name, model));
+    return (bus.empty() ? "port-" + asciiSafe(facts.port) : "bus-" + asciiSafe(bus)) + '-' + asciiSafe(model);
 }
 
 } // namespace
@@ -104,31 +111,36 @@ std::string displayName(const std::string& name, const std::string& card, const 
     return "Camera";
 }
 
-std::vector<std::string> Identifiers::assign(const std::vector<NamedNode>& nodes) {
-    std::vector<std::string> result(nodes.size());
-    std::set<std::string> used;
-    std::map<std::string, int> sharing; // how many attached nodes have this serial number
-    for (const NamedNode& node : nodes)
-        ++sharing[bySerial(node.facts)];
-    // Those that were here before come first, lest a newcomer takes their identifiers.
-    for (size_t i = 0; i < nodes.size(); ++i) {
-        const auto before = given_.find(bySerial(nodes[i].facts) + '\n' + byPlace(nodes[i]));
-        if (before != given_.end() && used.insert(before->second).second)
-            result[i] = before->second;
-    }
-    for (size_t i = 0; i < nodes.size(); ++i) {
-        if (!result[i].empty())
-            continue;
-        const std::string serial = bySerial(nodes[i].facts);
-        const std::string place = byPlace(nodes[i]);
-        std::string identifier = serial.empty() || sharing[serial] > 1 || used.count(serial) ? place : serial;
-        const std::string first = identifier;
-        for (int n = 2; !used.insert(identifier).second; ++n)
-            identifier = first + '-' + std::to_string(n);
-        result[i] = identifier;
-        given_[serial + '\n' + place] = identifier;
-    }
+std::string identifierOf(const NodeFacts& facts, const NodeTexts& texts) {
+    if (facts.isUsb && !facts.port.empty())
+        return (facts.serial.empty() ? "usb-" + asciiSafe(facts.model) : usbSerial(facts)) + kAt +
+               asciiSafe(facts.port) + partOf(facts);
+    if (isWithoutHardware(facts, texts) && !texts.busInfo.empty())
+        return "bus-" + asciiSafe(texts.busInfo) + partOf(facts);
+    return atItsPlace(facts, texts) + partOf(facts);
+}
+
+std::vector<std::string> formerIdentifiers(const NodeFacts& facts, const NodeTexts& texts) {
+    std::vector<std::string> result;
+    if (!facts.serial.empty())
+        result.push_back(usbSerial(facts) + partOf(facts));
+    if (facts.isUsb && !facts.port.empty())
+        result.push_back("usb-" + asciiSafe(facts.model) + kAt + asciiSafe(facts.port) + partOf(facts));
+    if (!texts.busInfo.empty())
+        result.push_back("bus-" + asciiSafe(texts.busInfo) + partOf(facts));
+    if (!facts.isUsb && !facts.port.empty())
+        result.push_back("port-" + asciiSafe(facts.port) + partOf(facts));
     return result;
+}
+
+std::string withoutPort(const std::string& identifier) {
+    // A serial number may have "-at-" in it, a controller's name has not.
+    const size_t at = identifier.rfind(kAt);
+    const size_t part = identifier.rfind(':');
+    if (identifier.compare(0, 4, "usb-") != 0 || at == std::string::npos || part == std::string::npos ||
+        part < at)
+        return std::string();
+    return identifier.substr(0, at) + identifier.substr(part);
 }
 
 } // namespace v4l2

@@ -4,7 +4,6 @@
 
 #include "platform/cameras/v4l2/discovery.h"
 
-#include <map>
 #include <string>
 #include <vector>
 
@@ -12,7 +11,7 @@ namespace ostrel {
 namespace cameras {
 namespace v4l2 {
 
-// Every byte but letters, digits and . _ : - becomes %XX.
+// Every byte but letters, digits and . _ : - becomes %XX, two upper-case hexadecimal digits.
 std::string asciiSafe(const std::string& bytes);
 
 // Valid UTF-8: bytes that are none become U+FFFD, control characters blanks; blanks at both ends go.
@@ -21,24 +20,26 @@ std::string validUtf8(const std::string& bytes);
 // The first of the texts that is not empty once it is valid.
 std::string displayName(const std::string& name, const std::string& card, const std::string& driver);
 
-// A node with what only the node itself could tell.
-struct NamedNode {
-    NodeFacts facts;
-    std::string busInfo; // empty when it was not asked
+// What only the node itself could tell; empty when it was not asked.
+struct NodeTexts {
+    std::string card, driver, busInfo;
 };
 
-// Gives each node its identifier. Bound to one thread.
-class Identifiers {
-public:
-    // In the order of the nodes, no two alike. Nodes that are attached at the same time are assigned
-    // together.
-    std::vector<std::string> assign(const std::vector<NamedNode>& nodes);
+// A function of these facts alone, never of what else is plugged in or was before: an identifier that names a
+// camera never names another one later. Printable ASCII, in these forms:
+//   usb-VENDOR:PRODUCT[-SERIAL]-at-CONTROLLER-usb-PORTS:INTERFACE[.N]
+//   bus-BUS-MODEL[.N]          other hardware, and USB cameras where there is no sysfs
+//   bus-BUS[.N]                devices without hardware
+//   port-PORT-MODEL[.N], name-NAME[.N]    what is left where a node could not be asked
+// N, its order among the nodes of one interface, is left out where it is 0.
+std::string identifierOf(const NodeFacts& facts, const NodeTexts& texts);
 
-private:
-    // By the camera and its port: who was plugged into a port before gets the identifier it had there, even
-    // when another camera with the same serial number has come or gone meanwhile.
-    std::map<std::string, std::string> given_;
-};
+// The identifiers that release 1.0.0 may have given the camera. The first form, without the port, is also
+// what is the same of a USB camera's identifiers in different ports (withoutPort).
+std::vector<std::string> formerIdentifiers(const NodeFacts& facts, const NodeTexts& texts);
+
+// Today's identifier of a USB camera with a serial number becomes the form above; empty for any other text.
+std::string withoutPort(const std::string& identifier);
 
 } // namespace v4l2
 } // namespace cameras

@@ -1,13 +1,17 @@
 // A node is opened for the listing only when there is no other way: opening wakes the camera and may take
 // long. Whatever udev says of a USB camera stays true while it is plugged in. Other hardware is asked once, a
 // virtual device each time: it becomes a camera when somebody begins to feed it.
+//
+// No lock is held while a node is asked, and no listing waits for another's question: it goes on with the
+// answer before, or without the node. A node that this process has open is not asked at all.
 #include "platform/cameras/v4l2/v4l2_provider.h"
 
+#include "platform/cameras/v4l2/examination.h"
 #include "platform/cameras/v4l2/identity.h"
 #include "platform/cameras/v4l2/v4l2_backend.h"
 #include "platform/cameras/v4l2/video_node.h"
 
-#include <cerrno>
+#include <algorithm>
 #include <map>
 #include <mutex>
 
@@ -17,17 +21,17 @@ namespace v4l2 {
 
 namespace {
 
-struct Answer {
-    bool listed = false;
-    bool final = false; // the node itself has answered
-    std::string card, driver, busInfo;
+// A node with what is known of it. Two nodes of which all is the same are one camera: the first.
+struct Node {
+    NodeFacts facts;
+    Examination answer;
+    std::string identifier; // empty for those that are no camera
 };
 
-bool saysCapture(const NodeFacts& facts) {
-    const auto has = [&facts](const char* word) {
-        return facts.capabilities.find(word) != std::string::npos;
-    };
-    return has(":capture:") && !has(":video_output:");
+std::string nameOf(const Node& node) {
+    const NodeTexts& texts = node.answer.texts;
+    return displayName(node.facts.name, texts.card,
+                       node.facts.driver.empty() ? texts.driver : node.facts.driver);
 }
 
 class V4l2Provider : public CameraProvider {
@@ -36,104 +40,150 @@ public:
         : kernel_(kernel), discovery_(discovery) {}
 
     std::vector<std::shared_ptr<Camera>> list() override;
+    std::vector<NodeReport> nodes() override;
 
 private:
-    Answer answerOf(const NodeFacts& facts);
-    Answer ask(const NodeFacts& facts) const;
+    using Lock = std::unique_lock<std::mutex>;
 
+    // What is known of a device while it is plugged in.
     struct Known {
-        std::string identifier;
+        unsigned long lastLook = 0; // that found it
+        bool isBeingAsked = false;
+        bool hasAnswer = false;
+        Examination answer;
         std::shared_ptr<Camera> camera;
     };
 
+    std::vector<Node> look();
+    void forgetWhatHasLeft(const std::string& incarnation);
+    Examination answerOf(const NodeFacts& facts);
+    Examination ask(const NodeFacts& facts);
+    std::shared_ptr<Camera> cameraOf(const Node& node);
+
     const std::shared_ptr<KernelCalls> kernel_;
     const std::shared_ptr<Discovery> discovery_;
-    std::mutex mutex_;
-    Identifiers identifiers_;
-    std::map<std::string, Answer> answers_; // by incarnation
-    std::map<std::string, Known> known_;    // by incarnation
+    std::mutex mutex_; // never held over a system call
+    unsigned long looks_ = 0;
+    std::map<std::string, Known> known_; // by incarnation
 };
 
-// What the node itself says.
-Answer V4l2Provider::ask(const NodeFacts& facts) const {
-    Answer answer;
-    const std::shared_ptr<VideoNode> node = VideoNode::open(kernel_, facts.path);
-    if (!node) {
-        // A camera that may not be opened, or not now, is listed all the same: opening it tells what to do
-        // about it. Only its first node, since the others are mostly metadata.
-        const bool refused = errno == EACCES || errno == EPERM || errno == EBUSY;
-        answer.listed = refused && (facts.described ? saysCapture(facts) : facts.index == 0);
-        return answer;
-    }
-    Abilities abilities;
-    if (node->ask(abilities) != 0)
-        return answer;
-    answer.final = true;
-    answer.card = abilities.card;
-    answer.driver = abilities.driver;
-    answer.busInfo = abilities.busInfo;
-    answer.listed = abilities.capture && abilities.streaming && !node->formats(abilities.multiplanar).empty();
-    return answer;
+// A device may leave while its node and its place in sysfs stay; only its camera notices.
+void V4l2Provider::forgetWhatHasLeft(const std::string& incarnation) {
+    Lock lock(mutex_);
+    const std::shared_ptr<Camera> camera = known_[incarnation].camera;
+    lock.unlock();
+    if (!camera || camera->attached())
+        return;
+    lock.lock();
+    Known& known = known_[incarnation];
+    if (known.camera != camera)
+        return; // another listing was quicker
+    known.camera.reset();
+    known.hasAnswer = true;
+    known.answer = Examination();
+    known.answer.reason = "has left the machine";
 }
 
-Answer V4l2Provider::answerOf(const NodeFacts& facts) {
-    if (facts.described && facts.isUsb) {
-        Answer answer;
-        answer.listed = saysCapture(facts);
-        return answer;
+Examination V4l2Provider::answerOf(const NodeFacts& facts) {
+    if (facts.described && facts.isUsb)
+        return byDescription(facts);
+    Lock lock(mutex_);
+    Known& known = known_[facts.incarnation];
+    if (known.hasAnswer && known.answer.isFinal && !facts.isVirtual)
+        return known.answer;
+    if (known.isBeingAsked || VideoNode::isOpenHere(facts.path)) {
+        if (known.hasAnswer)
+            return known.answer;
+        if (!known.isBeingAsked)
+            return withoutAnswer(facts, std::string());
+        Examination unknown;
+        unknown.reason = "is being asked what it is";
+        return unknown;
     }
-    const auto known = known_.find(facts.incarnation);
-    if (known != known_.end() && !known->second.camera->attached())
-        answers_.erase(facts.incarnation); // its device has left, though the node is still there
-    const auto before = answers_.find(facts.incarnation);
-    if (before != answers_.end() && !facts.isVirtual)
-        return before->second;
-    const Answer answer = ask(facts);
-    if (answer.final)
-        answers_[facts.incarnation] = answer;
-    return answer;
+    known.isBeingAsked = true;
+    lock.unlock();
+    return ask(facts);
+}
+
+// By the listing whose turn it is, outside the lock.
+Examination V4l2Provider::ask(const NodeFacts& facts) {
+    try {
+        Examination answer = examine(kernel_, facts);
+        const Lock lock(mutex_);
+        Known& known = known_[facts.incarnation];
+        known.answer = answer;
+        known.hasAnswer = true;
+        known.isBeingAsked = false;
+        return answer;
+    } catch (...) { // no memory: the next listing asks
+        const Lock lock(mutex_);
+        known_[facts.incarnation].isBeingAsked = false;
+        throw;
+    }
+}
+
+std::vector<Node> V4l2Provider::look() {
+    Lock lock(mutex_);
+    const unsigned long number = ++looks_;
+    lock.unlock();
+    std::vector<Node> result;
+    std::map<std::string, std::string> paths; // of the cameras, by identifier
+    for (const NodeFacts& facts : discovery_->nodes()) {
+        lock.lock();
+        Known& known = known_[facts.incarnation];
+        known.lastLook = std::max(known.lastLook, number);
+        lock.unlock();
+        forgetWhatHasLeft(facts.incarnation);
+        Node node;
+        node.facts = facts;
+        node.answer = answerOf(facts);
+        if (node.answer.isCamera) {
+            node.identifier = identifierOf(facts, node.answer.texts);
+            const auto first = paths.emplace(node.identifier, facts.path);
+            if (!first.second) {
+                node.identifier.clear();
+                node.answer.reason =
+                    "is by all that is known of it the same camera as " + first.first->second;
+            }
+        }
+        result.push_back(std::move(node));
+    }
+    lock.lock();
+    for (auto known = known_.begin(); known != known_.end();)
+        known =
+            known->second.lastLook < number && !known->second.isBeingAsked ? known_.erase(known) : ++known;
+    return result;
+}
+
+std::shared_ptr<Camera> V4l2Provider::cameraOf(const Node& node) {
+    const Lock lock(mutex_);
+    std::shared_ptr<Camera>& camera = known_[node.facts.incarnation].camera;
+    if (!camera || camera->identifier() != node.identifier)
+        camera = makeCamera(kernel_, discovery_, node.facts, node.identifier, nameOf(node));
+    return camera;
 }
 
 std::vector<std::shared_ptr<Camera>> V4l2Provider::list() {
-    std::lock_guard<std::mutex> lock(mutex_);
-    std::vector<NamedNode> nodes;
-    std::vector<Answer> answers;
-    std::map<std::string, Answer> current;
-    for (const NodeFacts& facts : discovery_->nodes()) {
-        const Answer answer = answerOf(facts);
-        const auto kept = answers_.find(facts.incarnation);
-        if (kept != answers_.end())
-            current.insert(*kept);
-        if (!answer.listed)
-            continue;
-        NamedNode node;
-        node.facts = facts;
-        node.busInfo = answer.busInfo;
-        nodes.push_back(node);
-        answers.push_back(answer);
-    }
-    answers_.swap(current);
-
-    const std::vector<std::string> identifiers = identifiers_.assign(nodes);
-    std::map<std::string, Known> attached;
     std::vector<std::shared_ptr<Camera>> result;
-    for (size_t i = 0; i < nodes.size(); ++i) {
-        const NodeFacts& facts = nodes[i].facts;
-        const auto before = known_.find(facts.incarnation);
-        Known known;
-        if (before != known_.end() && before->second.identifier == identifiers[i] &&
-            before->second.camera->attached()) {
-            known = before->second;
-        } else {
-            known.identifier = identifiers[i];
-            known.camera = makeCamera(kernel_, discovery_, facts, identifiers[i],
-                                      displayName(facts.name, answers[i].card,
-                                                  facts.driver.empty() ? answers[i].driver : facts.driver));
-        }
-        attached[facts.incarnation] = known;
-        result.push_back(known.camera);
+    for (const Node& node : look())
+        if (!node.identifier.empty())
+            result.push_back(cameraOf(node));
+    return result;
+}
+
+std::vector<NodeReport> V4l2Provider::nodes() {
+    std::vector<NodeReport> result;
+    for (const Node& node : look()) {
+        NodeReport report;
+        report.path = node.facts.path;
+        report.device = node.facts.device;
+        report.name = nameOf(node);
+        report.identifier = node.identifier;
+        report.reason = node.answer.reason;
+        if (!node.identifier.empty())
+            report.formerIdentifiers = formerIdentifiers(node.facts, node.answer.texts);
+        result.push_back(std::move(report));
     }
-    known_.swap(attached);
     return result;
 }
 

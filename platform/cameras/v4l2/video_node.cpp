@@ -8,6 +8,8 @@
 #include <cstring>
 #include <fcntl.h>
 #include <linux/videodev2.h>
+#include <mutex>
+#include <set>
 
 namespace ostrel {
 namespace cameras {
@@ -21,9 +23,59 @@ const uint32_t kMostEntries = 256;
 // Larger pictures are taken for a driver's mistake.
 const uint32_t kLargestSide = LARGEST_SIDE;
 
-const uint32_t kNotACamera = V4L2_CAP_VIDEO_OUTPUT | V4L2_CAP_VIDEO_OUTPUT_MPLANE | V4L2_CAP_VIDEO_M2M |
-                             V4L2_CAP_VIDEO_M2M_MPLANE | V4L2_CAP_META_CAPTURE | V4L2_CAP_META_OUTPUT |
-                             V4L2_CAP_TOUCH;
+const uint32_t kCapture = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_VIDEO_CAPTURE_MPLANE;
+
+// The paths that are open in this process, each as often as it is open. Never destroyed: the last camera may
+// be closed after every static destructor.
+class OpenPaths {
+public:
+    void add(const std::string& path) {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        paths_.insert(path);
+    }
+    void remove(const std::string& path) {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        paths_.erase(paths_.find(path));
+    }
+    bool has(const std::string& path) {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        return paths_.count(path) != 0;
+    }
+
+private:
+    std::mutex mutex_;
+    std::multiset<std::string> paths_;
+};
+
+OpenPaths& openPaths() {
+    static OpenPaths* const instance = new OpenPaths;
+    return *instance;
+}
+
+// Drivers of image processors whose nodes look like cameras.
+bool isImageProcessor(const std::string& driver) {
+    return driver == "bcm2835-isp" || driver == "pispbe" || driver == "ipu3-imgu";
+}
+
+NodeKind kindOf(uint32_t flags, const std::string& driver) {
+    const bool capture = flags & kCapture;
+    // Unless it is loaded with exclusive_caps it says that it does everything, fed or not.
+    if (driver == "v4l2 loopback")
+        return capture ? NodeKind::Camera : NodeKind::UnfedLoopback;
+    if (flags & (V4L2_CAP_VIDEO_M2M | V4L2_CAP_VIDEO_M2M_MPLANE))
+        return NodeKind::Codec;
+    if (flags & (V4L2_CAP_VIDEO_OUTPUT | V4L2_CAP_VIDEO_OUTPUT_MPLANE))
+        return NodeKind::Output;
+    if (flags & (V4L2_CAP_META_CAPTURE | V4L2_CAP_META_OUTPUT))
+        return NodeKind::Metadata;
+    if (flags & V4L2_CAP_TOUCH)
+        return NodeKind::TouchPad;
+    if (!capture)
+        return NodeKind::Other;
+    if (isImageProcessor(driver))
+        return NodeKind::ImageProcessor;
+    return flags & V4L2_CAP_IO_MC ? NodeKind::MediaController : NodeKind::Camera;
+}
 
 uint32_t bufferType(bool multiplanar) {
     return multiplanar ? V4L2_BUF_TYPE_VIDEO_CAPTURE_MPLANE : V4L2_BUF_TYPE_VIDEO_CAPTURE;
@@ -107,18 +159,34 @@ bool readGranted(const v4l2_format& format, bool multiplanar, Granted& granted) 
 
 } // namespace
 
+VideoNode::VideoNode(const std::shared_ptr<KernelCalls>& kernel, const std::string& path)
+    : kernel_(kernel), path_(path), descriptor_(-1) {}
+
 std::shared_ptr<VideoNode> VideoNode::open(const std::shared_ptr<KernelCalls>& kernel,
                                            const std::string& path) {
+    const std::shared_ptr<VideoNode> node(new VideoNode(kernel, path));
+    openPaths().add(path);
     const int descriptor = kernel->open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
-    if (descriptor < 0)
+    if (descriptor < 0) {
+        const int error = errno;
+        openPaths().remove(path);
+        errno = error;
         return nullptr;
-    return std::shared_ptr<VideoNode>(new VideoNode(kernel, descriptor));
+    }
+    node->descriptor_ = descriptor;
+    return node;
 }
 
 void VideoNode::close() {
     const int descriptor = descriptor_.exchange(-1);
-    if (descriptor >= 0)
-        kernel_->close(descriptor);
+    if (descriptor < 0)
+        return;
+    kernel_->close(descriptor);
+    openPaths().remove(path_);
+}
+
+bool VideoNode::isOpenHere(const std::string& path) {
+    return openPaths().has(path);
 }
 
 int VideoNode::ioctl(unsigned long request, void* argument) const {
@@ -131,14 +199,13 @@ int VideoNode::ask(Abilities& abilities) const {
         return error;
     // `capabilities` speaks of the whole device, of which this node may be the part that only has metadata.
     const uint32_t flags = caps.capabilities & V4L2_CAP_DEVICE_CAPS ? caps.device_caps : caps.capabilities;
-    const bool single = flags & V4L2_CAP_VIDEO_CAPTURE;
-    const bool several = flags & V4L2_CAP_VIDEO_CAPTURE_MPLANE;
-    abilities.capture = (single || several) && !(flags & kNotACamera);
-    abilities.multiplanar = several && !single;
-    abilities.streaming = flags & V4L2_CAP_STREAMING;
     abilities.card = text(caps.card);
     abilities.driver = text(caps.driver);
     abilities.busInfo = text(caps.bus_info);
+    abilities.kind = kindOf(flags, abilities.driver);
+    abilities.capture = abilities.kind == NodeKind::Camera;
+    abilities.multiplanar = (flags & kCapture) == V4L2_CAP_VIDEO_CAPTURE_MPLANE;
+    abilities.streaming = flags & V4L2_CAP_STREAMING;
     return 0;
 }
 
@@ -148,7 +215,7 @@ bool VideoNode::isGone() const {
     return error == ENODEV || error == ENXIO;
 }
 
-std::vector<uint32_t> VideoNode::formats(bool multiplanar) const {
+std::vector<uint32_t> VideoNode::offeredFormats(bool multiplanar) const {
     std::vector<uint32_t> result;
     for (uint32_t index = 0; index < kMostEntries; ++index) {
         v4l2_fmtdesc description = {};
@@ -156,11 +223,19 @@ std::vector<uint32_t> VideoNode::formats(bool multiplanar) const {
         description.type = bufferType(multiplanar);
         if (ioctl(VIDIOC_ENUM_FMT, &description) != 0)
             break;
-        pixels::Layout layout;
-        if (layoutOf(description.pixelformat, layout) &&
-            std::find(result.begin(), result.end(), description.pixelformat) == result.end())
+        if (std::find(result.begin(), result.end(), description.pixelformat) == result.end())
             result.push_back(description.pixelformat);
     }
+    return result;
+}
+
+std::vector<uint32_t> VideoNode::formats(bool multiplanar) const {
+    std::vector<uint32_t> result = offeredFormats(multiplanar);
+    const auto isUnknown = [](uint32_t fourcc) {
+        pixels::Layout layout;
+        return !layoutOf(fourcc, layout);
+    };
+    result.erase(std::remove_if(result.begin(), result.end(), isUnknown), result.end());
     return result;
 }
 

@@ -16,8 +16,22 @@ namespace ostrel {
 namespace cameras {
 namespace v4l2 {
 
+// What a node is for.
+enum class NodeKind {
+    Camera,          // pictures, and nothing else
+    MediaController, // a part of a camera: it gives pictures only when another program has set the parts up
+    ImageProcessor,  // turns pictures in memory into others, though it looks like a camera
+    Codec,           // the same, and says so
+    UnfedLoopback,   // a loopback device to which nobody gives pictures
+    Output,
+    Metadata,
+    TouchPad,
+    Other
+};
+
 struct Abilities {
-    bool capture = false;     // pictures, and nothing else: no output, no codec, no metadata, no touch pad
+    NodeKind kind = NodeKind::Other;
+    bool capture = false;     // it is a camera
     bool multiplanar = false; // speaks only the interface for several planes
     bool streaming = false;
     std::string card, driver, busInfo; // bytes as the driver gives them
@@ -37,12 +51,17 @@ struct Granted {
 // Owns the descriptor. Thread-safe as far as the kernel is, that is, every single call.
 class VideoNode {
 public:
-    // Null with errno set when it does not open.
+    // Null with errno set when it does not open. Until it is closed, and from before it is opened, the node
+    // counts as open here.
     static std::shared_ptr<VideoNode> open(const std::shared_ptr<KernelCalls>& kernel,
                                            const std::string& path);
     ~VideoNode() { close(); }
     VideoNode(const VideoNode&) = delete;
     VideoNode& operator=(const VideoNode&) = delete;
+
+    // Whether this process has the node open or is opening it: many drivers let the calls on a node wait for
+    // each other, so that whoever only asks must make none.
+    static bool isOpenHere(const std::string& path);
 
     // For who knows that nobody uses it any more, though others still hold the object.
     void close();
@@ -52,7 +71,9 @@ public:
     // The device has left the machine.
     bool isGone() const;
 
-    // The formats that can be converted, in the driver's order, each once.
+    // All formats on offer, in the driver's order, each once.
+    std::vector<uint32_t> offeredFormats(bool multiplanar) const;
+    // Those that can be converted.
     std::vector<uint32_t> formats(bool multiplanar) const;
     // One candidate for each format and size range; a driver that lists no sizes is asked for the wanted one.
     std::vector<Candidate> candidates(bool multiplanar, const Size& wanted) const;
@@ -74,14 +95,14 @@ public:
     int ioctl(unsigned long request, void* argument) const; // 0 or errno
 
 private:
-    VideoNode(const std::shared_ptr<KernelCalls>& kernel, int descriptor)
-        : kernel_(kernel), descriptor_(descriptor) {}
+    VideoNode(const std::shared_ptr<KernelCalls>& kernel, const std::string& path);
 
     std::vector<SizeRange> sizes(uint32_t fourcc) const;
     Interval interval(uint32_t fourcc, const Size& size) const;
     void fillWholeBuffer(const Size& size) const;
 
     const std::shared_ptr<KernelCalls> kernel_;
+    const std::string path_;
     std::atomic<int> descriptor_; // -1 once closed
 };
 

@@ -1,6 +1,5 @@
 #include "platform/cameras/v4l2/identity.h"
 
-#include <algorithm>
 #include <gtest/gtest.h>
 
 namespace ostrel {
@@ -10,106 +9,152 @@ using namespace cameras::v4l2;
 
 namespace {
 
-NamedNode usb(const std::string& serial, const std::string& port, const std::string& interface = "00") {
-    NamedNode node;
-    node.facts.path = "/dev/video" + port;
-    node.facts.isUsb = true;
-    node.facts.model = "046d:0825";
-    node.facts.serial = serial;
-    node.facts.port = "0000:00:14.0-usb-" + port;
-    node.facts.interface = interface;
-    return node;
+NodeFacts usb(const std::string& serial, const std::string& port, const std::string& interface = "00") {
+    NodeFacts facts;
+    facts.path = "/dev/video" + port;
+    facts.isUsb = true;
+    facts.model = "046d:0825";
+    facts.serial = serial;
+    facts.port = "0000:00:14.0-usb-" + port;
+    facts.interface = interface;
+    facts.driver = "uvcvideo";
+    return facts;
 }
 
-std::string one(const NamedNode& node) {
-    Identifiers identifiers;
-    return identifiers.assign({node}).front();
+NodeTexts texts(const std::string& busInfo, const std::string& card, const std::string& driver) {
+    NodeTexts result;
+    result.busInfo = busInfo;
+    result.card = card;
+    result.driver = driver;
+    return result;
+}
+
+std::string idOf(const NodeFacts& facts, const NodeTexts& said = NodeTexts()) {
+    return identifierOf(facts, said);
 }
 
 using List = std::vector<std::string>;
 
 } // namespace
 
-TEST(Identifier, IsTheSerialNumberWhereThatIsUnique) {
-    EXPECT_EQ(one(usb("A1B2C3", "3")), "usb-046d:0825-A1B2C3:00");
+TEST(Identifier, OfAUsbCameraIsItsModelItsSerialNumberItsPortAndItsInterface) {
+    EXPECT_EQ(idOf(usb("A1B2C3", "3")), "usb-046d:0825-A1B2C3-at-0000:00:14.0-usb-3:00");
+    EXPECT_EQ(idOf(usb("", "2.4.1", "02")), "usb-046d:0825-at-0000:00:14.0-usb-2.4.1:02");
 }
 
-TEST(Identifier, OfASerialNumberIsTheSameInEveryPort) {
-    EXPECT_EQ(one(usb("A1B2C3", "3")), one(usb("A1B2C3", "1.4")));
-}
-
-TEST(Identifier, IsThePortWhereThereIsNoSerialNumber) {
-    EXPECT_EQ(one(usb("", "3")), "usb-046d:0825-at-0000:00:14.0-usb-3:00");
-    EXPECT_NE(one(usb("", "3")), one(usb("", "4")));
+TEST(Identifier, OfTwoCamerasWithOneSerialNumberDiffersWhereverTheyArePlugged) {
+    EXPECT_NE(idOf(usb("SN0001", "3")), idOf(usb("SN0001", "4")));
 }
 
 TEST(Identifier, DoesNotDependOnTheNumberOfTheNode) {
-    NamedNode node = usb("", "3");
-    const std::string before = one(node);
-    node.facts.path = "/dev/video17";
-    node.facts.incarnation = "another";
-    EXPECT_EQ(one(node), before);
+    NodeFacts facts = usb("", "3");
+    const std::string before = idOf(facts);
+    facts.path = "/dev/video17";
+    facts.incarnation = "another";
+    EXPECT_EQ(idOf(facts), before);
 }
 
-TEST(Identifier, TellsTwoCamerasOfOneModelWithTheSameSerialNumberApartByTheirPorts) {
-    Identifiers identifiers;
-    EXPECT_EQ(identifiers.assign({usb("0001", "3"), usb("0001", "4")}),
-              (List{"usb-046d:0825-at-0000:00:14.0-usb-3:00", "usb-046d:0825-at-0000:00:14.0-usb-4:00"}));
+TEST(Identifier, OfAUsbCameraIsTheSameWhetherItsNodeCouldBeAskedOrNot) {
+    EXPECT_EQ(idOf(usb("A1", "3"), texts("usb-0000:00:14.0-3", "HD Webcam", "uvcvideo")),
+              idOf(usb("A1", "3")));
 }
 
-TEST(Identifier, StaysWhenAnotherCameraWithTheSameSerialNumberComes) {
-    Identifiers identifiers;
-    const std::string first = identifiers.assign({usb("0001", "3")})[0];
-    const List both = identifiers.assign({usb("0001", "4"), usb("0001", "3")});
-    EXPECT_EQ(both[1], first);
-    EXPECT_NE(both[0], first);
-    // The first is unplugged and plugged in again; the second stays what it was meanwhile.
-    EXPECT_EQ(identifiers.assign({usb("0001", "4")})[0], both[0]);
-    EXPECT_EQ(identifiers.assign({usb("0001", "4"), usb("0001", "3")}), both);
+TEST(Identifier, CarriesTheOrderAmongSeveralNodesOfOneInterface) {
+    NodeFacts second = usb("A1", "3");
+    second.index = 2;
+    EXPECT_EQ(idOf(second), "usb-046d:0825-A1-at-0000:00:14.0-usb-3:00.2");
 }
 
-TEST(Identifier, CarriesTheInterfaceOfEachNodeOfACamera) {
-    Identifiers identifiers;
-    EXPECT_EQ(identifiers.assign({usb("A1", "3", "00"), usb("A1", "3", "02")}),
-              (List{"usb-046d:0825-A1:00", "usb-046d:0825-A1:02"}));
-    NamedNode second = usb("A1", "3");
-    second.facts.index = 2;
-    EXPECT_EQ(identifiers.assign({usb("A1", "3"), second}),
-              (List{"usb-046d:0825-A1:00", "usb-046d:0825-A1:00.2"}));
+TEST(Identifier, OfAPciCardIsItsPlaceAndItsModelSinceAnotherCardMayTakeThePlace) {
+    NodeFacts facts;
+    facts.bus = "PCI:0000:03:00.0";
+    facts.port = "0000:03:00.0";
+    facts.model = "14f1:8880";
+    facts.driver = "cx23885";
+    EXPECT_EQ(idOf(facts, texts("PCIe:0000:03:00.0", "Some Grabber", "cx23885")),
+              "bus-PCIe:0000:03:00.0-14f1:8880");
+    EXPECT_EQ(idOf(facts), "bus-PCI:0000:03:00.0-14f1:8880"); // not asked: what most drivers say
+    facts.index = 1;
+    EXPECT_EQ(idOf(facts), "bus-PCI:0000:03:00.0-14f1:8880.1");
 }
 
-TEST(Identifier, NeverDependsOnTheOtherNodesOfTheCamera) {
-    // While it is plugged in, the nodes appear one after the other.
-    Identifiers identifiers;
-    const std::string alone = identifiers.assign({usb("A1", "3", "00")})[0];
-    EXPECT_EQ(identifiers.assign({usb("A1", "3", "00"), usb("A1", "3", "02")})[0], alone);
+TEST(Identifier, OfAPlatformDeviceIsItsPlaceAndItsDriver) {
+    NodeFacts facts;
+    facts.bus = "platform:fe801000.csi";
+    facts.port = "fe801000.csi";
+    facts.driver = "unicam";
+    EXPECT_EQ(idOf(facts, texts("platform:fe801000.csi", "unicam-image", "unicam")),
+              "bus-platform:fe801000.csi-unicam");
+    EXPECT_EQ(idOf(facts), "bus-platform:fe801000.csi-unicam");
 }
 
-TEST(Identifier, IsTheBusWhereNothingElseIsKnown) {
-    NamedNode node;
-    node.facts.path = "/dev/video0";
-    node.busInfo = "platform:vivid-000";
-    EXPECT_EQ(one(node), "bus-platform:vivid-000");
-    node.facts.port = "fe801000.csi"; // what the driver says is finer
-    EXPECT_EQ(one(node), "bus-platform:vivid-000");
-    node.busInfo.clear();
-    EXPECT_EQ(one(node), "port-fe801000.csi");
-    node.facts.port.clear();
-    node.facts.name = "Dummy device";
-    EXPECT_EQ(one(node), "name-Dummy%20device");
+TEST(Identifier, OfDevicesWithoutHardwareIsTheBusAsInTheFirstRelease) {
+    NodeFacts vivid;
+    vivid.bus = "platform:vivid.0";
+    vivid.port = "vivid.0";
+    vivid.driver = "vivid";
+    EXPECT_EQ(idOf(vivid, texts("platform:vivid-000", "vivid", "vivid")), "bus-platform:vivid-000");
+    NodeFacts loopback;
+    loopback.isVirtual = true;
+    EXPECT_EQ(idOf(loopback, texts("platform:v4l2loopback-003", "OBS", "v4l2 loopback")),
+              "bus-platform:v4l2loopback-003");
+    EXPECT_EQ(idOf(NodeFacts(), texts("platform:v4l2loopback-003", "OBS", "v4l2 loopback")),
+              "bus-platform:v4l2loopback-003"); // without sysfs
 }
 
-TEST(Identifier, IsNeverGivenTwice) {
-    NamedNode node;
-    node.facts.name = "Camera";
-    Identifiers identifiers;
-    const List three = identifiers.assign({node, node, node});
-    EXPECT_EQ(three, (List{"name-Camera", "name-Camera-2", "name-Camera-3"}));
+TEST(Identifier, OfACameraWithoutSysfsIsItsBusAndItsCard) {
+    EXPECT_EQ(idOf(NodeFacts(), texts("usb-0000:00:14.0-2", "HD Webcam", "uvcvideo")),
+              "bus-usb-0000:00:14.0-2-HD%20Webcam");
 }
 
-TEST(Identifier, IsAsciiWhateverTheDeviceSays) {
-    NamedNode node = usb("S\xC3\xA9r/1 %\n", "3");
-    EXPECT_EQ(one(node), "usb-046d:0825-S%C3%A9r%2F1%20%25%0A:00");
+TEST(Identifier, IsWhatIsLeftOfACameraOfWhichLittleIsKnown) {
+    NodeFacts facts;
+    facts.port = "spi0.0";
+    facts.driver = "spicam";
+    EXPECT_EQ(idOf(facts), "port-spi0.0-spicam");
+    facts.port.clear();
+    facts.name = "Dummy device";
+    EXPECT_EQ(idOf(facts), "name-Dummy%20device");
+}
+
+TEST(Identifier, IsPrintableAsciiWhateverTheDeviceSays) {
+    EXPECT_EQ(idOf(usb("S\xC3\xA9r/1 %\n", "3")),
+              "usb-046d:0825-S%C3%A9r%2F1%20%25%0A-at-0000:00:14.0-usb-3:00");
+    EXPECT_EQ(idOf(usb("  ", "3")), "usb-046d:0825-%20%20-at-0000:00:14.0-usb-3:00");
+}
+
+TEST(Identifier, TellsSerialNumbersApartHoweverLongTheyAre) {
+    const std::string most(126, 'x'); // the characters of a USB string
+    EXPECT_EQ(idOf(usb(most + "1", "3")), "usb-046d:0825-" + most + "1-at-0000:00:14.0-usb-3:00");
+    EXPECT_NE(idOf(usb(most + "1", "3")), idOf(usb(most + "2", "3")));
+}
+
+TEST(FormerIdentifiers, OfAUsbCameraAreThoseBySerialNumberAndByPort) {
+    EXPECT_EQ(formerIdentifiers(usb("A1", "3", "02"), NodeTexts()),
+              (List{"usb-046d:0825-A1:02", "usb-046d:0825-at-0000:00:14.0-usb-3:02"}));
+    EXPECT_EQ(formerIdentifiers(usb("", "3"), NodeTexts()), (List{"usb-046d:0825-at-0000:00:14.0-usb-3:00"}));
+}
+
+TEST(FormerIdentifiers, OfOtherHardwareAreThoseByBusAndByPort) {
+    NodeFacts facts;
+    facts.port = "0000:03:00.0";
+    facts.model = "14f1:8880";
+    facts.index = 1;
+    EXPECT_EQ(formerIdentifiers(facts, texts("PCI:0000:03:00.0", "Grabber", "cx")),
+              (List{"bus-PCI:0000:03:00.0.1", "port-0000:03:00.0.1"}));
+}
+
+TEST(WithoutPort, IsTheFormerIdentifierBySerialNumber) {
+    for (const char* serial : {"A1", "at-home", "x-at-y-usb-1"}) {
+        const NodeFacts facts = usb(serial, "2.4.1", "02");
+        EXPECT_EQ(withoutPort(idOf(facts)), formerIdentifiers(facts, NodeTexts())[0]);
+    }
+}
+
+TEST(WithoutPort, IsNothingForOtherTexts) {
+    for (const char* text :
+         {"", "usb-046d:0825-A1:00", "bus-PCI:0000:03:00.0-14f1:8880", "x-at-y:00", "usb-a-at-b"})
+        EXPECT_EQ(withoutPort(text), "") << text;
 }
 
 TEST(DisplayName, IsTheDevicesOwn) {

@@ -1,58 +1,16 @@
 // Which nodes are cameras, and which calls it takes to find out.
-#include "platform/cameras/v4l2/v4l2_provider.h"
-#include "unit/v4l2/camera_fixture.h"
+#include "unit/v4l2/listing_fixture.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <unistd.h>
 
 namespace ostrel {
 namespace tests {
 
-using cameras::Camera;
 using cameras::v4l2::NodeFacts;
 
 namespace {
-
-class ListingTest : public testing::Test {
-protected:
-    std::shared_ptr<ScriptedKernel> kernel = std::make_shared<ScriptedKernel>();
-    std::shared_ptr<ScriptedDiscovery> discovery = std::make_shared<ScriptedDiscovery>();
-    std::shared_ptr<cameras::CameraProvider> provider = cameras::v4l2::makeProvider(kernel, discovery);
-
-    static DeviceScript camera() {
-        DeviceScript device;
-        device.formats.push_back(raw(V4L2_PIX_FMT_YUYV, {only(640, 480)}));
-        return device;
-    }
-    // A node of which only its place in /dev is known.
-    void addBare(const std::string& path, const DeviceScript& device) {
-        kernel->plug(path, device);
-        NodeFacts facts;
-        facts.path = path;
-        discovery->add(facts);
-    }
-    static NodeFacts described(const std::string& path, const std::string& capabilities,
-                               const std::string& port) {
-        NodeFacts facts;
-        facts.path = path;
-        facts.described = true;
-        facts.capabilities = capabilities;
-        facts.isUsb = true;
-        facts.model = "046d:0825";
-        facts.port = port;
-        facts.interface = "00";
-        facts.name = "HD Webcam";
-        facts.driver = "uvcvideo";
-        return facts;
-    }
-    std::vector<std::string> identifiers() {
-        std::vector<std::string> result;
-        for (const auto& one : provider->list())
-            result.push_back(one->identifier());
-        return result;
-    }
-    void TearDown() override {
-        EXPECT_EQ(kernel->openDescriptors(), 0);
-        EXPECT_EQ(kernel->misuse(), std::vector<std::string>());
-    }
-};
 
 using List = std::vector<std::string>;
 
@@ -69,58 +27,8 @@ TEST_F(ListingTest, NeedsNoMoreThanTheNodeInDev) {
     addBare("/dev/video0", device);
     const auto list = provider->list();
     ASSERT_EQ(list.size(), 1u);
-    EXPECT_EQ(list[0]->identifier(), "bus-usb-0000:00:14.0-2");
+    EXPECT_EQ(list[0]->identifier(), "bus-usb-0000:00:14.0-2-Some%20Camera");
     EXPECT_EQ(list[0]->displayName(), "Some Camera");
-}
-
-TEST_F(ListingTest, LeavesOutWhatIsNoCamera) {
-    const uint32_t none[] = {V4L2_CAP_META_CAPTURE,
-                             V4L2_CAP_VIDEO_OUTPUT,
-                             V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_VIDEO_OUTPUT,
-                             V4L2_CAP_VIDEO_M2M,
-                             V4L2_CAP_VIDEO_M2M_MPLANE,
-                             V4L2_CAP_VIDEO_OVERLAY,
-                             V4L2_CAP_VBI_CAPTURE,
-                             V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_TOUCH};
-    int number = 0;
-    for (const uint32_t capabilities : none) {
-        DeviceScript device = camera();
-        device.capabilities = capabilities | V4L2_CAP_STREAMING;
-        addBare("/dev/video" + std::to_string(number++), device);
-    }
-    EXPECT_EQ(identifiers(), List());
-}
-
-TEST_F(ListingTest, AsksTheNodeAndNotTheWholeDeviceWhatItCanDo) {
-    DeviceScript metadata = camera();
-    metadata.wholeDevice = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_META_CAPTURE | V4L2_CAP_STREAMING;
-    metadata.capabilities = V4L2_CAP_META_CAPTURE | V4L2_CAP_STREAMING;
-    addBare("/dev/video1", metadata);
-    DeviceScript old = camera();
-    old.hasDeviceCaps = false;
-    old.busInfo = "old";
-    addBare("/dev/video2", old);
-    EXPECT_EQ(identifiers(), (List{"bus-old"}));
-}
-
-TEST_F(ListingTest, LeavesOutNodesWithoutAUsableFormat) {
-    DeviceScript device = camera();
-    device.formats.clear();
-    addBare("/dev/video0", device);
-    device.formats.push_back(raw(V4L2_PIX_FMT_H264, {only(640, 480)}));
-    device.formats.push_back(raw(V4L2_PIX_FMT_SBGGR8, {only(640, 480)}));
-    addBare("/dev/video1", device);
-    EXPECT_EQ(identifiers(), List());
-}
-
-TEST_F(ListingTest, ListsMultiplanarDevicesWithAFormatOfOnePlane) {
-    DeviceScript device = camera();
-    device.capabilities = V4L2_CAP_VIDEO_CAPTURE_MPLANE | V4L2_CAP_STREAMING;
-    device.busInfo = "mp";
-    addBare("/dev/video0", device);
-    device.formats = {raw(V4L2_PIX_FMT_NV12M, {only(640, 480)})};
-    addBare("/dev/video1", device);
-    EXPECT_EQ(identifiers(), (List{"bus-mp"}));
 }
 
 TEST_F(ListingTest, OpensNoUsbCameraThatUdevDescribes) {
@@ -169,17 +77,38 @@ TEST_F(ListingTest, ListsEachCaptureNodeOfACamera) {
     EXPECT_EQ(identifiers(), (List{"usb-046d:0825-at-p-1:00", "usb-046d:0825-at-p-1:02"}));
 }
 
-TEST_F(ListingTest, ListsTwoCamerasOfOneModelWithTheSameOrNoSerialNumber) {
-    for (const char* serial : {"0001", ""}) {
-        discovery = std::make_shared<ScriptedDiscovery>();
-        provider = cameras::v4l2::makeProvider(kernel, discovery);
-        NodeFacts a = described("/dev/video0", ":capture:", "p-1"),
-                  b = described("/dev/video2", ":capture:", "p-2");
+TEST_F(ListingTest, AnIdentifierNeverNamesTheOtherOfTwoCamerasWithOneSerialNumber) {
+    NodeFacts a = described("/dev/video0", ":capture:", "p-1"),
+              b = described("/dev/video2", ":capture:", "p-2");
+    for (const char* serial : {"SN0001", ""}) {
         a.serial = b.serial = serial;
-        discovery->add(a);
-        discovery->add(b);
-        EXPECT_EQ(identifiers(), (List{"usb-046d:0825-at-p-1:00", "usb-046d:0825-at-p-2:00"}));
+        const std::string model = std::string("usb-046d:0825") + (*serial ? "-SN0001" : "");
+        const std::string ofA = model + "-at-p-1:00", ofB = model + "-at-p-2:00";
+        // Who is plugged in, step by step. The program starts anew with each line.
+        for (const std::string plugged :
+             {"A AB B AB A", "B AB A AB B", "AB A AB B AB", "BA B A BA", "A B A"}) {
+            provider = cameras::v4l2::makeProvider(kernel, discovery);
+            for (size_t at = 0; at < plugged.size();) {
+                discovery->remove(a.path);
+                discovery->remove(b.path);
+                List expected;
+                for (; at < plugged.size() && plugged[at] != ' '; ++at) {
+                    discovery->add(plugged[at] == 'A' ? a : b);
+                    expected.push_back(plugged[at] == 'A' ? ofA : ofB);
+                }
+                EXPECT_EQ(identifiers(), expected) << plugged << " up to " << at;
+                ++at;
+            }
+        }
     }
+}
+
+TEST_F(ListingTest, ListsTwoNodesOfWhichAllIsTheSameAsOneCamera) {
+    addBare("/dev/video0", camera());
+    addBare("/dev/video1", camera());
+    EXPECT_EQ(identifiers().size(), 1u);
+    EXPECT_EQ(reason("/dev/video0"), "camera");
+    EXPECT_EQ(reason("/dev/video1"), "is by all that is known of it the same camera as /dev/video0");
 }
 
 TEST_F(ListingTest, LeavesDuplicateNamesAlone) {
@@ -243,6 +172,58 @@ TEST_F(ListingTest, SurvivesNodesThatVanishMeanwhile) {
     kernel->failNext(VIDIOC_QUERYCAP, ENODEV);
     EXPECT_EQ(identifiers(), List());
     EXPECT_EQ(identifiers().size(), 1u);
+}
+
+namespace {
+
+// A folder as a container's /dev may be. Devices that every machine has stand in for cameras.
+class DeviceFolder : public testing::Test {
+protected:
+    const std::string folder = testing::TempDir() + "dev" + std::to_string(::getpid());
+    const std::unique_ptr<cameras::v4l2::Discovery> discovery = cameras::v4l2::makeDiscovery(folder);
+
+    DeviceFolder() { std::filesystem::create_directory(folder); }
+    ~DeviceFolder() override { std::filesystem::remove_all(folder); }
+
+    std::string link(const std::string& name, const std::string& device) {
+        std::filesystem::remove(folder + '/' + name);
+        std::filesystem::create_symlink(device, folder + '/' + name);
+        return folder + '/' + name;
+    }
+};
+
+} // namespace
+
+TEST_F(DeviceFolder, KnowsADeviceByItsNumberWhateverItsNodeIsCalled) {
+    const std::string path = link("video7", "/dev/null");
+    const std::vector<NodeFacts> nodes = discovery->nodes();
+    ASSERT_EQ(nodes.size(), 1u);
+    EXPECT_EQ(nodes[0].path, path);
+    EXPECT_TRUE(nodes[0].isVirtual); // as /sys/dev/char/1:3 says; there is no /sys/class/video4linux/video7
+    EXPECT_EQ(nodes[0].incarnation, discovery->incarnation("/dev/null"));
+}
+
+TEST_F(DeviceFolder, NoticesThatAnotherDeviceHasTakenTheNode) {
+    const std::string path = link("video0", "/dev/null");
+    const std::string before = discovery->incarnation(path);
+    link("video0", "/dev/zero");
+    EXPECT_NE(discovery->incarnation(path), before);
+    EXPECT_NE(discovery->incarnation(path), "");
+    link("video0", "/nowhere");
+    EXPECT_EQ(discovery->incarnation(path), "");
+    EXPECT_TRUE(discovery->nodes().empty());
+}
+
+TEST_F(DeviceFolder, ListsADeviceWithSeveralNodesOnceAndInTheOrderOfTheirNumbers) {
+    link("video10", "/dev/null");
+    link("video9", "/dev/zero");
+    link("video2", "/dev/null");
+    link("vbi0", "/dev/full");
+    link("video", "/dev/full");
+    std::vector<std::string> paths;
+    for (const NodeFacts& facts : discovery->nodes())
+        paths.push_back(facts.path.substr(folder.size()));
+    EXPECT_EQ(paths, (List{"/video2", "/video9"}));
 }
 
 TEST(SystemDiscovery, DescribesWhateverThisMachineHas) {
