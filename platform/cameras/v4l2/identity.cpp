@@ -44,8 +44,15 @@ std::string partOf(const NodeFacts& facts) {
     return part;
 }
 
-std::string usbSerial(const NodeFacts& facts) {
-    return "usb-" + asciiSafe(facts.model) + '-' + asciiSafe(facts.serial);
+// The port's mark must not be in the serial number, lest one camera's identifier looks like another's in some
+// port.
+std::string beforePort(const NodeFacts& facts) {
+    if (facts.serial.empty())
+        return "usb-" + asciiSafe(facts.model) + kAt;
+    std::string serial = asciiSafe(facts.serial);
+    for (size_t at = serial.find(kAt); at != std::string::npos; at = serial.find(kAt, at))
+        serial.replace(at, 1, "%2D");
+    return "usb-" + asciiSafe(facts.model) + '-' + serial + kAt;
 }
 
 std::string orElse(const std::string& first, const std::string& second) {
@@ -113,8 +120,7 @@ std::string displayName(const std::string& name, const std::string& card, const 
 
 std::string identifierOf(const NodeFacts& facts, const NodeTexts& texts) {
     if (facts.isUsb && !facts.port.empty())
-        return (facts.serial.empty() ? "usb-" + asciiSafe(facts.model) : usbSerial(facts)) + kAt +
-               asciiSafe(facts.port) + partOf(facts);
+        return beforePort(facts) + asciiSafe(facts.port) + partOf(facts);
     if (isWithoutHardware(facts, texts) && !texts.busInfo.empty())
         return "bus-" + asciiSafe(texts.busInfo) + partOf(facts);
     return atItsPlace(facts, texts) + partOf(facts);
@@ -123,7 +129,7 @@ std::string identifierOf(const NodeFacts& facts, const NodeTexts& texts) {
 std::vector<std::string> formerIdentifiers(const NodeFacts& facts, const NodeTexts& texts) {
     std::vector<std::string> result;
     if (!facts.serial.empty())
-        result.push_back(usbSerial(facts) + partOf(facts));
+        result.push_back("usb-" + asciiSafe(facts.model) + '-' + asciiSafe(facts.serial) + partOf(facts));
     if (facts.isUsb && !facts.port.empty())
         result.push_back("usb-" + asciiSafe(facts.model) + kAt + asciiSafe(facts.port) + partOf(facts));
     if (!texts.busInfo.empty())
@@ -133,14 +139,10 @@ std::vector<std::string> formerIdentifiers(const NodeFacts& facts, const NodeTex
     return result;
 }
 
-std::string withoutPort(const std::string& identifier) {
-    // A serial number may have "-at-" in it, a controller's name has not.
-    const size_t at = identifier.rfind(kAt);
-    const size_t part = identifier.rfind(':');
-    if (identifier.compare(0, 4, "usb-") != 0 || at == std::string::npos || part == std::string::npos ||
-        part < at)
-        return std::string();
-    return identifier.substr(0, at) + identifier.substr(part);
+std::pair<std::string, std::string> identifierInAnyPort(const NodeFacts& facts) {
+    if (!facts.isUsb || facts.port.empty() || facts.serial.empty() || facts.interface.empty())
+        return std::pair<std::string, std::string>();
+    return {beforePort(facts), partOf(facts)};
 }
 
 } // namespace v4l2

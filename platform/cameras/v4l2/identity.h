@@ -5,6 +5,7 @@
 #include "platform/cameras/v4l2/discovery.h"
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace ostrel {
@@ -31,15 +32,16 @@ struct NodeTexts {
 //   bus-BUS-MODEL[.N]          other hardware, and USB cameras where there is no sysfs
 //   bus-BUS[.N]                devices without hardware
 //   port-PORT-MODEL[.N], name-NAME[.N]    what is left where a node could not be asked
-// N, its order among the nodes of one interface, is left out where it is 0.
+// A "-at-" within a serial number becomes %2Dat-. N, its order among the nodes of one interface, is left out
+// where it is 0.
 std::string identifierOf(const NodeFacts& facts, const NodeTexts& texts);
 
-// The identifiers that release 1.0.0 may have given the camera. The first form, without the port, is also
-// what is the same of a USB camera's identifiers in different ports (withoutPort).
+// The identifiers that release 1.0.0 may have given the camera.
 std::vector<std::string> formerIdentifiers(const NodeFacts& facts, const NodeTexts& texts);
 
-// Today's identifier of a USB camera with a serial number becomes the form above; empty for any other text.
-std::string withoutPort(const std::string& identifier);
+// How the camera's identifier begins and ends in whatever port it is; both empty where nothing but the port
+// tells it from others of its model.
+std::pair<std::string, std::string> identifierInAnyPort(const NodeFacts& facts);
 
 } // namespace v4l2
 } // namespace cameras

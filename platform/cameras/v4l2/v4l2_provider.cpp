@@ -180,8 +180,10 @@ std::vector<NodeReport> V4l2Provider::nodes() {
         report.name = nameOf(node);
         report.identifier = node.identifier;
         report.reason = node.answer.reason;
-        if (!node.identifier.empty())
+        if (!node.identifier.empty()) {
             report.formerIdentifiers = formerIdentifiers(node.facts, node.answer.texts);
+            report.inAnyPort = identifierInAnyPort(node.facts);
+        }
         result.push_back(std::move(report));
     }
     return result;

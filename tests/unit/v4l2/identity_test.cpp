@@ -144,17 +144,15 @@ TEST(FormerIdentifiers, OfOtherHardwareAreThoseByBusAndByPort) {
               (List{"bus-PCI:0000:03:00.0.1", "port-0000:03:00.0.1"}));
 }
 
-TEST(WithoutPort, IsTheFormerIdentifierBySerialNumber) {
-    for (const char* serial : {"A1", "at-home", "x-at-y-usb-1"}) {
-        const NodeFacts facts = usb(serial, "2.4.1", "02");
-        EXPECT_EQ(withoutPort(idOf(facts)), formerIdentifiers(facts, NodeTexts())[0]);
-    }
+TEST(IdentifierInAnyPort, IsAllOfItButThePort) {
+    using Pair = std::pair<std::string, std::string>;
+    EXPECT_EQ(identifierInAnyPort(usb("A1", "3", "02")), Pair("usb-046d:0825-A1-at-", ":02"));
+    EXPECT_EQ(identifierInAnyPort(usb("", "3")), Pair()); // only the port tells it from others of its model
 }
 
-TEST(WithoutPort, IsNothingForOtherTexts) {
-    for (const char* text :
-         {"", "usb-046d:0825-A1:00", "bus-PCI:0000:03:00.0-14f1:8880", "x-at-y:00", "usb-a-at-b"})
-        EXPECT_EQ(withoutPort(text), "") << text;
+TEST(IdentifierInAnyPort, NeverBeginsAsThatOfAnotherSerialNumber) {
+    EXPECT_EQ(idOf(usb("A-at-B-at-", "3")), "usb-046d:0825-A%2Dat-B%2Dat--at-0000:00:14.0-usb-3:00");
+    EXPECT_NE(idOf(usb("A-at-B", "3")).find("usb-046d:0825-A%"), std::string::npos);
 }
 
 TEST(DisplayName, IsTheDevicesOwn) {

@@ -1,0 +1,40 @@
+// The machine's video nodes, those that are no cameras among them, and why they are none (Linux).
+#ifndef OSTREL_DEVICE_DETAILS_H
+#define OSTREL_DEVICE_DETAILS_H
+
+#include <ostrel/export.h>
+
+#include <QtCore/QList>
+#include <QtCore/QSharedPointer>
+#include <QtCore/QString>
+
+namespace ostrel {
+
+struct OVideoNodePrivate;
+
+// One node, as it was when it was listed. A value, cheap to copy.
+class OSTREL_EXPORT OVideoNode {
+public:
+    explicit OVideoNode(const QSharedPointer<OVideoNodePrivate>& facts); // the library makes them
+    OVideoNode(const OVideoNode& other);
+    OVideoNode& operator=(const OVideoNode& other);
+    ~OVideoNode();
+
+    QString path() const;     // "/dev/video0"
+    QString name() const;     // never empty
+    QString uniqueID() const; // the camera's, as videoDevices() has it; empty when the node is no camera
+    // Why it is no camera, and what would help where something does; of a camera, what stands against its
+    // use. One line in English; empty when all is well.
+    QString reason() const;
+
+private:
+    QSharedPointer<OVideoNodePrivate> d;
+};
+
+// In the order of the nodes' numbers. Asks no hardware that is in use, and no USB camera that udev describes.
+// Any thread may call.
+OSTREL_EXPORT QList<OVideoNode> videoNodes();
+
+} // namespace ostrel
+
+#endif
