@@ -164,12 +164,13 @@ VideoNode::VideoNode(const std::shared_ptr<KernelCalls>& kernel, const std::stri
 
 std::shared_ptr<VideoNode> VideoNode::open(const std::shared_ptr<KernelCalls>& kernel,
                                            const std::string& path) {
-    const std::shared_ptr<VideoNode> node(new VideoNode(kernel, path));
+    std::shared_ptr<VideoNode> node(new VideoNode(kernel, path));
     openPaths().add(path);
     const int descriptor = kernel->open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
     if (descriptor < 0) {
         const int error = errno;
         openPaths().remove(path);
+        node.reset();
         errno = error;
         return nullptr;
     }

@@ -18,7 +18,8 @@ expect "the nodes come back" wait_until 120 test -c /dev/video0
 unplug_webcam
 
 if have_loopback; then
-    start_loopback
+    load_loopback exclusive_caps=1
+    feed_loopback
     expect "v4l2loopback hands on motion JPEG" v4l2-ctl -d "$LOOPBACK" --stream-mmap --stream-count=5
     stop_loopback
 fi

@@ -55,14 +55,17 @@ have_loopback() {
     modinfo v4l2loopback >/dev/null 2>&1
 }
 
-# A loopback camera ($LOOPBACK) that ffmpeg feeds with moving pictures as motion JPEG.
-start_loopback() {
+# load_loopback OPTION... - a loopback device ($LOOPBACK) that nobody feeds yet; options are v4l2loopback's.
+load_loopback() {
     LOOPBACK=/dev/video9
-    modprobe v4l2loopback video_nr=9 card_label=Loopback exclusive_caps=1 || exit 1
+    modprobe v4l2loopback video_nr=9 card_label=Loopback "$@" || exit 1
+}
+
+# ffmpeg feeds it with moving pictures as motion JPEG.
+feed_loopback() {
     ffmpeg -v error -re -stream_loop -1 -framerate 15 -i "$VM_PICTURES/640x480-%d.jpg" -c:v copy -f v4l2 "$LOOPBACK" \
         </dev/null &
     loopback_pid=$!
-    # With exclusive_caps the node is a camera only while somebody feeds it.
     wait_until 120 sh -c "v4l2-ctl -d $LOOPBACK --get-fmt-video | grep -q MJPG" || { echo "nobody feeds $LOOPBACK"; exit 1; }
 }
 

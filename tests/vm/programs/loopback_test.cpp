@@ -3,6 +3,8 @@
 #include "vm/programs/capture.h"
 #include "vm/programs/known_pictures.h"
 
+#include <ostrel/device_details.h>
+
 #include <QtCore/QSize>
 
 #include <gtest/gtest.h>
@@ -24,6 +26,20 @@ testing::AssertionResult showsStripesSoon(Capture& capture) {
 }
 
 } // namespace
+
+TEST(UnfedLoopback, IsNoCameraAndSaysWhy) {
+    EXPECT_EQ(cameras(), QStringList());
+    const QList<OVideoNode> nodes = videoNodes();
+    ASSERT_EQ(nodes.size(), 1);
+    EXPECT_EQ(nodes[0].path().toStdString(), "/dev/video9");
+    EXPECT_EQ(nodes[0].name().toStdString(), "Loopback");
+    EXPECT_EQ(nodes[0].uniqueID().toStdString(), "");
+    EXPECT_EQ(nodes[0].reason().toStdString(), "no program gives it pictures at present");
+}
+
+TEST(Loopback, HasTheIdentifierOfTheFirstRelease) {
+    EXPECT_EQ(onlyCamera().toStdString(), "bus-platform:v4l2loopback-000");
+}
 
 TEST(Loopback, MotionJpegShowsTheRightColorsAtItsOwnSize) {
     Capture capture(onlyCamera(), 640, 480);

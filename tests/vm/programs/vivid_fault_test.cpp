@@ -177,6 +177,7 @@ TEST(VividFaults, ADisconnectedCameraEndsTheCaptureAndLeavesTheListingUntilItIsB
 
 TEST(VividFaults, AnUnboundCameraComesBackUnderItsIdentifier) {
     const QString camera = onlyCamera();
+    EXPECT_EQ(camera.toStdString(), "bus-platform:vivid-000"); // as in the first release
     Capture capture(camera, 640, 480);
     ASSERT_TRUE(capture.waitForPicture());
     bindDriver("unbind");

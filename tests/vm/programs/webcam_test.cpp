@@ -3,6 +3,8 @@
 #include "vm/programs/capture.h"
 #include "vm/programs/known_pictures.h"
 
+#include <ostrel/device_details.h>
+#include <ostrel/device_id.h>
 #include <ostrel/devices.h>
 
 #include <gtest/gtest.h>
@@ -24,6 +26,33 @@ TEST(Webcam, ItsMetadataNodeIsNotListed) {
     shell("test -c /dev/video1"); // the second node of the webcam
     EXPECT_EQ(videoDevices().size(), 1);
     EXPECT_EQ(videoDevices().first().toStdString(), "Emulated UVC Camera");
+    const QList<OVideoNode> nodes = videoNodes();
+    ASSERT_EQ(nodes.size(), 2);
+    EXPECT_EQ(nodes[0].uniqueID(), onlyCamera());
+    EXPECT_EQ(nodes[0].reason().toStdString(), "");
+    EXPECT_EQ(nodes[1].uniqueID().toStdString(), "");
+    EXPECT_NE(nodes[1].reason().toStdString().find("metadata"), std::string::npos);
+}
+
+TEST(Webcam, ItsIdentifierSaysWhatItIsAndWhereItIsPluggedIn) {
+    const std::string identifier = onlyCamera().toStdString();
+    EXPECT_EQ(identifier.rfind("usb-", 0), 0u) << identifier;
+    EXPECT_NE(identifier.find("-at-vhci_hcd.0-usb-1:00"), std::string::npos) << identifier;
+    EXPECT_EQ(videoDeviceID("/dev/video0"), onlyCamera());
+}
+
+TEST(Webcam, ANodeWithAnotherNameIsTheSameCamera) {
+    const QString before = onlyCamera();
+    shell("mv /dev/video0 /dev/video7 && mv /dev/video1 /dev/video0"); // the metadata bears the camera's name
+    EXPECT_EQ(onlyCamera(), before);
+    EXPECT_EQ(videoDeviceID("/dev/video7"), before);
+    EXPECT_EQ(videoDeviceID("/dev/video0").toStdString(), "");
+    {
+        Capture capture(before, 640, 480);
+        EXPECT_TRUE(capture.waitForPicture());
+    }
+    shell("mv /dev/video0 /dev/video1 && mv /dev/video7 /dev/video0");
+    EXPECT_EQ(onlyCamera(), before);
 }
 
 TEST(Webcam, MotionJpegIsChosenWhereRawPicturesAreSlower) {
