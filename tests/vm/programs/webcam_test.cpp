@@ -55,6 +55,19 @@ TEST(Webcam, ANodeWithAnotherNameIsTheSameCamera) {
     EXPECT_EQ(onlyCamera(), before);
 }
 
+TEST(Webcam, UnpluggedItIsNotListedThoughItsNodeStays) {
+    // As in a container, whose nodes nobody removes.
+    shell("mknod /dev/video7 c $(stat -c '0x%t 0x%T' /dev/video0) && rm /dev/video0 /dev/video1");
+    const QString camera = onlyCamera();
+    tellWebcam("unplug");
+    EXPECT_TRUE(waitUntil([] { return cameras().isEmpty(); }));
+    tellWebcam("plug");
+    EXPECT_TRUE(waitUntil([] { return !cameras().isEmpty(); }));
+    EXPECT_EQ(onlyCamera(), camera);
+    shell("rm /dev/video7");
+    EXPECT_EQ(onlyCamera(), camera);
+}
+
 TEST(Webcam, MotionJpegIsChosenWhereRawPicturesAreSlower) {
     Capture capture(onlyCamera(), 1280, 720);
     ASSERT_TRUE(capture.waitForPicture());
