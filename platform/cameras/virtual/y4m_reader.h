@@ -48,9 +48,6 @@ public:
     bool readPlanes(uint64_t planes, uint8_t* to) const;
 
 private:
-    std::string parseHeader(const std::string& header);
-    std::string parseTag(const std::string& tag);
-
     const ByteSource* source_ = nullptr;
     Y4mFormat format_;
     uint64_t firstFrame_ = 0;
