@@ -46,7 +46,6 @@ endfunction()
 function(ostrel_add_part name standard)
   add_library(${name} OBJECT ${ARGN})
   ostrel_cxx_standard(${name} ${standard})
-  target_compile_definitions(${name} PRIVATE OSTREL_BUILDING)
   target_include_directories(${name} PUBLIC
     "${PROJECT_SOURCE_DIR}/include" "${PROJECT_SOURCE_DIR}")
   target_link_libraries(${name} PUBLIC ostrel_settings ${OSTREL_QT}::Core)
