@@ -27,11 +27,6 @@ install(FILES "${PROJECT_BINARY_DIR}/OstrelVideoUnixConfig.cmake"
 # pkg-config. The prefix is found from the file's own place, so that an installed tree can be moved.
 file(RELATIVE_PATH OSTREL_PC_PREFIX "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
 string(REGEX REPLACE "/$" "" OSTREL_PC_PREFIX "${OSTREL_PC_PREFIX}")
-if(OSTREL_QT STREQUAL "Qt5")
-  set(OSTREL_PC_CFLAGS "-fPIC")
-else()
-  set(OSTREL_PC_CFLAGS "-fPIC -std=c++17")
-endif()
 configure_file("${CMAKE_CURRENT_LIST_DIR}/ostrelvideounix.pc.in" "${PROJECT_BINARY_DIR}/ostrelvideounix.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/ostrelvideounix.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
   COMPONENT development)
@@ -42,6 +37,10 @@ foreach(tool ostrel-camera ostrel-viewer)
   if(TARGET ${tool})
     set_target_properties(${tool} PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
     install(TARGETS ${tool} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tools)
+    install(FILES "${PROJECT_SOURCE_DIR}/docs/man/${tool}.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1"
+      COMPONENT tools)
+    install(FILES "${PROJECT_SOURCE_DIR}/docs/completion/${tool}"
+      DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT tools)
     install(CODE "
       if(CMAKE_INSTALL_PREFIX STREQUAL \"/usr\")
         file(RPATH_REMOVE FILE \"\$ENV{DESTDIR}/usr/${CMAKE_INSTALL_BINDIR}/${tool}\")

@@ -2,8 +2,8 @@
 
 #include "apps/camera/command_line.h"
 #include "apps/camera/commands.h"
-#include "apps/camera/failure.h"
 #include "apps/camera/output_file.h"
+#include "apps/common/failure.h"
 
 #include <cerrno>
 #include <clocale>
@@ -12,8 +12,7 @@
 #include <new>
 #include <unistd.h>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 namespace {
 
@@ -44,17 +43,20 @@ int runCommand(const Options& options, const Surroundings& around) {
 }
 
 int parseAndRun(int argc, const char* const* argv, Messages& messages) {
-    CommandLine commandLine;
-    const std::string text = commandLine.parse(argc, argv);
-    if (!text.empty()) {
+    const Request request = parseCommandLine(argc, argv);
+    if (!request.options) {
+        if (request.exitCode != EXIT_OK) {
+            messages.write(request.answer);
+            return request.exitCode;
+        }
         OutputFile output("-", OutputFile::Mode::Stream);
-        output.write(text);
+        output.write(request.answer);
         output.commit();
         return EXIT_OK;
     }
-    const Options& options = commandLine.options();
+    const Options& options = *request.options;
     messages.setQuiet(options.quiet);
-    common::LibraryLog log(messages.descriptor(), options.verbose);
+    LibraryLog log(messages.descriptor(), options.verbose);
     const StopRequest stop;
     return runCommand(options, {messages, log, stop});
 }
@@ -81,5 +83,4 @@ int runApplication(int argc, const char* const* argv) {
     return EXIT_INTERNAL;
 }
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli

@@ -2,12 +2,10 @@
 #ifndef OSTREL_APPS_CAMERA_APPLICATION_H
 #define OSTREL_APPS_CAMERA_APPLICATION_H
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 int runApplication(int argc, const char* const* argv);
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli
 
 #endif

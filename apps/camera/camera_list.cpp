@@ -1,6 +1,6 @@
 #include "apps/camera/camera_list.h"
 
-#include "apps/camera/text.h"
+#include "apps/common/text.h"
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
@@ -8,8 +8,7 @@
 
 #include <algorithm>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 namespace {
 
@@ -61,5 +60,4 @@ std::string cameraJson(const std::vector<Camera>& cameras) {
     return QJsonDocument(list).toJson().toStdString();
 }
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli

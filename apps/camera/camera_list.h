@@ -7,8 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 // Aligned columns under a heading, one line a camera.
 std::string cameraTable(const std::vector<Camera>& cameras);
@@ -16,7 +15,6 @@ std::string cameraTable(const std::vector<Camera>& cameras);
 // [{"id": ..., "name": ..., "formats": [{"width": ..., "height": ...}]}], ending with a line break.
 std::string cameraJson(const std::vector<Camera>& cameras);
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli
 
 #endif

@@ -1,16 +1,57 @@
 #include "apps/camera/command_line.h"
 
-#include "apps/camera/failure.h"
 #include "apps/camera/help.h"
 #include "apps/camera/option_values.h"
-#include "apps/camera/text.h"
+#include "apps/common/failure.h"
+#include "apps/common/suggestion.h"
+#include "apps/common/text.h"
 
-namespace ostrel {
-namespace cli {
+#include <CLI/CLI.hpp> // here alone: it is a hundred times as long as what it is used for
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace ostrel::apps::cli {
 
 namespace {
 
 const char SUMMARY[] = "List cameras, take pictures, record video, convert and scale frames.";
+const char CAMERA_GROUP[] = "Camera options";
+const char GENERAL_GROUP[] = "General options";
+const char OWN_GROUP[] = "Options"; // the parser's name for options without a group
+
+// Fills the options while it parses.
+class CommandLine {
+public:
+    CommandLine();
+
+    Request parse(std::vector<std::string> arguments);
+
+private:
+    void addCommonOptions();
+    void addList();
+    void addSnapshot();
+    void addRecord();
+    void addWatch();
+    void addConvert();
+    void addScale();
+    void addOutput(CLI::App* command, std::string& output, const std::string& description);
+    void addSize(CLI::App* command);
+    void addLimits(CLI::App* command);
+    void addFilter(CLI::App* command);
+    void addFiles(CLI::App* command);
+    CLI::App* addCommand(Command command, const char* name, const char* summary);
+    [[noreturn]] void fail(const std::string& line) const;
+    void check() const;
+
+    CLI::App app_{SUMMARY, "ostrel-camera"};
+    Options options_;
+};
+
+class HelpFormatter : public CLI::FormatterBase {
+public:
+    std::string make_help(const CLI::App* app, std::string name, CLI::AppFormatMode mode) const override;
+};
 
 // The option hands its text to parse, whose answer goes to target.
 template <typename Target, typename Value>
@@ -20,30 +61,91 @@ CLI::Option* addValue(CLI::App* app, const std::string& names, Target& target,
     const auto set = [&target, parse, longName](const std::string& text) {
         try {
             target = parse(text);
-        } catch (const CLI::ValidationError& error) {
+        } catch (const std::invalid_argument& error) {
             throw CLI::ValidationError(longName, error.what());
         }
     };
     return app->add_option_function<std::string>(names, set, description)->type_name(type);
 }
 
-// The parser's own messages, as one line with the way to the help.
-[[noreturn]] void failUsage(const CLI::App& app, const CLI::Error& error) {
-    std::string help = "ostrel-camera";
-    for (const CLI::App* command : app.get_subcommands())
-        help += " " + command->get_name();
-    std::string line = error.what();
-    const std::vector<std::string> unknown = app.remaining();
-    if (dynamic_cast<const CLI::RequiredError*>(&error) && app.get_subcommands().empty())
-        line = unknown.empty()
-                   ? "no command is given"
-                   : quoted(unknown.front()) + " is no " + (unknown.front()[0] == '-' ? "option" : "command");
-    throw Failure(EXIT_USAGE, line + "; '" + help + " --help' explains the usage");
+bool isArgument(const CLI::Option* option) {
+    return option->get_positional() && option->get_lnames().empty();
 }
 
-} // namespace
+std::string upper(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(), [](char letter) {
+        return letter >= 'a' && letter <= 'z' ? char(letter - 'a' + 'A') : letter;
+    });
+    return text;
+}
 
-CommandLine::CommandLine() : app_(SUMMARY, "ostrel-camera") {
+std::vector<std::string> namesOf(const CLI::Option& option) {
+    std::vector<std::string> names;
+    for (const std::string& name : option.get_snames())
+        names.push_back("-" + name);
+    for (const std::string& name : option.get_lnames())
+        names.push_back("--" + name);
+    return names;
+}
+
+HelpRows rowsOf(const CLI::App& app, const std::function<bool(const CLI::Option*)>& shown) {
+    HelpRows rows;
+    for (const CLI::Option* option : app.get_options(shown)) {
+        const std::string left =
+            isArgument(option) ? upper(option->get_name(true)) : join(namesOf(*option), ", ");
+        const bool takesValue = !isArgument(option) && option->get_type_size() != 0;
+        rows.emplace_back(left + (takesValue ? " " + option->get_type_name() : ""),
+                          option->get_description());
+    }
+    return rows;
+}
+
+HelpRows groupOf(const CLI::App& app, const std::string& group) {
+    return rowsOf(app, [&group](const CLI::Option* option) {
+        return !isArgument(option) && option->get_group() == group;
+    });
+}
+
+// "ostrel-camera scale [OPTIONS] --scale LEVEL INPUT OUTPUT"
+std::string usageOf(const CLI::App& app) {
+    if (!app.get_parent())
+        return app.get_name() + " COMMAND [OPTIONS]";
+    std::string usage = app.get_parent()->get_name() + " " + app.get_name() + " [OPTIONS]";
+    for (const CLI::Option* option : app.get_options())
+        if (!isArgument(option) && option->get_required())
+            usage += " " + namesOf(*option).back() + " " + option->get_type_name();
+    for (const CLI::Option* option : app.get_options())
+        if (isArgument(option))
+            usage += " " + upper(option->get_name(true));
+        else if (option->get_positional())
+            usage += " [" + option->get_type_name() + "]";
+    return usage;
+}
+
+bool worksOnFiles(const CLI::App& command) {
+    return !rowsOf(command, isArgument).empty();
+}
+
+std::string HelpFormatter::make_help(const CLI::App* app, std::string, CLI::AppFormatMode) const {
+    const CLI::App* shared = app->get_parent() ? app->get_parent() : app;
+    HelpRows commands;
+    for (const CLI::App* command : app->get_subcommands([](const CLI::App*) { return true; }))
+        commands.emplace_back(command->get_name(), command->get_description());
+    std::string out = app->get_description() + "\n\nUsage: " + usageOf(*app) + "\n";
+    out += helpSection("Commands", commands);
+    if (!commands.empty())
+        out += "\n'ostrel-camera COMMAND --help' explains one of them.\n";
+    out += helpSection("Arguments", rowsOf(*app, isArgument));
+    out += helpSection("Options", groupOf(*app, OWN_GROUP));
+    if (!worksOnFiles(*app))
+        out += helpSection(CAMERA_GROUP, groupOf(*shared, CAMERA_GROUP));
+    out += helpSection(GENERAL_GROUP, groupOf(*shared, GENERAL_GROUP));
+    if (!app->get_parent())
+        out += exitCodesSection();
+    return out + "\n" + app->get_footer();
+}
+
+CommandLine::CommandLine() {
     app_.formatter(std::make_shared<HelpFormatter>());
     app_.require_subcommand(1);
     app_.fallthrough();
@@ -57,17 +159,15 @@ CommandLine::CommandLine() : app_(SUMMARY, "ostrel-camera") {
     addScale();
     app_.footer("Examples:\n"
                 "  ostrel-camera list\n"
-                "  ostrel-camera snapshot --camera webcam --size hd -o me.png\n"
-                "  ostrel-camera record --duration 10 -o clip.y4m\n"
+                "  ostrel-camera snapshot -c webcam --size hd me.png\n"
+                "  ostrel-camera record --duration 10 clip.y4m\n"
                 "  ostrel-camera record -o - | ffplay -\n"
                 "  ostrel-camera snapshot --test-camera\n"
                 "  ostrel-camera watch --play clip.y4m\n");
 }
 
-CommandLine::~CommandLine() = default;
-
 void CommandLine::addCommonOptions() {
-    app_.add_option("--camera", options_.camera.camera,
+    app_.add_option("-c,--camera", options_.camera.camera,
                     "Which camera: its identifier, its name, or a part of the name that only one camera has. "
                     "Letter case does not matter. Without it, the first of the list.")
         ->type_name("CAMERA")
@@ -89,7 +189,7 @@ void CommandLine::addCommonOptions() {
     app_.add_flag("-q,--quiet", options_.quiet, "Say nothing but errors.")->group(GENERAL_GROUP);
     app_.add_flag("-v,--verbose", options_.verbose, "Show the diagnostics of the camera library as well.")
         ->group(GENERAL_GROUP);
-    app_.set_version_flag("--version", "ostrel-camera " OSTREL_VERSION, "Show the version.")
+    app_.set_version_flag("-V,--version", "ostrel-camera " OSTREL_VERSION, "Show the version.")
         ->group(GENERAL_GROUP);
 }
 
@@ -101,18 +201,21 @@ CLI::App* CommandLine::addCommand(Command command, const char* name, const char*
     return added;
 }
 
+// It may stand without its name.
+void CommandLine::addOutput(CLI::App* command, std::string& output, const std::string& description) {
+    command->add_option("-o,--output,output", output, description)->type_name("FILE");
+}
+
 void CommandLine::addSize(CLI::App* command) {
-    addValue(
-        command, "--size", options_.captureSize, sizeValue, "SIZE",
-        "Frame size: ld (320x240), sd (640x480, the default), hd (1280x720) or any WIDTHxHEIGHT with even "
-        "sides. A camera that lacks it is scaled.");
+    addValue(command, "-s,--size", options_.captureSize, sizeValue, "SIZE",
+             std::string("Frame size: ") + SIZE_NAMES + "; sd without it. A camera that lacks it is scaled.");
 }
 
 void CommandLine::addLimits(CLI::App* command) {
     addValue(command, "-n,--frames", options_.limit.frames, countValue, "NUMBER",
              "End after so many frames.");
     addValue(command, "-t,--duration", options_.limit.seconds, secondsValue, "SECONDS",
-             "End so long after the first frame.");
+             "End so long after the first frame: 10, 10s, 500ms, 5m.");
 }
 
 void CommandLine::addFilter(CLI::App* command) {
@@ -131,44 +234,43 @@ void CommandLine::addList() {
 
 void CommandLine::addSnapshot() {
     CLI::App* command = addCommand(Command::Snapshot, "snapshot", "Take one picture and save it as PNG.");
-    command
-        ->add_option("-o,--output", options_.snapshot.output,
-                     "The file to write, '-' for standard output (snapshot.png).")
-        ->type_name("FILE");
+    addOutput(command, options_.snapshot.output,
+              "The file to write, '-' for standard output (snapshot.png).");
     addSize(command);
     addValue(command, "--skip", options_.snapshot.skip, numberValue, "NUMBER",
              "Let so many frames pass first: many cameras start dark and adjust within a second (0).");
     command->footer("Examples:\n"
                     "  ostrel-camera snapshot\n"
-                    "  ostrel-camera snapshot --size hd --skip 30 -o desk.png\n"
+                    "  ostrel-camera snapshot --size hd --skip 30 desk.png\n"
                     "  ostrel-camera snapshot --test-camera -o - | display\n");
 }
 
 void CommandLine::addRecord() {
     CLI::App* command = addCommand(Command::Record, "record", "Record video, until Ctrl-C or a limit.");
-    command
-        ->add_option("-o,--output", options_.record.output,
-                     "The file to write, '-' for standard output (recording.y4m, or recording with the name "
-                     "of a raw format behind it).")
-        ->type_name("FILE");
+    addOutput(
+        command, options_.record.output,
+        "The file to write, '-' for standard output (recording.y4m, or recording with the name of a raw "
+        "format behind it).");
     addSize(command);
     addLimits(command);
     addValue(
-        command, "--format", options_.record.format, kindValue, "FORMAT",
+        command, "--format", options_.record.format, videoKindValue, "FORMAT",
         "y4m, which players read; or bare frames one after the other: i420, yuy2, rgb24, argb (also argb32, "
         "bgra). Without it, what the suffix of the file says, else y4m.");
     addValue(command, "--scale", options_.record.scale, levelValue, "LEVEL",
              "Scale what is captured to ld, sd or hd before it is written.");
     addFilter(command);
-    addValue(command, "--rate", options_.record.rate, rateValue, "RATE",
-             "The frames a second that a Y4M file is to state. Without it, a file states the rate that was "
-             "measured, and standard output 30.");
+    addValue(
+        command, "--rate", options_.record.rate, rateValue, "RATE",
+        "The frames a second at which players show a Y4M file. Every frame is written all the same: 15 for "
+        "a camera that delivers 30 plays at half the speed. Without it, a file states the rate that was "
+        "measured, so that it plays as fast as it happened, and standard output 30.");
     command->footer("Examples:\n"
                     "  ostrel-camera record\n"
-                    "  ostrel-camera record --duration 10 --size hd -o clip.y4m\n"
-                    "  ostrel-camera record --size hd --scale ld --frames 300 -o small.y4m\n"
+                    "  ostrel-camera record -t 10s -s hd clip.y4m\n"
+                    "  ostrel-camera record --size hd --scale ld --frames 300 small.y4m\n"
                     "  ostrel-camera record -o - | ffmpeg -i - clip.mp4\n"
-                    "  ostrel-camera record --format yuy2 --frames 1 -o frame.yuy2\n");
+                    "  ostrel-camera record --format yuy2 --frames 1 frame.yuy2\n");
 }
 
 void CommandLine::addWatch() {
@@ -202,9 +304,8 @@ void CommandLine::addConvert() {
     CLI::App* command =
         addCommand(Command::Convert, "convert", "Convert frames from one pixel layout to another.");
     addFiles(command);
-    addValue(
-        command, "--size", options_.files.size, sizeValue, "SIZE",
-        "The frame size of raw input: ld, sd, hd or any WIDTHxHEIGHT; sides are even for i420 and yuy2.");
+    addValue(command, "-s,--size", options_.files.size, sizeValue, "SIZE",
+             "The frame size of raw input, such as 640x480, sd or 720p; its sides are even for yuy2.");
     command->footer(
         "Raw formats have no header: frames without padding, one after the other. A PNG name may\n"
         "hold %d or %04d for the number of the picture.\n\n"
@@ -222,7 +323,7 @@ void CommandLine::addScale() {
     addValue(command, "--scale", options_.scaleTo, levelValue, "LEVEL",
              "The size of the output: ld (320x240), sd (640x480) or hd (1280x720).")
         ->required();
-    addValue(command, "--size", options_.files.size, sizeValue, "SIZE",
+    addValue(command, "-s,--size", options_.files.size, sizeValue, "SIZE",
              "The frame size of raw input: ld, sd or hd.");
     addFilter(command);
     command->footer("Examples:\n"
@@ -231,18 +332,61 @@ void CommandLine::addScale() {
                     "  ostrel-camera scale --scale sd snapshot.png small.png\n");
 }
 
-std::string CommandLine::parse(int argc, const char* const* argv) {
+Request CommandLine::parse(std::vector<std::string> arguments) {
+    if (arguments.empty())
+        return {std::nullopt, app_.help(), EXIT_USAGE};
+    if (arguments.front() == "help") { // as many programs have it
+        arguments.erase(arguments.begin());
+        arguments.push_back("--help");
+    }
+    std::reverse(arguments.begin(), arguments.end()); // as the parser takes them
     try {
-        app_.parse(argc, argv);
+        app_.parse(std::move(arguments));
     } catch (const CLI::CallForHelp&) {
-        return app_.help();
+        return {std::nullopt, app_.help()};
     } catch (const CLI::CallForVersion& version) {
-        return std::string(version.what()) + "\n";
+        return {std::nullopt, std::string(version.what()) + "\n"};
     } catch (const CLI::Error& error) {
-        failUsage(app_, error);
+        fail(error.what());
     }
     check();
-    return std::string();
+    return {options_, std::string()};
+}
+
+// line: the parser's own words, for what is not said better here.
+void CommandLine::fail(const std::string& line) const {
+    const std::vector<CLI::App*> chosen = app_.get_subcommands();
+    std::vector<std::string> known;
+    std::string program = app_.get_name();
+    const auto addOptions = [&known](const CLI::App& app) {
+        for (const CLI::Option* option : app.get_options())
+            for (const std::string& name : namesOf(*option))
+                known.push_back(name);
+    };
+    addOptions(app_);
+    if (chosen.empty())
+        for (const CLI::App* command : app_.get_subcommands([](const CLI::App*) { return true; }))
+            known.push_back(command->get_name());
+    for (const CLI::App* command : chosen) {
+        addOptions(*command);
+        program += " " + command->get_name();
+    }
+    const std::vector<std::string> unknown = app_.remaining(true);
+    const auto isOption = [](const std::string& word) { return word.size() > 1 && word[0] == '-'; };
+    auto named = std::find_if(unknown.begin(), unknown.end(), isOption);
+    if (named == unknown.end() || chosen.empty())
+        named = unknown.begin();
+    const std::string hint = "'" + program + " --help' explains the usage";
+    if (named == unknown.end())
+        throw Failure(EXIT_USAGE, (chosen.empty() ? "no command is given" : line) + "; " + hint);
+    std::string what = isOption(*named) ? "no option"
+                       : chosen.empty() ? "no command"
+                                        : "one argument too many";
+    if (isOption(*named) && !chosen.empty())
+        what += " of " + chosen.front()->get_name();
+    const std::string meant = suggestion(*named, known);
+    throw Failure(EXIT_USAGE, quoted(*named) + " is " + what +
+                                  (meant.empty() ? "; " : "; did you mean " + quoted(meant) + "? ") + hint);
 }
 
 // What options mean together.
@@ -252,15 +396,11 @@ void CommandLine::check() const {
     if (files)
         for (const CLI::Option* option : app_.get_options())
             if (option->get_group() == CAMERA_GROUP && option->count() > 0)
-                throw Failure(EXIT_USAGE, option->get_name() +
+                throw Failure(EXIT_USAGE, namesOf(*option).back() +
                                               " has no meaning here: convert and scale work on "
                                               "files, not on a camera");
     if (camera.once && camera.play.empty())
         throw Failure(EXIT_USAGE, "--once says how to play a file: add --play FILE");
-    if (!options_.size().even())
-        throw Failure(EXIT_USAGE, "the size " + toString(options_.size()) +
-                                      " is odd: frames are captured with even "
-                                      "sides only");
     const bool scales = options_.command == Command::Record && options_.record.scale;
     if (scales && !levelOf(options_.size()))
         throw Failure(EXIT_USAGE,
@@ -269,5 +409,10 @@ void CommandLine::check() const {
                           toString(options_.size()));
 }
 
-} // namespace cli
-} // namespace ostrel
+} // namespace
+
+Request parseCommandLine(int argc, const char* const* argv) {
+    return CommandLine().parse(std::vector<std::string>(argv + 1, argv + argc));
+}
+
+} // namespace ostrel::apps::cli

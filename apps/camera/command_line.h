@@ -4,47 +4,20 @@
 
 #include "apps/camera/options.h"
 
-#include <CLI/CLI.hpp>
-
 #include <string>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
-// Bound to the options that it fills.
-class CommandLine {
-public:
-    CommandLine();
-    ~CommandLine();
-
-    // Empty when there is something to do. Otherwise the text to print on standard output, for --help and
-    // --version. Throws a Failure with EXIT_USAGE.
-    std::string parse(int argc, const char* const* argv);
-    const Options& options() const { return options_; }
-
-    // For the manual page and the shell completion.
-    const CLI::App& app() const { return app_; }
-
-private:
-    void addCommonOptions();
-    void addList();
-    void addSnapshot();
-    void addRecord();
-    void addWatch();
-    void addConvert();
-    void addScale();
-    void addSize(CLI::App* command);
-    void addLimits(CLI::App* command);
-    void addFilter(CLI::App* command);
-    void addFiles(CLI::App* command);
-    CLI::App* addCommand(Command command, const char* name, const char* summary);
-    void check() const;
-
-    CLI::App app_;
-    Options options_;
+// Something to do, or a text to print.
+struct Request {
+    std::optional<Options> options;
+    std::string answer; // for standard output, or for standard error when the exit code is not 0
+    int exitCode = 0;
 };
 
-} // namespace cli
-} // namespace ostrel
+// Throws a Failure with EXIT_USAGE.
+Request parseCommandLine(int argc, const char* const* argv);
+
+} // namespace ostrel::apps::cli
 
 #endif

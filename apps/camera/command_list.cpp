@@ -1,14 +1,13 @@
 // ostrel-camera list
 #include "apps/camera/camera_list.h"
 #include "apps/camera/commands.h"
-#include "apps/camera/exit_codes.h"
 #include "apps/camera/output_file.h"
+#include "apps/common/failure.h"
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 int runList(const Options& options, const Surroundings& around) {
-    const AddedCameras added(options.camera, options.size());
+    const AddedCameras added = addCameras(options.camera, options.size());
     const std::vector<Camera> cameras = attachedCameras();
     OutputFile output("-", OutputFile::Mode::Stream);
     if (options.list.json)
@@ -24,5 +23,4 @@ int runList(const Options& options, const Surroundings& around) {
     return EXIT_OK;
 }
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli

@@ -1,24 +1,33 @@
 // ostrel-camera record
 #include "apps/camera/commands.h"
-#include "apps/camera/failure.h"
 #include "apps/camera/frame_source.h"
 #include "apps/camera/frame_writer.h"
 #include "apps/camera/progress.h"
 #include "apps/camera/stream_report.h"
-#include "apps/camera/text.h"
+#include "apps/common/failure.h"
+#include "apps/common/text.h"
 
 #include <unistd.h>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 namespace {
 
-FileKind kindOf(const RecordOptions& options) {
+FileKind kindOf(const Options& all) {
+    const RecordOptions& options = all.record;
     const std::optional<FileKind> bySuffix = fileKindOfPath(options.output);
+    for (const char* other : {"mp4", "mkv", "avi", "mov", "webm", "gif"})
+        if (!options.format && suffixOf(options.output) == other)
+            throw Failure(EXIT_USAGE, "record does not compress: give " + quoted(options.output) +
+                                          " the suffix .y4m, or pipe: record -o - | ffmpeg -i - " +
+                                          quoted(options.output));
     const FileKind kind = options.format.value_or(bySuffix.value_or(FileKind{Container::Y4m, Layout::I420}));
     if (kind.container == Container::Png)
         throw Failure(EXIT_USAGE, "record writes video; 'ostrel-camera snapshot' writes PNG pictures");
+    if (options.rate && kind.container != Container::Y4m)
+        throw Failure(EXIT_USAGE, "--rate is for Y4M files: bare frames do not state a rate");
+    if (!options.scale)
+        requireSize(kind.layout, all.size());
     return kind;
 }
 
@@ -46,7 +55,7 @@ class Recording {
 public:
     // endOfFile: seconds without a frame that are a proper end.
     Recording(const Options& options, const std::optional<double>& endOfFile, const Surroundings& around)
-        : options_(options), endOfFile_(endOfFile), around_(around), kind_(kindOf(options.record)),
+        : options_(options), endOfFile_(endOfFile), around_(around), kind_(kindOf(options)),
           writtenSize_(options.record.scale ? sizeOf(*options.record.scale) : options.size()),
           writer_(makeFrameWriter(outputPath(options.record, kind_), kind_, writtenSize_,
                                   options.record.rate.value_or(Rate()))),
@@ -129,11 +138,9 @@ private:
 } // namespace
 
 int runRecord(const Options& options, const Surroundings& around) {
-    const AddedCameras added(options.camera, options.size());
-    const Camera camera =
-        chooseCamera(attachedCameras(), options.camera.camera, added.identifiers(), closedVideoNodes());
+    const AddedCameras added = addCameras(options.camera, options.size());
+    const Camera camera = chooseCamera(options.camera, added);
     return Recording(options, added.endOfFile(), around).run(camera);
 }
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli

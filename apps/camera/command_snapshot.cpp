@@ -1,14 +1,13 @@
 // ostrel-camera snapshot
 #include "apps/camera/commands.h"
-#include "apps/camera/failure.h"
 #include "apps/camera/frame_source.h"
 #include "apps/camera/frame_writer.h"
-#include "apps/camera/text.h"
+#include "apps/common/failure.h"
+#include "apps/common/text.h"
 
 #include <unistd.h>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 namespace {
 
@@ -16,9 +15,7 @@ void checkOutput(const std::string& path) {
     if (path == "-" && isatty(STDOUT_FILENO))
         throw Failure(EXIT_USAGE,
                       "a PNG picture is nothing for a terminal: give a file with -o, or redirect");
-    const std::size_t dot = path.find_last_of("./");
-    const std::string suffix =
-        dot != std::string::npos && path[dot] == '.' ? toLower(path.substr(dot + 1)) : "png";
+    const std::string suffix = suffixOf(path);
     for (const char* other : {"jpg", "jpeg", "bmp", "gif", "tif", "tiff", "webp", "y4m"})
         if (suffix == other)
             throw Failure(EXIT_USAGE, "snapshot writes PNG only: give " + quoted(path) + " the suffix .png");
@@ -30,9 +27,8 @@ int runSnapshot(const Options& options, const Surroundings& around) {
     const std::string& path = options.snapshot.output;
     const Size size = options.size();
     checkOutput(path);
-    const AddedCameras added(options.camera, size);
-    const Camera camera =
-        chooseCamera(attachedCameras(), options.camera.camera, added.identifiers(), closedVideoNodes());
+    const AddedCameras added = addCameras(options.camera, size);
+    const Camera camera = chooseCamera(options.camera, added);
     OutputFile output(path, OutputFile::Mode::Whole);
     FrameSource source(camera, size, around.log, around.stop);
     VideoFrame frame;
@@ -50,5 +46,4 @@ int runSnapshot(const Options& options, const Surroundings& around) {
     return EXIT_OK;
 }
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli

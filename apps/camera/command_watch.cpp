@@ -1,14 +1,13 @@
 // ostrel-camera watch
 #include "apps/camera/commands.h"
-#include "apps/camera/failure.h"
 #include "apps/camera/frame_source.h"
 #include "apps/camera/output_file.h"
 #include "apps/camera/stream_report.h"
+#include "apps/common/failure.h"
 
 #include <unistd.h>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 namespace {
 
@@ -109,11 +108,9 @@ private:
 } // namespace
 
 int runWatch(const Options& options, const Surroundings& around) {
-    const AddedCameras added(options.camera, options.size());
-    const Camera camera =
-        chooseCamera(attachedCameras(), options.camera.camera, added.identifiers(), closedVideoNodes());
+    const AddedCameras added = addCameras(options.camera, options.size());
+    const Camera camera = chooseCamera(options.camera, added);
     return Watch(options, added.endOfFile(), around, camera).run();
 }
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli

@@ -7,13 +7,12 @@
 #include "apps/camera/stop_request.h"
 #include "apps/common/library_log.h"
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 // What a command works with beside its options.
 struct Surroundings {
     Messages& messages;
-    common::LibraryLog& log;
+    LibraryLog& log;
     const StopRequest& stop;
 };
 
@@ -24,7 +23,6 @@ int runWatch(const Options& options, const Surroundings& around);
 int runConvert(const Options& options, const Surroundings& around);
 int runScale(const Options& options, const Surroundings& around);
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli
 
 #endif

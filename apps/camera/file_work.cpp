@@ -1,15 +1,14 @@
 #include "apps/camera/file_work.h"
 
-#include "apps/camera/failure.h"
 #include "apps/camera/frame_writer.h"
 #include "apps/camera/input_file.h"
 #include "apps/camera/progress.h"
-#include "apps/camera/text.h"
+#include "apps/common/failure.h"
+#include "apps/common/text.h"
 
 #include <unistd.h>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 namespace {
 
@@ -17,7 +16,7 @@ FileKind kindOf(const std::string& path, const std::optional<FileKind>& given, c
     const std::optional<FileKind> kind = given ? given : fileKindOfPath(path);
     if (!kind)
         throw Failure(EXIT_USAGE, "the name " + quoted(path) + " does not say what the file is: give " +
-                                      option + " with one of " + fileKindNames());
+                                      option + " with one of " + FILE_KINDS);
     return *kind;
 }
 
@@ -68,8 +67,9 @@ int runFileWork(const Options& options, const Surroundings& around, const MakeFi
     const FileKind from = kindOf(files.input, files.from, "--from");
     const FileKind to = kindOf(files.output, files.to, "--to");
     check(files, from);
-    const std::unique_ptr<FrameReader> reader = makeFrameReader(files.input, from, files.size);
-    const FileStep work = makeStep(reader->size(), from, to);
+    const std::unique_ptr<FrameReader> reader =
+        makeFrameReader(files.input, from, files.size, files.bottomUp);
+    const FileStep work = makeStep(reader->size(), reader->layout(), to);
     const std::unique_ptr<FrameWriter> writer = makeFrameWriter(files.output, to, work.size, reader->rate());
     Selection selection(*reader, files.frame);
     Progress progress(around.messages);
@@ -90,5 +90,4 @@ int runFileWork(const Options& options, const Surroundings& around, const MakeFi
     return EXIT_OK;
 }
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli

@@ -7,8 +7,7 @@
 
 #include <functional>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 // The work on the frames of a file, known once its size is.
 struct FileStep {
@@ -16,12 +15,10 @@ struct FileStep {
     Size size; // of what comes out
 };
 
-using MakeFileStep =
-    std::function<FileStep(const Size& from, const FileKind& fromKind, const FileKind& toKind)>;
+using MakeFileStep = std::function<FileStep(const Size& from, Layout fromLayout, const FileKind& toKind)>;
 
 int runFileWork(const Options& options, const Surroundings& around, const MakeFileStep& makeStep);
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli
 
 #endif

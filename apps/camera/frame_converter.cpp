@@ -1,38 +1,72 @@
 #include "apps/camera/frame_converter.h"
 
-#include "apps/camera/failure.h"
-#include "apps/camera/text.h"
+#include "apps/common/failure.h"
+#include "apps/common/text.h"
 
 #include <algorithm>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
-// Which buffers a pair of layouts needs. The library converts RGB24 from its bottom row up, so RGB24 that
-// starts with the top row is turned over first; and it has no conversion to RGB24, which is ARGB without its
-// A.
-FrameConverter::FrameConverter(const Size& size, Layout from, Layout to, bool bottomUp)
-    : size_(size), from_(from), to_(to), bottomUp_(bottomUp && from == Layout::Rgb24) {
-    if (from == to && !bottomUp_)
+namespace {
+
+bool isI420(Layout layout) {
+    return layout == Layout::I420;
+}
+
+// The picture with a row and a column more, which repeat the last ones, or without them. The colour planes of
+// I420 are the same for both sizes.
+void fit(Layout layout, const Bytes& from, const Size& size, Bytes& to, const Size& wanted) {
+    const std::size_t pixel = isI420(layout) ? 1 : frameBytes(layout, {1, 1});
+    const std::size_t row = pixel * static_cast<std::size_t>(size.width);
+    const std::size_t wantedRow = pixel * static_cast<std::size_t>(wanted.width);
+    to.resize(frameBytes(layout, wanted));
+    for (int y = 0; y < wanted.height; ++y) {
+        const uint8_t* source = from.data() + row * static_cast<std::size_t>(std::min(y, size.height - 1));
+        uint8_t* target = to.data() + wantedRow * static_cast<std::size_t>(y);
+        std::copy_n(source, std::min(row, wantedRow), target);
+        if (wantedRow > row)
+            std::copy_n(source + row - pixel, pixel, target + row);
+    }
+    if (isI420(layout))
+        std::copy(from.begin() + static_cast<std::ptrdiff_t>(row) * size.height, from.end(),
+                  to.begin() + static_cast<std::ptrdiff_t>(wantedRow) * wanted.height);
+}
+
+} // namespace
+
+// Which buffers a pair of layouts needs. The library converts RGB24 from its bottom row up, so RGB24 is
+// turned over first; it has no conversion to RGB24, which is ARGB without its A; and its I420 has even sides.
+FrameConverter::FrameConverter(const Size& size, Layout from, Layout to)
+    : given_(size), size_(size), from_(from), to_(to) {
+    if (from == to)
         return;
-    if (from != to)
-        result_.resize(frameBytes(to, size));
-    if (from == Layout::Rgb24 && (from == to || !bottomUp_))
-        flipped_.resize(frameBytes(from, size));
+    if (isI420(from) || isI420(to))
+        size_ = {size.width + size.width % 2, size.height + size.height % 2};
+    result_.resize(frameBytes(to, size_));
+    if (from == Layout::Rgb24)
+        flipped_.resize(frameBytes(from, size_));
     if (to == Layout::Rgb24 && from != Layout::Argb)
-        between_.resize(frameBytes(Layout::Argb, size));
+        between_.resize(frameBytes(Layout::Argb, size_));
     if (to == Layout::Yuy2 && from != Layout::I420)
-        between_.resize(frameBytes(Layout::I420, size));
+        between_.resize(frameBytes(Layout::I420, size_));
 }
 
 const Bytes& FrameConverter::apply(const Bytes& frame) {
     if (from_ == to_)
-        return bottomUp_ ? upsideDown(frame) : frame;
+        return frame;
+    if (given_ == size_)
+        return convert(frame);
+    fit(from_, frame, given_, padded_, size_);
+    fit(to_, convert(padded_), size_, cropped_, given_);
+    return cropped_;
+}
+
+const Bytes& FrameConverter::convert(const Bytes& frame) {
     switch (from_) {
     case Layout::Argb:
         return fromArgb(frame);
     case Layout::Rgb24:
-        return fromRgb24(bottomUp_ ? frame : upsideDown(frame));
+        return fromRgb24(upsideDown(frame));
     case Layout::Yuy2:
         return fromYuy2(frame);
     case Layout::I420:
@@ -100,10 +134,10 @@ void FrameConverter::check(int answer) const {
 }
 
 FrameScaler::FrameScaler(VIDEO_QUALITY fromLevel, Layout from, VIDEO_QUALITY toLevel, Layout to,
-                         ScaleMethod method, bool bottomUp)
+                         ScaleMethod method)
     : fromLevel_(fromLevel), toLevel_(toLevel), method_(method),
       packed_(from == Layout::Yuy2 && to == Layout::Yuy2),
-      before_(sizeOf(fromLevel), from, packed_ ? from : Layout::I420, bottomUp),
+      before_(sizeOf(fromLevel), from, packed_ ? from : Layout::I420),
       after_(sizeOf(toLevel), packed_ ? to : Layout::I420, to) {}
 
 const Bytes& FrameScaler::apply(const Bytes& frame) {
@@ -118,5 +152,4 @@ const Bytes& FrameScaler::apply(const Bytes& frame) {
     return after_.apply(scaled_);
 }
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli

@@ -7,8 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 using Bytes = std::vector<uint8_t>;
 
@@ -21,38 +20,39 @@ public:
     virtual const Bytes& apply(const Bytes& frame) = 0;
 };
 
-// Allocates its buffers when it is made, and nothing per frame.
+// Keeps its buffers from frame to frame.
 class FrameConverter : public FrameStep {
 public:
-    // Sides must be even where one of the layouts needs that. bottomUp: the source is RGB24 whose bottom row
-    // comes first.
-    FrameConverter(const Size& size, Layout from, Layout to, bool bottomUp = false);
+    // Sides must be even when one of the layouts is YUY2.
+    FrameConverter(const Size& size, Layout from, Layout to);
 
     const Bytes& apply(const Bytes& frame) override;
 
 private:
     const Bytes& fromArgb(const Bytes& argb);
-    const Bytes& fromRgb24(const Bytes& rgb24);
+    const Bytes& fromRgb24(const Bytes& bottomUp);
     const Bytes& fromYuy2(const Bytes& yuy2);
     const Bytes& fromI420(const Bytes& i420);
     const Bytes& dropAlpha(const Bytes& argb);
     const Bytes& upsideDown(const Bytes& rgb24);
+    const Bytes& convert(const Bytes& frame);
     void check(int answer) const;
 
-    Size size_;
+    Size given_;
+    Size size_; // the same, made even where I420 is involved
     Layout from_;
     Layout to_;
-    bool bottomUp_;
+    Bytes padded_;
     Bytes result_;
     Bytes between_; // on the way, where no single conversion exists
     Bytes flipped_;
+    Bytes cropped_;
 };
 
 // From one level to another, by way of I420 unless both layouts are YUY2.
 class FrameScaler : public FrameStep {
 public:
-    FrameScaler(VIDEO_QUALITY fromLevel, Layout from, VIDEO_QUALITY toLevel, Layout to, ScaleMethod method,
-                bool bottomUp = false);
+    FrameScaler(VIDEO_QUALITY fromLevel, Layout from, VIDEO_QUALITY toLevel, Layout to, ScaleMethod method);
 
     const Bytes& apply(const Bytes& frame) override;
 
@@ -66,7 +66,6 @@ private:
     Bytes scaled_;
 };
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli
 
 #endif

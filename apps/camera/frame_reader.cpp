@@ -1,16 +1,15 @@
 #include "apps/camera/frame_reader.h"
 
-#include "apps/camera/failure.h"
 #include "apps/camera/input_file.h"
-#include "apps/camera/text.h"
+#include "apps/common/failure.h"
+#include "apps/common/text.h"
 
 #include <QtCore/QBuffer>
 #include <QtGui/QImageReader>
 
 #include <algorithm>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 namespace {
 
@@ -35,10 +34,10 @@ public:
 protected:
     InputFile& file() { return file_; }
 
-    // Bytes of the frame that were there.
-    std::size_t readFrame(Bytes& frame, Layout layout) {
-        frame.resize(frameBytes(layout, size()));
-        return file_.read(frame.data(), frame.size());
+    // Bytes that were there.
+    std::size_t readInto(Bytes& frame, std::size_t size) {
+        frame.resize(size);
+        return file_.read(frame.data(), size);
     }
 
 private:
@@ -47,43 +46,54 @@ private:
 
 class RawReader : public StreamReader {
 public:
-    RawReader(const std::string& path, Layout layout, const Size& size)
-        : StreamReader(path), layout_(layout) {
-        setFormat(size, Rate());
+    RawReader(const std::string& path, Layout layout, const Size& size, bool bottomUp)
+        : StreamReader(path), bottomUp_(bottomUp) {
+        setFormat(size, layout, Rate());
         const std::optional<uint64_t> length = file().size();
         if (length && (*length == 0 || *length % frameBytes(layout, size) != 0))
             failLength(*length);
     }
 
     bool next(Bytes& frame) override {
-        const std::size_t count = readFrame(frame, layout_);
+        const std::size_t count = readInto(frame, frameBytes(layout(), size()));
         if (count != frame.size() && (count > 0 || file().position() == 0))
             failLength(file().position());
+        if (bottomUp_ && count > 0)
+            turnOver(frame);
         return count == frame.size();
     }
 
 private:
     [[noreturn]] void failLength(uint64_t length) {
-        const std::size_t one = frameBytes(layout_, size());
+        const std::size_t one = frameBytes(layout(), size());
         std::string found = "it has " + counted(length, "byte");
         if (length > one)
             found += " (" + counted(length / one, "frame") + " and " + counted(length % one, "byte") + ")";
-        failRead(file(), found + ", but a frame of " + toString(size()) + " " + layoutName(layout_) +
+        failRead(file(), found + ", but a frame of " + toString(size()) + " " + layoutName(layout()) +
                              " takes " + std::to_string(one) + ": check --size and --from");
     }
 
-    Layout layout_;
+    void turnOver(Bytes& frame) const {
+        const auto row = static_cast<std::ptrdiff_t>(frameBytes(layout(), {size().width, 1}));
+        for (int top = 0, bottom = size().height - 1; top < bottom; ++top, --bottom)
+            std::swap_ranges(frame.begin() + row * top, frame.begin() + row * (top + 1),
+                             frame.begin() + row * bottom);
+    }
+
+    bool bottomUp_;
 };
 
+// Hands C420 out as it is. What else there is becomes ARGB, so that no colour is lost on the way.
 class Y4mReader : public StreamReader {
 public:
     explicit Y4mReader(const std::string& path) : StreamReader(path) {
         const std::optional<std::string> line = file().readLine(LONGEST_Y4M_LINE);
-        Y4mHeader header;
-        const std::string wrong = parseY4mHeader(line.value_or(std::string()), header);
+        const std::string wrong = parseY4mHeader(line.value_or(std::string()), header_);
         if (!wrong.empty())
             failRead(file(), wrong);
-        setFormat(header.size, header.rate);
+        const bool plain = header_.colours == Y4M_420 && !header_.fullRange;
+        setFormat({header_.width, header_.height}, plain ? Layout::I420 : Layout::Argb,
+                  {header_.rateNumerator, header_.rateDenominator});
     }
 
     bool next(Bytes& frame) override {
@@ -92,14 +102,15 @@ public:
         if (!line && file().position() == start)
             return endOfFile();
         ++frames_;
-        const std::size_t mark = std::string(Y4M_FRAME).size();
-        const bool marked =
-            line && line->compare(0, mark, Y4M_FRAME) == 0 && (line->size() == mark || (*line)[mark] == ' ');
-        if (!marked)
+        if (!line || (*line != "FRAME" && line->compare(0, 6, "FRAME ") != 0))
             failRead(file(),
                      "where frame " + std::to_string(frames_) + " should start there is something else");
-        if (readFrame(frame, Layout::I420) != frame.size())
+        const std::size_t bytes = y4mFrameBytes(header_);
+        Bytes& planes = layout() == Layout::I420 ? frame : planes_;
+        if (readInto(planes, bytes) != bytes)
             failRead(file(), "it ends in the middle of frame " + std::to_string(frames_));
+        if (layout() == Layout::Argb)
+            y4mToArgb(header_, planes_, frame);
         return true;
     }
 
@@ -110,6 +121,8 @@ private:
         return false;
     }
 
+    Y4mHeader header_;
+    Bytes planes_;
     uint64_t frames_ = 0;
 };
 
@@ -132,7 +145,7 @@ public:
         const QImage image = reader.read();
         if (image.isNull())
             failRead(file, toLower(reader.errorString().toStdString()));
-        setFormat({image.width(), image.height()}, Rate());
+        setFormat({image.width(), image.height()}, Layout::Argb, Rate());
         take(image.convertToFormat(QImage::Format_ARGB32));
     }
 
@@ -171,7 +184,7 @@ private:
 } // namespace
 
 std::unique_ptr<FrameReader> makeFrameReader(const std::string& path, const FileKind& kind,
-                                             const std::optional<Size>& rawSize) {
+                                             const std::optional<Size>& rawSize, bool bottomUp) {
     if (kind.container != Container::Raw && rawSize)
         throw Failure(EXIT_USAGE, "--size is for raw input: " + quoted(path) + " states its own size");
     switch (kind.container) {
@@ -184,11 +197,8 @@ std::unique_ptr<FrameReader> makeFrameReader(const std::string& path, const File
     }
     if (!rawSize)
         throw Failure(EXIT_USAGE, "raw frames do not state their size: give it with --size");
-    if (needsEvenSize(kind.layout) && !rawSize->even())
-        throw Failure(EXIT_USAGE, std::string(layoutName(kind.layout)) + " frames have even sides, " +
-                                      toString(*rawSize) + " does not");
-    return std::make_unique<RawReader>(path, kind.layout, *rawSize);
+    requireSize(kind.layout, *rawSize);
+    return std::make_unique<RawReader>(path, kind.layout, *rawSize, bottomUp);
 }
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli

@@ -10,8 +10,7 @@
 #include <optional>
 #include <string>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 // Hands out frames of one size and layout. What is wrong with a file is thrown as a Failure with EXIT_FILE.
 // Bound to one thread.
@@ -24,25 +23,28 @@ public:
     virtual double progress() const = 0;
 
     const Size& size() const { return size_; }
-    const Rate& rate() const { return rate_; } // 30 where the file states none
+    Layout layout() const { return layout_; }
+    const Rate& rate() const { return rate_; } // 30 where the format knows none
 
 protected:
-    void setFormat(const Size& size, const Rate& rate) {
+    void setFormat(const Size& size, Layout layout, const Rate& rate) {
         size_ = size;
+        layout_ = layout;
         rate_ = rate;
     }
 
 private:
     Size size_;
+    Layout layout_ = Layout::Argb;
     Rate rate_;
 };
 
 // rawSize: needed for raw files, whose length must be whole frames of that size. A Failure with EXIT_USAGE
-// says when it is missing, or given where the file states its own.
+// says when it is missing, or given where the file states its own. bottomUp: the bottom row of RGB24 comes
+// first.
 std::unique_ptr<FrameReader> makeFrameReader(const std::string& path, const FileKind& kind,
-                                             const std::optional<Size>& rawSize);
+                                             const std::optional<Size>& rawSize, bool bottomUp);
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli
 
 #endif

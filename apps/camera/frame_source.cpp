@@ -1,13 +1,12 @@
 #include "apps/camera/frame_source.h"
 
-#include "apps/camera/failure.h"
-#include "apps/camera/text.h"
+#include "apps/common/failure.h"
+#include "apps/common/text.h"
 
 #include <algorithm>
 #include <thread>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 namespace {
 
@@ -50,12 +49,9 @@ Clock::duration PollPace::pause(Clock::time_point now) const {
     return std::min<Clock::duration>(std::max(quiet, poll), LONGEST_PAUSE);
 }
 
-FrameSource::FrameSource(const Camera& camera, const Size& size, common::LibraryLog& log,
-                         const StopRequest& stop)
-    : camera_(camera), size_(size), log_(log), stop_(stop), capture_(OVideoCaptureUnix::ptr()) {
-    capture_->startCapture(camera_.identifier.c_str(), size_.width, size_.height);
-    // An unknown camera is refused silently.
-    if (capture_->width() != size_.width || capture_->height() != size_.height)
+FrameSource::FrameSource(const Camera& camera, const Size& size, LibraryLog& log, const StopRequest& stop)
+    : camera_(camera), size_(size), log_(log), stop_(stop) {
+    if (!capture_.start(QString::fromStdString(camera_.identifier), size_))
         throw Failure(EXIT_NO_SUCH_CAMERA, "the camera " + quoted(camera_.name) +
                                                " has gone: plug it in again, 'ostrel-camera list' shows "
                                                "those that are there");
@@ -64,8 +60,8 @@ FrameSource::FrameSource(const Camera& camera, const Size& size, common::Library
 FrameSource::Result FrameSource::next(VideoFrame& frame, double timeoutSeconds) {
     const Clock::time_point deadline = Clock::now() + seconds(timeoutSeconds);
     while (!stop_.raised()) {
-        if (poll(frame)) {
-            count(frame);
+        if (capture_.fetch(frame) == Capture::Fetched::New) {
+            count();
             return Result::Frame;
         }
         const std::string& error = log_.drain().error();
@@ -81,27 +77,17 @@ FrameSource::Result FrameSource::next(VideoFrame& frame, double timeoutSeconds) 
     return Result::Stopped;
 }
 
-// The library leaves the frame untouched when it has none, and hands out the same one until a newer came. The
-// number is read a moment after the picture and may count one frame more; that frame is then never returned.
-bool FrameSource::poll(VideoFrame& frame) {
-    frame.formatId = 0;
-    capture_->selfVideoFrame(frame);
-    return frame.formatId != 0 && (figures_.taken == 0 || frame.frameNumber != lastNumber_);
-}
-
-void FrameSource::count(const VideoFrame& frame) {
+void FrameSource::count() {
     const Clock::time_point now = Clock::now();
-    const uint32_t advance = frame.frameNumber - lastNumber_;
     if (figures_.taken == 0) { // frames before the first one taken are nobody's loss
         first_ = now;
         lostBefore_ = lostOnTheWay(statistics());
     } else {
-        figures_.missed += advance - 1;
+        figures_.missed += capture_.advance() - 1;
     }
     ++figures_.taken;
     figures_.seconds = std::chrono::duration<double>(now - first_).count();
-    lastNumber_ = frame.frameNumber;
-    pace_.frameArrived(now, advance);
+    pace_.frameArrived(now, capture_.advance());
 }
 
 uint64_t FrameSource::lost() const {
@@ -128,5 +114,4 @@ OVideoStatistics FrameSource::statistics() const {
     return statistics;
 }
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli

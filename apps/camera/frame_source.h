@@ -4,15 +4,14 @@
 
 #include "apps/camera/camera_choice.h"
 #include "apps/camera/stop_request.h"
+#include "apps/common/capture.h"
 #include "apps/common/library_log.h"
 
-#include <ostrel/capture.h>
 #include <ostrel/statistics.h>
 
 #include <chrono>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 using Clock = std::chrono::steady_clock;
 
@@ -50,7 +49,7 @@ public:
     };
 
     // Throws a Failure when the camera is gone.
-    FrameSource(const Camera& camera, const Size& size, common::LibraryLog& log, const StopRequest& stop);
+    FrameSource(const Camera& camera, const Size& size, LibraryLog& log, const StopRequest& stop);
 
     // Waits for a frame newer than the last; frame keeps its memory from call to call. Throws a Failure with
     // EXIT_CANNOT_OPEN as soon as the library says that the camera cannot be used.
@@ -68,22 +67,19 @@ public:
     OVideoStatistics statistics() const;
 
 private:
-    bool poll(VideoFrame& frame);
-    void count(const VideoFrame& frame);
+    void count();
 
     Camera camera_;
     Size size_;
-    common::LibraryLog& log_;
+    LibraryLog& log_;
     const StopRequest& stop_;
-    QSharedPointer<OVideoCaptureUnix> capture_;
+    Capture capture_;
     PollPace pace_;
     StreamFigures figures_;
-    uint32_t lastNumber_ = 0;
     uint64_t lostBefore_ = 0; // before the first frame taken
     Clock::time_point first_;
 };
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli
 
 #endif

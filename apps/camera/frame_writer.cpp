@@ -1,16 +1,12 @@
 #include "apps/camera/frame_writer.h"
 
-#include "apps/camera/failure.h"
-#include "apps/camera/text.h"
+#include "apps/common/failure.h"
+#include "apps/common/text.h"
 
 #include <QtCore/QBuffer>
 #include <QtGui/QImage>
 
-#include <algorithm>
-#include <regex>
-
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 namespace {
 
@@ -57,14 +53,13 @@ public:
 
     void finish(const std::optional<Rate>& measured) override {
         if (measured && frames() > 0)
-            file().rewrite(0, y4mHeaderLine({size_, *measured}));
+            file().rewrite(0, y4mHeaderLine(size_, *measured));
         StreamWriter::finish(measured);
     }
 
 protected:
     std::string prefix() const override {
-        const std::string frame = std::string(Y4M_FRAME) + "\n";
-        return frames() == 0 ? y4mHeaderLine({size_, rate_}) + frame : frame;
+        return (frames() == 0 ? y4mHeaderLine(size_, rate_) : "") + "FRAME\n";
     }
 
 private:
@@ -114,9 +109,22 @@ private:
     uint64_t frames_ = 0;
 };
 
-const std::regex& numberField() {
-    static const std::regex field("%(0([1-9]))?d");
-    return field;
+// "%d" or "%04d" in a path.
+struct NumberField {
+    std::size_t at = std::string::npos;
+    std::size_t length = 0;
+    std::size_t width = 0; // least digits
+};
+
+NumberField numberField(const std::string& path) {
+    for (std::size_t at = path.find('%'); at != std::string::npos; at = path.find('%', at + 1)) {
+        if (path.compare(at, 2, "%d") == 0)
+            return {at, 2, 0};
+        const bool padded = path.compare(at, 2, "%0") == 0 && path.size() > at + 3 && path[at + 3] == 'd';
+        if (padded && path[at + 2] >= '1' && path[at + 2] <= '9')
+            return {at, 4, static_cast<std::size_t>(path[at + 2] - '0')};
+    }
+    return {};
 }
 
 } // namespace
@@ -135,17 +143,16 @@ std::unique_ptr<FrameWriter> makeFrameWriter(const std::string& path, const File
 }
 
 bool isNumberedPath(const std::string& path) {
-    return std::regex_search(path, numberField());
+    return numberField(path).length > 0;
 }
 
 std::string numberedPath(const std::string& path, uint64_t number) {
-    std::smatch found;
-    if (!std::regex_search(path, found, numberField()))
+    const NumberField field = numberField(path);
+    if (field.length == 0)
         return path;
     std::string digits = std::to_string(number);
-    const std::size_t width = found[2].matched ? static_cast<std::size_t>(std::stoi(found[2])) : 0;
-    digits.insert(0, width > digits.size() ? width - digits.size() : 0, '0');
-    return found.prefix().str() + digits + found.suffix().str();
+    digits.insert(0, field.width > digits.size() ? field.width - digits.size() : 0, '0');
+    return std::string(path).replace(field.at, field.length, digits);
 }
 
 std::string encodePng(const Bytes& frame, const Size& size) {
@@ -159,5 +166,4 @@ std::string encodePng(const Bytes& frame, const Size& size) {
     return png.toStdString();
 }
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli

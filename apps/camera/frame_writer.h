@@ -11,8 +11,7 @@
 #include <optional>
 #include <string>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 // Takes frames of one size in the layout of its kind. Failures to write are thrown; a stream then keeps the
 // frames before the one that failed, whole. Bound to one thread.
@@ -39,7 +38,6 @@ std::string numberedPath(const std::string& path, uint64_t number);
 // frame: ARGB, whose A is not looked at.
 std::string encodePng(const Bytes& frame, const Size& size);
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli
 
 #endif

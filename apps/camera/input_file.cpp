@@ -1,7 +1,7 @@
 #include "apps/camera/input_file.h"
 
-#include "apps/camera/failure.h"
-#include "apps/camera/text.h"
+#include "apps/common/failure.h"
+#include "apps/common/text.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -11,8 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 namespace {
 
@@ -90,5 +89,4 @@ bool sameFile(const std::string& a, const std::string& b) {
            S_ISREG(first.st_mode) && first.st_dev == second.st_dev && first.st_ino == second.st_ino;
 }
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli

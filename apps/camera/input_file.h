@@ -8,8 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 // "-" is standard input. Every failure is thrown as a Failure with EXIT_FILE that names the file. Bound to
 // one thread.
@@ -45,7 +44,6 @@ private:
 // Whether both names stand for one regular file.
 bool sameFile(const std::string& a, const std::string& b);
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli
 
 #endif

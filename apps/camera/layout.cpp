@@ -1,9 +1,9 @@
 #include "apps/camera/layout.h"
 
-#include "apps/camera/text.h"
+#include "apps/common/failure.h"
+#include "apps/common/text.h"
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 namespace {
 
@@ -29,15 +29,13 @@ std::optional<FileKind> parseFileKind(const std::string& name) {
     return std::nullopt;
 }
 
-const char* fileKindNames() {
-    return "argb (also argb32, bgra), rgb24, yuy2, i420, y4m, png";
+std::string suffixOf(const std::string& path) {
+    const std::size_t dot = path.find_last_of("./");
+    return dot == std::string::npos || path[dot] == '/' ? "" : toLower(path.substr(dot + 1));
 }
 
 std::optional<FileKind> fileKindOfPath(const std::string& path) {
-    const std::size_t dot = path.find_last_of("./");
-    if (dot == std::string::npos || path[dot] == '/')
-        return std::nullopt;
-    const std::string suffix = toLower(path.substr(dot + 1));
+    const std::string suffix = suffixOf(path);
     return parseFileKind(suffix == "yuv" ? "i420" : suffix);
 }
 
@@ -55,8 +53,10 @@ const char* layoutName(Layout layout) {
     return "";
 }
 
-bool needsEvenSize(Layout layout) {
-    return layout == Layout::Yuy2 || layout == Layout::I420;
+void requireSize(Layout layout, const Size& size) {
+    if (layout == Layout::Yuy2 && !size.even())
+        throw Failure(EXIT_USAGE, "yuy2 frames have even sides, " + toString(size) +
+                                      " does not: choose another format or size");
 }
 
 std::size_t frameBytes(Layout layout, const Size& size) {
@@ -69,10 +69,9 @@ std::size_t frameBytes(Layout layout, const Size& size) {
     case Layout::Yuy2:
         return pixels * 2;
     case Layout::I420:
-        return pixels * 3 / 2;
+        return pixels + frameBytes(Layout::Yuy2, {(size.width + 1) / 2, (size.height + 1) / 2});
     }
     return 0;
 }
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli

@@ -2,14 +2,13 @@
 #ifndef OSTREL_APPS_CAMERA_LAYOUT_H
 #define OSTREL_APPS_CAMERA_LAYOUT_H
 
-#include "apps/camera/size.h"
+#include "apps/common/size.h"
 
 #include <cstddef>
 #include <optional>
 #include <string>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 // Layouts of one frame without padding, top row first; see OVideoConverter.
 enum class Layout { Argb, Rgb24, Yuy2, I420 };
@@ -24,16 +23,20 @@ struct FileKind {
 
 // From a name as --from, --to and --format take it, letter case ignored.
 std::optional<FileKind> parseFileKind(const std::string& name);
-const char* fileKindNames(); // the accepted names, for messages
+// The accepted names, for messages: of all kinds, and of those that hold video.
+const char VIDEO_KINDS[] = "y4m, i420, yuy2, rgb24, argb (also argb32, bgra)";
+const char FILE_KINDS[] = "png, y4m, i420, yuy2, rgb24, argb (also argb32, bgra)";
+std::string suffixOf(const std::string& path); // in lower case, without its dot
 // From the suffix of a file name; nothing when it says nothing.
 std::optional<FileKind> fileKindOfPath(const std::string& path);
 
 const char* layoutName(Layout layout);
-// Whether pixels share colour in pairs, so that only frames with even sides exist.
-bool needsEvenSize(Layout layout);
+// YUY2 pixels share colour in pairs, so that only frames with even sides exist. Throws a Failure with
+// EXIT_USAGE for others.
+void requireSize(Layout layout, const Size& size);
+// I420 rounds the sides of its colour planes up.
 std::size_t frameBytes(Layout layout, const Size& size);
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli
 
 #endif

@@ -2,5 +2,5 @@
 #include "apps/camera/application.h"
 
 int main(int argc, char** argv) {
-    return ostrel::cli::runApplication(argc, argv);
+    return ostrel::apps::cli::runApplication(argc, argv);
 }

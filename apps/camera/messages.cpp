@@ -1,14 +1,13 @@
 #include "apps/camera/messages.h"
 
-#include "apps/camera/text.h"
+#include "apps/common/text.h"
 
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 Messages::Messages() : descriptor_(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1)) {}
 
@@ -48,5 +47,4 @@ int Messages::columns() const {
     return known ? size.ws_col : 80;
 }
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli

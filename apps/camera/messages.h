@@ -4,8 +4,7 @@
 
 #include <string>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 // Holds the standard error stream that the program was started with, also while LibraryLog has put something
 // else in its place. Bound to one thread.
@@ -32,7 +31,6 @@ private:
     bool quiet_ = false;
 };
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli
 
 #endif

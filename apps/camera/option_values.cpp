@@ -1,20 +1,18 @@
 #include "apps/camera/option_values.h"
 
-#include "apps/camera/text.h"
-
-#include <CLI/CLI.hpp>
+#include "apps/common/text.h"
 
 #include <charconv>
+#include <stdexcept>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 namespace {
 
 const double LONGEST_SECONDS = 1e6;
 
 [[noreturn]] void refuse(const std::string& text, const std::string& expected) {
-    throw CLI::ValidationError(quoted(text) + " is not " + expected);
+    throw std::invalid_argument(quoted(text) + " is not " + expected);
 }
 
 template <typename Value>
@@ -34,13 +32,13 @@ bool parseWhole(const std::string& text, Number& number) {
 } // namespace
 
 Size sizeValue(const std::string& text) {
-    return required(parseSize(text), text,
-                    "a frame size: ld, sd, hd or WIDTHxHEIGHT with sides of 1 to " +
-                        std::to_string(MAXIMUM_EXTENT) + " pixels");
+    return required(parseSize(text), text, std::string("a frame size: ") + SIZE_NAMES);
 }
 
 VIDEO_QUALITY levelValue(const std::string& text) {
-    return required(parseLevel(text), text, "one of ld (320x240), sd (640x480), hd (1280x720)");
+    const std::optional<Size> size = parseSize(text);
+    return required(size ? levelOf(*size) : std::nullopt, text,
+                    "one of ld (320x240), sd (640x480), hd (1280x720)");
 }
 
 ScaleMethod filterValue(const std::string& text) {
@@ -55,18 +53,31 @@ ScaleMethod filterValue(const std::string& text) {
 }
 
 FileKind kindValue(const std::string& text) {
-    return required(parseFileKind(text), text, std::string("one of ") + fileKindNames());
+    return required(parseFileKind(text), text, std::string("one of ") + FILE_KINDS);
+}
+
+// PNG is a kind of file that record refuses for what it is, not for its name.
+FileKind videoKindValue(const std::string& text) {
+    return required(parseFileKind(text), text, std::string("one of ") + VIDEO_KINDS);
 }
 
 Rate rateValue(const std::string& text) {
-    return required(parseRate(text), text, "a rate such as 30, 29.97 or 30000/1001");
+    return required(parseRate(text), text, "a rate from 0.001 to 1000 such as 30, 29.97 or 30000/1001");
 }
 
 double secondsValue(const std::string& text) {
+    static const struct {
+        const char* unit;
+        double seconds;
+    } UNITS[] = {{"", 1}, {"s", 1}, {"ms", 0.001}, {"m", 60}, {"min", 60}, {"h", 3600}};
+    const std::size_t letters = text.find_first_not_of("0123456789.");
+    const std::string unit = letters == std::string::npos ? "" : text.substr(letters);
     double value = 0;
-    if (!parseWhole(text, value) || !(value > 0 && value <= LONGEST_SECONDS))
-        refuse(text, "a number of seconds above 0");
-    return value;
+    if (parseWhole(text.substr(0, letters), value))
+        for (const auto& known : UNITS)
+            if (unit == known.unit && value > 0 && value * known.seconds <= LONGEST_SECONDS)
+                return value * known.seconds;
+    refuse(text, "a time above 0 in seconds, or such as 500ms, 2s, 5m or 1h");
 }
 
 uint64_t numberValue(const std::string& text) {
@@ -83,5 +94,4 @@ uint64_t countValue(const std::string& text) {
     return value;
 }
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli

@@ -8,20 +8,19 @@
 #include <cstdint>
 #include <string>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
-// Each throws CLI::ValidationError for a text that does not fit.
+// Each throws std::invalid_argument for a text that does not fit.
 Size sizeValue(const std::string& text);
 VIDEO_QUALITY levelValue(const std::string& text);
 ScaleMethod filterValue(const std::string& text);
 FileKind kindValue(const std::string& text);
+FileKind videoKindValue(const std::string& text);
 Rate rateValue(const std::string& text);
-double secondsValue(const std::string& text); // above 0
+double secondsValue(const std::string& text); // "2", "2s", "500ms", "5m", "1h"; above 0
 uint64_t numberValue(const std::string& text);
 uint64_t countValue(const std::string& text); // above 0
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli
 
 #endif

@@ -10,8 +10,7 @@
 #include <optional>
 #include <string>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 enum class Command { List, Snapshot, Record, Watch, Convert, Scale };
 
@@ -63,7 +62,6 @@ struct Options {
     Size size() const { return captureSize.value_or(sizeOf(VIDEO_QUALITY_SD)); }
 };
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli
 
 #endif

@@ -1,7 +1,7 @@
 #include "apps/camera/output_file.h"
 
-#include "apps/camera/failure.h"
-#include "apps/camera/text.h"
+#include "apps/common/failure.h"
+#include "apps/common/text.h"
 
 #include <cerrno>
 #include <climits>
@@ -12,8 +12,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 namespace {
 
@@ -150,5 +149,4 @@ void OutputFile::fail(int error) const {
     throw Failure(EXIT_FILE, "cannot write " + displayName_ + hint);
 }
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli

@@ -6,8 +6,7 @@
 #include <cstdint>
 #include <string>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 // "-" is standard output. Every failure is thrown as a Failure with EXIT_FILE that names the file. Bound to
 // one thread.
@@ -55,7 +54,6 @@ private:
     uint64_t written_ = 0;
 };
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli
 
 #endif

@@ -1,11 +1,10 @@
 #include "apps/camera/progress.h"
 
-#include "apps/camera/text.h"
+#include "apps/common/text.h"
 
 #include <algorithm>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 namespace {
 
@@ -53,5 +52,4 @@ void Progress::clear() {
     drawn_ = false;
 }
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli

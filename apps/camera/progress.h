@@ -7,8 +7,7 @@
 #include <chrono>
 #include <string>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 // "[#####     ] 50%  text", at most columns - 1 wide; without a known fraction (below 0) the text alone.
 std::string progressLine(double fraction, const std::string& text, int columns);
@@ -35,7 +34,6 @@ private:
     std::chrono::steady_clock::time_point next_;
 };
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli
 
 #endif

@@ -3,8 +3,7 @@
 #include <atomic>
 #include <csignal>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 namespace {
 
@@ -46,5 +45,4 @@ int StopRequest::signal() const {
     return noted;
 }
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli

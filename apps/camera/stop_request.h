@@ -2,8 +2,7 @@
 #ifndef OSTREL_APPS_CAMERA_STOP_REQUEST_H
 #define OSTREL_APPS_CAMERA_STOP_REQUEST_H
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 // While it lives, the first SIGINT, SIGTERM or SIGHUP is only noted, so that files can be ended properly; the
 // second does what it always does. A signal that was ignored on entry stays ignored. One object at a time.
@@ -18,7 +17,6 @@ public:
     int signal() const; // 0 before
 };
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli
 
 #endif

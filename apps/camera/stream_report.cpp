@@ -1,9 +1,8 @@
 #include "apps/camera/stream_report.h"
 
-#include "apps/camera/text.h"
+#include "apps/common/text.h"
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 namespace {
 
@@ -41,5 +40,4 @@ std::string streamReport(const StreamFigures& figures, const OVideoStatistics& s
            grantedText(statistics);
 }
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli

@@ -8,8 +8,7 @@
 
 #include <string>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 // "12.0 s  29.9/s  taken 359  skipped 1  dropped 2 (short frame 2)  lost 0  asked 640x480, granted MJPG
 // 640x480 at 30/s". asked: the size that the capture was started with.
@@ -18,7 +17,6 @@ std::string streamReport(const StreamFigures& figures, const OVideoStatistics& s
 // "2 (short frame 1, broken picture 1)", or "0".
 std::string droppedText(const OVideoStatistics& statistics);
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli
 
 #endif

@@ -1,6 +1,6 @@
 #include "apps/camera/video_nodes.h"
 
-#include "apps/camera/text.h"
+#include "apps/common/text.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QRegularExpression>
@@ -11,8 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 namespace {
 
@@ -63,5 +62,4 @@ std::string permissionAdvice(const std::vector<ClosedNode>& nodes) {
            " \"$USER\") and log in again";
 }
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli

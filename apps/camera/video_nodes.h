@@ -6,8 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps::cli {
 
 struct ClosedNode {
     std::string path;
@@ -23,7 +22,6 @@ std::vector<ClosedNode> closedVideoNodes(); // of this machine, for this user
 // "no permission to use /dev/video0, /dev/video1: ask ...". nodes must not be empty.
 std::string permissionAdvice(const std::vector<ClosedNode>& nodes);
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps::cli
 
 #endif

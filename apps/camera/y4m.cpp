@@ -1,21 +1,15 @@
 #include "apps/camera/y4m.h"
 
-#include "apps/camera/text.h"
+#include "base/y4m_header.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <sstream>
 
-namespace ostrel {
-namespace cli {
-
-const char Y4M_MAGIC[] = "YUV4MPEG2";
-const char Y4M_FRAME[] = "FRAME";
+namespace ostrel::apps::cli {
 
 namespace {
 
-const double SLOWEST = 0.001;
-const double FASTEST = 10000;
 const std::size_t RATE_WIDTH = sizeof "4294967295:4294967295" - 1;
 
 template <typename Number>
@@ -25,18 +19,32 @@ bool parseNumber(const std::string& text, Number& number) {
     return result.ec == std::errc() && result.ptr == end;
 }
 
+// Of one colour plane.
+Size chromaSize(const Y4mHeader& header) {
+    switch (header.colours) {
+    case Y4M_420:
+        return {(header.width + 1) / 2, (header.height + 1) / 2};
+    case Y4M_422:
+        return {(header.width + 1) / 2, header.height};
+    case Y4M_444:
+        return {header.width, header.height};
+    case Y4M_MONO:
+        break;
+    }
+    return {0, 0};
+}
+
+std::size_t pixelsOf(const Size& size) {
+    return static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height);
+}
+
+uint8_t toByte(double value) {
+    return static_cast<uint8_t>(std::lround(std::clamp(value, 0.0, 255.0)));
+}
+
 bool plausible(const Rate& rate) {
-    return rate.numerator > 0 && rate.denominator > 0 && rate.value() >= SLOWEST && rate.value() <= FASTEST;
-}
-
-std::string parseSide(const std::string& text, int& side) {
-    const bool valid = parseNumber(text, side) && side > 0 && side <= MAXIMUM_EXTENT;
-    return valid ? "" : "its frame size " + quoted(text) + " is out of range";
-}
-
-// C420 and its variants differ in where colour is sited between the pixels, not in the planes.
-bool isI420(const std::string& colours) {
-    return colours == "420" || colours == "420jpeg" || colours == "420mpeg2" || colours == "420paldv";
+    return rate.numerator > 0 && rate.denominator > 0 && rate.value() >= Y4M_LEAST_RATE &&
+           rate.value() <= Y4M_GREATEST_RATE;
 }
 
 } // namespace
@@ -51,7 +59,7 @@ std::optional<Rate> parseRate(const std::string& text) {
         return plausible(rate) ? std::optional<Rate>(rate) : std::nullopt;
     }
     double value = 0;
-    if (!parseNumber(text, value) || !(value >= SLOWEST && value <= FASTEST))
+    if (!parseNumber(text, value) || !(value >= Y4M_LEAST_RATE && value <= Y4M_GREATEST_RATE))
         return std::nullopt;
     return nearestRate(value);
 }
@@ -60,7 +68,7 @@ Rate nearestRate(double framesPerSecond) {
     static const Rate USUAL[] = {{5, 1},  {15, 2}, {10, 1}, {12, 1}, {25, 2}, {15, 1}, {20, 1},  {24, 1},
                                  {25, 1}, {30, 1}, {48, 1}, {50, 1}, {60, 1}, {90, 1}, {100, 1}, {120, 1}};
     static const Rate BROADCAST[] = {{24000, 1001}, {30000, 1001}, {60000, 1001}};
-    const double value = std::min(std::max(framesPerSecond, SLOWEST), FASTEST);
+    const double value = std::min(std::max(framesPerSecond, Y4M_LEAST_RATE), Y4M_GREATEST_RATE);
     // These lie within a hundredth of whole rates, so they are meant only when they are hit exactly.
     for (const Rate& rate : BROADCAST)
         if (std::fabs(value - rate.value()) < 0.0051)
@@ -73,43 +81,43 @@ Rate nearestRate(double framesPerSecond) {
     return {static_cast<uint32_t>(std::lround(value * 1000)), 1000};
 }
 
-std::string y4mHeaderLine(const Y4mHeader& header) {
-    const std::string rate =
-        std::to_string(header.rate.numerator) + ":" + std::to_string(header.rate.denominator);
+std::string y4mHeaderLine(const Size& size, const Rate& rate) {
+    const std::string fraction = std::to_string(rate.numerator) + ":" + std::to_string(rate.denominator);
     // Ip: progressive, A1:1: square pixels. Colours are BT.601 with limited range, sited in the middle of
     // four pixels. X fields are comments; the last one pads.
-    return std::string(Y4M_MAGIC) + " W" + std::to_string(header.size.width) + " H" +
-           std::to_string(header.size.height) + " F" + rate +
-           " Ip A1:1 C420jpeg XCOLORRANGE=LIMITED XPAD=" + std::string(RATE_WIDTH - rate.size(), '.') + "\n";
+    return std::string(Y4M_MAGIC) + " W" + std::to_string(size.width) + " H" + std::to_string(size.height) +
+           " F" + fraction +
+           " Ip A1:1 C420jpeg XCOLORRANGE=LIMITED XPAD=" + std::string(RATE_WIDTH - fraction.size(), '.') +
+           "\n";
 }
 
-std::string parseY4mHeader(const std::string& line, Y4mHeader& header) {
-    std::istringstream fields(line);
-    std::string field;
-    fields >> field;
-    if (field != Y4M_MAGIC)
-        return "it does not start like a Y4M file";
-    header = Y4mHeader();
-    while (fields >> field) {
-        const std::string value = field.substr(1);
-        std::string wrong;
-        if (field[0] == 'W')
-            wrong = parseSide(value, header.size.width);
-        else if (field[0] == 'H')
-            wrong = parseSide(value, header.size.height);
-        else if (field[0] == 'C' && !isI420(value))
-            wrong = "its colours are " + quoted(value) + ", only 4:2:0 with 8 bits is read";
-        else if (field[0] == 'F')
-            header.rate = parseRate(value).value_or(Rate()); // 0:0 stands for a rate that is not known
-        if (!wrong.empty())
-            return wrong;
-    }
-    if (header.size.empty())
-        return "its frame size is missing";
-    return header.size.even()
-               ? ""
-               : "its frame size " + toString(header.size) + " is odd, only even sides are read";
+std::size_t y4mFrameBytes(const Y4mHeader& header) {
+    return pixelsOf({header.width, header.height}) + 2 * pixelsOf(chromaSize(header));
 }
 
-} // namespace cli
-} // namespace ostrel
+void y4mToArgb(const Y4mHeader& header, const std::vector<uint8_t>& planes, std::vector<uint8_t>& argb) {
+    const Size chroma = chromaSize(header);
+    const int columns = chroma.width == header.width ? 1 : 2; // of pixels that share a colour
+    const int rows = chroma.height == header.height ? 1 : 2;
+    const double black = header.fullRange ? 0 : 16;
+    const double lumaGain = header.fullRange ? 1 : 255.0 / 219;
+    const double chromaGain = header.fullRange ? 1 : 255.0 / 224;
+    const uint8_t* luma = planes.data();
+    const uint8_t* blues = luma + pixelsOf({header.width, header.height});
+    const uint8_t* reds = blues + pixelsOf(chroma);
+    argb.resize(4 * pixelsOf({header.width, header.height}));
+    uint8_t* to = argb.data();
+    for (int y = 0; y < header.height; ++y)
+        for (int x = 0; x < header.width; ++x, to += 4) {
+            const double grey = lumaGain * (*luma++ - black);
+            const std::ptrdiff_t at = std::ptrdiff_t(y / rows) * chroma.width + x / columns;
+            const double blue = chroma.empty() ? 0 : chromaGain * (blues[at] - 128);
+            const double red = chroma.empty() ? 0 : chromaGain * (reds[at] - 128);
+            to[0] = toByte(grey + 1.772 * blue);
+            to[1] = toByte(grey - 0.344136 * blue - 0.714136 * red);
+            to[2] = toByte(grey + 1.402 * red);
+            to[3] = 255;
+        }
+}
+
+} // namespace ostrel::apps::cli

@@ -9,8 +9,7 @@
 #include <sanitizer/common_interface_defs.h>
 #endif
 
-namespace ostrel {
-namespace common {
+namespace ostrel::apps {
 
 namespace {
 
@@ -93,5 +92,4 @@ const LibraryLogReader& LibraryLog::drain() {
     return reader_;
 }
 
-} // namespace common
-} // namespace ostrel
+} // namespace ostrel::apps

@@ -5,8 +5,7 @@
 #include <cstdint>
 #include <string>
 
-namespace ostrel {
-namespace common {
+namespace ostrel::apps {
 
 // What the library's lines have said so far; fed with whole or partial lines.
 class LibraryLogReader {
@@ -52,7 +51,6 @@ private:
     LibraryLogReader reader_;
 };
 
-} // namespace common
-} // namespace ostrel
+} // namespace ostrel::apps
 
 #endif

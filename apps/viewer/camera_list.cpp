@@ -5,8 +5,7 @@
 #include <QtCore/QSignalBlocker>
 #include <QtCore/QTimer>
 
-namespace ostrel {
-namespace viewer {
+namespace ostrel::apps::viewer {
 
 namespace {
 
@@ -33,16 +32,6 @@ CameraList::CameraList(QWidget* parent) : QListWidget(parent) {
     timer->start(REFRESH_MILLISECONDS);
 }
 
-QString CameraList::find(const QString& text) const {
-    for (auto camera = cameras_.begin(); camera != cameras_.end(); ++camera)
-        if (camera.key().compare(text, Qt::CaseInsensitive) == 0)
-            return camera.key();
-    for (auto camera = cameras_.begin(); camera != cameras_.end(); ++camera)
-        if (camera.value().compare(text, Qt::CaseInsensitive) == 0)
-            return camera.key();
-    return QString();
-}
-
 void CameraList::mark(const QString& id) {
     const QSignalBlocker blocker(this);
     setCurrentItem(nullptr);
@@ -63,15 +52,23 @@ void CameraList::refresh() {
         // Nobody chooses anything here: a camera that failed must not be started again by a neighbour's
         // coming.
         const QSignalBlocker blocker(this);
-        clear();
-        for (auto camera = cameras_.begin(); camera != cameras_.end(); ++camera) {
-            QListWidgetItem* entry = new QListWidgetItem(camera.value(), this);
-            entry->setData(ID_ROLE, camera.key());
-            entry->setToolTip(camera.value() + "\n" + camera.key());
-        }
+        fill();
         mark(marked);
     }
     emit changed();
+}
+
+// Cameras of one name are told apart by their identifiers, on a second line.
+void CameraList::fill() {
+    clear();
+    const QStringList names = cameras_.values();
+    for (auto camera = cameras_.begin(); camera != cameras_.end(); ++camera) {
+        const QString both = camera.value() + "\n" + camera.key();
+        const bool alone = names.count(camera.value()) == 1;
+        QListWidgetItem* entry = new QListWidgetItem(alone ? camera.value() : both, this);
+        entry->setData(ID_ROLE, camera.key());
+        entry->setToolTip(both);
+    }
 }
 
 void CameraList::choose(QListWidgetItem* item) {
@@ -79,5 +76,4 @@ void CameraList::choose(QListWidgetItem* item) {
         emit chosen(item->data(ID_ROLE).toString());
 }
 
-} // namespace viewer
-} // namespace ostrel
+} // namespace ostrel::apps::viewer

@@ -2,11 +2,11 @@
 #ifndef OSTREL_APPS_VIEWER_CAMERA_LIST_H
 #define OSTREL_APPS_VIEWER_CAMERA_LIST_H
 
-#include <QtCore/QMap>
+#include "apps/common/camera_match.h"
+
 #include <QtWidgets/QListWidget>
 
-namespace ostrel {
-namespace viewer {
+namespace ostrel::apps::viewer {
 
 // Bound to the GUI's thread.
 class CameraList : public QListWidget {
@@ -17,9 +17,8 @@ public:
 
     bool isAttached(const QString& id) const { return cameras_.contains(id); }
     QString nameOf(const QString& id) const { return cameras_.value(id); }
-    // The identifier of the camera with this identifier or name, letter case ignored; empty when there is
-    // none.
-    QString find(const QString& text) const;
+    // Those that a name stands for, as matchingCameras() says.
+    QStringList find(const QString& text) const { return matchingCameras(cameras_, text); }
     QString first() const { return cameras_.isEmpty() ? QString() : cameras_.firstKey(); }
 
     // Marks a camera without the signal; an identifier that is not attached marks none.
@@ -34,11 +33,11 @@ signals:
 
 private:
     void choose(QListWidgetItem* item);
+    void fill();
 
     QMap<QString, QString> cameras_; // identifier -> name
 };
 
-} // namespace viewer
-} // namespace ostrel
+} // namespace ostrel::apps::viewer
 
 #endif

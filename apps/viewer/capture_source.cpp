@@ -1,7 +1,6 @@
 #include "apps/viewer/capture_source.h"
 
-namespace ostrel {
-namespace viewer {
+namespace ostrel::apps::viewer {
 
 namespace {
 
@@ -12,16 +11,12 @@ const std::chrono::milliseconds SECOND_LOOK(100);
 
 } // namespace
 
-void CaptureSource::start(const QString& cameraId, int width, int height) {
+void CaptureSource::start(const QString& cameraId, const Size& size) {
     stop();
     state_ = State::Starting;
     since_ = Clock::now();
     log_.emplace();
-    // A capture object is started once. The next capture gets a new one.
-    capture_ = OVideoCaptureUnix::ptr();
-    capture_->startCapture(cameraId.toLatin1().constData(), width, height);
-    // A camera that is not attached is refused without a word: the object keeps its size of 0 x 0.
-    if (capture_->width() != width)
+    if (!capture_.start(cameraId, size))
         end(State::Gone);
 }
 
@@ -36,19 +31,17 @@ void CaptureSource::cameraLeft() {
 }
 
 void CaptureSource::end(State state) {
-    capture_.reset(); // dropping the last pointer stops the capture
+    capture_.stop();
     log_.reset();
     state_ = state;
 }
 
 bool CaptureSource::poll() {
-    if (!capture_)
+    if (!capture_.started())
         return false;
-    // The library leaves the record alone while it has no frame; it never writes a format of 0.
-    frame_.formatId = 0;
-    capture_->selfVideoFrame(frame_);
+    const Capture::Fetched fetched = capture_.fetch(frame_);
     const Clock::time_point now = Clock::now();
-    if (frame_.formatId != 0 && isNew(now))
+    if (isToBeShown(fetched, now))
         return true;
 
     const bool late = now - since_ >= PATIENCE;
@@ -61,19 +54,17 @@ bool CaptureSource::poll() {
     return false;
 }
 
-// Between new frames the library hands out the same one again. Its number is read a moment after the picture,
-// so it may be that of a newer frame already: when no further frame follows, the picture is taken once more.
-bool CaptureSource::isNew(Clock::time_point now) {
-    if (waits() || frame_.frameNumber != shownNumber_) {
+// The picture of the last frame may come only with the second look: see Capture::fetch().
+bool CaptureSource::isToBeShown(Capture::Fetched fetched, Clock::time_point now) {
+    if (fetched == Capture::Fetched::New) {
         log_.reset();
         state_ = State::Live;
         since_ = now;
-        shownNumber_ = frame_.frameNumber;
         shownTwice_ = false;
-        meter_.frameArrived(shownNumber_, now);
+        meter_.frameArrived(frame_.frameNumber, now);
         return true;
     }
-    if (shownTwice_ || now - since_ < SECOND_LOOK)
+    if (fetched == Capture::Fetched::Nothing || shownTwice_ || now - since_ < SECOND_LOOK)
         return false;
     shownTwice_ = true;
     return true;
@@ -85,5 +76,4 @@ void CaptureSource::lookForFailure() {
         end(State::Failed);
 }
 
-} // namespace viewer
-} // namespace ostrel
+} // namespace ostrel::apps::viewer

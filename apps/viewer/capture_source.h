@@ -2,17 +2,13 @@
 #ifndef OSTREL_APPS_VIEWER_CAPTURE_SOURCE_H
 #define OSTREL_APPS_VIEWER_CAPTURE_SOURCE_H
 
+#include "apps/common/capture.h"
 #include "apps/common/library_log.h"
 #include "apps/viewer/frame_meter.h"
 
-#include <ostrel/capture.h>
-
-#include <QtCore/QString>
-
 #include <optional>
 
-namespace ostrel {
-namespace viewer {
+namespace ostrel::apps::viewer {
 
 // From start() on: Starting -> Live, and from there
 //   Starting -> Silent   no frame came in time; goes on waiting, and a frame leads to Live
@@ -24,7 +20,7 @@ class CaptureSource {
 public:
     enum class State { Idle, Starting, Live, Silent, Stalled, Failed, Gone };
 
-    void start(const QString& cameraId, int width, int height);
+    void start(const QString& cameraId, const Size& size);
     void stop();
     void cameraLeft(); // ends the capture; the newest frame stays
 
@@ -40,21 +36,19 @@ public:
 
 private:
     void end(State state);
-    bool isNew(Clock::time_point now);
+    bool isToBeShown(Capture::Fetched fetched, Clock::time_point now);
     void lookForFailure();
 
-    QSharedPointer<OVideoCaptureUnix> capture_;
+    Capture capture_;
     VideoFrame frame_;
     State state_ = State::Idle;
     QString failure_;
     FrameMeter meter_;
     Clock::time_point since_; // when the capture was started, then when the newest frame was seen
-    uint32_t shownNumber_ = 0;
     bool shownTwice_ = false;
-    std::optional<common::LibraryLog> log_; // until the first frame
+    std::optional<LibraryLog> log_; // until the first frame
 };
 
-} // namespace viewer
-} // namespace ostrel
+} // namespace ostrel::apps::viewer
 
 #endif

@@ -4,8 +4,7 @@
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QVBoxLayout>
 
-namespace ostrel {
-namespace viewer {
+namespace ostrel::apps::viewer {
 
 namespace {
 
@@ -19,18 +18,22 @@ void addLevels(QComboBox* box) {
 
 } // namespace
 
-ControlPanel::ControlPanel(QWidget* parent)
-    : QWidget(parent), cameras(new CameraList), size(new QComboBox), scaleTo(new QComboBox),
-      method(new QComboBox), mirror(new QCheckBox("&Mirror")), snapshot(new QPushButton("Take &snapshot")),
+ControlPanel::ControlPanel(const Size& captured)
+    : cameras(new CameraList), size(new QComboBox), scaleTo(new QComboBox), method(new QComboBox),
+      mirror(new QCheckBox("&Mirror")), snapshot(new QPushButton("Take &snapshot")),
       fullScreen(new QPushButton("&Full screen")) {
-    fill();
+    fill(captured);
     arrange();
 }
 
-void ControlPanel::fill() {
+void ControlPanel::fill(const Size& captured) {
     size->setObjectName("size");
     addLevels(size);
-    size->setCurrentIndex(size->findData(int(VIDEO_QUALITY_SD)));
+    const std::optional<VIDEO_QUALITY> level = levelOf(captured);
+    if (!level)
+        size->addItem(QString("%1 x %2").arg(captured.width).arg(captured.height),
+                      QSize(captured.width, captured.height));
+    size->setCurrentIndex(level ? size->findData(int(*level)) : size->count() - 1);
 
     scaleTo->setObjectName("scaleTo");
     scaleTo->addItem("As captured");
@@ -42,9 +45,9 @@ void ControlPanel::fill() {
     method->addItem("Box", int(SCALE_METHOD_BOX));
     method->setCurrentIndex(method->findData(int(SCALE_METHOD_BOX)));
     method->setToolTip("How pixels are mixed when the picture is scaled");
-    method->setEnabled(false);
-    connect(scaleTo, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
-            [this] { method->setEnabled(scaleLevel().has_value()); });
+    enable();
+    connect(size, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &ControlPanel::enable);
+    connect(scaleTo, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &ControlPanel::enable);
 
     mirror->setObjectName("mirror");
     snapshot->setObjectName("snapshot");
@@ -74,8 +77,16 @@ void ControlPanel::arrange() {
     column->addWidget(fullScreen);
 }
 
-VIDEO_QUALITY ControlPanel::captureLevel() const {
-    return VIDEO_QUALITY(size->currentData().toInt());
+// The library scales its three sizes alone.
+void ControlPanel::enable() {
+    scaleTo->setEnabled(levelOf(captureSize()).has_value());
+    method->setEnabled(scaleTo->isEnabled() && scaleLevel());
+}
+
+Size ControlPanel::captureSize() const {
+    const QVariant chosen = size->currentData();
+    const QSize other = chosen.toSize();
+    return other.isValid() ? Size{other.width(), other.height()} : sizeOf(VIDEO_QUALITY(chosen.toInt()));
 }
 
 std::optional<VIDEO_QUALITY> ControlPanel::scaleLevel() const {
@@ -87,5 +98,4 @@ ScaleMethod ControlPanel::scaleMethod() const {
     return ScaleMethod(method->currentData().toInt());
 }
 
-} // namespace viewer
-} // namespace ostrel
+} // namespace ostrel::apps::viewer

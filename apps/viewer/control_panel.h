@@ -2,9 +2,8 @@
 #ifndef OSTREL_APPS_VIEWER_CONTROL_PANEL_H
 #define OSTREL_APPS_VIEWER_CONTROL_PANEL_H
 
+#include "apps/common/size.h"
 #include "apps/viewer/camera_list.h"
-
-#include <ostrel/processing.h>
 
 #include <QtWidgets/QCheckBox>
 #include <QtWidgets/QComboBox>
@@ -12,34 +11,34 @@
 
 #include <optional>
 
-namespace ostrel {
-namespace viewer {
+namespace ostrel::apps::viewer {
 
 // Lays the controls out and reads them; what they do is the window's matter. Bound to the GUI's thread.
 class ControlPanel : public QWidget {
     Q_OBJECT
 
 public:
-    explicit ControlPanel(QWidget* parent = nullptr);
+    // captured: the size to begin with.
+    explicit ControlPanel(const Size& captured);
 
     CameraList* const cameras;
-    QComboBox* const size;    // one entry for each VIDEO_QUALITY
-    QComboBox* const scaleTo; // the same, after one for "as captured"
+    QComboBox* const size;    // one entry for each VIDEO_QUALITY, and one for another size to begin with
+    QComboBox* const scaleTo; // one for each VIDEO_QUALITY, after one for "as captured"
     QComboBox* const method;  // one entry for each ScaleMethod
     QCheckBox* const mirror;
     QPushButton* const snapshot;
     QPushButton* const fullScreen;
 
-    VIDEO_QUALITY captureLevel() const;
+    Size captureSize() const;
     std::optional<VIDEO_QUALITY> scaleLevel() const; // none: as captured
     ScaleMethod scaleMethod() const;
 
 private:
-    void fill();
+    void fill(const Size& captured);
+    void enable();
     void arrange();
 };
 
-} // namespace viewer
-} // namespace ostrel
+} // namespace ostrel::apps::viewer
 
 #endif

@@ -1,7 +1,6 @@
 #include "apps/viewer/frame_meter.h"
 
-namespace ostrel {
-namespace viewer {
+namespace ostrel::apps::viewer {
 
 namespace {
 
@@ -38,5 +37,4 @@ Clock::duration FrameMeter::age(Clock::time_point now) const {
     return started_ ? now - newest_.time : Clock::duration::zero();
 }
 
-} // namespace viewer
-} // namespace ostrel
+} // namespace ostrel::apps::viewer

@@ -5,8 +5,7 @@
 #include <chrono>
 #include <cstdint>
 
-namespace ostrel {
-namespace viewer {
+namespace ostrel::apps::viewer {
 
 using Clock = std::chrono::steady_clock;
 
@@ -34,7 +33,6 @@ private:
     double rate_ = 0;
 };
 
-} // namespace viewer
-} // namespace ostrel
+} // namespace ostrel::apps::viewer
 
 #endif

@@ -1,5 +1,6 @@
 // ostrel-viewer: a window with the live picture of a camera.
-#include "apps/viewer/added_cameras.h"
+#include "apps/common/added_cameras.h"
+#include "apps/common/failure.h"
 #include "apps/viewer/main_window.h"
 #include "apps/viewer/options.h"
 #include "apps/viewer/snapshot.h"
@@ -8,7 +9,8 @@
 
 #include <cstdio>
 
-using namespace ostrel::viewer;
+using namespace ostrel::apps;
+using namespace ostrel::apps::viewer;
 
 namespace {
 
@@ -23,23 +25,13 @@ int say(const QString& text, int exitCode) {
     return exitCode;
 }
 
-} // namespace
-
-int main(int argc, char** argv) {
-    const Request request = readCommandLine(argc, argv);
-    if (!request.options)
-        return say(request.answer, request.exitCode);
-    const Options& options = *request.options;
-
-    const AddedCameras added(options);
-    if (!added.error().isEmpty())
-        return say(QString("ostrel-viewer: cannot play '%1': %2\n").arg(options.play, added.error()),
-                   EXIT_FILE);
-
+// Cameras first: a file that cannot be played is said without a display.
+int show(const Options& options, int argc, char** argv) {
+    const AddedCameras added(options.testCamera, options.play, false, options.size);
     QApplication application(argc, argv);
     QApplication::setApplicationDisplayName("Ostrel Viewer");
     WindowSettings settings;
-    settings.camera = options.camera.isEmpty() ? added.first() : options.camera;
+    settings.camera = options.camera.isEmpty() ? added.identifiers().value(0) : options.camera;
     settings.size = options.size;
     settings.snapshotFolder = picturesFolder();
     MainWindow window(settings);
@@ -49,4 +41,17 @@ int main(int argc, char** argv) {
     else
         window.show();
     return QApplication::exec();
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const Request request = readCommandLine(argc, argv);
+    if (!request.options)
+        return say(request.answer, request.exitCode);
+    try {
+        return show(*request.options, argc, argv);
+    } catch (const Failure& failure) {
+        return say(QString("ostrel-viewer: %1\n").arg(failure.what()), failure.code());
+    }
 }

@@ -12,8 +12,7 @@
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QStatusBar>
 
-namespace ostrel {
-namespace viewer {
+namespace ostrel::apps::viewer {
 
 namespace {
 
@@ -36,9 +35,9 @@ QString figuresText(const QString& sizes, double rate, Clock::duration age) {
 } // namespace
 
 MainWindow::MainWindow(const WindowSettings& settings)
-    : settings_(settings), panel_(new ControlPanel), view_(new PictureView), figures_(new QLabel) {
+    : settings_(settings), panel_(new ControlPanel(settings.size)), view_(new PictureView),
+      figures_(new QLabel) {
     setWindowTitle("Ostrel Viewer");
-    panel_->size->setCurrentIndex(panel_->size->findData(int(settings.size)));
 
     QWidget* content = new QWidget;
     QHBoxLayout* row = new QHBoxLayout(content);
@@ -104,11 +103,13 @@ void MainWindow::startTimers() {
 void MainWindow::camerasChanged() {
     CameraList* cameras = panel_->cameras;
     if (cameraId_.isEmpty()) {
-        const QString id = settings_.camera.isEmpty() ? cameras->first() : cameras->find(settings_.camera);
-        if (!id.isEmpty())
-            chooseCamera(id);
+        const QStringList found =
+            settings_.camera.isEmpty() ? QStringList(cameras->first()) : cameras->find(settings_.camera);
+        if (found.size() == 1 && !found.first().isEmpty())
+            chooseCamera(found.first());
     } else if (!cameras->isAttached(cameraId_)) {
         source_.cameraLeft();
+        showFigures();
     } else if (source_.state() == CaptureSource::State::Gone) {
         restart();
     }
@@ -130,10 +131,7 @@ void MainWindow::chooseCamera(const QString& id) {
 void MainWindow::restart() {
     if (cameraId_.isEmpty())
         return;
-    int width = 0;
-    int height = 0;
-    OVideoCommon::qualityToResolution(panel_->captureLevel(), width, height);
-    source_.start(cameraId_, width, height);
+    source_.start(cameraId_, panel_->captureSize());
     view_->clear();
     showState();
     showFigures();
@@ -157,14 +155,15 @@ void MainWindow::showState() {
     if (!cameraId_.isEmpty())
         view_->setMessage(captureMessage(source_, cameraName_));
     else if (panel_->cameras->count() > 0)
-        view_->setMessage(noSuchCamera(settings_.camera));
+        view_->setMessage(noSuchCamera(settings_.camera, panel_->cameras->find(settings_.camera).size() > 1));
     else
         view_->setMessage(noCamera());
     panel_->snapshot->setEnabled(view_->hasPicture());
 }
 
 void MainWindow::showFigures() {
-    if (!view_->hasPicture()) {
+    const CaptureSource::State state = source_.state();
+    if (state != CaptureSource::State::Live && state != CaptureSource::State::Stalled) {
         figures_->clear();
         return;
     }
@@ -200,5 +199,4 @@ void MainWindow::setFullScreen(bool fullScreen) {
     }
 }
 
-} // namespace viewer
-} // namespace ostrel
+} // namespace ostrel::apps::viewer

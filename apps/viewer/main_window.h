@@ -5,22 +5,19 @@
 #include "apps/viewer/capture_source.h"
 #include "apps/viewer/picture_scaler.h"
 
-#include <ostrel/processing.h>
-
 #include <QtWidgets/QMainWindow>
 
 class QAction;
 class QLabel;
 
-namespace ostrel {
-namespace viewer {
+namespace ostrel::apps::viewer {
 
 class ControlPanel;
 class PictureView;
 
 struct WindowSettings {
-    QString camera; // identifier or name of the one to begin with; empty: the first
-    VIDEO_QUALITY size = VIDEO_QUALITY_SD;
+    QString camera; // which to begin with, as matchingCameras() takes it; empty: the first
+    Size size = sizeOf(VIDEO_QUALITY_SD);
     QString snapshotFolder = "."; // has to exist
 };
 
@@ -61,7 +58,6 @@ private:
     QRect windowed_; // to where the window returns from full screen
 };
 
-} // namespace viewer
-} // namespace ostrel
+} // namespace ostrel::apps::viewer
 
 #endif

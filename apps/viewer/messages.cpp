@@ -1,7 +1,6 @@
 #include "apps/viewer/messages.h"
 
-namespace ostrel {
-namespace viewer {
+namespace ostrel::apps::viewer {
 
 Message noCamera() {
     return {
@@ -11,7 +10,9 @@ Message noCamera() {
         "Without a camera, ostrel-viewer --test-camera shows a test picture."};
 }
 
-Message noSuchCamera(const QString& wanted) {
+Message noSuchCamera(const QString& wanted, bool several) {
+    if (several)
+        return {QString("“%1” fits several cameras").arg(wanted), "Choose one from the list."};
     return {QString("No camera is called “%1”").arg(wanted),
             "Choose one from the list, or plug it in, and it is shown."};
 }
@@ -45,5 +46,4 @@ Message captureMessage(const CaptureSource& source, const QString& camera) {
     return {};
 }
 
-} // namespace viewer
-} // namespace ostrel
+} // namespace ostrel::apps::viewer

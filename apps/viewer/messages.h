@@ -6,8 +6,7 @@
 
 #include <QtCore/QString>
 
-namespace ostrel {
-namespace viewer {
+namespace ostrel::apps::viewer {
 
 struct Message {
     QString title;
@@ -18,12 +17,11 @@ struct Message {
 };
 
 Message noCamera();
-// wanted: what was asked for on the command line.
-Message noSuchCamera(const QString& wanted);
+// wanted: what was asked for on the command line; several: it fits more than one camera.
+Message noSuchCamera(const QString& wanted, bool several);
 // Empty while the picture is live. camera: its name for people.
 Message captureMessage(const CaptureSource& source, const QString& camera);
 
-} // namespace viewer
-} // namespace ostrel
+} // namespace ostrel::apps::viewer
 
 #endif

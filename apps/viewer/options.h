@@ -2,25 +2,22 @@
 #ifndef OSTREL_APPS_VIEWER_OPTIONS_H
 #define OSTREL_APPS_VIEWER_OPTIONS_H
 
-#include <ostrel/processing.h>
+#include "apps/common/size.h"
 
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
 #include <optional>
 
-namespace ostrel {
-namespace viewer {
+namespace ostrel::apps::viewer {
 
 struct Options {
     bool testCamera = false;
     QString play;   // a file; empty: none
-    QString camera; // identifier or name; empty: the first
-    VIDEO_QUALITY size = VIDEO_QUALITY_SD;
+    QString camera; // identifier, name or a part of it; empty: the first
+    Size size = sizeOf(VIDEO_QUALITY_SD);
     bool fullScreen = false;
 };
-
-enum ExitCode { EXIT_USAGE = 2, EXIT_FILE = 7 }; // as those of ostrel-camera
 
 // What the command line asks for: a window with options, or a text and an end.
 struct Request {
@@ -32,7 +29,6 @@ struct Request {
 // Needs a QCoreApplication, but no display. arguments: the program's name comes first.
 Request parseCommandLine(const QStringList& arguments);
 
-} // namespace viewer
-} // namespace ostrel
+} // namespace ostrel::apps::viewer
 
 #endif

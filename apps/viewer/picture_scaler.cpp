@@ -1,7 +1,6 @@
 #include "apps/viewer/picture_scaler.h"
 
-namespace ostrel {
-namespace viewer {
+namespace ostrel::apps::viewer {
 
 // The library scales I420 and YUY2 alone, so the frame makes a round trip through I420.
 Picture PictureScaler::scale(const VideoFrame& frame) {
@@ -24,5 +23,4 @@ Picture PictureScaler::scale(const VideoFrame& frame) {
     return result;
 }
 
-} // namespace viewer
-} // namespace ostrel
+} // namespace ostrel::apps::viewer

@@ -8,8 +8,7 @@
 #include <optional>
 #include <vector>
 
-namespace ostrel {
-namespace viewer {
+namespace ostrel::apps::viewer {
 
 // A picture in somebody else's memory: B, G, R, A, top row first, rows without padding.
 struct Picture {
@@ -35,7 +34,6 @@ private:
     std::vector<uint8_t> bgra_;
 };
 
-} // namespace viewer
-} // namespace ostrel
+} // namespace ostrel::apps::viewer
 
 #endif

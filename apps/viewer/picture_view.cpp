@@ -3,8 +3,7 @@
 #include <QtGui/QPainter>
 #include <QtGui/QTransform>
 
-namespace ostrel {
-namespace viewer {
+namespace ostrel::apps::viewer {
 
 namespace {
 
@@ -114,5 +113,4 @@ void PictureView::mouseDoubleClickEvent(QMouseEvent*) {
     emit doubleClicked();
 }
 
-} // namespace viewer
-} // namespace ostrel
+} // namespace ostrel::apps::viewer

@@ -8,8 +8,7 @@
 #include <QtGui/QImage>
 #include <QtWidgets/QWidget>
 
-namespace ostrel {
-namespace viewer {
+namespace ostrel::apps::viewer {
 
 // Bound to the GUI's thread.
 class PictureView : public QWidget {
@@ -52,7 +51,6 @@ private:
     Message message_;
 };
 
-} // namespace viewer
-} // namespace ostrel
+} // namespace ostrel::apps::viewer
 
 #endif

@@ -5,8 +5,7 @@
 #include <QtCore/QFile>
 #include <QtCore/QStandardPaths>
 
-namespace ostrel {
-namespace viewer {
+namespace ostrel::apps::viewer {
 
 QString saveSnapshot(const QImage& picture, const QString& folder) {
     const QString time = QDateTime::currentDateTime().toString("yyyyMMdd-HHmmss-zzz");
@@ -28,5 +27,4 @@ QString picturesFolder() {
     return QDir(pictures).exists() ? pictures : QDir::currentPath();
 }
 
-} // namespace viewer
-} // namespace ostrel
+} // namespace ostrel::apps::viewer

@@ -4,8 +4,7 @@
 
 #include <QtGui/QImage>
 
-namespace ostrel {
-namespace viewer {
+namespace ostrel::apps::viewer {
 
 // Writes a PNG file with a new name into the folder. Returns one line for the user: where it is, or why not.
 QString saveSnapshot(const QImage& picture, const QString& folder);
@@ -13,7 +12,6 @@ QString saveSnapshot(const QImage& picture, const QString& folder);
 // The user's folder for pictures; where there is none, the current one.
 QString picturesFolder();
 
-} // namespace viewer
-} // namespace ostrel
+} // namespace ostrel::apps::viewer
 
 #endif

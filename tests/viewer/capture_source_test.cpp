@@ -35,8 +35,7 @@ void operator delete(void* memory, std::size_t) noexcept {
     std::free(memory);
 }
 
-namespace ostrel {
-namespace viewer {
+namespace ostrel::apps::viewer {
 
 TEST(Polling, FramesAndScaledPicturesTakeNoFreshMemory) {
     OVideoTestPatternCamera camera("viewer-test-memory", "Memory");
@@ -44,7 +43,7 @@ TEST(Polling, FramesAndScaledPicturesTakeNoFreshMemory) {
     CaptureSource source;
     PictureScaler scaler;
     scaler.setLevel(VIDEO_QUALITY_HD);
-    source.start(camera.uniqueID(), 640, 480);
+    source.start(camera.uniqueID(), {640, 480});
 
     int frames = 0;
     Picture picture;
@@ -73,7 +72,7 @@ TEST(Polling, LastPushedPictureIsShown) {
     OVideoPushCamera camera("viewer-test-push", "Push");
     camera.attach();
     CaptureSource source;
-    source.start(camera.uniqueID(), 320, 240);
+    source.start(camera.uniqueID(), {320, 240});
     std::vector<uint8_t> picture(320 * 240 * 4, 10);
     int shown = -1;
     const auto shows = [&](int value) {
@@ -99,7 +98,7 @@ TEST(Polling, EndedCaptureYieldsNothing) {
     camera.attach();
     CaptureSource source;
     EXPECT_FALSE(source.poll());
-    source.start(camera.uniqueID(), 320, 240);
+    source.start(camera.uniqueID(), {320, 240});
     ASSERT_TRUE(QTest::qWaitFor([&] { return source.poll(); }, 30000));
     source.stop();
     EXPECT_EQ(source.state(), CaptureSource::State::Idle);
@@ -108,10 +107,9 @@ TEST(Polling, EndedCaptureYieldsNothing) {
 
 TEST(Polling, CameraThatIsNotAttachedIsGone) {
     CaptureSource source;
-    source.start("viewer-test-nobody", 320, 240);
+    source.start("viewer-test-nobody", {320, 240});
     EXPECT_EQ(source.state(), CaptureSource::State::Gone);
     EXPECT_FALSE(source.poll());
 }
 
-} // namespace viewer
-} // namespace ostrel
+} // namespace ostrel::apps::viewer

@@ -8,8 +8,7 @@
 #include <cstdlib>
 #include <string>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 // Eight letters for the eight bars from left to right: White, Yellow, Cyan, Green, Magenta, Red, Blue, blacK.
 const char BARS[] = "WYCGMRBK";
@@ -42,7 +41,6 @@ inline std::string barsIn(const QImage& image) {
     return barsIn(image, image.rect());
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests
 
 #endif

@@ -7,8 +7,7 @@
 
 #include <vector>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 namespace {
 
@@ -60,6 +59,17 @@ TEST_F(Controls, EachSizeIsCaptured) {
         EXPECT_TRUE(eventually([&] { return live() && view().pictureSize() == size; })) << text.toStdString();
         EXPECT_TRUE(waitForBars(BARS)) << barsInWindow();
     }
+}
+
+TEST_F(Controls, AnotherSizeToBeginWithIsCapturedAndNotScaled) {
+    open("Pattern", {800, 601});
+    EXPECT_TRUE(waitForBars(BARS)) << barsInWindow();
+    EXPECT_EQ(view().pictureSize(), QSize(800, 601));
+    EXPECT_EQ(panel().size->currentText(), "800 x 601");
+    EXPECT_FALSE(panel().scaleTo->isEnabled());
+    select(panel().size, "320 x 240");
+    EXPECT_TRUE(panel().scaleTo->isEnabled());
+    EXPECT_TRUE(eventually([this] { return live() && view().pictureSize() == QSize(320, 240); }));
 }
 
 TEST_F(Controls, EachLevelCanBeScaledTo) {
@@ -178,5 +188,4 @@ TEST_F(Controls, CameraIsChosenByMouseAndByKeys) {
     EXPECT_TRUE(eventually(showsRed)) << barsInWindow();
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace ostrel {
-namespace viewer {
+namespace ostrel::apps::viewer {
 
 using std::chrono::milliseconds;
 
@@ -54,5 +53,4 @@ TEST_F(FrameMeterTest, StoppedCameraHasNoRateButItsFrameAges) {
     EXPECT_EQ(meter.age(at(9000)), milliseconds(8000));
 }
 
-} // namespace viewer
-} // namespace ostrel
+} // namespace ostrel::apps::viewer

@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace ostrel {
-namespace viewer {
+namespace ostrel::apps::viewer {
 
 namespace {
 
@@ -20,7 +19,7 @@ TEST(ViewerOptions, DefaultsAreTheFirstCameraInTheMiddleSize) {
     EXPECT_FALSE(request.options->fullScreen);
     EXPECT_TRUE(request.options->camera.isEmpty());
     EXPECT_TRUE(request.options->play.isEmpty());
-    EXPECT_EQ(request.options->size, VIDEO_QUALITY_SD);
+    EXPECT_EQ(toString(request.options->size), "640x480");
 }
 
 TEST(ViewerOptions, AllAreRead) {
@@ -31,27 +30,37 @@ TEST(ViewerOptions, AllAreRead) {
     EXPECT_TRUE(request.options->fullScreen);
     EXPECT_EQ(request.options->play.toStdString(), "a b.y4m");
     EXPECT_EQ(request.options->camera.toStdString(), "Front");
-    EXPECT_EQ(request.options->size, VIDEO_QUALITY_HD);
+    EXPECT_EQ(toString(request.options->size), "1280x720");
 }
 
-TEST(ViewerOptions, SizesHaveTwoSpellings) {
-    EXPECT_EQ(parse({"--size", "320x240"}).options->size, VIDEO_QUALITY_LD);
-    EXPECT_EQ(parse({"--size", "640X480"}).options->size, VIDEO_QUALITY_SD);
-    EXPECT_EQ(parse({"--size", "1280x720"}).options->size, VIDEO_QUALITY_HD);
-    EXPECT_EQ(parse({"--size", "ld"}).options->size, VIDEO_QUALITY_LD);
+TEST(ViewerOptions, UsualWritingsAreUnderstood) {
+    EXPECT_EQ(toString(parse({"-s", "640X480"}).options->size), "640x480");
+    EXPECT_EQ(toString(parse({"--size", "720p"}).options->size), "1280x720");
+    EXPECT_EQ(toString(parse({"--size", "641x481"}).options->size), "641x481");
+    EXPECT_EQ(parse({"-c", "Front"}).options->camera.toStdString(), "Front");
+    EXPECT_EQ(parse({"clip.y4m"}).options->play.toStdString(), "clip.y4m");
+    EXPECT_TRUE(parse({"--fullscreen"}).options->fullScreen);
 }
 
 TEST(ViewerOptions, WrongOnesAreRefusedWithOneLineThatNamesThem) {
-    const QStringList wrong[] = {{"--size", "641x480"}, {"--size", ""}, {"--colour"}, {"stray"}, {"--play"}};
-    for (const QStringList& arguments : wrong) {
-        const Request request = parse(arguments);
-        EXPECT_FALSE(request.options) << arguments.join(' ').toStdString();
+    const struct {
+        QStringList arguments;
+        const char* line;
+    } cases[] = {
+        {{"--size", "7"}, "'7' is no size: WIDTHxHEIGHT, ld (320x240), sd (640x480), hd (1280x720) or 1080p"},
+        {{"--colour"}, "'--colour' is no option"},
+        {{"--cmaera", "x"}, "'--cmaera' is no option; did you mean '--camera'?"},
+        {{"a.y4m", "b.y4m"}, "one file can be played, 'b.y4m' is one too many"},
+        {{"--play", "a.y4m", "b.y4m"}, "one file can be played, 'b.y4m' is one too many"},
+    };
+    for (const auto& wrong : cases) {
+        const Request request = parse(wrong.arguments);
+        EXPECT_FALSE(request.options);
         EXPECT_EQ(request.exitCode, 2);
-        EXPECT_TRUE(request.answer.startsWith("ostrel-viewer: ")) << request.answer.toStdString();
+        EXPECT_EQ(request.answer.toStdString(),
+                  "ostrel-viewer: " + std::string(wrong.line) + "\nTry 'ostrel-viewer --help'.\n");
     }
-    EXPECT_TRUE(parse({"--size", "641x480"}).answer.contains("'641x480'"));
-    EXPECT_TRUE(parse({"stray"}).answer.contains("'stray'"));
+    EXPECT_EQ(parse({"--play"}).exitCode, 2);
 }
 
-} // namespace viewer
-} // namespace ostrel
+} // namespace ostrel::apps::viewer

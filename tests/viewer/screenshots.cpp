@@ -41,10 +41,10 @@ public:
     }
 
 private:
-    viewer::PictureView& view() { return *window_.findChild<viewer::PictureView*>(); }
+    apps::viewer::PictureView& view() { return *window_.findChild<apps::viewer::PictureView*>(); }
 
     QString folder_;
-    viewer::MainWindow window_{viewer::WindowSettings()};
+    apps::viewer::MainWindow window_{apps::viewer::WindowSettings()};
 };
 
 } // namespace
@@ -60,16 +60,18 @@ int main(int argc, char** argv) {
     Photographer photographer(argv[1]);
     OVideoTestPatternCamera camera("ostrel-test-pattern", "Test pattern");
     OVideoTestPatternCamera other("ostrel-test-pattern-2", "Another test pattern");
-    photographer.saveWhen("viewer-no-camera.png",
-                          [](viewer::PictureView& view) { return view.message() == viewer::noCamera(); });
+    photographer.saveWhen("viewer-no-camera.png", [](apps::viewer::PictureView& view) {
+        return view.message() == apps::viewer::noCamera();
+    });
     camera.attach();
     other.attach();
     int pictures = 0; // enough for the rate to be known
-    photographer.saveWhen("viewer.png", [&](viewer::PictureView& view) {
+    photographer.saveWhen("viewer.png", [&](apps::viewer::PictureView& view) {
         return view.hasPicture() && view.message().isEmpty() && ++pictures > 300;
     });
     camera.detach();
-    photographer.saveWhen("viewer-gone.png",
-                          [](viewer::PictureView& view) { return view.message().title.contains("gone"); });
+    photographer.saveWhen("viewer-gone.png", [](apps::viewer::PictureView& view) {
+        return view.message().title.contains("gone");
+    });
     return 0;
 }

@@ -3,8 +3,7 @@
 
 #include <ostrel/devices.h>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 namespace {
 
@@ -58,6 +57,7 @@ TEST_F(States, CameraThatGoesIsSaidAndTakenUpAgain) {
     camera.detach();
     EXPECT_TRUE(eventually([this] { return title() == QString("“First” is gone"); }))
         << title().toStdString();
+    EXPECT_EQ(figures(), QString()) << "there is no rate any more";
     EXPECT_FALSE(cameraNames().contains("First"));
     EXPECT_TRUE(panel().cameras->selectedItems().isEmpty());
     panel().cameras->setFocus();
@@ -143,6 +143,28 @@ TEST_F(States, CameraThatStopsSendingIsSaidOverItsLastPicture) {
     EXPECT_TRUE(waitForBars(BARS)) << title().toStdString();
 }
 
+TEST_F(States, CamerasOfOneNameAreToldApart) {
+    OVideoTestPatternCamera twin("viewer-test-twin", "First");
+    camera.attach();
+    open("viewer-test-a");
+    EXPECT_EQ(selectedName(), QString("First"));
+    twin.attach();
+    EXPECT_TRUE(eventually([this] { return selectedName() == QString("First\nviewer-test-a"); }));
+    EXPECT_TRUE(cameraNames().contains("First\nviewer-test-twin"));
+    twin.detach();
+    EXPECT_TRUE(eventually([this] { return selectedName() == QString("First"); }));
+}
+
+TEST_F(States, ANameThatFitsSeveralCamerasIsLeftToTheUser) {
+    OVideoTestPatternCamera other("viewer-test-b", "First one");
+    camera.attach();
+    other.attach();
+    open("FIRS");
+    EXPECT_EQ(title(), QString("“FIRS” fits several cameras"));
+    clickCamera("First one");
+    EXPECT_TRUE(waitForBars(BARS)) << title().toStdString();
+}
+
 TEST_F(States, UnknownCameraIsSaidAndWaitedFor) {
     OVideoTestPatternCamera other("viewer-test-b", "Second");
     other.attach();
@@ -153,5 +175,4 @@ TEST_F(States, UnknownCameraIsSaidAndWaitedFor) {
     EXPECT_EQ(selectedName(), QString("First"));
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -10,8 +10,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 VirtualScreen::VirtualScreen(int width, int height) {
     start(width, height);
@@ -73,5 +72,4 @@ QImage VirtualScreen::picture() const {
     return QImage(rows, width, height, rowBytes, QImage::Format_RGB32).copy();
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -8,8 +8,7 @@
 
 #include <sys/types.h>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 // Runs Xvfb while it lives, on a display number that the server picks itself.
 class VirtualScreen {
@@ -32,7 +31,6 @@ private:
     QByteArray display_;
 };
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests
 
 #endif

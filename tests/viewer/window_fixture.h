@@ -23,18 +23,18 @@ inline void PrintTo(const QString& text, std::ostream* stream) {
     *stream << '"' << text.toStdString() << '"';
 }
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 const int HANG = 30000; // milliseconds; nothing takes nearly that long
 
 class WindowTest : public testing::Test {
 protected:
-    void open(const QString& camera = QString()) {
-        viewer::WindowSettings settings;
+    void open(const QString& camera = QString(), const apps::Size& size = {640, 480}) {
+        apps::viewer::WindowSettings settings;
+        settings.size = size;
         settings.camera = camera;
         settings.snapshotFolder = folder.path();
-        window = std::make_unique<viewer::MainWindow>(settings);
+        window = std::make_unique<apps::viewer::MainWindow>(settings);
         window->resize(1000, 620);
         window->show();
         ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
@@ -47,8 +47,8 @@ protected:
         return QTest::qWaitFor(condition, HANG);
     }
 
-    viewer::ControlPanel& panel() { return *window->findChild<viewer::ControlPanel*>(); }
-    viewer::PictureView& view() { return *window->findChild<viewer::PictureView*>(); }
+    apps::viewer::ControlPanel& panel() { return *window->findChild<apps::viewer::ControlPanel*>(); }
+    apps::viewer::PictureView& view() { return *window->findChild<apps::viewer::PictureView*>(); }
     QString figures() { return window->findChild<QLabel*>("figures")->text(); }
     QString title() { return view().message().title; }
     bool live() { return view().hasPicture() && view().message().isEmpty(); }
@@ -94,10 +94,9 @@ protected:
     }
 
     QTemporaryDir folder;
-    std::unique_ptr<viewer::MainWindow> window;
+    std::unique_ptr<apps::viewer::MainWindow> window;
 };
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests
 
 #endif

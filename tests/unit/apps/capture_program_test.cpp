@@ -111,7 +111,8 @@ TEST(CaptureProgram, SnapshotShowsTheBarsUprightAndInTheirColours) {
         const char* size;
         int width;
         int height;
-    } sizes[] = {{"ld", 320, 240}, {"SD", 640, 480}, {"hd", 1280, 720}, {"800x600", 800, 600}};
+    } sizes[] = {
+        {"ld", 320, 240}, {"SD", 640, 480}, {"hd", 1280, 720}, {"800x600", 800, 600}, {"641x481", 641, 481}};
     for (const auto& size : sizes) {
         Folder folder;
         const Outcome outcome =
@@ -192,6 +193,24 @@ TEST(CaptureProgram, RecordHoldsWholeFramesInTheirOrder) {
         EXPECT_GT(counters[at], counters[at - 1]) << at;
     EXPECT_EQ(0U,
               outcome.errors.find("recording 320x240 from Test pattern to 'a.y4m'\nrecorded 12 frames in "));
+}
+
+TEST(CaptureProgram, RecordWritesOddSizes) {
+    const Outcome outcome = run("/", {"record", "--test-camera", "-n", "2", "-s", "641x481", "-"});
+    EXPECT_EQ(0, outcome.code) << outcome.errors;
+    const int frame = 641 * 481 + 2 * 321 * 241;
+    EXPECT_TRUE(outcome.output.startsWith("YUV4MPEG2 W641 H481 "));
+    EXPECT_EQ(outcome.output.indexOf('\n') + 1 + 2 * (6 + frame), outcome.output.size());
+}
+
+TEST(CaptureProgram, ARecordingIsWhatItsNameSaysOrIsRefused) {
+    EXPECT_EQ("ostrel-camera: record does not compress: give 'a.mp4' the suffix .y4m, or pipe: record -o - | "
+              "ffmpeg -i - 'a.mp4'\n",
+              run("/", {"record", "--test-camera", "a.mp4"}).errors);
+    EXPECT_EQ("ostrel-camera: record writes video; 'ostrel-camera snapshot' writes PNG pictures\n",
+              run("/", {"record", "--test-camera", "a.png"}).errors);
+    EXPECT_EQ("ostrel-camera: --rate is for Y4M files: bare frames do not state a rate\n",
+              run("/", {"record", "--test-camera", "--rate", "5", "a.i420"}).errors);
 }
 
 TEST(CaptureProgram, RecordStatesTheRateThatItIsGiven) {

@@ -138,8 +138,7 @@ TEST(ConvertProgram, BrokenFilesAreNamedWithWhatIsWrong) {
     write(folder, "cut.y4m", y4m(4, 2, {greyI420(4, 2, 16), greyI420(4, 2, 16)}).chopped(1));
     write(folder, "torn.y4m", y4m(4, 2, {greyI420(4, 2, 16)}) + "FRUME\n");
     write(folder, "empty.y4m", y4m(4, 2, {}));
-    write(folder, "422.y4m", "YUV4MPEG2 W4 H2 F25:1 C422\n");
-    write(folder, "odd.y4m", "YUV4MPEG2 W5 H2 F25:1\n");
+    write(folder, "deep.y4m", "YUV4MPEG2 W4 H2 F25:1 C420p10\n");
     write(folder, "huge.y4m", "YUV4MPEG2 W99999999 H2 F25:1\n");
     write(folder, "no.y4m", "hello\n");
     write(folder, "no.png", "hello\n");
@@ -150,16 +149,36 @@ TEST(ConvertProgram, BrokenFilesAreNamedWithWhatIsWrong) {
         {"cut.y4m", "it ends in the middle of frame 2"},
         {"torn.y4m", "where frame 2 should start there is something else"},
         {"empty.y4m", "it holds no frame"},
-        {"422.y4m", "its colours are '422', only 4:2:0 with 8 bits is read"},
-        {"odd.y4m", "its frame size 5x2 is odd, only even sides are read"},
-        {"huge.y4m", "its frame size '99999999' is out of range"},
-        {"no.y4m", "it does not start like a Y4M file"},
+        {"deep.y4m", "the pixel layout \"C420p10\" is not one of C420, C422, C444 and Cmono with 8 bits"},
+        {"huge.y4m", "the width \"99999999\" is not from 1 to 16384"},
+        {"no.y4m", "not a Y4M file: it does not begin with YUV4MPEG2"},
         {"no.png", "it is no PNG picture"},
         {"gone.png", "No such file or directory"},
     };
     for (const auto& broken : cases)
         expectError(7, "cannot read '" + std::string(broken.file) + "': " + broken.error,
                     run(folder.path(), {"convert", broken.file, "out.argb"}));
+}
+
+// What --play takes, convert takes.
+TEST(ConvertProgram, Y4mOfOddSizesAndOtherLayoutsIsRead) {
+    Folder folder;
+    const QByteArray white(5 * 3, char(235));
+    const struct {
+        const char* colours;
+        int chromaBytes;
+    } cases[] = {{"C420", 2 * 3 * 2}, {"C422", 2 * 3 * 3}, {"C444", 2 * 5 * 3}, {"Cmono", 0}};
+    for (const auto& test : cases) {
+        write(folder, "a.y4m",
+              "YUV4MPEG2 W5 H3 " + QByteArray(test.colours) + "\nFRAME\n" + white +
+                  QByteArray(test.chromaBytes, char(128)));
+        EXPECT_EQ(0, run(folder.path(), {"convert", "a.y4m", "a.png"}).code) << test.colours;
+        const QImage image(folder.file("a.png"));
+        EXPECT_EQ(QSize(5, 3), image.size());
+        EXPECT_EQ(qRgb(255, 255, 255), image.pixel(4, 2)) << test.colours;
+        EXPECT_EQ(0, run(folder.path(), {"convert", "-q", "a.y4m", "b.y4m"}).code);
+        EXPECT_TRUE(folder.read("b.y4m").endsWith(white + QByteArray(12, char(128)))) << test.colours;
+    }
 }
 
 TEST(ConvertProgram, FramesBeforeTheBrokenOneAreKept) {
@@ -179,17 +198,15 @@ TEST(ConvertProgram, ArgumentsThatDoNotGoTogetherAreExplained) {
                 run(path, {"convert", "--size", "sd", "a.y4m", "b.i420"}));
     expectError(2, "raw frames do not state their size: give it with --size",
                 run(path, {"convert", "a.i420", "b.y4m"}));
-    expectError(2, "i420 frames have even sides, 5x2 does not",
-                run(path, {"convert", "--size", "5x2", "a.i420", "b.argb"}));
-    expectError(2, "i420 frames have even sides, 5x3 does not: choose argb, rgb24 or png with --to",
-                run(path, {"convert", "odd.png", "b.y4m"}));
+    for (const QStringList& odd : {QStringList{"--size", "5x3", "a.yuy2", "b.argb"}, {"odd.png", "b.yuy2"}})
+        expectError(2, "yuy2 frames have even sides, 5x3 does not: choose another format or size",
+                    run(path, QStringList("convert") + odd));
     expectError(2, "--bottom-up is for rgb24 input; i420 frames start with the top row",
                 run(path, {"convert", "--bottom-up", "a.y4m", "b.argb"}));
-    expectError(
-        2,
-        "the name 'b' does not say what the file is: give --to with one of argb (also argb32, bgra), rgb24, "
-        "yuy2, i420, y4m, png",
-        run(path, {"convert", "a.y4m", "b"}));
+    expectError(2,
+                "the name 'b' does not say what the file is: give --to with one of png, y4m, i420, yuy2, "
+                "rgb24, argb (also argb32, bgra)",
+                run(path, {"convert", "a.y4m", "b"}));
     expectError(2, "--camera has no meaning here: convert and scale work on files, not on a camera",
                 run(path, {"convert", "--camera", "x", "a.y4m", "b.argb"}));
     EXPECT_EQ((QStringList{"a.y4m", "odd.png"}), folder.entries());

@@ -12,7 +12,8 @@
 namespace {
 
 using namespace ostrel;
-using namespace ostrel::cli;
+using namespace ostrel::apps;
+using namespace ostrel::apps::cli;
 using apptests::flagArgb;
 using apptests::flagRgb24;
 using apptests::greyI420;
@@ -98,12 +99,19 @@ TEST(FrameConverter, TheTopRowStaysOnTopThroughEveryPair) {
         }
 }
 
-TEST(FrameConverter, BottomUpRgb24IsTurnedOver) {
-    for (const Layout to : LAYOUTS) {
-        FrameConverter fromTop({16, 8}, Layout::Rgb24, to);
-        FrameConverter fromBottom({16, 8}, Layout::Rgb24, to, true);
-        EXPECT_EQ(fromTop.apply(flagRgb24(16, 8, false)), fromBottom.apply(flagRgb24(16, 8, true)))
-            << layoutName(to);
+// I420 of odd sides has its colour planes rounded up; the last row and column come back as they went.
+TEST(FrameConverter, OddSizesKeepEveryPixel) {
+    const Size size = {35, 17};
+    for (const Layout layout : {Layout::Argb, Layout::Rgb24}) {
+        FrameConverter there(size, layout, Layout::I420);
+        FrameConverter back(size, Layout::I420, layout);
+        const Bytes frame = plain(layout, size, 10, 200, 90);
+        const Bytes middle = there.apply(frame);
+        ASSERT_EQ(35U * 17 + 2 * 18 * 9, middle.size());
+        EXPECT_LE(largestDifference(Bytes(35 * 17, plain(Layout::I420, {2, 2}, 10, 200, 90)[0]), middle), 1);
+        const Bytes result = back.apply(middle);
+        ASSERT_EQ(frame.size(), result.size());
+        EXPECT_LE(largestDifference(frame, result), 3) << layoutName(layout);
     }
 }
 

@@ -1,6 +1,6 @@
 // How a capture that goes wrong reaches the user, with cameras that are told to fail.
-#include "apps/camera/failure.h"
 #include "apps/camera/frame_source.h"
+#include "apps/common/failure.h"
 
 #include <ostrel/virtual_camera.h>
 
@@ -13,7 +13,8 @@
 namespace {
 
 using namespace ostrel;
-using namespace ostrel::cli;
+using namespace ostrel::apps;
+using namespace ostrel::apps::cli;
 using Result = FrameSource::Result;
 
 const double LONG = 60; // seconds; a hang, not a measure
@@ -40,7 +41,7 @@ protected:
     }
 
     OVideoTestPatternCamera camera_;
-    common::LibraryLog log_;
+    LibraryLog log_;
     StopRequest stop_;
     Camera chosen_;
     VideoFrame frame_;

@@ -1,6 +1,6 @@
 // Files that are written: when they appear, and what stays when something goes wrong.
-#include "apps/camera/failure.h"
 #include "apps/camera/output_file.h"
+#include "apps/common/failure.h"
 #include "program.h"
 
 #include <gtest/gtest.h>
@@ -10,7 +10,8 @@
 
 namespace {
 
-using namespace ostrel::cli;
+using namespace ostrel::apps;
+using namespace ostrel::apps::cli;
 using apptests::Folder;
 using Mode = OutputFile::Mode;
 

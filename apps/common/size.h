@@ -1,14 +1,13 @@
 // Frame sizes as they are written on the command line.
-#ifndef OSTREL_APPS_CAMERA_SIZE_H
-#define OSTREL_APPS_CAMERA_SIZE_H
+#ifndef OSTREL_APPS_COMMON_SIZE_H
+#define OSTREL_APPS_COMMON_SIZE_H
 
 #include <ostrel/processing.h>
 
 #include <optional>
 #include <string>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps {
 
 struct Size {
     int width = 0; // pixels
@@ -20,19 +19,20 @@ struct Size {
     bool operator!=(const Size& other) const { return !(*this == other); }
 };
 
-// Larger frames would not fit the library's 32-bit sizes.
+// Pixels. Larger frames would not fit the library's 32-bit sizes.
 const int MAXIMUM_EXTENT = 16384;
 
-// "640x480", or a level by its name: ld, sd, hd (letter case ignored). Nothing when the text is neither, or a
-// side is below 1 or above MAXIMUM_EXTENT.
+// What a message says that parseSize() takes.
+const char SIZE_NAMES[] = "WIDTHxHEIGHT, ld (320x240), sd (640x480), hd (1280x720) or 1080p";
+
+// "640x480" with sides from 1 to MAXIMUM_EXTENT, a level by its name (ld, sd, hd), or the height of a usual
+// size with a p (240p to 2160p); letter case ignored. Nothing for anything else.
 std::optional<Size> parseSize(const std::string& text);
-std::optional<VIDEO_QUALITY> parseLevel(const std::string& text);
 
 Size sizeOf(VIDEO_QUALITY level);
 std::optional<VIDEO_QUALITY> levelOf(const Size& size);
 std::string toString(const Size& size); // "640x480"
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps
 
 #endif

@@ -1,4 +1,4 @@
-#include "apps/camera/text.h"
+#include "apps/common/text.h"
 
 #include <QtCore/QString>
 #include <QtCore/QVector>
@@ -7,8 +7,7 @@
 #include <sstream>
 #include <wchar.h>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps {
 
 std::string toLower(const std::string& text) {
     std::string lower = text;
@@ -76,5 +75,4 @@ std::vector<std::string> wrapped(const std::string& text, std::size_t width) {
     return lines;
 }
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps

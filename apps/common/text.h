@@ -1,12 +1,11 @@
 // Small helpers for text that people read.
-#ifndef OSTREL_APPS_CAMERA_TEXT_H
-#define OSTREL_APPS_CAMERA_TEXT_H
+#ifndef OSTREL_APPS_COMMON_TEXT_H
+#define OSTREL_APPS_COMMON_TEXT_H
 
 #include <string>
 #include <vector>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps {
 
 std::string toLower(const std::string& text); // ASCII letters
 std::string join(const std::vector<std::string>& parts, const std::string& between);
@@ -25,7 +24,6 @@ std::size_t displayWidth(const std::string& utf8);
 // Words of text in lines of at most width columns, where words allow; line breaks in text are kept.
 std::vector<std::string> wrapped(const std::string& text, std::size_t width);
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps
 
 #endif

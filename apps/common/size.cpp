@@ -1,11 +1,10 @@
-#include "apps/camera/size.h"
+#include "apps/common/size.h"
 
-#include "apps/camera/text.h"
+#include "apps/common/text.h"
 
 #include <charconv>
 
-namespace ostrel {
-namespace cli {
+namespace ostrel::apps {
 
 namespace {
 
@@ -20,26 +19,21 @@ int parseExtent(const std::string& text) {
 
 } // namespace
 
-std::optional<VIDEO_QUALITY> parseLevel(const std::string& text) {
-    const std::string name = toLower(text);
-    if (name == "ld")
-        return VIDEO_QUALITY_LD;
-    if (name == "sd")
-        return VIDEO_QUALITY_SD;
-    if (name == "hd")
-        return VIDEO_QUALITY_HD;
-    return std::nullopt;
-}
-
 std::optional<Size> parseSize(const std::string& text) {
-    if (const std::optional<VIDEO_QUALITY> level = parseLevel(text))
-        return sizeOf(*level);
-    const std::size_t cross = text.find_first_of("xX");
+    static const struct {
+        const char* name;
+        Size size;
+    } NAMED[] = {{"ld", {320, 240}},      {"sd", {640, 480}},     {"hd", {1280, 720}},
+                 {"240p", {320, 240}},    {"480p", {640, 480}},   {"720p", {1280, 720}},
+                 {"1080p", {1920, 1080}}, {"2160p", {3840, 2160}}};
+    const std::string name = toLower(text);
+    for (const auto& named : NAMED)
+        if (name == named.name)
+            return named.size;
+    const std::size_t cross = name.find('x');
     if (cross == std::string::npos)
         return std::nullopt;
-    Size size;
-    size.width = parseExtent(text.substr(0, cross));
-    size.height = parseExtent(text.substr(cross + 1));
+    const Size size = {parseExtent(name.substr(0, cross)), parseExtent(name.substr(cross + 1))};
     return size.empty() ? std::nullopt : std::optional<Size>(size);
 }
 
@@ -58,5 +52,4 @@ std::string toString(const Size& size) {
     return std::to_string(size.width) + "x" + std::to_string(size.height);
 }
 
-} // namespace cli
-} // namespace ostrel
+} // namespace ostrel::apps

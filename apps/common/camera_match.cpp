@@ -1,0 +1,31 @@
+#include "apps/common/camera_match.h"
+
+namespace ostrel::apps {
+
+QStringList matchingCameras(const QMap<QString, QString>& cameras, const QString& wanted) {
+    using Way = bool (*)(const QString& id, const QString& name, const QString& wanted);
+    const Way ways[] = {
+        [](const QString& id, const QString&, const QString& text) { return id == text; },
+        [](const QString& id, const QString&, const QString& text) {
+            return id.compare(text, Qt::CaseInsensitive) == 0;
+        },
+        [](const QString&, const QString& name, const QString& text) { return name == text; },
+        [](const QString&, const QString& name, const QString& text) {
+            return name.compare(text, Qt::CaseInsensitive) == 0;
+        },
+        [](const QString&, const QString& name, const QString& text) {
+            return name.contains(text, Qt::CaseInsensitive);
+        },
+    };
+    QStringList matches;
+    for (const Way fits : ways) {
+        for (auto camera = cameras.begin(); camera != cameras.end(); ++camera)
+            if (fits(camera.key(), camera.value(), wanted))
+                matches.append(camera.key());
+        if (!matches.isEmpty())
+            break;
+    }
+    return matches;
+}
+
+} // namespace ostrel::apps
