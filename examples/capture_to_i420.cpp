@@ -1,5 +1,5 @@
-// Captures at 1280 x 720, converts each new frame to I420, scales it to 320 x 240 and writes a Y4M film.
-//   capture_to_i420 FILM.y4m [FRAMES]
+// Captures at 1280 x 720, converts each new frame to I420, scales it to 320 x 240 and writes a Y4M video.
+//   capture_to_i420 VIDEO.y4m [FRAMES]
 // Captures from the first camera, or from a test pattern when none is attached.
 #include <ostrel/capture.h>
 #include <ostrel/devices.h>
@@ -27,12 +27,12 @@ static bool nextFrame(OVideoCaptureUnix& capture, VideoFrame& frame) {
 
 int main(int argc, char** argv) {
     if (argc < 2) {
-        std::fprintf(stderr, "usage: %s FILM.y4m [FRAMES]\n", argv[0]);
+        std::fprintf(stderr, "usage: %s VIDEO.y4m [FRAMES]\n", argv[0]);
         return 2;
     }
     const int frames = argc > 2 ? std::atoi(argv[2]) : 90;
-    std::FILE* film = std::fopen(argv[1], "wb");
-    if (!film) {
+    std::FILE* video = std::fopen(argv[1], "wb");
+    if (!video) {
         std::perror(argv[1]);
         return 1;
     }
@@ -51,16 +51,18 @@ int main(int argc, char** argv) {
     VideoFrame frame;
     std::vector<uint8_t> i420(static_cast<size_t>(width * height * 3 / 2));
     std::vector<uint8_t> small;
-    std::fprintf(film, "YUV4MPEG2 W%d H%d F30:1 Ip A1:1 C420jpeg\n", smallWidth, smallHeight);
+    std::fprintf(video, "YUV4MPEG2 W%d H%d F30:1 Ip A1:1 C420jpeg\n", smallWidth, smallHeight);
     int written = 0;
     while (written < frames && nextFrame(*capture, frame)) {
         OVideoConverter::ARGBToI420(frame.data.data(), i420.data(), frame.width, frame.height);
         OVideoScaler::scaleI420Frame(VIDEO_QUALITY_HD, i420, VIDEO_QUALITY_LD, small, SCALE_METHOD_BOX);
-        std::fputs("FRAME\n", film);
-        std::fwrite(small.data(), 1, small.size(), film);
+        std::fputs("FRAME\n", video);
+        std::fwrite(small.data(), 1, small.size(), video);
         ++written;
     }
-    const bool stored = std::fclose(film) == 0;
+    if (written < frames)
+        std::fprintf(stderr, "no new frame for three seconds; a line of the library above may say why\n");
+    const bool stored = std::fclose(video) == 0;
     std::printf("%d frames of %d x %d in %s\n", written, smallWidth, smallHeight, argv[1]);
     return written == frames && stored ? 0 : 1;
 }

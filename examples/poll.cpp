@@ -18,7 +18,7 @@ int main() {
 
     ostrel::VideoFrame frame;
     uint32_t shown = 0;
-    for (int poll = 0; poll < 300 && shown < 30; ++poll) {
+    for (int poll = 0; poll < 300 && shown < 30; ++poll) { // ten seconds at most
         std::this_thread::sleep_for(std::chrono::milliseconds(33));
         capture->selfVideoFrame(frame); // the newest, perhaps the same again
         if (frame.frameNumber == shown)
@@ -30,5 +30,11 @@ int main() {
                     middle[0], middle[1], middle[2]);
     }
     capture->stopVideoCapture();
-    return shown > 0 ? 0 : 1;
+    if (shown > 0)
+        return 0;
+    std::fprintf(stderr,
+                 "no frame from %s within ten seconds: a line of the library above says why, or it "
+                 "sends nothing\n",
+                 id.constData());
+    return 1;
 }

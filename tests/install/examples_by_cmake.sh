@@ -11,11 +11,16 @@ cd "$work/build"
 ctest --output-on-failure >"$work/tests.log" 2>&1 || { cat "$work/tests.log"; fail "an example failed"; }
 grep -c ' Passed ' "$work/tests.log"
 
-# The film is one that other programs read: right header, whole frames.
-bytes=$(stat -c %s film.y4m)
-header=$(head -n 1 film.y4m | wc -c)
-[ "$bytes" = $((header + 20 * (6 + 320 * 240 * 3 / 2))) ] || fail "film.y4m has $bytes bytes"
+# The video is one that other programs read: right header, whole frames.
+bytes=$(stat -c %s video.y4m)
+header=$(head -n 1 video.y4m | wc -c)
+[ "$bytes" = $((header + 20 * (6 + 320 * 240 * 3 / 2))) ] || fail "video.y4m has $bytes bytes"
 # A client that asks for another major version is told so.
 ! "$CMAKE" -S "$SOURCE/tests/install/other_version" -B "$work/other" -DCMAKE_PREFIX_PATH="$TREE" >"$work/other.log" 2>&1 ||
     fail "find_package(OstrelVideoUnix 2) was answered"
 grep -q 'version: 1\.' "$work/other.log" || { cat "$work/other.log"; fail "not refused for its version"; }
+# So is a project that has found the other Qt.
+! "$CMAKE" -S "$SOURCE/tests/install/other_qt" -B "$work/other_qt" -DCMAKE_PREFIX_PATH="$TREE" -DOTHER_QT=Qt$((11 - QT)) \
+    >"$work/other_qt.log" 2>&1 || fail "a project with Qt$((11 - QT)) was answered"
+tr -s '\n ' ' ' <"$work/other_qt.log" | grep -q "was built with Qt$QT, and this project has found Qt$((11 - QT))" ||
+    { cat "$work/other_qt.log"; fail "not refused for its Qt"; }
