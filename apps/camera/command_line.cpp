@@ -412,7 +412,7 @@ void CommandLine::check() const {
 } // namespace
 
 Request parseCommandLine(int argc, const char* const* argv) {
-    return CommandLine().parse(std::vector<std::string>(argv + 1, argv + argc));
+    return CommandLine().parse(std::vector<std::string>(argv + std::min(argc, 1), argv + argc));
 }
 
 } // namespace ostrel::apps::cli
