@@ -90,6 +90,11 @@ TEST(Y4m, PlanesOfEveryLayoutBecomeTheirColours) {
         for (std::size_t at = 0; at < 6; ++at)
             EXPECT_NEAR(test.bgr[at], argb[at + at / 3], 1) << test.colours << " " << at;
     }
+    // Of three rows the first two share a colour, red; the last is grey.
+    std::vector<uint8_t> argb;
+    y4mToArgb({2, 3, 25, 1, Y4M_420, false}, {81, 81, 81, 81, 81, 81, 90, 128, 240, 128}, argb);
+    EXPECT_NEAR(255, argb[4 * 3 + 2], 1);
+    EXPECT_EQ(argb[4 * 5], argb[4 * 5 + 2]);
 }
 
 TEST(Y4m, MeasuredRatesAreRoundedToUsualOnes) {
