@@ -92,13 +92,15 @@ void Delivery::callDelegate(const std::shared_ptr<cameras::CameraFrame>& frame) 
     id delegate = stateOf(output_).delegate.load(std::memory_order_acquire);
     if (!delegate || state_.load() != RUNNING)
         return;
+    NSAutoreleasePool* pool = nil;
     CVPixelBufferRef buffer = nullptr;
     try {
+        pool = [[NSAutoreleasePool alloc] init];
         buffer = pictures_->makeBuffer(frame);
     } catch (const std::bad_alloc&) {
+        [pool release];
         return; // a frame lost for want of memory; the next one may do better
     }
-    NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
     [delegate captureOutput:output_ didOutputVideoFrame:buffer withSampleBuffer:nil fromConnection:nil];
     [pool release];
     CVBufferRelease(buffer);

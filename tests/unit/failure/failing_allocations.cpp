@@ -1,14 +1,18 @@
 #include "unit/failure/failing_allocations.h"
 
+#include "support/process_figures.h"
+
 #include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
 #include <sys/mman.h>
+#include <thread>
 
 namespace {
 
@@ -147,8 +151,14 @@ extern "C" int munmap(void* block, std::size_t length) noexcept {
 
 namespace ostrel::tests {
 
-long liveBlocks() {
-    return g_live;
+Leftovers::Leftovers() : threads_(testing_support::processFigures().threads), blocks_(g_live) {}
+
+long Leftovers::blocks() const {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (testing_support::processFigures().threads > threads_ &&
+           std::chrono::steady_clock::now() < deadline)
+        std::this_thread::yield();
+    return g_live - blocks_;
 }
 
 FailingAllocation::FailingAllocation(int n) {
