@@ -10,9 +10,12 @@ install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/ostrel" DESTINATION "${CMAKE_IN
   COMPONENT development FILES_MATCHING PATTERN "*.h")
 if(NOT APPLE)
   # The published framework names, for Objective-C++ clients of capture_session.h.
-  install(DIRECTORY "${PROJECT_SOURCE_DIR}/platform/QTKit" "${PROJECT_SOURCE_DIR}/platform/CoreVideo"
-    DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/ostrel/framework" COMPONENT development
-    FILES_MATCHING PATTERN "QT*.h" PATTERN "CoreVideo.h")
+  set(_frameworks "${PROJECT_SOURCE_DIR}/platform/QTKit" "${PROJECT_SOURCE_DIR}/platform/CoreVideo")
+  if(OSTREL_FOUNDATION STREQUAL "own")
+    list(APPEND _frameworks "${PROJECT_SOURCE_DIR}/platform/Foundation")
+  endif()
+  install(DIRECTORY ${_frameworks} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/ostrel/framework" COMPONENT development
+    FILES_MATCHING PATTERN "QT*.h" PATTERN "CoreVideo.h" PATTERN "NS*.h" PATTERN "Foundation.h")
 endif()
 
 # find_package(OstrelVideoUnix)

@@ -1,6 +1,5 @@
-# Objective-C and Objective-C++. On Apple these are the system's own; elsewhere gcc's, with its runtime
-# and GNUstep base. clang cannot stand in for gcc there: exceptions that it throws through gcc's runtime
-# abort the program.
+# Objective-C and Objective-C++. On Apple these are the system's own; elsewhere gcc's, with its runtime. clang cannot
+# stand in for gcc there: exceptions that it throws through gcc's runtime abort the program.
 if(NOT APPLE)
   find_program(OSTREL_GCC NAMES gcc-12 gcc REQUIRED)
   find_program(OSTREL_GXX NAMES g++-12 g++ REQUIRED)
@@ -10,27 +9,42 @@ endif()
 enable_language(OBJC)
 enable_language(OBJCXX)
 
+# Foundation: the system's on Apple; elsewhere the part that the library needs is its own (platform/Foundation), or
+# GNUstep base, for programs that use that themselves.
+set(OSTREL_FOUNDATION own CACHE STRING "Foundation to build with where the system has none: own or gnustep")
+set_property(CACHE OSTREL_FOUNDATION PROPERTY STRINGS own gnustep)
+
 add_library(ostrel_foundation INTERFACE)
 if(APPLE)
   target_link_libraries(ostrel_foundation INTERFACE
     "-framework Foundation" "-framework QTKit" "-framework CoreVideo")
   target_compile_options(ostrel_foundation INTERFACE
     "$<$<COMPILE_LANGUAGE:OBJC,OBJCXX>:-fno-objc-arc>")
-else()
+  return()
+endif()
+
+execute_process(COMMAND ${OSTREL_GXX} -print-file-name=libobjc.so
+  OUTPUT_VARIABLE OSTREL_LIBOBJC OUTPUT_STRIP_TRAILING_WHITESPACE)
+if(NOT IS_ABSOLUTE "${OSTREL_LIBOBJC}")
+  message(FATAL_ERROR "libobjc of ${OSTREL_GXX} not found (Debian: package gobjc++)")
+endif()
+# -fobjc-call-cxx-cdtors: without it C++ instance variables are never constructed.
+target_compile_options(ostrel_foundation INTERFACE
+  "$<$<COMPILE_LANGUAGE:OBJC,OBJCXX>:-fno-strict-aliasing;-fexceptions;-fobjc-exceptions;-pthread;-fconstant-string-class=NSConstantString>"
+  "$<$<COMPILE_LANGUAGE:OBJCXX>:-fobjc-call-cxx-cdtors>")
+
+if(OSTREL_FOUNDATION STREQUAL "own")
+  target_include_directories(ostrel_foundation INTERFACE "${PROJECT_SOURCE_DIR}/platform" "${PROJECT_SOURCE_DIR}/include")
+  target_link_libraries(ostrel_foundation INTERFACE $<TARGET_OBJECTS:ostrel_own_foundation>)
+elseif(OSTREL_FOUNDATION STREQUAL "gnustep")
   find_path(GNUSTEP_INCLUDE_DIR Foundation/Foundation.h PATH_SUFFIXES GNUstep REQUIRED)
   find_library(GNUSTEP_BASE_LIBRARY gnustep-base REQUIRED)
-  execute_process(COMMAND ${OSTREL_GXX} -print-file-name=libobjc.so
-    OUTPUT_VARIABLE OSTREL_LIBOBJC OUTPUT_STRIP_TRAILING_WHITESPACE)
-  if(NOT IS_ABSOLUTE "${OSTREL_LIBOBJC}")
-    message(FATAL_ERROR "libobjc of ${OSTREL_GXX} not found (Debian: package gobjc++)")
-  endif()
   # GNUstep's headers are not free of warnings; SYSTEM keeps ours readable.
   target_include_directories(ostrel_foundation SYSTEM INTERFACE "${GNUSTEP_INCLUDE_DIR}")
   target_compile_definitions(ostrel_foundation INTERFACE
     "$<$<COMPILE_LANGUAGE:OBJC,OBJCXX>:GNUSTEP;GNUSTEP_BASE_LIBRARY=1;GNU_RUNTIME=1;_NATIVE_OBJC_EXCEPTIONS>")
-  # -fobjc-call-cxx-cdtors: without it C++ instance variables are never constructed.
-  target_compile_options(ostrel_foundation INTERFACE
-    "$<$<COMPILE_LANGUAGE:OBJC,OBJCXX>:-fno-strict-aliasing;-fexceptions;-fobjc-exceptions;-pthread;-fconstant-string-class=NSConstantString>"
-    "$<$<COMPILE_LANGUAGE:OBJCXX>:-fobjc-call-cxx-cdtors>")
-  target_link_libraries(ostrel_foundation INTERFACE "${GNUSTEP_BASE_LIBRARY}" "${OSTREL_LIBOBJC}")
+  target_link_libraries(ostrel_foundation INTERFACE "${GNUSTEP_BASE_LIBRARY}")
+else()
+  message(FATAL_ERROR "OSTREL_FOUNDATION is own or gnustep, not ${OSTREL_FOUNDATION}")
 endif()
+target_link_libraries(ostrel_foundation INTERFACE "${OSTREL_LIBOBJC}")

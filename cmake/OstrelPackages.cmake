@@ -79,13 +79,17 @@ else()
   set(_qt_development qt6-base-dev)
 endif()
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${_same_version}, ${_qt_development}")
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "gobjc++, libgnustep-base-dev")
+set(_objective_cxx "gobjc++")
+if(OSTREL_FOUNDATION STREQUAL "gnustep")
+  string(APPEND _objective_cxx ", libgnustep-base-dev")
+endif()
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "${_objective_cxx}")
 set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "camera capture library, development files
 Headers, the link to the library, and the files by which CMake and pkg-config
 find it.
 
-Objective-C++ programs that use the capture session class need gobjc++ and
-libgnustep-base-dev as well.")
+Objective-C++ programs that use the capture session class need what is
+suggested as well.")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME ostrel-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION video)

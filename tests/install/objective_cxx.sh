@@ -22,11 +22,15 @@ int main()
 }
 CLIENT
 
-flags="-DGNUSTEP -DGNUSTEP_BASE_LIBRARY=1 -DGNU_RUNTIME=1 -D_NATIVE_OBJC_EXCEPTIONS -fexceptions -fobjc-exceptions
-    -fno-strict-aliasing -fconstant-string-class=NSConstantString -fobjc-call-cxx-cdtors -pthread
-    -isystem /usr/include/GNUstep"
+flags="-fexceptions -fobjc-exceptions -fno-strict-aliasing -fconstant-string-class=NSConstantString
+    -fobjc-call-cxx-cdtors -pthread"
+libraries=$(g++ -print-file-name=libobjc.so)
+if [ "$(pkg-config --variable=foundation ostrelvideounix)" = gnustep ]; then
+    flags+=" -DGNUSTEP -DGNUSTEP_BASE_LIBRARY=1 -DGNU_RUNTIME=1 -D_NATIVE_OBJC_EXCEPTIONS -isystem /usr/include/GNUstep"
+    libraries+=" -lgnustep-base"
+fi
 # cc1objplus belongs to g++; another compiler, if the library was built with one, cannot use gcc's Objective-C runtime.
 g++ -std=gnu++17 -Wall -Werror $flags -I"$TREE/include" -I"$TREE/include/ostrel/framework" -o "$work/client" "$work/client.mm" \
-    -L"$TREE/$LIBDIR" -lostrelvideounix -lgnustep-base "$(g++ -print-file-name=libobjc.so)"
+    -L"$TREE/$LIBDIR" -lostrelvideounix $libraries
 output=$(LD_LIBRARY_PATH="$TREE/$LIBDIR" "$work/client")
 [[ "$output" == *"0 bytes, 0 frames"* ]] || fail "the client said: $output"

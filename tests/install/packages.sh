@@ -17,8 +17,13 @@ depends() { # depends PACKAGE ON...
         [[ ", $(field "$package" Depends)," =~ ,\ $on[\ ,] ]] || fail "$package does not depend on $on: $(field "$package" Depends)"
     done
 }
-depends libostrelvideounix1 libc6 'libstdc[+][+]6' 'libqt[56]core[56a-z0-9]*' libyuv0 libobjc4 'libgnustep-base[0-9.]*'
+depends libostrelvideounix1 libc6 'libstdc[+][+]6' 'libqt[56]core[56a-z0-9]*' libyuv0 libobjc4
 depends libostrelvideounix-dev "libostrelvideounix1 \(= $version-1\)" '(qt6-base-dev|qtbase5-dev)'
+for package in libostrelvideounix1 libostrelvideounix-dev ostrel-tools; do
+    for relation in Depends Recommends Suggests; do
+        [[ "$(field $package $relation)" != *gnustep* ]] || fail "$package: $relation has GNUstep: $(field $package $relation)"
+    done
+done
 depends ostrel-tools "libostrelvideounix1 \(= $version-1\)" 'libqt[56]gui[56a-z0-9]*'
 
 for package in "$work"/dist/*.deb; do
