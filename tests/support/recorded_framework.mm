@@ -268,7 +268,9 @@ size_t CVPixelBufferGetHeight(CVPixelBufferRef buffer) {
 
 - (NSString*)uniqueID {
     note(nameOf(self) + " uniqueID");
-    const NSUInteger index = [recorder().cameras indexOfObjectIdenticalTo:self];
+    NSUInteger index = 0;
+    while ([recorder().cameras objectAtIndex:index] != self)
+        ++index;
     const char* const text = recorder().machine.identifiers[index];
     return text ? [NSString stringWithUTF8String:text] : nil;
 }
