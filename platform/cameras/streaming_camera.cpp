@@ -2,6 +2,7 @@
 
 #include "platform/cameras/messages.h"
 
+#include <algorithm>
 #include <cerrno>
 
 namespace ostrel {
@@ -80,6 +81,12 @@ void StreamingCamera::settle(Lock& lock) {
 
 void StreamingCamera::finishStream(Lock& lock) {
     const std::shared_ptr<Stream> stream = stream_;
+    if (stream->sinks().insideCall()) {
+        finished_.erase(std::remove_if(finished_.begin(), finished_.end(),
+                                       [](const std::weak_ptr<Stream>& old) { return old.expired(); }),
+                        finished_.end());
+        finished_.push_back(stream);
+    }
     lock.unlock();
     stream->finish();
     lock.lock();
@@ -152,12 +159,17 @@ Error StreamingCamera::startStream(Lock& lock, const Size& size, const std::shar
 }
 
 void StreamingCamera::stop(const std::shared_ptr<FrameSink>& sink) {
+    std::vector<std::weak_ptr<Stream>> finished;
     std::shared_ptr<Stream> stream; // let go of outside the lock
     Lock lock(mutex_);
+    finished = finished_;
     stream = stream_;
+    lock.unlock();
+    for (const std::weak_ptr<Stream>& old : finished)
+        if (const std::shared_ptr<Stream> one = old.lock())
+            one->sinks().remove(sink);
     if (!stream)
         return;
-    lock.unlock();
     stream->sinks().remove(sink);
     lock.lock();
     if (stream_ != stream || busy_ || !stream->sinks().empty())

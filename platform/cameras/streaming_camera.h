@@ -9,6 +9,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 namespace ostrel {
 namespace cameras {
@@ -76,8 +77,9 @@ private:
     bool closeWanted_ = false; // by one who could not wait for the turn
     bool open_ = false;
     bool gone_ = false;
-    std::shared_ptr<Stream> stream_;   // starting, running, ended, or being finished
-    std::shared_ptr<Figures> figures_; // of the newest stream
+    std::shared_ptr<Stream> stream_;              // starting, running, ended, or being finished
+    std::vector<std::weak_ptr<Stream>> finished_; // from inside a sink's call that may still be in progress
+    std::shared_ptr<Figures> figures_;            // of the newest stream
 };
 
 } // namespace cameras
