@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <tuple>
 
 namespace ostrel {
@@ -37,7 +38,7 @@ int fitAxis(int least, int most, int step, int wanted) {
     return std::min(above, most);
 }
 
-int64_t area(const Size& size) {
+int64_t areaOf(const Size& size) {
     return static_cast<int64_t>(size.width) * size.height;
 }
 
@@ -45,13 +46,34 @@ bool covers(const Size& size, const Size& wanted) {
     return size.width >= wanted.width && size.height >= wanted.height;
 }
 
-// Smaller is better. Pixels that the camera does not have cannot be made up, so a size that covers the
-// request goes before everything else; where none does, the largest.
-std::tuple<bool, int64_t, int, bool, int64_t, int> rank(const Candidate& c, const Size& wanted) {
-    const bool small = !covers(c.size, wanted);
-    return std::make_tuple(small, small ? -area(c.size) : 0, -rateRank(c.interval), !(c.size == wanted),
-                           area(c.size), c.cost);
+// Cameras round the sides of their sizes: 848x480 and 1360x768 are meant as 16:9.
+bool sameAspect(const Size& a, const Size& b) {
+    const int64_t one = static_cast<int64_t>(a.width) * b.height;
+    const int64_t other = static_cast<int64_t>(a.height) * b.width;
+    return std::abs(one - other) * 100 <= std::max(one, other);
 }
+
+// What a candidate lacks, the gravest first.
+struct Rank {
+    bool small;       // pixels that the camera does not have cannot be made up
+    int64_t missing;  // where none covers the request the largest is taken: minus its area, else 0
+    int slowness;     // minus the frames a second that count
+    bool otherSize;   // it will be scaled
+    bool otherAspect; // it will be distorted as well
+    int64_t area;     // more pixels than needed
+    int cost;         // of decoding
+
+    Rank(const Candidate& c, const Size& wanted)
+        : small(!covers(c.size, wanted)), missing(small ? -areaOf(c.size) : 0),
+          slowness(-rateRank(c.interval)), otherSize(!(c.size == wanted)),
+          otherAspect(!sameAspect(c.size, wanted)), area(areaOf(c.size)), cost(c.cost) {}
+    bool operator<(const Rank& other) const { return fields() < other.fields(); }
+
+private:
+    std::tuple<bool, int64_t, int, bool, bool, int64_t, int> fields() const {
+        return {small, missing, slowness, otherSize, otherAspect, area, cost};
+    }
+};
 
 } // namespace
 
@@ -86,7 +108,7 @@ Interval bestInterval(const Interval& shortest, const Interval& longest) {
 
 std::vector<Candidate> ranked(std::vector<Candidate> candidates, const Size& wanted) {
     std::stable_sort(candidates.begin(), candidates.end(), [&](const Candidate& a, const Candidate& b) {
-        return rank(a, wanted) < rank(b, wanted);
+        return Rank(a, wanted) < Rank(b, wanted);
     });
     return candidates;
 }

@@ -9,8 +9,6 @@ using namespace cameras;
 
 namespace {
 
-const int kRawCost = 22, kJpegCost = 300;
-
 Size size(int width, int height) {
     Size s;
     s.width = width;
@@ -25,18 +23,92 @@ Interval rate(uint32_t numerator, uint32_t denominator) { // frames a second, as
     return i;
 }
 
-Candidate candidate(char name, int width, int height, Interval interval, int cost) {
+const Interval k10 = rate(10, 1), k15 = rate(15, 1), k30 = rate(30, 1), k60 = rate(60, 1);
+const Interval kNtsc = rate(30000, 1001), kUntold;
+
+const int kRaw = 22, kJpeg = 300; // of decoding
+
+Candidate mode(int width, int height, Interval interval, int cost = kRaw) {
     Candidate c;
-    c.fourcc = static_cast<uint32_t>(name);
     c.size = size(width, height);
     c.interval = interval;
     c.cost = cost;
     return c;
 }
 
-char best(const std::vector<Candidate>& candidates, int width, int height) {
-    return static_cast<char>(ranked(candidates, size(width, height)).front().fourcc);
-}
+struct Choice {
+    const char* why;
+    Size asked;
+    std::vector<Candidate> offered;
+    size_t best; // of them, counted from 0
+};
+
+const Choice kChoices[] = {
+    {"raw where it is as fast as compressed",
+     size(640, 480),
+     {mode(640, 480, k30, kJpeg), mode(640, 480, k30)},
+     1},
+    {"compressed where raw is slower",
+     size(1280, 720),
+     {mode(1280, 720, k10), mode(1280, 720, k30, kJpeg)},
+     1},
+    {"more than thirty a second count as thirty",
+     size(640, 480),
+     {mode(640, 480, k60, kJpeg), mode(640, 480, k30)},
+     1},
+    {"the rate of NTSC counts as thirty",
+     size(640, 480),
+     {mode(640, 480, k30, kJpeg), mode(640, 480, kNtsc)},
+     1},
+    {"the native size before the cost of decoding",
+     size(640, 480),
+     {mode(800, 600, k30), mode(640, 480, k30, kJpeg)},
+     1},
+    {"the rate before the native size",
+     size(1280, 720),
+     {mode(1280, 720, k10), mode(1920, 1080, k30, kJpeg)},
+     1},
+    {"the rate before the aspect", size(640, 480), {mode(800, 600, k10), mode(848, 480, k30)}, 1},
+    {"the next larger size where the native one is missing",
+     size(640, 480),
+     {mode(320, 240, k30), mode(1600, 1200, k30), mode(800, 600, k30), mode(640, 360, k30)},
+     2},
+    {"the same aspect before fewer pixels", size(640, 480), {mode(848, 480, k30), mode(800, 600, k30)}, 1},
+    {"the same aspect of a larger request", size(960, 720), {mode(1280, 720, k30), mode(1280, 960, k30)}, 1},
+    {"the same aspect of a small request",
+     size(320, 240),
+     {mode(424, 240, k30), mode(352, 288, k30), mode(640, 480, k30)},
+     2},
+    {"the native size where it is on offer",
+     size(320, 240),
+     {mode(424, 240, k30), mode(352, 288, k30), mode(640, 480, k30), mode(320, 240, k30)},
+     3},
+    {"the same aspect before the cost of decoding",
+     size(640, 480),
+     {mode(848, 480, k30), mode(800, 600, k30, kJpeg)},
+     1},
+    {"sides that cameras round have the aspect that is meant",
+     size(640, 360),
+     {mode(848, 480, k30), mode(1280, 720, k30), mode(640, 480, k30)},
+     0},
+    {"fewer pixels where no aspect is the same",
+     size(640, 480),
+     {mode(1280, 720, k30), mode(848, 480, k30)},
+     1},
+    {"the largest size where none is large enough",
+     size(1280, 720),
+     {mode(320, 240, k30), mode(640, 480, k15), mode(352, 288, k30)},
+     1},
+    {"an untold rate is better than a low one",
+     size(640, 480),
+     {mode(640, 480, k15), mode(640, 480, kUntold)},
+     1},
+    {"a rate that is told and enough is better than an untold one",
+     size(640, 480),
+     {mode(640, 480, kUntold), mode(640, 480, k30, kJpeg)},
+     1},
+    {"the driver's order between equals", size(640, 480), {mode(640, 480, k30), mode(640, 480, k30)}, 0},
+};
 
 SizeRange range(Size least, Size most, Size step) {
     SizeRange r;
@@ -48,81 +120,13 @@ SizeRange range(Size least, Size most, Size step) {
 
 } // namespace
 
-TEST(FormatChoice, RawWinsWhereItIsAsFastAsCompressed) {
-    EXPECT_EQ(best({candidate('m', 640, 480, rate(30, 1), kJpegCost),
-                    candidate('y', 640, 480, rate(30, 1), kRawCost)},
-                   640, 480),
-              'y');
-}
-
-TEST(FormatChoice, CompressedWinsOnlyWhereRawIsSlower) {
-    EXPECT_EQ(best({candidate('y', 1280, 720, rate(10, 1), kRawCost),
-                    candidate('m', 1280, 720, rate(30, 1), kJpegCost)},
-                   1280, 720),
-              'm');
-}
-
-TEST(FormatChoice, MoreThanThirtyFramesASecondCountAsThirty) {
-    EXPECT_EQ(best({candidate('m', 640, 480, rate(60, 1), kJpegCost),
-                    candidate('y', 640, 480, rate(30, 1), kRawCost)},
-                   640, 480),
-              'y');
-}
-
-TEST(FormatChoice, TheRateOfNtscCountsAsThirty) {
-    EXPECT_EQ(best({candidate('m', 640, 480, rate(30, 1), kJpegCost),
-                    candidate('y', 640, 480, rate(30000, 1001), kRawCost)},
-                   640, 480),
-              'y');
-}
-
-TEST(FormatChoice, TheNativeSizeGoesBeforeTheCostOfDecoding) {
-    EXPECT_EQ(best({candidate('y', 800, 600, rate(30, 1), kRawCost),
-                    candidate('m', 640, 480, rate(30, 1), kJpegCost)},
-                   640, 480),
-              'm');
-}
-
-TEST(FormatChoice, TheRateGoesBeforeTheNativeSize) {
-    EXPECT_EQ(best({candidate('y', 1280, 720, rate(10, 1), kRawCost),
-                    candidate('m', 1920, 1080, rate(30, 1), kJpegCost)},
-                   1280, 720),
-              'm');
-}
-
-TEST(FormatChoice, TheNextLargerSizeIsTakenWhereTheNativeOneIsMissing) {
-    EXPECT_EQ(best({candidate('a', 320, 240, rate(30, 1), kRawCost),
-                    candidate('b', 1920, 1080, rate(30, 1), kRawCost),
-                    candidate('c', 800, 600, rate(30, 1), kRawCost),
-                    candidate('d', 640, 360, rate(30, 1), kRawCost)},
-                   640, 480),
-              'c');
-}
-
-TEST(FormatChoice, TheLargestSizeIsTakenWhereNoneIsLargeEnough) {
-    EXPECT_EQ(best({candidate('a', 320, 240, rate(30, 1), kRawCost),
-                    candidate('b', 640, 480, rate(15, 1), kRawCost),
-                    candidate('c', 352, 288, rate(30, 1), kRawCost)},
-                   1280, 720),
-              'b');
-}
-
-TEST(FormatChoice, AnUnknownRateIsNoneTheWorseButAKnownOneIsPreferred) {
-    EXPECT_EQ(best({candidate('y', 640, 480, rate(15, 1), kRawCost),
-                    candidate('u', 640, 480, Interval(), kRawCost)},
-                   640, 480),
-              'u');
-    EXPECT_EQ(best({candidate('u', 640, 480, Interval(), kRawCost),
-                    candidate('m', 640, 480, rate(30, 1), kJpegCost)},
-                   640, 480),
-              'm');
-}
-
-TEST(FormatChoice, TheDriversOrderDecidesBetweenEquals) {
-    EXPECT_EQ(best({candidate('a', 640, 480, rate(30, 1), kRawCost),
-                    candidate('b', 640, 480, rate(30, 1), kRawCost)},
-                   640, 480),
-              'a');
+TEST(FormatChoice, IsTheBestOfWhatIsOffered) {
+    for (const Choice& choice : kChoices) {
+        std::vector<Candidate> offered = choice.offered;
+        for (size_t i = 0; i < offered.size(); ++i)
+            offered[i].fourcc = static_cast<uint32_t>(i);
+        EXPECT_EQ(ranked(offered, choice.asked).front().fourcc, choice.best) << choice.why;
+    }
 }
 
 TEST(FrameInterval, IsTheSlowestThatGivesThirtyElseTheFastest) {
