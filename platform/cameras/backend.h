@@ -32,6 +32,8 @@ public:
 struct Arrival {
     std::shared_ptr<CameraFrame> frame; // null: none that is whole
     bool signOfLife = false;            // the hardware sent something, be it broken
+    bool sourceChanged =
+        false; // what the hardware is given to send is no longer what the mode was chosen for
 };
 
 // Never called by two threads at once, but where it says so. In this order, each step in its turn:
@@ -59,7 +61,7 @@ public:
     // Whether start() would give the request a larger size than the running mode has. No by default: the
     // stream is shared as it is.
     virtual bool canServeBetter(const Request&) { return false; }
-    // Tries what revives a camera that has stalled.
+    // Tries what revives a camera that has stalled, or sends something else now.
     virtual Error restart(const Request& request, const std::shared_ptr<Outlet>& outlet) {
         stop();
         return start(request, outlet);

@@ -42,8 +42,8 @@ Error notACamera(const std::string& where) {
     return Error(where + " is not a device that pictures can be captured from");
 }
 
-Error noUsableFormat(const std::string& where) {
-    return Error(where + " offers no pixel format that can be converted");
+Error noUsableFormat(const std::string& where, const std::string& why) {
+    return Error(where + ' ' + why);
 }
 
 // The last refusal says why no more was tried. Where all were, the first is of the mode that would have been

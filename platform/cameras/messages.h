@@ -24,7 +24,8 @@ struct Refusal {
 // `where` names the camera and its node: "HD Webcam (/dev/video0)". `number` is the errno.
 Error openFailed(const std::string& where, int number);
 Error notACamera(const std::string& where);
-Error noUsableFormat(const std::string& where);
+// `why`: "offers only H264 (a compressed film, ...)"
+Error noUsableFormat(const std::string& where, const std::string& why);
 // What was tried, in this order; not empty.
 Error startFailed(const std::string& where, const std::vector<Refusal>& refusals);
 Error streamFailed(const std::string& where, int number);

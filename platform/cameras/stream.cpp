@@ -171,6 +171,8 @@ Error Stream::serve(const StopSignal& stop) {
     } catch (const std::bad_alloc&) {
         figures_->drop(Drop::NoMemory); // a frame is lost; on this thread nobody else could catch it
     }
+    if (arrival.sourceChanged && !why && !stop.raised())
+        return followSource(stop);
     const int64_t now = monotonicNanoseconds();
     if (arrival.frame || arrival.signOfLife) {
         if (watch_.frameCame(now))
@@ -228,6 +230,23 @@ Error Stream::resume(const StopSignal& stop) {
 Error Stream::revive(const StopSignal& stop) {
     figures_->countRestart();
     tell([&] { figures_->setStalled(stalled(where_)); });
+    const Error why = startAnew(stop);
+    if (!why && watch_.hasGivenUp())
+        tell([&] { figures_->setStalled(stalledForGood(where_, StallWatch::kMostRestarts)); });
+    return why;
+}
+
+// The rate that was worth keeping was that of another source.
+Error Stream::followSource(const StopSignal& stop) {
+    {
+        Lock lock(mutex_);
+        request_.leastRate = 0;
+    }
+    return startAnew(stop);
+}
+
+// For the same request, in whatever mode suits it now.
+Error Stream::startAnew(const StopSignal& stop) {
     Error refused;
     try {
         refused = backend_->restart(request_, shared_from_this());
@@ -240,8 +259,6 @@ Error Stream::revive(const StopSignal& stop) {
     }
     const Error why = refused ? keepTrying(stop, refused) : refused;
     watch_.restarted(monotonicNanoseconds());
-    if (!why && watch_.hasGivenUp())
-        tell([&] { figures_->setStalled(stalledForGood(where_, StallWatch::kMostRestarts)); });
     return why;
 }
 

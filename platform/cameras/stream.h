@@ -56,6 +56,8 @@ private:
     Error serve(const StopSignal& stop);
     Error changeMode(const StopSignal& stop, const Size& wider);
     Error revive(const StopSignal& stop);
+    Error followSource(const StopSignal& stop);
+    Error startAnew(const StopSignal& stop);
     Error resume(const StopSignal& stop);
     Error keepTrying(const StopSignal& stop, Error refused);
     Error startBackend(const Request& request) noexcept;

@@ -2,7 +2,9 @@
 
 #include "base/monotonic_clock.h"
 #include "platform/cameras/messages.h"
+#include "platform/cameras/v4l2/examination.h"
 #include "platform/cameras/v4l2/pixel_format.h"
+#include "platform/cameras/v4l2/signal_source.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -74,9 +76,11 @@ std::vector<Candidate> V4l2Backend::candidatesFor(const Request& request) const 
 }
 
 Error V4l2Backend::start(const Request& request, const std::shared_ptr<Outlet>& outlet) {
+    followSource(*node_);
     const std::vector<Candidate> candidates = candidatesFor(request);
     if (candidates.empty())
-        return node_->isGone() ? unplugged(where_) : noUsableFormat(where_);
+        return node_->isGone() ? unplugged(where_)
+                               : noUsableFormat(where_, unusableFormats(node_->offeredFormats(multiplanar_)));
     figures_ = outlet->figures();
     figures_->setWay("V4L2 (" + path_ + ")");
     std::vector<Refusal> refusals;
@@ -136,7 +140,7 @@ bool V4l2Backend::canServeBetter(const Request& request) {
 Error V4l2Backend::next(const StopSignal& stop, Arrival& arrival) {
     if (const int error = queue_->requeueRefused())
         return ended(error);
-    pollfd descriptors[2] = {{node_->descriptor(), POLLIN, 0}, {stop.descriptor(), POLLIN, 0}};
+    pollfd descriptors[2] = {{node_->descriptor(), POLLIN | POLLPRI, 0}, {stop.descriptor(), POLLIN, 0}};
     const int ready = kernel_->poll(descriptors, 2, kTimeoutMilliseconds);
     if (stop.raised())
         return Error();
@@ -146,6 +150,10 @@ Error V4l2Backend::next(const StopSignal& stop, Arrival& arrival) {
         return node_->isGone() ? unplugged(where_) : Error();
     if (descriptors[0].revents == 0)
         return Error(); // woken
+    if ((descriptors[0].revents & POLLPRI) && sourceHasChanged(*node_)) {
+        arrival.sourceChanged = true; // what the buffers hold is of the old mode, or of none
+        return Error();
+    }
     return drain(descriptors[0].revents & (POLLERR | POLLHUP | POLLNVAL), arrival);
 }
 
@@ -234,7 +242,7 @@ Error V4l2Backend::ended(int error) const {
 }
 
 int64_t V4l2Backend::longestPause() {
-    if (node_->hasNoSignal())
+    if (hasNoSignal(*node_))
         return 0;
     const double rate = queue_->granted().interval.rate();
     const int64_t fiveIntervals =

@@ -70,6 +70,10 @@ struct DeviceScript {
     uint32_t timestamps = 0;       // V4L2_BUF_FLAG_TIMESTAMP_..., on every buffer
     int unpluggedDequeue = ENODEV; // what DQBUF says once the device is gone
 
+    // A receiver: what comes in at first. It has the size of what came in when the timings were last set,
+    // lists no sizes, and makes no frames while something else comes in. 0 x 0: it is a camera.
+    cameras::Size incoming;
+
     // Frames that come by themselves: one each so many nanoseconds from STREAMON on. 0: they are fed.
     int64_t period = 0;
     std::shared_ptr<const std::vector<uint8_t>> picture;          // what stands in all buffers from the start

@@ -22,7 +22,8 @@ int64_t monotonicNow() {
     return static_cast<int64_t>(now.tv_sec) * SECOND + now.tv_nsec;
 }
 
-Driver::Driver(const DeviceScript& device, Journal& journal) : device_(device), journal_(journal) {
+Driver::Driver(const DeviceScript& device, Journal& journal)
+    : device_(device), journal_(journal), incoming_(device.incoming), timings_(device.incoming) {
     if (device.formats.empty())
         return;
     const FormatScript& first = device.formats.front();
@@ -69,13 +70,13 @@ int Driver::ioctl(int descriptor, unsigned long request, void* argument) {
     return error == ENOTTY ? question(request, argument) : error;
 }
 
-short Driver::events() {
+short Driver::events(short asked) {
     if (gone_)
         return POLLERR | POLLHUP;
     advance();
     rearm();
-    const int ready = done_.empty() ? 0 : POLLIN;
-    return static_cast<short>(events_ | ready | (streaming_ ? 0 : POLLERR));
+    const int ready = (done_.empty() ? 0 : POLLIN) | (told_.empty() ? 0 : POLLPRI);
+    return static_cast<short>(events_ | (ready & asked) | (streaming_ ? 0 : POLLERR));
 }
 
 void Driver::unplug() {
@@ -108,7 +109,7 @@ void Driver::arm(int descriptor, int64_t at) const {
 // Lets poll() return now, with the next frame that comes by itself, or not at all.
 void Driver::rearm() {
     int64_t at = NEVER;
-    if (gone_ || events_ || !done_.empty())
+    if (gone_ || events_ || !done_.empty() || !told_.empty())
         at = PAST;
     else if (streaming_ && device_.period && !stalled_)
         at = arrival(sequence_);

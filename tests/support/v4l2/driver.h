@@ -37,12 +37,14 @@ public:
     int ioctl(int descriptor, unsigned long request, void* argument); // 0 or an errno
     void* map(size_t length, long offset);                            // null: no such buffer
     void unmapped(long offset);
-    short events(); // that poll() reports now
+    short events(short asked); // that poll() reports now of those that are asked for
 
     void unplug();
     void excuse() { excused_ = true; } // it refused to take its buffers back: nobody can do it right
     void setEvents(short events);
     void stall() { stalled_ = true; } // no frame until STREAMON
+    // Another signal comes in; of 0 x 0, none. Who has asked for it is told.
+    void changeSource(const cameras::Size& size);
     bool feed(const FrameScript& frame);
     bool hasFrames() const { return !done_.empty(); }
     // When frame `number` comes by itself, CLOCK_MONOTONIC in nanoseconds; 0 before the stream runs.
@@ -81,6 +83,11 @@ private:
     PictureFormat granted(uint32_t type, const v4l2_pix_format& asked) const;
     int parameters(v4l2_streamparm& parameters, bool set);
 
+    // driver_source.cpp
+    int sourceQuestion(unsigned long request, void* argument);
+    bool isReceiver() const { return timings_.width != 0; }
+    bool isLocked() const { return incoming_ == timings_; }
+
     // driver_queue.cpp
     int command(int descriptor, unsigned long request, void* argument);
     int requestBuffers(int descriptor, v4l2_requestbuffers& request);
@@ -106,6 +113,10 @@ private:
     short events_ = 0;
     PictureFormat format_;
     cameras::Interval interval_;
+
+    cameras::Size incoming_, timings_; // of a receiver: what comes in, and what it is set up for
+    bool tellsOfSource_ = false;       // somebody wants to know
+    std::vector<v4l2_event> told_;     // not yet fetched
 
     int owner_ = -1; // the descriptor that has the buffers
     int memory_ = -1;

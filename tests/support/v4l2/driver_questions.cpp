@@ -19,6 +19,12 @@ uint32_t bytesPerPixelOfFirstPlane(uint32_t fourcc) {
     case V4L2_PIX_FMT_UYVY:
     case V4L2_PIX_FMT_VYUY:
     case V4L2_PIX_FMT_RGB565:
+    case V4L2_PIX_FMT_RGB565X:
+    case V4L2_PIX_FMT_Y10:
+    case V4L2_PIX_FMT_Y12:
+    case V4L2_PIX_FMT_Y16:
+    case V4L2_PIX_FMT_Y16_BE:
+    case v4l2_fourcc('P', '0', '1', '0'):
         return 2;
     case V4L2_PIX_FMT_RGB24:
     case V4L2_PIX_FMT_BGR24:
@@ -31,32 +37,48 @@ uint32_t bytesPerPixelOfFirstPlane(uint32_t fourcc) {
     }
 }
 
-// The chroma beside a plane of luma: the size of each plane of it, in parts of the luma's.
+// The chroma beside a plane of luma.
 struct Chroma {
-    uint32_t parts; // 0: none
-    bool apart;     // in memory of its own
-    size_t planes;
+    bool apart;           // in memory of its own
+    uint32_t planes;      // 0: none
+    uint32_t bytesFactor; // the size of each plane: the luma's by these two
+    uint32_t bytesParts;
+    uint32_t strideFactor; // the same of a row's
     uint32_t strideParts;
+
+    uint32_t bytes(uint32_t luma) const { return luma * bytesFactor / bytesParts; }
+    uint32_t stride(uint32_t luma) const { return luma * strideFactor / strideParts; }
 };
 
 Chroma chromaOf(uint32_t fourcc) {
     switch (fourcc) {
     case V4L2_PIX_FMT_NV12:
     case V4L2_PIX_FMT_NV21:
-        return {2, false, 1, 1};
+    case v4l2_fourcc('P', '0', '1', '0'):
+        return {false, 1, 1, 2, 1, 1};
+    case V4L2_PIX_FMT_NV16:
+        return {false, 1, 1, 1, 1, 1};
+    case V4L2_PIX_FMT_NV24:
+        return {false, 1, 2, 1, 2, 1};
     case V4L2_PIX_FMT_YUV420:
     case V4L2_PIX_FMT_YVU420:
-        return {4, false, 2, 2};
+        return {false, 2, 1, 4, 1, 2};
     case V4L2_PIX_FMT_YUV422P:
-        return {2, false, 2, 2};
+        return {false, 2, 1, 2, 1, 2};
     case V4L2_PIX_FMT_NV12M:
     case V4L2_PIX_FMT_NV21M:
-        return {2, true, 1, 1};
+        return {true, 1, 1, 2, 1, 1};
+    case V4L2_PIX_FMT_NV16M:
+        return {true, 1, 1, 1, 1, 1};
     case V4L2_PIX_FMT_YUV420M:
     case V4L2_PIX_FMT_YVU420M:
-        return {4, true, 2, 2};
+        return {true, 2, 1, 4, 1, 2};
+    case V4L2_PIX_FMT_YUV422M:
+        return {true, 2, 1, 2, 1, 2};
+    case V4L2_PIX_FMT_YUV444M:
+        return {true, 2, 1, 1, 1, 1};
     default:
-        return {0, false, 0, 1};
+        return {false, 0, 1, 1, 1, 1};
     }
 }
 
@@ -69,8 +91,8 @@ void layOut(v4l2_pix_format& pix, uint32_t padding) {
     const Chroma chroma = chromaOf(pix.pixelformat);
     pix.bytesperline = pix.width * bytesPerPixelOfFirstPlane(pix.pixelformat) + padding;
     pix.sizeimage = pix.bytesperline * pix.height;
-    if (chroma.parts && !chroma.apart)
-        pix.sizeimage += pix.sizeimage / chroma.parts * static_cast<uint32_t>(chroma.planes);
+    if (!chroma.apart)
+        pix.sizeimage += chroma.bytes(pix.sizeimage) * chroma.planes;
 }
 
 v4l2_fract fraction(const Interval& interval) {
@@ -150,7 +172,7 @@ int Driver::question(unsigned long request, void* argument) {
     case VIDIOC_S_PARM:
         return parameters(*static_cast<v4l2_streamparm*>(argument), true);
     default:
-        return ENOTTY;
+        return sourceQuestion(request, argument);
     }
 }
 
@@ -187,7 +209,7 @@ const FormatScript* Driver::listed(uint32_t fourcc) const {
 
 int Driver::describe(v4l2_frmsizeenum& entry) const {
     const FormatScript* format = listed(entry.pixel_format);
-    if (!format || entry.index >= format->sizes.size())
+    if (!format || isReceiver() || entry.index >= format->sizes.size())
         return EINVAL;
     const SizeRange& range = format->sizes[entry.index];
     if (range.least == range.most) {
@@ -227,8 +249,12 @@ int Driver::describe(v4l2_input& entry) const {
     if (entry.index > 0)
         return EINVAL;
     entry = {};
-    copyText(entry.name, "Camera 1");
+    copyText(entry.name, isReceiver() ? "HDMI 1" : "Camera 1");
     entry.type = V4L2_INPUT_TYPE_CAMERA;
+    if (isReceiver()) {
+        entry.capabilities = V4L2_IN_CAP_DV_TIMINGS;
+        entry.status = incoming_.width == 0 ? V4L2_IN_ST_NO_SIGNAL : 0u;
+    }
     return 0;
 }
 
@@ -238,6 +264,10 @@ PictureFormat Driver::granted(uint32_t type, const v4l2_pix_format& asked) const
     v4l2_pix_format& pix = result.pix = asked;
     if (!listed(pix.pixelformat))
         pix.pixelformat = device_.formats.front().fourcc;
+    if (isReceiver()) {
+        pix.width = static_cast<uint32_t>(timings_.width);
+        pix.height = static_cast<uint32_t>(timings_.height);
+    }
     pix.field = V4L2_FIELD_NONE;
     pix.colorspace = V4L2_COLORSPACE_SRGB;
     layOut(pix, device_.padding);
@@ -246,9 +276,9 @@ PictureFormat Driver::granted(uint32_t type, const v4l2_pix_format& asked) const
     const Chroma chroma = chromaOf(pix.pixelformat);
     result.planeBytes.push_back(pix.sizeimage);
     result.planeStrides.push_back(pix.bytesperline);
-    for (size_t plane = 0; chroma.apart && plane < chroma.planes; ++plane) {
-        result.planeBytes.push_back(pix.sizeimage / chroma.parts);
-        result.planeStrides.push_back(pix.bytesperline / chroma.strideParts);
+    for (uint32_t plane = 0; chroma.apart && plane < chroma.planes; ++plane) {
+        result.planeBytes.push_back(chroma.bytes(pix.sizeimage));
+        result.planeStrides.push_back(chroma.stride(pix.bytesperline));
     }
     if (isMultiplanar(type))
         for (uint32_t& bytes : result.planeBytes)

@@ -251,7 +251,7 @@ int Driver::switchStream(bool on) {
 }
 
 bool Driver::feed(const FrameScript& frame) {
-    if (stalled_)
+    if (stalled_ || !isLocked())
         return false;
     const uint32_t sequence = frame.sequence < 0 ? sequence_ : static_cast<uint32_t>(frame.sequence);
     sequence_ = sequence + 1;
@@ -279,7 +279,7 @@ bool Driver::feed(const FrameScript& frame) {
 
 // Fills buffers with the frames that have come by themselves meanwhile.
 void Driver::advance() {
-    if (!streaming_ || stalled_ || !device_.period)
+    if (!streaming_ || stalled_ || !isLocked() || !device_.period)
         return;
     const int64_t now = monotonicNow();
     for (; arrival(sequence_) <= now; ++sequence_) {

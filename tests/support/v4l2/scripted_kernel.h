@@ -38,6 +38,8 @@ public:
     void setPollEvents(const std::string& path, short events) { now(path)->setEvents(events); }
     // No frame comes until the stream is switched off and on.
     void stall(const std::string& path) { now(path)->stall(); }
+    // Another signal comes in at a receiver; of 0 x 0, none.
+    void changeSource(const std::string& path, const cameras::Size& size) { now(path)->changeSource(size); }
     // False when the driver has no free buffer: the frame is lost, as with real hardware.
     bool feed(const std::string& path, const FrameScript& frame) { return now(path)->feed(frame); }
     // Waits until somebody polls an empty queue, that is, until everything that was fed has been handled.
