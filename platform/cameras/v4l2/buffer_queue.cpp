@@ -5,6 +5,7 @@
 #include "platform/cameras/v4l2/buffer_frame.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <linux/videodev2.h>
 #include <sys/mman.h>
@@ -22,24 +23,27 @@ const unsigned kFewestBuffers = 2;
 // No driver grants more; a number beyond it is a mistake.
 const unsigned kMostBuffers = 32;
 
-// A buffer and, for the interface of several planes, its only plane.
+// A buffer and, for the interface of several planes, its planes.
 struct KernelBuffer {
     v4l2_buffer buffer = {};
-    v4l2_plane plane = {};
+    std::array<v4l2_plane, 3> planes = {};
 
-    KernelBuffer(uint32_t type, unsigned index) {
-        buffer.type = type;
+    KernelBuffer(const Granted& granted, unsigned index) {
+        buffer.type = granted.multiplanar ? V4L2_BUF_TYPE_VIDEO_CAPTURE_MPLANE : V4L2_BUF_TYPE_VIDEO_CAPTURE;
         buffer.memory = V4L2_MEMORY_MMAP;
         buffer.index = index;
-        if (severalPlanes()) {
-            buffer.m.planes = &plane;
-            buffer.length = 1;
+        if (granted.multiplanar) {
+            buffer.m.planes = planes.data();
+            buffer.length = granted.memoryPlanes;
         }
     }
     bool severalPlanes() const { return buffer.type == V4L2_BUF_TYPE_VIDEO_CAPTURE_MPLANE; }
-    size_t length() const { return severalPlanes() ? plane.length : buffer.length; }
-    long offset() const { return severalPlanes() ? plane.m.mem_offset : buffer.m.offset; }
-    size_t begin() const { return severalPlanes() ? plane.data_offset : 0; }
+    size_t length(unsigned plane) const { return severalPlanes() ? planes[plane].length : buffer.length; }
+    long offset(unsigned plane) const {
+        return severalPlanes() ? planes[plane].m.mem_offset : buffer.m.offset;
+    }
+    size_t begin(unsigned plane) const { return severalPlanes() ? planes[plane].data_offset : 0; }
+    size_t end(unsigned plane) const { return severalPlanes() ? planes[plane].bytesused : buffer.bytesused; }
     int64_t monotonicTime() const {
         const bool monotonic =
             (buffer.flags & V4L2_BUF_FLAG_TIMESTAMP_MASK) == V4L2_BUF_FLAG_TIMESTAMP_MONOTONIC;
@@ -47,7 +51,6 @@ struct KernelBuffer {
                                static_cast<int64_t>(buffer.timestamp.tv_usec) * 1000
                          : 0;
     }
-    size_t end() const { return severalPlanes() ? plane.bytesused : buffer.bytesused; }
 };
 
 } // namespace
@@ -101,21 +104,27 @@ int BufferQueue::request() {
 }
 
 int BufferQueue::map(unsigned index) {
-    KernelBuffer info(type(), index);
+    KernelBuffer info(granted_, index);
     if (const int error = node_->ioctl(VIDIOC_QUERYBUF, &info.buffer))
         return error;
-    if (info.length() == 0)
+    for (unsigned plane = 0; plane < granted_.memoryPlanes; ++plane)
+        if (const int error = map(buffers_[index].mappings[plane], info.length(plane), info.offset(plane)))
+            return error;
+    return 0;
+}
+
+int BufferQueue::map(Mapping& mapping, size_t length, long offset) {
+    if (length == 0)
         return EINVAL;
-    void* address = node_->kernel().mmap(info.length(), node_->descriptor(), info.offset());
+    void* const address = node_->kernel().mmap(length, node_->descriptor(), offset);
     if (address == MAP_FAILED)
         return errno;
-    buffers_[index].address = address;
-    buffers_[index].length = info.length();
+    mapping = {address, length};
     return 0;
 }
 
 int BufferQueue::queue(unsigned index) {
-    KernelBuffer request(type(), index);
+    KernelBuffer request(granted_, index);
     const int error = node_->ioctl(VIDIOC_QBUF, &request.buffer);
     buffers_[index].place = error ? Place::Refused : Place::Driver;
     return error;
@@ -148,9 +157,10 @@ void BufferQueue::release() {
 }
 
 void BufferQueue::unmap() {
-    for (Buffer& buffer : buffers_)
-        if (buffer.address)
-            node_->kernel().munmap(buffer.address, buffer.length);
+    for (const Buffer& buffer : buffers_)
+        for (const Mapping& mapping : buffer.mappings)
+            if (mapping.address)
+                node_->kernel().munmap(mapping.address, mapping.length);
     buffers_.clear();
 }
 
@@ -158,7 +168,7 @@ int BufferQueue::dequeue(Filled& filled) {
     std::lock_guard<std::mutex> lock(mutex_);
     if (!node_)
         return ENODEV;
-    KernelBuffer info(type(), 0);
+    KernelBuffer info(granted_, 0);
     if (const int error = node_->ioctl(VIDIOC_DQBUF, &info.buffer))
         return error;
     if (info.buffer.index >= buffers_.size() || buffers_[info.buffer.index].place != Place::Driver) {
@@ -167,14 +177,16 @@ int BufferQueue::dequeue(Filled& filled) {
     }
     Buffer& buffer = buffers_[info.buffer.index];
     buffer.place = Place::Ours;
-    const size_t end = std::min(info.end(), buffer.length);
-    const size_t begin = std::min(info.begin(), end);
     filled.index = info.buffer.index;
     filled.sequence = info.buffer.sequence;
     filled.damaged = info.buffer.flags & V4L2_BUF_FLAG_ERROR;
     filled.time = info.monotonicTime();
-    filled.data = static_cast<const uint8_t*>(buffer.address) + begin;
-    filled.bytes = end - begin;
+    for (unsigned plane = 0; plane < granted_.memoryPlanes; ++plane) {
+        const Mapping& mapping = buffer.mappings[plane];
+        const size_t end = std::min(info.end(plane), mapping.length);
+        const size_t begin = std::min(info.begin(plane), end);
+        filled.blocks[plane] = {static_cast<const uint8_t*>(mapping.address) + begin, end - begin};
+    }
     return 0;
 }
 
@@ -210,7 +222,14 @@ pixels::Picture BufferQueue::picture(const Filled& filled) const {
     picture.matrix = granted_.matrix;
     picture.width = granted_.size.width;
     picture.height = granted_.size.height;
-    pixels::setBlock(picture, filled.data, filled.bytes, granted_.stride);
+    picture.fields = granted_.fields;
+    if (granted_.memoryPlanes == 1) {
+        pixels::setBlock(picture, filled.blocks[0].data, filled.blocks[0].bytes, granted_.strides[0]);
+        return picture;
+    }
+    for (unsigned plane = 0; plane < granted_.memoryPlanes; ++plane)
+        picture.planes[plane] = {filled.blocks[plane].data, filled.blocks[plane].bytes,
+                                 granted_.strides[plane]};
     return picture;
 }
 

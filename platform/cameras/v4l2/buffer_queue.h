@@ -7,6 +7,7 @@
 #include "platform/cameras/pixels/pixel_pool.h"
 #include "platform/cameras/v4l2/video_node.h"
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -24,8 +25,12 @@ struct Filled {
     uint32_t sequence = 0;
     bool damaged = false; // the driver says so
     int64_t time = 0;     // of CLOCK_MONOTONIC in nanoseconds; 0 where the driver uses another clock or none
-    const uint8_t* data = nullptr;
-    size_t bytes = 0;
+    // As many as the format has blocks of memory: what of each the driver has filled.
+    struct Block {
+        const uint8_t* data = nullptr;
+        size_t bytes = 0;
+    };
+    std::array<Block, 3> blocks;
 };
 
 // Thread-safe. Frames keep the queue's memory alive, but neither its mappings nor the device beyond close().
@@ -61,15 +66,19 @@ private:
     friend class BufferFrame;
 
     enum class Place { Driver, Ours, Refused };
-    struct Buffer {
+    struct Mapping {
         void* address = nullptr;
         size_t length = 0;
+    };
+    struct Buffer {
+        std::array<Mapping, 3> mappings; // one for each block of memory
         Place place = Place::Ours;
         BufferFrame* frame = nullptr; // that reads it
     };
 
     int request();
     int map(unsigned index);
+    int map(Mapping& mapping, size_t length, long offset);
     int queue(unsigned index);
     void release();
     void unmap();

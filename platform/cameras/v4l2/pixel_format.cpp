@@ -53,14 +53,6 @@ bool formatOf(uint32_t fourcc, PixelFormat& format) {
     return false;
 }
 
-bool layoutOf(uint32_t fourcc, Layout& layout) {
-    PixelFormat format;
-    if (!formatOf(fourcc, format) || format.memoryPlanes != 1)
-        return false;
-    layout = format.layout;
-    return true;
-}
-
 std::string fourccText(uint32_t fourcc) {
     std::string text;
     for (int shift = 0; shift < 32; shift += 8) {

@@ -19,9 +19,6 @@ struct PixelFormat {
 // False for a format that cannot be converted; `format` is then untouched.
 bool formatOf(uint32_t fourcc, PixelFormat& format);
 
-// The same for formats of one block only.
-bool layoutOf(uint32_t fourcc, pixels::Layout& layout);
-
 // The four characters, bytes that are not printable as '?', without the blanks at the end.
 std::string fourccText(uint32_t fourcc);
 

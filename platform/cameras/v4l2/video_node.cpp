@@ -111,7 +111,9 @@ v4l2_format requestOf(const Candidate& asked, bool multiplanar) {
         pix.width = static_cast<uint32_t>(asked.size.width);
         pix.height = static_cast<uint32_t>(asked.size.height);
         pix.field = V4L2_FIELD_NONE;
-        pix.num_planes = 1;
+        PixelFormat known;
+        if (formatOf(asked.fourcc, known))
+            pix.num_planes = static_cast<uint8_t>(known.memoryPlanes);
     } else {
         v4l2_pix_format& pix = format.fmt.pix;
         pix.pixelformat = asked.fourcc;
@@ -123,38 +125,73 @@ v4l2_format requestOf(const Candidate& asked, bool multiplanar) {
     return format;
 }
 
+// Whether a format can be had by this interface: the one for single planes has no words for several.
+bool isUsable(uint32_t fourcc, bool multiplanar) {
+    PixelFormat format;
+    return formatOf(fourcc, format) && (multiplanar || format.memoryPlanes == 1);
+}
+
+// Everything else is a whole picture in one piece, or half pictures one by one.
+pixels::Fields fieldsOf(uint32_t field) {
+    switch (field) {
+    case V4L2_FIELD_SEQ_TB:
+        return pixels::Fields::TopFirst;
+    case V4L2_FIELD_SEQ_BT:
+        return pixels::Fields::BottomFirst;
+    default:
+        return pixels::Fields::Woven;
+    }
+}
+
+// Zero, and what some drivers leave there, means rows without padding.
+int strideOf(uint32_t stride, size_t least) {
+    return std::max(static_cast<int>(least),
+                    static_cast<int>(std::min<uint32_t>(stride, kLargestSide * 4 * 2)));
+}
+
+bool readFormat(uint32_t fourcc, uint32_t width, uint32_t height, uint32_t field, Granted& granted) {
+    PixelFormat format;
+    if (width == 0 || height == 0 || width > kLargestSide || height > kLargestSide ||
+        !formatOf(fourcc, format))
+        return false;
+    granted.fourcc = fourcc;
+    granted.layout = format.layout;
+    granted.memoryPlanes = static_cast<unsigned>(format.memoryPlanes);
+    granted.fields = fieldsOf(field);
+    granted.size = size(width, height);
+    return true;
+}
+
+bool readGranted(const v4l2_pix_format& pix, Granted& granted) {
+    if (!readFormat(pix.pixelformat, pix.width, pix.height, pix.field, granted) || granted.memoryPlanes != 1)
+        return false;
+    granted.multiplanar = false;
+    const int least = pixels::minimumStride(granted.layout, granted.size.width);
+    granted.strides[0] = strideOf(pix.bytesperline, static_cast<size_t>(least));
+    const bool extended = pix.priv == V4L2_PIX_FMT_PRIV_MAGIC;
+    granted.matrix = matrixOf(pix.colorspace, extended ? pix.ycbcr_enc : 0, extended ? pix.quantization : 0);
+    return true;
+}
+
+bool readGranted(const v4l2_pix_format_mplane& pix, Granted& granted) {
+    if (!readFormat(pix.pixelformat, pix.width, pix.height, pix.field, granted) ||
+        granted.memoryPlanes != pix.num_planes)
+        return false;
+    granted.multiplanar = true;
+    const int least = pixels::minimumStride(granted.layout, granted.size.width);
+    granted.strides[0] = strideOf(pix.plane_fmt[0].bytesperline, static_cast<size_t>(least));
+    for (unsigned plane = 1; plane < granted.memoryPlanes; ++plane) {
+        const pixels::PlaneShape rows = pixels::planeShape(granted.layout, static_cast<int>(plane),
+                                                           granted.size.width, granted.size.height);
+        granted.strides[plane] = strideOf(pix.plane_fmt[plane].bytesperline, rows.rowBytes);
+    }
+    granted.matrix = matrixOf(pix.colorspace, pix.ycbcr_enc, pix.quantization);
+    return true;
+}
+
 // False when the picture is none that can be converted.
 bool readGranted(const v4l2_format& format, bool multiplanar, Granted& granted) {
-    uint32_t width, height, stride;
-    if (multiplanar) {
-        const v4l2_pix_format_mplane& pix = format.fmt.pix_mp;
-        if (pix.num_planes != 1)
-            return false;
-        granted.fourcc = pix.pixelformat;
-        width = pix.width;
-        height = pix.height;
-        stride = pix.plane_fmt[0].bytesperline;
-        granted.matrix = matrixOf(pix.colorspace, pix.ycbcr_enc, pix.quantization);
-    } else {
-        const v4l2_pix_format& pix = format.fmt.pix;
-        granted.fourcc = pix.pixelformat;
-        width = pix.width;
-        height = pix.height;
-        stride = pix.bytesperline;
-        const bool extended = pix.priv == V4L2_PIX_FMT_PRIV_MAGIC;
-        granted.matrix =
-            matrixOf(pix.colorspace, extended ? pix.ycbcr_enc : 0, extended ? pix.quantization : 0);
-    }
-    if (width == 0 || height == 0 || width > kLargestSide || height > kLargestSide)
-        return false;
-    if (!layoutOf(granted.fourcc, granted.layout))
-        return false;
-    granted.multiplanar = multiplanar;
-    granted.size = size(width, height);
-    // Zero, and what some drivers leave there, means rows without padding.
-    const int least = pixels::minimumStride(granted.layout, granted.size.width);
-    granted.stride = std::max(least, static_cast<int>(std::min<uint32_t>(stride, kLargestSide * 4 * 2)));
-    return true;
+    return multiplanar ? readGranted(format.fmt.pix_mp, granted) : readGranted(format.fmt.pix, granted);
 }
 
 } // namespace
@@ -232,11 +269,8 @@ std::vector<uint32_t> VideoNode::offeredFormats(bool multiplanar) const {
 
 std::vector<uint32_t> VideoNode::formats(bool multiplanar) const {
     std::vector<uint32_t> result = offeredFormats(multiplanar);
-    const auto isUnknown = [](uint32_t fourcc) {
-        pixels::Layout layout;
-        return !layoutOf(fourcc, layout);
-    };
-    result.erase(std::remove_if(result.begin(), result.end(), isUnknown), result.end());
+    const auto isUseless = [multiplanar](uint32_t fourcc) { return !isUsable(fourcc, multiplanar); };
+    result.erase(std::remove_if(result.begin(), result.end(), isUseless), result.end());
     return result;
 }
 
@@ -285,11 +319,11 @@ Interval VideoNode::interval(uint32_t fourcc, const Size& frame) const {
 std::vector<Candidate> VideoNode::candidates(bool multiplanar, const Size& wanted) const {
     std::vector<Candidate> result;
     for (const uint32_t fourcc : formats(multiplanar)) {
-        pixels::Layout layout = pixels::Layout::Bgrx;
-        layoutOf(fourcc, layout);
+        PixelFormat format;
+        formatOf(fourcc, format);
         Candidate candidate;
         candidate.fourcc = fourcc;
-        candidate.cost = pixels::decodeCost(layout);
+        candidate.cost = pixels::decodeCost(format.layout);
         const std::vector<SizeRange> ranges = sizes(fourcc);
         for (const SizeRange& range : ranges) {
             candidate.size = fit(range, wanted);
@@ -322,17 +356,6 @@ bool VideoNode::wouldGrant(const Candidate& asked, bool multiplanar) const {
     if (error == ENOTTY)
         return true; // the driver cannot be asked: trying is the only way to find out
     return error == 0 && readGranted(format, multiplanar, granted) && granted.size == asked.size;
-}
-
-bool VideoNode::hasNoSignal() const {
-    v4l2_input input = {};
-    int index = 0;
-    if (ioctl(VIDIOC_G_INPUT, &index) != 0)
-        return false;
-    input.index = static_cast<uint32_t>(index);
-    if (ioctl(VIDIOC_ENUMINPUT, &input) != 0)
-        return false;
-    return input.status & (V4L2_IN_ST_NO_POWER | V4L2_IN_ST_NO_SIGNAL | V4L2_IN_ST_NO_SYNC);
 }
 
 int64_t VideoNode::exposureNanoseconds() const {

@@ -6,6 +6,7 @@
 #include "platform/cameras/pixels/picture.h"
 #include "platform/cameras/v4l2/kernel_calls.h"
 
+#include <array>
 #include <atomic>
 #include <cstdint>
 #include <memory>
@@ -41,9 +42,12 @@ struct Abilities {
 struct Granted {
     pixels::Layout layout = pixels::Layout::Bgrx;
     pixels::YuvMatrix matrix = pixels::YuvMatrix::Bt601;
+    pixels::Fields fields = pixels::Fields::Woven;
     uint32_t fourcc = 0;
-    Size size;      // of one picture; of one field where the driver sends half pictures
-    int stride = 0; // never less than a row needs
+    Size size; // of one picture; of one field where the driver sends half pictures
+    // Blocks of memory in each buffer, and how long the rows in each are: never less than a row needs.
+    unsigned memoryPlanes = 1;
+    std::array<int, 3> strides = {};
     bool multiplanar = false;
     Interval interval;
 };
@@ -85,8 +89,6 @@ public:
     // Asks for the interval and reads back the granted one. A driver may know no rates at all.
     void setInterval(const Interval& asked, Granted& granted) const;
 
-    // Receivers and grabbers: nothing comes in, so nothing can come out.
-    bool hasNoSignal() const;
     // What the camera says of its exposure at present; 0 where it does not.
     int64_t exposureNanoseconds() const;
 

@@ -54,14 +54,18 @@ TEST_F(ListingTest, LeavesOutNodesWithoutAUsableFormat) {
     EXPECT_EQ(identifiers(), List());
 }
 
-TEST_F(ListingTest, ListsMultiplanarDevicesWithAFormatOfOnePlane) {
+TEST_F(ListingTest, ListsMultiplanarDevicesWithFormatsOfOnePlaneOrSeveral) {
     DeviceScript device = camera();
     device.capabilities = V4L2_CAP_VIDEO_CAPTURE_MPLANE | V4L2_CAP_STREAMING;
     device.busInfo = "mp";
     addBare("/dev/video0", device);
+    device.busInfo = "several";
     device.formats = {raw(V4L2_PIX_FMT_NV12M, {only(640, 480)})};
     addBare("/dev/video1", device);
-    EXPECT_EQ(identifiers(), (List{"bus-mp-Scripted%20Camera"}));
+    device.busInfo = "none";
+    device.capabilities = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_STREAMING; // by which no such format can be had
+    addBare("/dev/video2", device);
+    EXPECT_EQ(identifiers(), (List{"bus-mp-Scripted%20Camera", "bus-several-Scripted%20Camera"}));
 }
 
 TEST_F(ListingTest, LeavesOutTheNodesOfTheMediaControllerAndSaysWhatWouldHelp) {

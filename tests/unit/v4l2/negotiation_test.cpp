@@ -66,6 +66,12 @@ TEST_F(NegotiationTest, CapturesTheNextLargerSizeAndScales) {
     EXPECT_EQ(brightness(sink->newest(), 40, 30), 99);
 }
 
+TEST_F(NegotiationTest, CapturesALargerSizeOfTheSameAspect) {
+    device.formats = {raw(V4L2_PIX_FMT_YUYV, {only(848, 480), only(800, 600)})};
+    start(640, 480);
+    EXPECT_EQ(grantedFormat(), "YUYV 800x600");
+}
+
 TEST_F(NegotiationTest, CapturesTheLargestSizeWhereNoneIsLargeEnough) {
     start(1280, 720);
     EXPECT_EQ(grantedFormat(), "GREY 64x48");
@@ -163,20 +169,19 @@ TEST_F(NegotiationTest, HalfPicturesOfInterlacedDriversFillTheWholeFrame) {
     EXPECT_EQ(brightness(sink->newest()), 88);
 }
 
-TEST_F(NegotiationTest, CapturesFromMultiplanarDevices) {
-    device.capabilities = V4L2_CAP_VIDEO_CAPTURE_MPLANE | V4L2_CAP_STREAMING;
-    device.dataOffset = 16;
-    start();
-    deliver(33);
-    EXPECT_EQ(brightness(sink->newest()), 33);
-}
-
-TEST_F(NegotiationTest, RefusesMultiplanarFormatsOfSeveralPlanes) {
-    device.capabilities = V4L2_CAP_VIDEO_CAPTURE_MPLANE | V4L2_CAP_STREAMING;
+TEST_F(NegotiationTest, RefusesSeveralPlanesFromTheInterfaceForOne) {
     device.adjust = [](v4l2_pix_format& pix) { pix.pixelformat = V4L2_PIX_FMT_NV12M; };
     plug();
     ASSERT_FALSE(camera->open());
-    EXPECT_TRUE(camera->start(64, 48, sink));
+    EXPECT_EQ(camera->start(64, 48, sink).code, EINVAL);
+}
+
+TEST_F(NegotiationTest, NamesTheFormatsOfACameraThatHasNoneOfUse) {
+    device.formats = {raw(V4L2_PIX_FMT_H264, {only(64, 48)}), raw(V4L2_PIX_FMT_Z16, {only(64, 48)})};
+    plug();
+    ASSERT_FALSE(camera->open());
+    EXPECT_EQ(camera->start(64, 48, sink).text, "HD Webcam (/dev/video0) offers only H264 (a compressed "
+                                                "film, which is not decoded here), Z16 (depth)");
 }
 
 } // namespace tests
