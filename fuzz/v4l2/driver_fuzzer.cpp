@@ -104,12 +104,12 @@ void capture(const Kernel& kernel, Camera& camera) {
     const Error error = camera.start(width, height, sink);
     CHECK(!error || !error.text.empty());
     if (!error) {
-        if (kernel->byte() % 4 == 3)
-            camera.start(8, 8, second);
+        // Where the first stream has ended by itself this is another one, whose figures replace its own.
+        const bool refused = kernel->byte() % 4 == 3 && camera.start(8, 8, second);
         kernel->waitUntilIdle();
         const StreamStatistics figures = camera.statistics();
-        CHECK(figures.granted.size.width > 0 && figures.granted.size.height > 0 &&
-              !figures.granted.format.empty());
+        CHECK(refused || (figures.granted.size.width > 0 && figures.granted.size.height > 0 &&
+                          !figures.granted.format.empty()));
         CHECK(figures.granted.rate >= 0);
         if (kernel->byte() % 4 == 3)
             camera.close(); // without a stop

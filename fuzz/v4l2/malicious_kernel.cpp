@@ -14,10 +14,17 @@ using ostrel::support::FrameScript;
 
 namespace {
 
-const uint32_t kFourccs[] = {V4L2_PIX_FMT_YUYV,   V4L2_PIX_FMT_MJPEG,  V4L2_PIX_FMT_NV12,
-                             V4L2_PIX_FMT_YUV420, V4L2_PIX_FMT_RGB24,  V4L2_PIX_FMT_YUV422P,
-                             V4L2_PIX_FMT_GREY,   V4L2_PIX_FMT_NV21,   V4L2_PIX_FMT_YVU420,
-                             V4L2_PIX_FMT_RGB565, V4L2_PIX_FMT_XBGR32, V4L2_PIX_FMT_VYUY};
+const uint32_t kFourccs[] = {
+    V4L2_PIX_FMT_YUYV,    V4L2_PIX_FMT_MJPEG,   V4L2_PIX_FMT_NV12,    V4L2_PIX_FMT_YUV420,
+    V4L2_PIX_FMT_RGB24,   V4L2_PIX_FMT_YUV422P, V4L2_PIX_FMT_GREY,    V4L2_PIX_FMT_NV21,
+    V4L2_PIX_FMT_YVU420,  V4L2_PIX_FMT_RGB565,  V4L2_PIX_FMT_XBGR32,  V4L2_PIX_FMT_VYUY,
+    V4L2_PIX_FMT_NV16,    V4L2_PIX_FMT_NV24,    V4L2_PIX_FMT_Y10,     V4L2_PIX_FMT_Y12,
+    V4L2_PIX_FMT_Y16,     V4L2_PIX_FMT_Y16_BE,  V4L2_PIX_FMT_RGB565X, v4l2_fourcc('P', '0', '1', '0'),
+    V4L2_PIX_FMT_NV12M,   V4L2_PIX_FMT_YUV420M, V4L2_PIX_FMT_YVU420M, V4L2_PIX_FMT_NV16M,
+    V4L2_PIX_FMT_YUV422M, V4L2_PIX_FMT_YUV444M};
+
+const uint32_t kFields[] = {V4L2_FIELD_NONE, V4L2_FIELD_INTERLACED, V4L2_FIELD_SEQ_TB, V4L2_FIELD_SEQ_BT,
+                            V4L2_FIELD_ALTERNATE};
 
 const int kErrors[] = {EINVAL, EIO,    EAGAIN, EBUSY,  ENODEV, ENOMEM, ENOSPC, EPERM,
                        ENXIO,  ENOTTY, EINTR,  EACCES, EPIPE,  EFAULT, ERANGE, ENOENT};
@@ -52,10 +59,16 @@ MaliciousKernel::MaliciousKernel(const Input& script, const Input& contents)
     device.card = std::string(32, '\xC3');
     device.busInfo = std::string(32, 'b');
     device.formats = {ostrel::support::raw(pick(kFourccs, script_.byte()), {ostrel::support::only(64, 48)})};
-    device.capabilities = (script_.byte() % 4 == 3 ? V4L2_CAP_VIDEO_CAPTURE_MPLANE : V4L2_CAP_VIDEO_CAPTURE) |
-                          V4L2_CAP_STREAMING;
+    const uint8_t kind = script_.byte();
+    device.capabilities =
+        (kind % 4 >= 2 ? V4L2_CAP_VIDEO_CAPTURE_MPLANE : V4L2_CAP_VIDEO_CAPTURE) | V4L2_CAP_STREAMING;
     device.wholeDevice = device.capabilities;
-    device.adjust = [](v4l2_pix_format& pix) {
+    device.dataOffset = kind & 4 ? 24 : 0;
+    if (kind & 8)
+        device.incoming = ostrel::support::only(64, 48).most;
+    const uint32_t field = pick(kFields, kind / 16u);
+    device.adjust = [field](v4l2_pix_format& pix) {
+        pix.field = field;
         pix.width = std::min(pix.width, 256u);
         pix.height = std::min(pix.height, 256u);
         pix.bytesperline = 0;
@@ -130,11 +143,13 @@ void MaliciousKernel::lie(void* answer, size_t bytes) {
 void MaliciousKernel::lieAboutBuffer(v4l2_buffer& buffer) {
     v4l2_plane* const planes = buffer.m.planes;
     const bool several = buffer.type == V4L2_BUF_TYPE_VIDEO_CAPTURE_MPLANE;
+    const uint32_t asked = buffer.length; // so many planes there is room for
     lie(&buffer, sizeof buffer);
     if (!several)
         return;
     buffer.m.planes = planes;
-    lie(planes, sizeof *planes);
+    const uint32_t count = std::min<uint32_t>(asked, 3);
+    lie(planes, count * sizeof *planes);
 }
 
 int MaliciousKernel::doOpen(const char* path, int flags) {
@@ -202,7 +217,7 @@ int MaliciousKernel::doMunmap(void* address, size_t length) {
 void MaliciousKernel::fillBuffers(int descriptor) {
     const std::string& path = paths_[descriptor];
     FrameScript frame;
-    frame.bytesUsed = static_cast<int>(format(path).sizeimage);
+    frame.bytesUsed = static_cast<int>(std::min(format(path).sizeimage * 4, 1u << 24)); // in all planes
     while (feed(path, frame)) {
     }
 }
@@ -221,7 +236,16 @@ int MaliciousKernel::doPoll(pollfd* descriptors, unsigned long count, int millis
             if (how % 8 == 7)
                 return 0; // time is up
             fillBuffers(descriptors[0].fd);
-            descriptors[0].revents = how % 8 == 6 ? static_cast<short>(script_.byte()) : POLLIN;
+            descriptors[0].revents = POLLIN;
+            if (how % 8 == 5) {
+                changeSource(paths_[descriptors[0].fd], ostrel::support::only(8 + how / 2, 6 + how).most);
+                descriptors[0].revents = POLLIN | POLLPRI;
+                // A start that fails is tried again after seconds: the client may stop from here on.
+                idle_ = true;
+                idleChanged_.notify_all();
+            } else if (how % 8 == 6) {
+                descriptors[0].revents = static_cast<short>(script_.byte());
+            }
             return 1;
         }
         idle_ = true;

@@ -1,5 +1,6 @@
 // Pictures of the kernel's vivid driver in formats that the library would not choose by itself: the calls
-// into the kernel are real, only the list of formats that comes back is shortened. One vivid camera is there.
+// into the kernel are real, only the list of formats that comes back is shortened. One vivid camera is there,
+// of the kind that the case loads.
 #include "platform/cameras/v4l2/v4l2_provider.h"
 #include "support/machine.h"
 #include "vm/programs/capture.h"
@@ -9,9 +10,12 @@
 
 #include <linux/videodev2.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <string>
 #include <tuple>
+#include <vector>
 
 using namespace ostrel;
 using namespace ostrel::vm;
@@ -24,10 +28,12 @@ struct Wish {
     uint32_t bytesPerPixel; // of the first plane
 };
 
-// Lets one format through, and asks the driver for rows with padding when it is told to. Thread-safe.
+// Lets one format through, and asks the driver for rows with padding or for another order of fields when it
+// is told to. Thread-safe.
 class OneFormat : public cameras::v4l2::KernelCalls {
 public:
-    OneFormat(const Wish& wish, uint32_t padding) : wish_(wish), padding_(padding) {}
+    OneFormat(const Wish& wish, uint32_t padding, uint32_t field)
+        : wish_(wish), padding_(padding), field_(field) {}
 
 protected:
     int doIoctl(int descriptor, unsigned long request, void* argument) override {
@@ -37,6 +43,9 @@ protected:
         if (request == VIDIOC_S_FMT && padding_ != 0) {
             v4l2_pix_format& format = static_cast<v4l2_format*>(argument)->fmt.pix;
             format.bytesperline = format.width * wish_.bytesPerPixel + padding_;
+        }
+        if (request == VIDIOC_S_FMT && field_ != V4L2_FIELD_NONE) {
+            static_cast<v4l2_format*>(argument)->fmt.pix.field = field_;
         }
         return KernelCalls::doIoctl(descriptor, request, argument);
     }
@@ -60,13 +69,14 @@ private:
 
     const Wish wish_;
     const uint32_t padding_;
+    const uint32_t field_;
 };
 
 // While it lives, the machine's cameras are listed and driven with these calls.
 class ShortenedMachine {
 public:
-    ShortenedMachine(const Wish& wish, uint32_t padding = 0)
-        : machine_(cameras::v4l2::makeProvider(std::make_shared<OneFormat>(wish, padding),
+    explicit ShortenedMachine(const Wish& wish, uint32_t padding = 0, uint32_t field = V4L2_FIELD_NONE)
+        : machine_(cameras::v4l2::makeProvider(std::make_shared<OneFormat>(wish, padding, field),
                                                cameras::v4l2::makeDiscovery())) {}
 
 private:
@@ -92,10 +102,30 @@ const Wish kWishes[] = {
     {"RGB4", V4L2_PIX_FMT_RGB32, 4},
     {"XR24", V4L2_PIX_FMT_XBGR32, 4},
     {"RGBP", V4L2_PIX_FMT_RGB565, 2},
+    {"RGBR", V4L2_PIX_FMT_RGB565X, 2},
+    {"NV16", V4L2_PIX_FMT_NV16, 1},
+    {"NV24", V4L2_PIX_FMT_NV24, 1},
+};
+
+// Through the interface for several planes: each plane in memory of its own, some behind an offset.
+const Wish kWishesOfPlanes[] = {
+    {"NM12", V4L2_PIX_FMT_NV12M, 1},   {"NM21", V4L2_PIX_FMT_NV21M, 1},   {"NM16", V4L2_PIX_FMT_NV16M, 1},
+    {"YM12", V4L2_PIX_FMT_YUV420M, 1}, {"YM21", V4L2_PIX_FMT_YVU420M, 1}, {"YM16", V4L2_PIX_FMT_YUV422M, 1},
+    {"YM24", V4L2_PIX_FMT_YUV444M, 1}, {"YUYV", V4L2_PIX_FMT_YUYV, 2},
+};
+
+const Wish kWishesOfGrey[] = {
+    kGrey,
+    {"Y10", V4L2_PIX_FMT_Y10, 2},
+    {"Y12", V4L2_PIX_FMT_Y12, 2},
+    {"Y16", V4L2_PIX_FMT_Y16, 2},
+    {"Y16-BE", V4L2_PIX_FMT_Y16_BE, 2},
 };
 
 std::string wishName(const testing::TestParamInfo<Wish>& info) {
-    return info.param.name;
+    std::string name = info.param.name;
+    std::replace(name.begin(), name.end(), '-', '_');
+    return name;
 }
 
 std::ostream& operator<<(std::ostream& out, const Wish& wish) {
@@ -128,6 +158,39 @@ TEST_P(VividFormat, ShowsTheColorBarsFromRowsWithPadding) {
 
 INSTANTIATE_TEST_SUITE_P(Kernel, VividFormat, testing::ValuesIn(kWishes), wishName);
 
+class VividPlanes : public testing::TestWithParam<Wish> {};
+
+TEST_P(VividPlanes, ShowTheDriversColorBars) {
+    const ShortenedMachine machine(GetParam());
+    Capture capture(onlyCamera(), 640, 480);
+    ASSERT_TRUE(capture.waitForPicture());
+    EXPECT_EQ(capture.statistics().grantedFormat.toStdString(), GetParam().name);
+    EXPECT_TRUE(showsColorBars(capture.picture()));
+}
+
+INSTANTIATE_TEST_SUITE_P(Kernel, VividPlanes, testing::ValuesIn(kWishesOfPlanes), wishName);
+
+// The driver of an analog input weaves the fields itself when it is asked to: what it gives then is what we
+// have to make of fields that come one after the other.
+TEST(VividFields, OneAfterTheOtherAreWovenAsTheDriverWeavesThem) {
+    shell("v4l2-ctl -c test_pattern=15"); // lines, light and dark in turn
+    const auto brightnessOfRows = [](uint32_t field) {
+        const ShortenedMachine machine(kGrey, 0, field);
+        Capture capture(onlyCamera(), 720, 576);
+        std::vector<int> rows;
+        EXPECT_TRUE(capture.waitForPicture());
+        EXPECT_EQ(capture.statistics().grantedHeight, 576);
+        for (size_t row = 0; row < 576 && capture.picture().data.size() == size_t(720 * 576 * 4); ++row)
+            rows.push_back(capture.picture().data[(row * 720 + 300) * 4]);
+        return rows;
+    };
+    const std::vector<int> woven = brightnessOfRows(V4L2_FIELD_INTERLACED);
+    ASSERT_EQ(woven.size(), 576u);
+    EXPECT_GT(std::abs(woven[0] - woven[1]), 100); // else nothing is shown by this
+    EXPECT_EQ(brightnessOfRows(V4L2_FIELD_SEQ_TB), woven);
+    EXPECT_EQ(brightnessOfRows(V4L2_FIELD_SEQ_BT), woven);
+}
+
 // libyuv's largest factor is 2, and blue of limited range needs 2.11 in BT.709.
 const int kTolerance709 = 14;
 
@@ -149,8 +212,10 @@ TEST(VividColors, FollowTheMatrixAndTheRangeThatTheDriverNames) {
     shell("v4l2-ctl -c colorspace=2,quantization=0");
 }
 
-TEST(VividColors, BrightnessAloneShowsTheBarsFromLightToDark) {
-    const ShortenedMachine machine(kGrey);
+class VividGrey : public testing::TestWithParam<Wish> {};
+
+TEST_P(VividGrey, ShowsTheBarsFromLightToDark) {
+    const ShortenedMachine machine(GetParam());
     Capture capture(onlyCamera(), 320, 240);
     ASSERT_TRUE(capture.waitForPicture());
     const uint8_t* row = capture.picture().data.data() + 120 * 320 * 4;
@@ -163,3 +228,5 @@ TEST(VividColors, BrightnessAloneShowsTheBarsFromLightToDark) {
         before = pixel[0];
     }
 }
+
+INSTANTIATE_TEST_SUITE_P(Kernel, VividGrey, testing::ValuesIn(kWishesOfGrey), wishName);
