@@ -10,6 +10,7 @@ the input unplugs it.
   plug, unplug    the cable, in the same port each time
   stall, resume   no frames, frames again
   truncate N      cut every Nth frame in half; 0 for none
+  plug twin, unplug twin  another webcam of the same model and serial number, in the next port
 """
 import argparse
 import sys
@@ -17,8 +18,12 @@ import sys
 from uvc.webcam import Pictures, Webcam
 
 
-def obey(webcam, words):
-    if words == ['plug']:
+def obey(webcam, twin, words):
+    if words == ['plug', 'twin']:
+        twin.plug()
+    elif words == ['unplug', 'twin']:
+        twin.unplug()
+    elif words == ['plug']:
         webcam.plug()
     elif words == ['unplug']:
         webcam.unplug()
@@ -40,11 +45,14 @@ def main():
     parser.add_argument('picture', nargs='+')
     options = parser.parse_args()
 
-    webcam = Webcam(Pictures(options.picture), options.truncate_every)
-    obey(webcam, ['plug'])
+    pictures = Pictures(options.picture)
+    webcam = Webcam(pictures, options.truncate_every)
+    twin = Webcam(pictures, port=1)
+    obey(webcam, twin, ['plug'])
     for line in sys.stdin:
         if line.strip():
-            obey(webcam, line.split())
+            obey(webcam, twin, line.split())
+    twin.unplug()
     webcam.unplug()
 
 

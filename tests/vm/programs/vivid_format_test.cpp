@@ -180,12 +180,14 @@ TEST(VividFields, OneAfterTheOtherAreWovenAsTheDriverWeavesThem) {
         std::vector<int> rows;
         EXPECT_TRUE(capture.waitForPicture());
         EXPECT_EQ(capture.statistics().grantedHeight, 576);
-        for (size_t row = 0; row < 576 && capture.picture().data.size() == size_t(720 * 576 * 4); ++row)
+        // The first row has data in it, not picture.
+        for (size_t row = 1; row < 576 && capture.picture().data.size() == static_cast<size_t>(720 * 576 * 4);
+             ++row)
             rows.push_back(capture.picture().data[(row * 720 + 300) * 4]);
         return rows;
     };
     const std::vector<int> woven = brightnessOfRows(V4L2_FIELD_INTERLACED);
-    ASSERT_EQ(woven.size(), 576u);
+    ASSERT_EQ(woven.size(), 575u);
     EXPECT_GT(std::abs(woven[0] - woven[1]), 100); // else nothing is shown by this
     EXPECT_EQ(brightnessOfRows(V4L2_FIELD_SEQ_TB), woven);
     EXPECT_EQ(brightnessOfRows(V4L2_FIELD_SEQ_BT), woven);

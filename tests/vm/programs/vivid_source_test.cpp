@@ -14,7 +14,7 @@ namespace {
 
 // By the name that the driver's menu has for it. "Selected" timings come in whatever was set before.
 void sendTimings(const std::string& name) {
-    shell("index=$(v4l2-ctl -L | sed -n 's/^ *\\([0-9]*\\): " + name +
+    shell("index=$(v4l2-ctl -L | sed -n 's/^[[:space:]]*\\([0-9]*\\): " + name +
           "$/\\1/p' | head -1) && v4l2-ctl -c dv_timings=$index,dv_timings_signal_mode=4");
 }
 

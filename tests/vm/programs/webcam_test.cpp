@@ -41,6 +41,24 @@ TEST(Webcam, ItsIdentifierSaysWhatItIsAndWhereItIsPluggedIn) {
     EXPECT_EQ(videoDeviceID("/dev/video0"), onlyCamera());
 }
 
+TEST(Webcam, TwoOfOneSerialNumberAreToldApartByTheirPorts) {
+    const QString first = onlyCamera();
+    tellWebcam("plug twin");
+    ASSERT_TRUE(waitUntil([] { return cameras().size() == 2; }));
+    QStringList others = cameras();
+    EXPECT_EQ(others.removeAll(first), 1) << others.join(" ").toStdString();
+    ASSERT_EQ(others.size(), 1);
+    tellWebcam("unplug");
+    ASSERT_TRUE(waitUntil([&] { return cameras() == others; })); // under no name of the other one
+    {
+        Capture capture(others.first(), 640, 480);
+        EXPECT_TRUE(capture.waitForPicture());
+    }
+    tellWebcam("unplug twin");
+    tellWebcam("plug");
+    EXPECT_TRUE(waitUntil([&] { return cameras() == QStringList(first); }));
+}
+
 TEST(Webcam, ANodeWithAnotherNameIsTheSameCamera) {
     const QString before = onlyCamera();
     shell("mv /dev/video0 /dev/video7 && mv /dev/video1 /dev/video0"); // the metadata bears the camera's name

@@ -6,7 +6,6 @@ import time
 from pathlib import Path
 
 CONTROLLER = Path('/sys/devices/platform/vhci_hcd.0')
-PORT = 0
 PORT_FREE = 4  # in the controller's status file
 HIGH_SPEED = 3
 DEVICE_ID = 0x10001
@@ -16,10 +15,10 @@ COMMAND = struct.Struct('>IIIII IiiiI 8s')  # command, sequence, device, directi
 STALLED, UNLINKED = -32, -104
 
 
-def port_is_free():
+def port_is_free(port):
     for line in (CONTROLLER / 'status').read_text().splitlines():
         fields = line.split()  # hub port state ...
-        if len(fields) > 2 and fields[0] == 'hs' and int(fields[1]) == PORT:
+        if len(fields) > 2 and fields[0] == 'hs' and int(fields[1]) == port:
             return int(fields[2]) == PORT_FREE
     return False
 
@@ -31,16 +30,17 @@ class Link:
     send_stream_data().
     """
 
-    def __init__(self, answer):
+    def __init__(self, answer, port):
         self.answer = answer
+        self.port = port
         self.plugged = True
         self.waiting = []  # (sequence, length) of the host's transfers on the stream endpoint
         self.changed = threading.Condition()
         ours, theirs = socket.socketpair(socket.AF_UNIX, socket.SOCK_STREAM)
         self.socket = ours
-        while not port_is_free():  # the controller clears a port some time after unplugging
+        while not port_is_free(port):  # the controller clears a port some time after unplugging
             time.sleep(0.01)
-        (CONTROLLER / 'attach').write_text(f'{PORT} {theirs.fileno()} {DEVICE_ID} {HIGH_SPEED}')
+        (CONTROLLER / 'attach').write_text(f'{port} {theirs.fileno()} {DEVICE_ID + port} {HIGH_SPEED}')
         theirs.close()  # the kernel holds it
         threading.Thread(target=self.serve, daemon=True).start()
 
@@ -48,7 +48,7 @@ class Link:
         with self.changed:
             self.plugged = False
             self.changed.notify_all()
-        (CONTROLLER / 'detach').write_text(str(PORT))
+        (CONTROLLER / 'detach').write_text(str(self.port))
 
     def wait_for_transfer(self, seconds):
         """Whether the host asks for stream data."""

@@ -42,8 +42,9 @@ class Pictures:
 class Webcam:
     """Plugged and unplugged by its owner's thread; sends from a thread of its own while the host streams."""
 
-    def __init__(self, pictures, truncate_every=0):
+    def __init__(self, pictures, truncate_every=0, port=0):
         self.pictures = pictures
+        self.port = port                      # of the controller
         self.truncate_every = truncate_every  # every so many frames one is cut in half; 0: none
         self.stalled = False                  # no frame is sent
         self.link = None
@@ -52,7 +53,7 @@ class Webcam:
         if self.link:
             return
         stream = Stream(self)
-        stream.link = self.link = Link(Controls(stream.begin).answer)
+        stream.link = self.link = Link(Controls(stream.begin).answer, self.port)
         threading.Thread(target=stream.run, daemon=True).start()
 
     def unplug(self):
