@@ -44,12 +44,13 @@ struct KernelBuffer {
     }
     size_t begin(unsigned plane) const { return severalPlanes() ? planes[plane].data_offset : 0; }
     size_t end(unsigned plane) const { return severalPlanes() ? planes[plane].bytesused : buffer.bytesused; }
+    // 0 for a time that is none, too.
     int64_t monotonicTime() const {
         const bool monotonic =
             (buffer.flags & V4L2_BUF_FLAG_TIMESTAMP_MASK) == V4L2_BUF_FLAG_TIMESTAMP_MONOTONIC;
-        return monotonic ? static_cast<int64_t>(buffer.timestamp.tv_sec) * 1000000000 +
-                               static_cast<int64_t>(buffer.timestamp.tv_usec) * 1000
-                         : 0;
+        const int64_t seconds = buffer.timestamp.tv_sec, microseconds = buffer.timestamp.tv_usec;
+        const bool sane = seconds >= 0 && seconds < INT32_MAX && microseconds >= 0 && microseconds < 1000000;
+        return monotonic && sane ? seconds * 1000000000 + microseconds * 1000 : 0;
     }
 };
 
