@@ -2,6 +2,7 @@
 // drawn.
 #include "fuzz/support/check.h"
 
+#include "platform/cameras/pixels/convert.h"
 #include "platform/cameras/virtual/y4m_clip.h"
 #include "platform/cameras/virtual/yuv_picture.h"
 
@@ -35,7 +36,9 @@ private:
 void draw(const YuvLayout& layout, const std::vector<uint8_t>& planes, int width, int height) {
     std::vector<uint8_t> picture(static_cast<size_t>(width) * 4 * static_cast<size_t>(height));
     pixels::PixelPool pool;
-    CHECK(drawYuv(layout, planes.data(), pool, picture.data(), width, height, width * 4));
+    CHECK(pixels::convert(yuvPicture(layout, planes.data()),
+                          {pixels::OutputFormat::Bgra, picture.data(), width, height, width * 4},
+                          pool) == pixels::Fault::None);
     for (size_t i = 3; i < picture.size(); i += 4)
         CHECK(picture[i] == 255);
 }

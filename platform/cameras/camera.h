@@ -4,8 +4,11 @@
 
 #include "platform/cameras/error.h"
 #include "platform/cameras/figures.h"
+#include "platform/cameras/frame_facts.h"
+#include "platform/cameras/pixels/output.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -18,11 +21,21 @@ class CameraFrame {
 public:
     virtual ~CameraFrame() = default;
 
-    // Writes the whole picture as B, G, R, A with A = 255, top row first, scaled to width x height pixels,
-    // rows stride bytes apart. False when the picture turns out to be broken; what was written is then
-    // undefined. This is where the work of a frame is done: it is called once at most for each capture, and
-    // never for frames that nobody takes. Re-entrant: two captures may convert one frame at the same time.
-    virtual bool convert(uint8_t* bgra, int width, int height, int stride) = 0;
+    // Writes the whole picture, scaled to the output's size. False when the picture turns out to be broken;
+    // what was written is then undefined. This is where the work of a frame is done: it is never called for
+    // frames that nobody takes. Re-entrant: two captures may convert one frame at the same time.
+    virtual bool convert(const pixels::Output& to) = 0;
+    // The same as B, G, R, A.
+    bool convert(uint8_t* bgra, int width, int height, int stride) {
+        return convert(pixels::Output{pixels::OutputFormat::Bgra, bgra, width, height, stride});
+    }
+
+    virtual FrameFacts facts() const { return FrameFacts(); }
+
+    using PictureReader = std::function<void(const pixels::Picture&)>;
+    // Lets the reader see the picture as the camera delivered it; its bytes are there during the call. False,
+    // with nobody called, when they cannot be had.
+    virtual bool show(const PictureReader&) { return false; }
 
     // False when convert() can only fail for want of memory: the picture was found whole before.
     virtual bool mayBeBroken() const { return true; }

@@ -11,16 +11,13 @@ NumberedFrame::~NumberedFrame() {
     --log_->alive;
 }
 
-bool NumberedFrame::convert(uint8_t* bgra, int width, int height, int stride) {
+bool NumberedFrame::convert(const cameras::pixels::Output& to) {
     ++log_->conversions;
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x) {
-            uint8_t* pixel = bgra + static_cast<std::ptrdiff_t>(y) * stride + x * 4;
-            pixel[0] = static_cast<uint8_t>(number_);
-            pixel[1] = static_cast<uint8_t>(number_ >> 8);
-            pixel[2] = static_cast<uint8_t>(number_ >> 16);
-            pixel[3] = 255;
-        }
+    const int bytes = cameras::pixels::bytesPerPixel(to.format);
+    for (int y = 0; y < to.height; ++y)
+        for (int x = 0; x < to.width; ++x)
+            for (int i = 0; i < bytes; ++i)
+                to.row(y)[x * bytes + i] = i == 3 ? 255 : static_cast<uint8_t>(number_ >> 8 * i);
     return !broken_;
 }
 

@@ -26,7 +26,8 @@ class NumberedFrame : public cameras::CameraFrame {
 public:
     NumberedFrame(uint32_t number, int padding, bool broken, std::shared_ptr<FrameLog> log);
     ~NumberedFrame() override;
-    bool convert(uint8_t* bgra, int width, int height, int stride) override;
+    using CameraFrame::convert;
+    bool convert(const cameras::pixels::Output& to) override;
     int rowBytes(int width) const override { return width * 4 + padding_; }
 
 private:

@@ -11,23 +11,23 @@ namespace cameras {
 namespace v4l2 {
 
 BufferFrame::BufferFrame(const std::shared_ptr<BufferQueue>& queue, unsigned index,
-                         const pixels::Picture& picture, const std::shared_ptr<pixels::PixelPool>& pool,
+                         const pixels::Picture& picture, FrameFacts facts,
+                         const std::shared_ptr<pixels::PixelPool>& pool,
                          const std::shared_ptr<Figures>& figures)
-    : queue_(queue), index_(index), layout_(picture.layout), pool_(pool), figures_(figures),
-      picture_(picture) {}
+    : queue_(queue), index_(index), layout_(picture.layout), facts_(std::move(facts)), pool_(pool),
+      figures_(figures), picture_(picture) {}
 
 BufferFrame::~BufferFrame() {
     // First of all, while every member is whole: the queue may be turning this frame into a copy right now.
     queue_->dropped(*this, index_);
 }
 
-bool BufferFrame::convert(uint8_t* bgra, int width, int height, int stride) {
+bool BufferFrame::convert(const pixels::Output& to) {
     pixels::Fault fault = pixels::Fault::Undecodable;
     {
         std::shared_lock<std::shared_mutex> lock(mutex_);
         if (readable_)
-            fault =
-                pixels::convert(picture_, {pixels::OutputFormat::Bgra, bgra, width, height, stride}, *pool_);
+            fault = pixels::convert(picture_, to, *pool_);
     }
     const bool whole = fault == pixels::Fault::None;
     if (!whole)
@@ -35,6 +35,13 @@ bool BufferFrame::convert(uint8_t* bgra, int width, int height, int stride) {
     else if (!taken_.exchange(true, std::memory_order_relaxed))
         figures_->countTaken();
     return whole;
+}
+
+bool BufferFrame::show(const PictureReader& reader) {
+    std::shared_lock<std::shared_mutex> lock(mutex_);
+    if (readable_)
+        reader(picture_);
+    return readable_;
 }
 
 void BufferFrame::detach() {

@@ -23,10 +23,13 @@ public:
     // The picture's bytes belong to buffer `index` of the queue, which gets it back when the frame is
     // dropped.
     BufferFrame(const std::shared_ptr<BufferQueue>& queue, unsigned index, const pixels::Picture& picture,
-                const std::shared_ptr<pixels::PixelPool>& pool, const std::shared_ptr<Figures>& figures);
+                FrameFacts facts, const std::shared_ptr<pixels::PixelPool>& pool,
+                const std::shared_ptr<Figures>& figures);
     ~BufferFrame() override;
 
-    bool convert(uint8_t* bgra, int width, int height, int stride) override;
+    bool convert(const pixels::Output& to) override;
+    FrameFacts facts() const override { return facts_; }
+    bool show(const PictureReader& reader) override;
     bool mayBeBroken() const override { return layout_ == pixels::Layout::Jpeg; }
 
     // Copies the picture, so that the buffer is not read any more. Waits for conversions in progress.
@@ -36,6 +39,7 @@ private:
     const std::shared_ptr<BufferQueue> queue_;
     const unsigned index_;
     const pixels::Layout layout_;
+    const FrameFacts facts_;
     const std::shared_ptr<pixels::PixelPool> pool_;
     const std::shared_ptr<Figures> figures_;
     std::atomic<bool> taken_{false};

@@ -2,7 +2,9 @@
 // none then.
 #include "platform/cameras/v4l2/buffer_queue.h"
 
+#include "base/monotonic_clock.h"
 #include "platform/cameras/v4l2/buffer_frame.h"
+#include "platform/cameras/v4l2/pixel_format.h"
 
 #include <algorithm>
 #include <array>
@@ -51,6 +53,9 @@ struct KernelBuffer {
         const int64_t seconds = buffer.timestamp.tv_sec, microseconds = buffer.timestamp.tv_usec;
         const bool sane = seconds >= 0 && seconds < INT32_MAX && microseconds >= 0 && microseconds < 1000000;
         return monotonic && sane ? seconds * 1000000000 + microseconds * 1000 : 0;
+    }
+    bool startOfExposure() const {
+        return (buffer.flags & V4L2_BUF_FLAG_TSTAMP_SRC_MASK) == V4L2_BUF_FLAG_TSTAMP_SRC_SOE;
     }
 };
 
@@ -182,6 +187,7 @@ int BufferQueue::dequeue(Filled& filled) {
     filled.sequence = info.buffer.sequence;
     filled.damaged = info.buffer.flags & V4L2_BUF_FLAG_ERROR;
     filled.time = info.monotonicTime();
+    filled.startOfExposure = info.startOfExposure();
     for (unsigned plane = 0; plane < granted_.memoryPlanes; ++plane) {
         const Mapping& mapping = buffer.mappings[plane];
         const size_t end = std::min(info.end(plane), mapping.length);
@@ -234,9 +240,20 @@ pixels::Picture BufferQueue::picture(const Filled& filled) const {
     return picture;
 }
 
+FrameFacts BufferQueue::factsOf(const Filled& filled) const {
+    FrameFacts facts;
+    facts.sequence = filled.sequence;
+    facts.time = filled.time != 0 ? filled.time : monotonicNanoseconds();
+    if (filled.time != 0)
+        facts.source = filled.startOfExposure ? TimeSource::StartOfExposure : TimeSource::EndOfFrame;
+    facts.format = fourccText(granted_.fourcc);
+    facts.size = granted_.size;
+    return facts;
+}
+
 std::shared_ptr<CameraFrame> BufferQueue::frame(const Filled& filled) {
-    auto frame =
-        std::make_shared<BufferFrame>(shared_from_this(), filled.index, picture(filled), pool_, figures_);
+    auto frame = std::make_shared<BufferFrame>(shared_from_this(), filled.index, picture(filled),
+                                               factsOf(filled), pool_, figures_);
     {
         std::lock_guard<std::mutex> lock(mutex_);
         const unsigned left = buffers_.size() <= kFewestBuffers ? 1 : 2;

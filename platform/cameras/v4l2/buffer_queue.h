@@ -25,6 +25,7 @@ struct Filled {
     uint32_t sequence = 0;
     bool damaged = false; // the driver says so
     int64_t time = 0;     // of CLOCK_MONOTONIC in nanoseconds; 0 where the driver uses another clock or none
+    bool startOfExposure = false; // what the time is of; else the end of the frame
     // As many as the format has blocks of memory: what of each the driver has filled.
     struct Block {
         const uint8_t* data = nullptr;
@@ -84,6 +85,7 @@ private:
     void unmap();
     unsigned count(Place place) const;
     uint32_t type() const;
+    FrameFacts factsOf(const Filled& filled) const;
     void dropped(BufferFrame& frame, unsigned index);
 
     mutable std::mutex mutex_;

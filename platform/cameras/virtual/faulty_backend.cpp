@@ -11,9 +11,9 @@ const int kPaddingBytes = 64;
 class PaddedFrame : public CameraFrame {
 public:
     explicit PaddedFrame(std::shared_ptr<CameraFrame> frame) : frame_(std::move(frame)) {}
-    bool convert(uint8_t* bgra, int width, int height, int stride) override {
-        return frame_->convert(bgra, width, height, stride);
-    }
+    bool convert(const pixels::Output& to) override { return frame_->convert(to); }
+    FrameFacts facts() const override { return frame_->facts(); }
+    bool show(const PictureReader& reader) override { return frame_->show(reader); }
     bool mayBeBroken() const override { return frame_->mayBeBroken(); }
     int rowBytes(int width) const override { return frame_->rowBytes(width) + kPaddingBytes; }
 

@@ -10,17 +10,22 @@ namespace {
 
 class ClipFrame : public VirtualFrame {
 public:
-    ClipFrame(std::shared_ptr<Figures> figures, std::shared_ptr<pixels::PixelPool> pool,
-              std::shared_ptr<Y4mClip> clip, uint64_t planes)
-        : VirtualFrame(std::move(figures)), pool_(std::move(pool)), clip_(std::move(clip)), planes_(planes) {}
+    ClipFrame(std::shared_ptr<Figures> figures, uint32_t sequence, const Mode& mode,
+              std::shared_ptr<pixels::PixelPool> pool, std::shared_ptr<Y4mClip> clip, uint64_t planes)
+        : VirtualFrame(std::move(figures), sequence, mode), pool_(std::move(pool)), clip_(std::move(clip)),
+          planes_(planes) {}
 
-protected:
-    bool draw(uint8_t* bgra, int width, int height, int stride) override {
+    bool show(const PictureReader& reader) override {
         const YuvLayout& layout = clip_->format().layout;
         const pixels::PixelPool::Block picture = pool_->take(layout.bytes());
-        return clip_->reader().readPlanes(planes_, picture.data()) &&
-               drawYuv(layout, picture.data(), *pool_, bgra, width, height, stride);
+        if (!clip_->reader().readPlanes(planes_, picture.data()))
+            return false;
+        reader(yuvPicture(layout, picture.data()));
+        return true;
     }
+
+protected:
+    bool draw(const pixels::Output& to) override { return drawShown(to, *pool_); }
 
 private:
     const std::shared_ptr<pixels::PixelPool> pool_;
@@ -56,6 +61,8 @@ Error FileBackend::start(const Request&, const std::shared_ptr<Outlet>& outlet) 
     mode.size.height = format.layout.height;
     mode.rate = format.framesPerSecond;
     figures_->setGranted(mode);
+    mode_ = mode;
+    played_ = 0;
     return Error();
 }
 
@@ -86,7 +93,8 @@ Error FileBackend::next(const StopSignal& stop, Arrival& arrival) {
     finished_ = step == Y4mPlayer::Step::Finished;
     if (found > 0) {
         figures_->countSkipped(found - 1);
-        arrival.frame = std::make_shared<ClipFrame>(figures_, pool_, clip_, planes);
+        played_ += static_cast<uint32_t>(found);
+        arrival.frame = std::make_shared<ClipFrame>(figures_, played_ - 1, mode_, pool_, clip_, planes);
     }
     return step == Y4mPlayer::Step::Broken ? noFurtherFrame() : Error();
 }

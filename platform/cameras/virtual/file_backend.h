@@ -44,6 +44,8 @@ private:
     std::unique_ptr<FrameClock> clock_;
     std::unique_ptr<Y4mPlayer> player_;
     bool finished_ = false;
+    Mode mode_;
+    uint32_t played_ = 0; // frames, the skipped ones too
     std::shared_ptr<Figures> figures_;
     std::shared_ptr<pixels::PixelPool> pool_;
 };

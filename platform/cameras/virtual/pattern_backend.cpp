@@ -11,13 +11,18 @@ namespace {
 
 class PatternFrame : public VirtualFrame {
 public:
-    PatternFrame(std::shared_ptr<Figures> figures, std::shared_ptr<PatternPainter> painter,
+    PatternFrame(std::shared_ptr<Figures> figures, const Mode& mode, std::shared_ptr<PatternPainter> painter,
                  const pattern::Stamp& stamp)
-        : VirtualFrame(std::move(figures)), painter_(std::move(painter)), stamp_(stamp) {}
+        : VirtualFrame(std::move(figures), stamp.counter, mode), painter_(std::move(painter)), stamp_(stamp) {
+    }
+
+    bool show(const PictureReader& reader) override { return painter_->show(stamp_, reader); }
 
 protected:
-    bool draw(uint8_t* bgra, int width, int height, int stride) override {
-        return painter_->paint(stamp_, bgra, width, height, stride);
+    bool draw(const pixels::Output& to) override {
+        if (to.format != pixels::OutputFormat::Bgra)
+            return drawShown(to, painter_->pool());
+        return painter_->paint(stamp_, to.data, to.width, to.height, to.stride);
     }
 
 private:
@@ -37,6 +42,7 @@ Error PatternBackend::start(const Request&, const std::shared_ptr<Outlet>& outle
     mode.size.height = height_;
     mode.rate = framesPerSecond_;
     figures_->setGranted(mode);
+    mode_ = mode;
     return Error();
 }
 
@@ -52,7 +58,7 @@ Error PatternBackend::next(const StopSignal& stop, Arrival& arrival) {
         return Error();
     figures_->countSkipped(passedOver);
     const pattern::Stamp stamp = {static_cast<uint32_t>(frame + 1), OVideoCommon::get_time()};
-    arrival.frame = std::make_shared<PatternFrame>(figures_, painter_, stamp);
+    arrival.frame = std::make_shared<PatternFrame>(figures_, mode_, painter_, stamp);
     return Error();
 }
 

@@ -34,6 +34,7 @@ private:
     const double framesPerSecond_;
     // While it streams:
     std::unique_ptr<FrameClock> clock_;
+    Mode mode_;
     std::shared_ptr<PatternPainter> painter_;
     std::shared_ptr<Figures> figures_;
 };

@@ -159,19 +159,31 @@ void PatternPainter::draw(const uint8_t* background, const pattern::Stamp& stamp
 bool PatternPainter::paint(const pattern::Stamp& stamp, uint8_t* bgra, int width, int height, int stride) {
     if (!pixels::sizeIsSane(width, height))
         return false;
-    const uint8_t* const still = background();
     if (width == width_ && height == height_) {
         Canvas canvas(bgra, width, height, stride);
-        draw(still, stamp, canvas);
+        draw(background(), stamp, canvas);
         return true;
     }
-    const int nativeStride = width_ * 4;
-    const pixels::PixelPool::Block native =
-        pool_.take(static_cast<size_t>(nativeStride) * static_cast<size_t>(height_));
-    Canvas canvas(native.data(), width_, height_, nativeStride);
+    return show(stamp, [&](const pixels::Picture& native) {
+        pixels::scaleBgra({native.planes[0].data, width_, height_, native.planes[0].stride},
+                          {pixels::OutputFormat::Bgra, bgra, width, height, stride}, pool_);
+    });
+}
+
+bool PatternPainter::show(const pattern::Stamp& stamp,
+                          const std::function<void(const pixels::Picture&)>& reader) {
+    const uint8_t* const still = background();
+    const int stride = width_ * 4;
+    const size_t bytes = static_cast<size_t>(stride) * static_cast<size_t>(height_);
+    const pixels::PixelPool::Block native = pool_.take(bytes);
+    Canvas canvas(native.data(), width_, height_, stride);
     draw(still, stamp, canvas);
-    pixels::scaleBgra({native.data(), width_, height_, nativeStride},
-                      {pixels::OutputFormat::Bgra, bgra, width, height, stride}, pool_);
+    pixels::Picture picture;
+    picture.layout = pixels::Layout::Bgrx;
+    picture.width = width_;
+    picture.height = height_;
+    pixels::setBlock(picture, native.data(), bytes, stride);
+    reader(picture);
     return true;
 }
 

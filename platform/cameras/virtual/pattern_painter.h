@@ -2,9 +2,11 @@
 #ifndef OSTREL_PLATFORM_CAMERAS_VIRTUAL_PATTERN_PAINTER_H
 #define OSTREL_PLATFORM_CAMERAS_VIRTUAL_PATTERN_PAINTER_H
 
+#include "platform/cameras/pixels/picture.h"
 #include "platform/cameras/pixels/pixel_pool.h"
 #include "platform/cameras/virtual/pattern_code.h"
 
+#include <functional>
 #include <mutex>
 
 namespace ostrel {
@@ -21,6 +23,12 @@ public:
     // The pattern at its native size, scaled when another size is asked for. False when the size cannot be
     // scaled to.
     bool paint(const pattern::Stamp& stamp, uint8_t* bgra, int width, int height, int stride);
+
+    // Shows the pattern at its native size in memory of the pool's. Never false.
+    bool show(const pattern::Stamp& stamp, const std::function<void(const pixels::Picture&)>& reader);
+
+    // What it takes its memory from.
+    pixels::PixelPool& pool() { return pool_; }
 
     // How many pictures' worth of memory was ever allocated.
     uint64_t allocations() const { return pool_.allocations(); }

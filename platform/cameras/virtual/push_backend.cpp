@@ -1,6 +1,5 @@
 #include "platform/cameras/virtual/push_backend.h"
 
-#include "platform/cameras/pixels/convert.h"
 #include "platform/cameras/virtual/virtual_frame.h"
 #include "platform/cameras/virtual/yuv_picture.h"
 
@@ -32,37 +31,24 @@ Mode modeOf(const char* format, int width, int height) {
 
 class PushedFrame : public VirtualFrame {
 public:
-    PushedFrame(const std::shared_ptr<Figures>& figures, std::shared_ptr<pixels::PixelPool> pool,
-                pixels::PixelPool::Block memory, const pixels::Picture& picture)
-        : VirtualFrame(figures), pool_(std::move(pool)), memory_(std::move(memory)), picture_(picture) {}
+    PushedFrame(const std::shared_ptr<Figures>& figures, uint32_t sequence, const Mode& mode,
+                std::shared_ptr<pixels::PixelPool> pool, pixels::PixelPool::Block memory,
+                const pixels::Picture& picture)
+        : VirtualFrame(figures, sequence, mode), pool_(std::move(pool)), memory_(std::move(memory)),
+          picture_(picture) {}
+
+    bool show(const PictureReader& reader) override {
+        reader(picture_);
+        return true;
+    }
 
 protected:
-    bool draw(uint8_t* bgra, int width, int height, int stride) override {
-        return pixels::convert(picture_, {pixels::OutputFormat::Bgra, bgra, width, height, stride}, *pool_) ==
-               pixels::Fault::None;
-    }
+    bool draw(const pixels::Output& to) override { return drawShown(to, *pool_); }
 
 private:
     const std::shared_ptr<pixels::PixelPool> pool_;
     const pixels::PixelPool::Block memory_;
     const pixels::Picture picture_;
-};
-
-class PushedYuvFrame : public VirtualFrame {
-public:
-    PushedYuvFrame(const std::shared_ptr<Figures>& figures, std::shared_ptr<pixels::PixelPool> pool,
-                   pixels::PixelPool::Block planes, const YuvLayout& layout)
-        : VirtualFrame(figures), pool_(std::move(pool)), planes_(std::move(planes)), layout_(layout) {}
-
-protected:
-    bool draw(uint8_t* bgra, int width, int height, int stride) override {
-        return drawYuv(layout_, planes_.data(), *pool_, bgra, width, height, stride);
-    }
-
-private:
-    const std::shared_ptr<pixels::PixelPool> pool_;
-    const pixels::PixelPool::Block planes_;
-    const YuvLayout layout_;
 };
 
 } // namespace
@@ -71,6 +57,7 @@ Error PushBackend::start(const Request&, const std::shared_ptr<Outlet>& outlet) 
     const auto pool = std::make_shared<pixels::PixelPool>();
     std::lock_guard<std::mutex> lock(mutex_);
     listener_ = {outlet, pool};
+    pushed_ = 0;
     return Error();
 }
 
@@ -104,10 +91,7 @@ bool PushBackend::push(const uint8_t* bgra, int width, int height, int stride) {
         std::memcpy(copy.data() + static_cast<size_t>(y) * rowBytes,
                     bgra + static_cast<ptrdiff_t>(y) * stride, rowBytes);
     pixels::setBlock(picture, copy.data(), bytes, width * 4);
-    const std::shared_ptr<Figures>& figures = current.outlet->figures();
-    figures->setGranted(modeOf("BGRA", width, height));
-    return current.outlet->deliver(
-        std::make_shared<PushedFrame>(figures, current.pool, std::move(copy), picture));
+    return deliver(current, modeOf("BGRA", width, height), std::move(copy), picture);
 }
 
 bool PushBackend::pushI420(const uint8_t* i420, int width, int height) {
@@ -123,10 +107,16 @@ bool PushBackend::pushI420(const uint8_t* i420, int width, int height) {
     if (!copy)
         return false;
     std::memcpy(copy.data(), i420, layout.bytes());
-    const std::shared_ptr<Figures>& figures = current.outlet->figures();
-    figures->setGranted(modeOf(layout.code(), width, height));
-    return current.outlet->deliver(
-        std::make_shared<PushedYuvFrame>(figures, current.pool, std::move(copy), layout));
+    const pixels::Picture picture = yuvPicture(layout, copy.data());
+    return deliver(current, modeOf(layout.code(), width, height), std::move(copy), picture);
+}
+
+bool PushBackend::deliver(const Listener& to, const Mode& mode, pixels::PixelPool::Block memory,
+                          const pixels::Picture& picture) {
+    const std::shared_ptr<Figures>& figures = to.outlet->figures();
+    figures->setGranted(mode);
+    return to.outlet->deliver(std::make_shared<PushedFrame>(figures, pushed_.fetch_add(1), mode, to.pool,
+                                                            std::move(memory), picture));
 }
 
 } // namespace cameras

@@ -5,6 +5,7 @@
 #include "platform/cameras/backend.h"
 #include "platform/cameras/pixels/pixel_pool.h"
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 
@@ -33,7 +34,10 @@ private:
         std::shared_ptr<pixels::PixelPool> pool;
     };
     Listener listener();
+    bool deliver(const Listener& to, const Mode& mode, pixels::PixelPool::Block memory,
+                 const pixels::Picture& picture);
 
+    std::atomic<uint32_t> pushed_{0}; // since the stream was started
     std::mutex mutex_;
     Listener listener_;
 };

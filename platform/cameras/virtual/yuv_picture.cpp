@@ -1,7 +1,5 @@
 #include "platform/cameras/virtual/yuv_picture.h"
 
-#include "platform/cameras/pixels/convert.h"
-
 namespace ostrel {
 namespace cameras {
 
@@ -23,10 +21,7 @@ pixels::Layout layoutOf(Chroma chroma) {
 
 } // namespace
 
-bool drawYuv(const YuvLayout& layout, const uint8_t* planes, pixels::PixelPool& pool, uint8_t* bgra,
-             int width, int height, int stride) {
-    if (!pixels::sizeIsSane(layout.width, layout.height))
-        return false;
+pixels::Picture yuvPicture(const YuvLayout& layout, const uint8_t* planes) {
     pixels::Picture picture;
     picture.layout = layoutOf(layout.chroma);
     picture.matrix = layout.fullRange ? pixels::YuvMatrix::Bt601Full : pixels::YuvMatrix::Bt601;
@@ -36,8 +31,7 @@ bool drawYuv(const YuvLayout& layout, const uint8_t* planes, pixels::PixelPool& 
     picture.planes = {{{planes, layout.lumaBytes(), layout.width},
                        {u, layout.chromaBytes(), layout.chromaWidth()},
                        {u + layout.chromaBytes(), layout.chromaBytes(), layout.chromaWidth()}}};
-    return pixels::convert(picture, {pixels::OutputFormat::Bgra, bgra, width, height, stride}, pool) ==
-           pixels::Fault::None;
+    return picture;
 }
 
 } // namespace cameras

@@ -3,7 +3,6 @@
 #define OSTREL_PLATFORM_CAMERAS_VIRTUAL_YUV_PICTURE_H
 
 #include "platform/cameras/pixels/picture.h"
-#include "platform/cameras/pixels/pixel_pool.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -42,11 +41,8 @@ struct YuvLayout {
     size_t bytes() const { return lumaBytes() + 2 * chromaBytes(); }
 };
 
-// Writes the picture as B, G, R, A with A = 255, rows stride bytes apart, scaled when width x height is
-// another size. The colours are BT.601. The pool lends the memory in between. False when the size cannot be
-// scaled to. Re-entrant.
-bool drawYuv(const YuvLayout& layout, const uint8_t* planes, pixels::PixelPool& pool, uint8_t* bgra,
-             int width, int height, int stride);
+// The picture in such planes. The colours are BT.601.
+pixels::Picture yuvPicture(const YuvLayout& layout, const uint8_t* planes);
 
 } // namespace cameras
 } // namespace ostrel

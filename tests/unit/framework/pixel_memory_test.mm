@@ -110,8 +110,8 @@ namespace {
 class WholeFrame : public cameras::CameraFrame {
 public:
     explicit WholeFrame(uint8_t value) : value_(value) {}
-    bool convert(uint8_t* bgra, int, int height, int stride) override {
-        std::fill_n(bgra, stride * height, value_);
+    bool convert(const cameras::pixels::Output& to) override {
+        std::fill_n(to.data, to.stride * to.height, value_);
         return true;
     }
     bool mayBeBroken() const override { return false; }

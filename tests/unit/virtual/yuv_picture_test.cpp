@@ -1,6 +1,7 @@
 // Planar pictures become B, G, R, A by BT.601's own arithmetic.
 #include "pictures.h"
 
+#include "platform/cameras/pixels/convert.h"
 #include "platform/cameras/virtual/yuv_picture.h"
 
 #include <gtest/gtest.h>
@@ -33,6 +34,12 @@ YuvLayout layoutOf(Chroma chroma, int width, int height, bool fullRange = false)
     return layout;
 }
 
+bool draw(const YuvLayout& layout, const std::vector<uint8_t>& planes, pixels::PixelPool& pool, Bgra& to) {
+    return pixels::convert(yuvPicture(layout, planes.data()),
+                           {pixels::OutputFormat::Bgra, to.bytes.data(), to.width, to.height, to.stride},
+                           pool) == pixels::Fault::None;
+}
+
 // Planes with a Y of its own for each pixel, a U for each column of chroma, a V for each row.
 std::vector<uint8_t> planesOf(const YuvLayout& layout) {
     std::vector<uint8_t> planes;
@@ -61,8 +68,7 @@ TEST(YuvPicture, HasTheColoursOfBt601InEveryLayoutAlsoAtOddSizes) {
                 const std::vector<uint8_t> planes = planesOf(layout);
                 ASSERT_EQ(layout.bytes(), planes.size());
                 Bgra got(size.first, size.second, 12);
-                ASSERT_TRUE(drawYuv(layout, planes.data(), pool, got.bytes.data(), got.width, got.height,
-                                    got.stride));
+                ASSERT_TRUE(draw(layout, planes, pool, got));
                 for (int y = 0; y < got.height; ++y)
                     for (int x = 0; x < got.width; ++x) {
                         const int cx = chroma == Chroma::Full ? x : x / 2,
@@ -89,8 +95,7 @@ TEST(YuvPicture, ScalesFromEveryLayout) {
             std::fill_n(planes.begin(), layout.lumaBytes(), uint8_t(235));
             for (const auto& size : {std::pair<int, int>(66, 42), {10, 10}, {1, 1}, {320, 240}}) {
                 Bgra got(size.first, size.second);
-                ASSERT_TRUE(drawYuv(layout, planes.data(), pool, got.bytes.data(), got.width, got.height,
-                                    got.stride));
+                ASSERT_TRUE(draw(layout, planes, pool, got));
                 EXPECT_EQ(std::vector<uint8_t>(got.bytes.size(), 255), got.bytes) << layout.code();
             }
         }
@@ -116,8 +121,7 @@ TEST(YuvPicture, KeepsItsColoursInTheirPlacesWhenItIsScaled) {
             }
         for (const auto& size : {std::pair<int, int>(62, 46), {31, 46}, {12, 8}, {40, 11}}) {
             Bgra got(size.first, size.second);
-            ASSERT_TRUE(
-                drawYuv(layout, planes.data(), pool, got.bytes.data(), got.width, got.height, got.stride));
+            ASSERT_TRUE(draw(layout, planes, pool, got));
             for (const bool right : {false, true})
                 for (const bool below : {false, true}) {
                     int bgr[3];
