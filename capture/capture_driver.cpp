@@ -2,6 +2,7 @@
 
 #include "base/frame_memory.h"
 #include "base/wrapping.h"
+#include "capture/capture_access.h"
 #include "capture/diagnostics.h"
 #include "capture/session_handle.h"
 
@@ -13,6 +14,7 @@
 #include <memory>
 #include <new>
 #include <stddef.h>
+#include <string>
 
 namespace ostrel {
 
@@ -31,9 +33,10 @@ struct OVideoCaptureMacXPrivate {
     enum SessionUse { FREE, STARTING, GIVEN_UP_WHILE_STARTING, RELEASED };
 
     OVideoCaptureMacXPrivate()
-        : width(0), height(0), capturing(false), captureObject(0), sessionUse(FREE), givenUp(false), runs(0) {
-    }
+        : quiet(diagnostics::Silence::isKept()), width(0), height(0), capturing(false), captureObject(0),
+          sessionUse(FREE), givenUp(false), runs(0) {}
 
+    const bool quiet; // writes no line, and its session neither
     int32_t width;
     int32_t height;
     FrameMemory frameBuffer; // at least frameBytes() of them while capturing
@@ -53,6 +56,7 @@ struct OVideoCaptureMacXPrivate {
     bool copyNewestFrame();
     void giveUpSession();
     void startSession();
+    void refuseUnknown(const char* identifier);
 };
 
 namespace {
@@ -73,9 +77,16 @@ void OVideoCaptureMacXPrivate::replaceFrameBuffer(int newWidth, int newHeight) {
 
 // Copies the newest frame into frameBuffer; false unless it has the driver's size.
 bool OVideoCaptureMacXPrivate::copyNewestFrame() {
+    const diagnostics::Silence silence(quiet);
     const int64_t expected = frameBytes();
     const int64_t copied = givenUp ? 0 : session::copyFrame(captureObject, frameBuffer.data(), expected);
     return copied == expected;
+}
+
+// Those who wait for frames are told, unless an earlier capture goes on.
+void OVideoCaptureMacXPrivate::refuseUnknown(const char* identifier) {
+    if (cameraId.isEmpty() && !givenUp)
+        session::refuse(captureObject, (std::string("No camera has the identifier ") + identifier).c_str());
 }
 
 // Stops the session and gives it back, or leaves both to run() when that is still starting it.
@@ -111,8 +122,10 @@ void OVideoCaptureMacX::startCapture(const char* cameraId, int width, int height
     const char* const identifier = cameraId ? cameraId : "";
     {
         OVideoInfoMacX info;
-        if (!info.deviceByID(QString::fromLatin1(identifier)))
+        if (!info.deviceByID(QString::fromLatin1(identifier))) {
+            d->refuseUnknown(identifier);
             return;
+        }
     }
     d->width = width;
     d->height = height;
@@ -146,12 +159,14 @@ void OVideoCaptureMacXPrivate::startSession() {
 }
 
 void OVideoCaptureMacX::run() {
+    const diagnostics::Silence silence(d->quiet);
     diagnostics::line(">>> OVideoCaptureMacX::run() ", this);
     d->startSession();
     d->runs.fetch_add(1, std::memory_order_release);
 }
 
 void OVideoCaptureMacX::stopVideoCapture() {
+    const diagnostics::Silence silence(d->quiet);
     diagnostics::line("stopping for OVideoCaptureMacX ", this);
     if (!d->capturing)
         return;
@@ -200,13 +215,21 @@ int OVideoCaptureMacX::height() {
 
 void OVideoCaptureMacX::startThreadVideoCapture() {}
 
+const void* CaptureAccess::sessionOf(OVideoCaptureUnix* capture) {
+    const OVideoCaptureMacX* const driver = qobject_cast<OVideoCaptureMacX*>(capture);
+    return driver && !driver->d->givenUp ? driver->d->captureObject : 0;
+}
+
 // The start-up may still be running, on this object's thread: it is waited for, so that the object is not
 // freed under it.
 OVideoCaptureMacX::~OVideoCaptureMacX() {
+    const diagnostics::Silence silence(d->quiet);
     diagnostics::line("OVideoCaptureMacX::~OVideoCaptureMacX() ", this);
     stopVideoCapture();
     wait();
     d->runs.load(std::memory_order_acquire);
+    if (!d->givenUp)
+        session::abandon(d->captureObject);
     delete d;
     d = 0;
 }

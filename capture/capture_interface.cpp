@@ -1,6 +1,9 @@
 #include <ostrel/capture.h>
 
 #include "base/shared_object.h"
+#include "capture/diagnostics.h"
+
+#include <ostrel/next_frame.h>
 
 namespace ostrel {
 
@@ -10,6 +13,11 @@ OVideoCaptureUnix::~OVideoCaptureUnix() {}
 
 QSharedPointer<OVideoCaptureUnix> OVideoCaptureUnix::ptr() {
     return sharedObject<OVideoCaptureUnix>(std::unique_ptr<OVideoCaptureUnix>(new OVideoCaptureMacX));
+}
+
+QSharedPointer<OVideoCaptureUnix> quietVideoCapture() {
+    const diagnostics::Silence silence(true); // the constructor looks at it
+    return OVideoCaptureUnix::ptr();
 }
 
 } // namespace ostrel

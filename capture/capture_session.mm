@@ -30,6 +30,11 @@ QTCaptureDevice* cameraWithIdentifier(const std::string& identifier) {
     return found;
 }
 
+void logError(NSString* what, NSError* error) {
+    if (!ostrel::diagnostics::Silence::isKept())
+        NSLog(@"%@: %@", what, error);
+}
+
 // The framework takes the size as unsigned 32-bit numbers.
 NSDictionary* pixelBufferAttributes(int64_t width, int64_t height) {
     return [NSDictionary
@@ -68,13 +73,13 @@ NSDictionary* pixelBufferAttributes(int64_t width, int64_t height) {
     }
     NSError* error = nil;
     if (![cam open:&error]) {
-        NSLog(@"Error opening camera: %@", error);
+        logError(@"Error opening camera", error);
         return;
     }
     input = [[QTCaptureDeviceInput alloc] initWithDevice:cam];
     session = [[QTCaptureSession alloc] init];
     if (![session addInput:input error:&error]) {
-        NSLog(@"Error adding input to capture session: %@", error);
+        logError(@"Error adding input to capture session", error);
         return;
     }
     output = [[QTCaptureDecompressedVideoOutput alloc] init];
@@ -84,7 +89,7 @@ NSDictionary* pixelBufferAttributes(int64_t width, int64_t height) {
     [output setDelegate:self];
     // A refused output does not end the start-up: the session runs, without frames.
     if (![session addOutput:output error:&error])
-        NSLog(@"Error adding output to capture session: %@", error);
+        logError(@"Error adding output to capture session", error);
     __atomic_store_n(&m_capturedFrameCounter, 0, __ATOMIC_RELAXED);
     ostrel::diagnostics::line(">>> starting session");
     [session startRunning];

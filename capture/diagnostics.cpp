@@ -12,12 +12,28 @@ namespace {
 // Longer than the longest text with an address behind it.
 const int LINE_SIZE = 128;
 
+thread_local bool silent = false;
+
 void write(const char* bytes, int length) {
+    if (silent)
+        return;
     std::cerr.write(bytes, length < LINE_SIZE ? length : LINE_SIZE - 1);
     std::cerr.flush();
 }
 
 } // namespace
+
+Silence::Silence(bool quiet) : m_before(silent) {
+    silent = silent || quiet;
+}
+
+Silence::~Silence() {
+    silent = m_before;
+}
+
+bool Silence::isKept() {
+    return silent;
+}
 
 void line(const char* text) {
     char buffer[LINE_SIZE];

@@ -7,6 +7,19 @@
 namespace ostrel {
 namespace diagnostics {
 
+// While one with `quiet` lives, its thread writes no line. Nests.
+class Silence {
+public:
+    explicit Silence(bool quiet);
+    ~Silence();
+    static bool isKept();
+
+private:
+    Silence(const Silence&);
+    Silence& operator=(const Silence&);
+    const bool m_before;
+};
+
 // Each writes one line and flushes. A line goes out in one piece, so that lines of several threads do not
 // mix, and without allocating, so that destructors may write. Any thread may call.
 void line(const char* text);

@@ -17,6 +17,10 @@ void release(SessionObject* object);
 void setCamera(SessionObject* object, const char* cameraId, int64_t width, int64_t height);
 void start(SessionObject* object);
 void stop(SessionObject* object);
+// Instead of release(), for an object that was never started: it is not given back, but no frame will come.
+void abandon(SessionObject* object);
+// A start was refused before it began; who waits is told why (UTF-8).
+void refuse(SessionObject* object, const char* why);
 // For a start() that another thread is in the middle of: no frame reaches the object once this has returned,
 // and the start need not be waited for. Where the framework is the system's own it cannot be reached, and
 // this does nothing.

@@ -21,10 +21,26 @@ struct OwnerScope {
     explicit OwnerScope(const void*) {}
 };
 struct FrameSlot {
+    static void expect(const void*) {}
+    static void startIsOver(const void*) {}
+    static void refuse(const void*, const char*) {}
+    static void close(const void*) {}
     static void shut(const void*) {}
     static void forget(const void*) {}
 };
 #endif
+
+// However the start ends.
+class Starting {
+public:
+    explicit Starting(SessionObject* object) : m_object(object) {}
+    ~Starting() { FrameSlot::startIsOver(m_object); }
+
+private:
+    Starting(const Starting&);
+    Starting& operator=(const Starting&);
+    SessionObject* const m_object;
+};
 
 } // namespace
 
@@ -39,16 +55,28 @@ void release(SessionObject* object) {
 }
 
 void setCamera(SessionObject* object, const char* cameraId, int64_t width, int64_t height) {
+    FrameSlot::expect(object);
     [objectOf(object) setCamera:cameraId withWidth:width withHeigth:height];
 }
 
 void start(SessionObject* object) {
     const OwnerScope owner(object); // for the opening of the camera
+    const Starting starting(object);
     [objectOf(object) startObjCapture];
 }
 
 void stop(SessionObject* object) {
+    FrameSlot::close(object); // who waits need not wait for the camera
     [objectOf(object) stopObjCapture];
+}
+
+void abandon(SessionObject* object) {
+    FrameSlot::forget(object);
+}
+
+void refuse(SessionObject* object, const char* why) {
+    FrameSlot::expect(object);
+    FrameSlot::refuse(object, why);
 }
 
 void shut(SessionObject* object) {

@@ -1,5 +1,5 @@
 # The shared library, made of the parts.
-set(OSTREL_PARTS ostrel_base ostrel_processing ostrel_devices ostrel_capture)
+set(OSTREL_PARTS ostrel_base ostrel_processing ostrel_devices ostrel_capture ostrel_next_frame)
 if(NOT APPLE)
   list(APPEND OSTREL_PARTS ostrel_cameras ostrel_framework)
 endif()

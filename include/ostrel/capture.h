@@ -27,7 +27,8 @@ struct VideoFrame {
 };
 
 // The capture contract. An object is started once; after stopVideoCapture() ask ptr() for a new one.
-// Bound to one thread: one client thread makes all calls of one object. Objects are independent of each other.
+// Bound to one thread: one client thread makes all calls of one object. Objects are independent of each
+// other.
 class OSTREL_EXPORT OVideoCaptureUnix : public QThread {
     Q_OBJECT
 
@@ -51,7 +52,8 @@ public:
     // Always a null pointer on this platform: frames are fetched with selfVideoFrame().
     virtual QSharedPointer<VideoFrame> frame() = 0;
 
-    // Fills frame with the newest frame, a copy. Leaves it untouched when there is none of the requested size.
+    // Fills frame with the newest frame, a copy. Leaves it untouched when there is none of the requested
+    // size.
     virtual void selfVideoFrame(VideoFrame& frame) = 0;
 
     // Identifier, width and height in pixels of the last successful startCapture(); empty and 0 before.
@@ -92,6 +94,7 @@ protected:
     void run();
 
 private:
+    friend struct CaptureAccess;
     Q_DISABLE_COPY(OVideoCaptureMacX)
     OVideoCaptureMacXPrivate* d;
 };

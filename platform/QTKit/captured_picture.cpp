@@ -8,21 +8,26 @@ namespace ostrel {
 class CapturedPicture : public PixelSource {
 public:
     CapturedPicture(std::shared_ptr<PictureMaker> maker, std::shared_ptr<cameras::CameraFrame> frame,
-                    size_t bytesPerRow)
-        : maker_(std::move(maker)), frame_(std::move(frame)), bytesPerRow_(bytesPerRow) {}
+                    std::shared_ptr<PolledPicture> polled, size_t bytesPerRow)
+        : maker_(std::move(maker)), frame_(std::move(frame)), polled_(std::move(polled)),
+          bytesPerRow_(bytesPerRow) {}
 
-    std::shared_ptr<uint8_t> pixels() override { return maker_->convert(*frame_, bytesPerRow_); }
+    std::shared_ptr<uint8_t> pixels() override {
+        return maker_->convert(*frame_, bytesPerRow_, polled_.get());
+    }
 
 private:
     const std::shared_ptr<PictureMaker> maker_;
     const std::shared_ptr<cameras::CameraFrame> frame_;
+    const std::shared_ptr<PolledPicture> polled_;
     const size_t bytesPerRow_;
 };
 
-CVPixelBufferRef PictureMaker::makeBuffer(const std::shared_ptr<cameras::CameraFrame>& frame) {
+CVPixelBufferRef PictureMaker::makeBuffer(const std::shared_ptr<cameras::CameraFrame>& frame,
+                                          const std::shared_ptr<PolledPicture>& polled) {
     const size_t width = static_cast<size_t>(width_);
     const size_t bytesPerRow = static_cast<size_t>(frame->rowBytes(width_));
-    std::unique_ptr<PixelSource> picture(new CapturedPicture(shared_from_this(), frame, bytesPerRow));
+    std::unique_ptr<PixelSource> picture(new CapturedPicture(shared_from_this(), frame, polled, bytesPerRow));
     return new __CVBuffer(width, static_cast<size_t>(height_), bytesPerRow, std::move(picture), readers_);
 }
 
@@ -40,7 +45,8 @@ std::shared_ptr<uint8_t> PictureMaker::memoryFor(const cameras::CameraFrame& fra
 
 // A picture that turns out to be broken shows the last good one instead: a client that polls sees the frame
 // before for a little longer, not a hole.
-std::shared_ptr<uint8_t> PictureMaker::convert(cameras::CameraFrame& frame, size_t bytesPerRow) {
+std::shared_ptr<uint8_t> PictureMaker::convert(cameras::CameraFrame& frame, size_t bytesPerRow,
+                                               PolledPicture* polled) {
     const size_t size = bytesPerRow * static_cast<size_t>(height_);
     std::shared_ptr<uint8_t> pixels;
     try {
@@ -50,6 +56,8 @@ std::shared_ptr<uint8_t> PictureMaker::convert(cameras::CameraFrame& frame, size
     } catch (const std::bad_alloc&) {
         pixels.reset();
     }
+    if (pixels && polled)
+        polled->set(pixels, static_cast<int>(bytesPerRow));
     std::lock_guard<std::mutex> lock(mutex_);
     if (pixels) {
         lastGood_ = pixels;

@@ -5,6 +5,7 @@
 #include "platform/cameras/camera.h"
 #include "platform/CoreVideo/pixel_buffer.h"
 #include "platform/CoreVideo/pixel_memory.h"
+#include "platform/QTKit/slot_frame.h"
 
 #include <memory>
 #include <mutex>
@@ -17,14 +18,16 @@ class PictureMaker : public std::enable_shared_from_this<PictureMaker> {
 public:
     PictureMaker(int width, int height) : width_(width), height_(height) {}
 
-    // A buffer with one reference, which belongs to the caller. Nothing is converted yet.
-    CVPixelBufferRef makeBuffer(const std::shared_ptr<cameras::CameraFrame>& frame);
+    // A buffer with one reference, which belongs to the caller. Nothing is converted yet. polled: told once
+    // the picture has been made; may be null.
+    CVPixelBufferRef makeBuffer(const std::shared_ptr<cameras::CameraFrame>& frame,
+                                const std::shared_ptr<PolledPicture>& polled = nullptr);
     // Whether somebody has one of the buffers locked: its picture is being made or read.
     bool isBeingRead() const { return readers_->load() > 0; }
 
 private:
     friend class CapturedPicture;
-    std::shared_ptr<uint8_t> convert(cameras::CameraFrame& frame, size_t bytesPerRow);
+    std::shared_ptr<uint8_t> convert(cameras::CameraFrame& frame, size_t bytesPerRow, PolledPicture* polled);
     std::shared_ptr<uint8_t> memoryFor(const cameras::CameraFrame& frame, size_t size);
 
     const int width_;  // pixels

@@ -52,6 +52,8 @@ private:
     std::shared_ptr<FrameSlot> slot_;
     std::shared_ptr<const int> share_; // of the camera; null once it was stopped
     std::shared_ptr<PictureMaker> pictures_;
+    FrameRequest request_;
+    std::shared_ptr<cameras::pixels::PixelPool> pool_; // for who waits in company
     LateCalls lateCalls_;
     // Belongs to the delivery thread while the camera runs.
     double lastTime_ = -1; // seconds of the monotonic clock

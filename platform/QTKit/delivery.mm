@@ -23,16 +23,17 @@ cameras::Error checkRequest(const FrameRequest& request) {
 } // namespace
 
 cameras::Error Delivery::start() {
-    const FrameRequest request = requestOf(output_);
-    const cameras::Error wrong = checkRequest(request);
+    request_ = requestOf(output_);
+    const cameras::Error wrong = checkRequest(request_);
     if (wrong)
         return wrong;
-    const int width = static_cast<int>(request.width);
-    const int height = static_cast<int>(request.height);
+    const int width = static_cast<int>(request_.width);
+    const int height = static_cast<int>(request_.height);
     const std::shared_ptr<OpenCamera> opened = camera();
     if (!opened)
         return cameras::Error();
     pictures_ = std::make_shared<PictureMaker>(width, height);
+    pool_ = std::make_shared<cameras::pixels::PixelPool>();
     slot_ = FrameSlot::of(stateOf(output_).delegate.load(std::memory_order_acquire));
     if (!slot_->admit(shared_from_this())) {
         state_.store(STOPPED);
@@ -94,9 +95,12 @@ void Delivery::callDelegate(const std::shared_ptr<cameras::CameraFrame>& frame) 
         return;
     NSAutoreleasePool* pool = nil;
     CVPixelBufferRef buffer = nullptr;
+    std::shared_ptr<SlotFrame> slotted;
     try {
         pool = [[NSAutoreleasePool alloc] init];
-        buffer = pictures_->makeBuffer(frame);
+        slotted = std::make_shared<SlotFrame>(frame, static_cast<int>(request_.width),
+                                              static_cast<int>(request_.height), pool_);
+        buffer = pictures_->makeBuffer(frame, slotted->polled());
     } catch (const std::bad_alloc&) {
         [pool release];
         return; // a frame lost for want of memory; the next one may do better
@@ -104,9 +108,12 @@ void Delivery::callDelegate(const std::shared_ptr<cameras::CameraFrame>& frame) 
     [delegate captureOutput:output_ didOutputVideoFrame:buffer withSampleBuffer:nil fromConnection:nil];
     [pool release];
     CVBufferRelease(buffer);
+    slot_->put(slotted);
 }
 
-// The client sees it in that no new frame comes, and in the listing. The reason stands in the camera's state.
-void Delivery::streamEnded(const cameras::Error&) {}
+// Who polls sees it in that no new frame comes, and in the listing; who waits is told.
+void Delivery::streamEnded(const cameras::Error& why) {
+    slot_->ended(this, why.text);
+}
 
 } // namespace ostrel

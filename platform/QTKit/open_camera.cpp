@@ -1,5 +1,8 @@
 #include "platform/QTKit/open_camera.h"
 
+#include "platform/QTKit/frame_slot.h"
+#include "platform/QTKit/owner_scope.h"
+
 #include <algorithm>
 
 using ostrel::DeviceReport;
@@ -77,6 +80,7 @@ std::shared_ptr<OpenCamera> QTCaptureDeviceState::opened() {
 }
 
 void QTCaptureDeviceState::setRefused(Refused where, const Error& why) {
+    ostrel::FrameSlot::refuse(ostrel::OwnerScope::current(), why.text);
     std::lock_guard<std::mutex> lock(mutex_);
     refusedAt_ = where;
     refusal_ = why;

@@ -1,5 +1,5 @@
-#include "platform/QTKit/frame_slot.h"
 #include "support/recorded_framework.h"
+#include "platform/QTKit/frame_slot.h"
 
 #import <ostrel/capture_session.h>
 
@@ -409,6 +409,10 @@ size_t CVPixelBufferGetHeight(CVPixelBufferRef buffer) {
 // Deliveries are the real framework's; this one has none that a stop could have to reach.
 namespace ostrel {
 
+void FrameSlot::expect(const void*) {}
+void FrameSlot::startIsOver(const void*) {}
+void FrameSlot::refuse(const void*, const std::string&) {}
+void FrameSlot::close(const void*) {}
 void FrameSlot::shut(const void*) {}
 void FrameSlot::forget(const void*) {}
 
