@@ -52,6 +52,8 @@ public:
     bool admit(const std::shared_ptr<Delivery>& delivery);
     // After the delegate's call with this frame.
     void put(const std::shared_ptr<SlotFrame>& frame);
+    // The next frame's number is one more.
+    void countFrom(uint32_t number);
     void ended(const Delivery* delivery, const std::string& why);
 
 private:

@@ -159,6 +159,11 @@ void FrameSlot::put(const std::shared_ptr<SlotFrame>& frame) {
     tellAll();
 }
 
+void FrameSlot::countFrom(uint32_t number) {
+    Lock lock(mutex_);
+    number_ = number;
+}
+
 void FrameSlot::ended(const Delivery* delivery, const std::string& why) {
     {
         Lock lock(mutex_);

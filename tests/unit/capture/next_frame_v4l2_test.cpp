@@ -1,0 +1,180 @@
+// What a driver says and gives, as it arrives at who waits.
+#include "next_frame_fixture.h"
+
+#include "base/monotonic_clock.h"
+#include "platform/cameras/v4l2/v4l2_provider.h"
+#include "support/jpeg_pictures.h"
+#include "support/v4l2/scripted_discovery.h"
+#include "support/v4l2/scripted_kernel.h"
+
+using namespace ostrel;
+using namespace ostrel::support;
+
+namespace {
+
+class NextV4l2Frame : public NextFrameTest {
+protected:
+    const std::string path = "/dev/video0";
+    std::shared_ptr<ScriptedKernel> kernel = std::make_shared<ScriptedKernel>();
+    std::shared_ptr<ScriptedDiscovery> discovery = std::make_shared<ScriptedDiscovery>();
+    DeviceScript device;
+
+    Capture capturing(uint32_t fourcc, int width = 16, int height = 8) {
+        device.formats = {raw(fourcc, {only(width, height)})};
+        kernel->plug(path, device);
+        cameras::v4l2::NodeFacts facts;
+        facts.path = path;
+        discovery->remove(path);
+        discovery->add(facts);
+        const auto provider = cameras::v4l2::makeProvider(kernel, discovery);
+        machine.has(provider);
+        const std::string identifier = provider->list().at(0)->identifier();
+        return started(identifier.c_str(), width, height);
+    }
+    // Different bytes everywhere.
+    static FrameScript numbered(size_t bytes) {
+        FrameScript frame;
+        for (size_t i = 0; i < bytes; ++i)
+            frame.bytes.push_back(static_cast<uint8_t>(i * 31 + i / 256));
+        return frame;
+    }
+    static std::vector<uint8_t> bytesOf(const OVideoNativeFrame& frame) {
+        return std::vector<uint8_t>(frame.data(), frame.data() + frame.bytesUsed());
+    }
+};
+
+} // namespace
+
+TEST_F(NextV4l2Frame, SaysWhenTheDriverCapturedItAndUnderWhichNumber) {
+    const struct {
+        uint32_t flags;
+        OVideoFrameFacts::TimeSource source;
+    } kinds[] = {{V4L2_BUF_FLAG_TIMESTAMP_MONOTONIC | V4L2_BUF_FLAG_TSTAMP_SRC_SOE,
+                  OVideoFrameFacts::START_OF_EXPOSURE},
+                 {V4L2_BUF_FLAG_TIMESTAMP_MONOTONIC, OVideoFrameFacts::END_OF_FRAME},
+                 {V4L2_BUF_FLAG_TIMESTAMP_COPY, OVideoFrameFacts::ARRIVAL}};
+    for (const auto& kind : kinds) {
+        device.timestamps = kind.flags;
+        const Capture capture = capturing(V4L2_PIX_FMT_GREY);
+        OVideoFrameReader reader(capture);
+        FrameScript frame = numbered(16 * 8);
+        frame.sequence = 41;
+        frame.time.tv_sec = 12;
+        frame.time.tv_usec = 345678;
+        const int64_t before = monotonicNanoseconds();
+        ASSERT_TRUE(kernel->feed(path, frame));
+        VideoFrame shown;
+        OVideoFrameFacts facts;
+        ASSERT_EQ(nextVideoFrame(reader, shown, LONG, &facts), 1);
+        EXPECT_EQ(facts.number(), 1u);
+        EXPECT_EQ(facts.sequence(), 41u);
+        EXPECT_EQ(facts.timeSource(), kind.source);
+        if (kind.source == OVideoFrameFacts::ARRIVAL)
+            EXPECT_GE(facts.captureTime(), before);
+        else
+            EXPECT_EQ(facts.captureTime(), INT64_C(12345678000));
+        EXPECT_EQ(utf8Of(facts.nativeFormat()), "GREY");
+        EXPECT_EQ(facts.nativeWidth(), 16);
+        EXPECT_EQ(facts.nativeHeight(), 8);
+    }
+}
+
+TEST_F(NextV4l2Frame, NativeBytesAreTheDriversInEveryLayout) {
+    const struct {
+        uint32_t fourcc;
+        const char* name;
+        size_t bytes;
+        std::vector<size_t> offsets;
+        std::vector<int> strides;
+    } layouts[] = {{V4L2_PIX_FMT_YUYV, "YUYV", 256, {0}, {32}},
+                   {V4L2_PIX_FMT_NV12, "NV12", 192, {0, 128}, {16, 16}},
+                   {V4L2_PIX_FMT_YUV420, "YU12", 192, {0, 128, 160}, {16, 8, 8}},
+                   {V4L2_PIX_FMT_YUV422P, "422P", 256, {0, 128, 192}, {16, 8, 8}},
+                   {V4L2_PIX_FMT_GREY, "GREY", 128, {0}, {16}},
+                   {V4L2_PIX_FMT_NV21, "NV21", 192, {0, 128}, {16, 16}},
+                   {V4L2_PIX_FMT_RGB24, "RGB3", 384, {0}, {48}}};
+    OVideoNativeFrame frame;
+    for (const auto& layout : layouts) {
+        const Capture capture = capturing(layout.fourcc);
+        OVideoFrameReader reader(capture);
+        const FrameScript fed = numbered(layout.bytes);
+        ASSERT_TRUE(kernel->feed(path, fed));
+        ASSERT_EQ(nextNativeFrame(reader, frame, LONG), 1) << layout.name;
+        EXPECT_EQ(utf8Of(frame.format()), layout.name);
+        EXPECT_EQ(bytesOf(frame), fed.bytes) << layout.name;
+        ASSERT_EQ(frame.planes(), static_cast<int>(layout.offsets.size())) << layout.name;
+        for (int i = 0; i < frame.planes(); ++i) {
+            EXPECT_EQ(frame.planeOffset(i), layout.offsets[static_cast<size_t>(i)]) << layout.name;
+            EXPECT_EQ(frame.bytesPerLine(i), layout.strides[static_cast<size_t>(i)]) << layout.name;
+        }
+    }
+}
+
+TEST_F(NextV4l2Frame, NativeJpegIsTheWholePictureAsItCame) {
+    const Capture capture = capturing(V4L2_PIX_FMT_MJPEG, 64, 48);
+    OVideoFrameReader reader(capture);
+    FrameScript fed;
+    fed.bytes = quadrantsAsJpeg(64, 48);
+    ASSERT_TRUE(kernel->feed(path, fed));
+    OVideoNativeFrame frame;
+    ASSERT_EQ(nextNativeFrame(reader, frame, LONG), 1);
+    EXPECT_EQ(utf8Of(frame.format()), "MJPG");
+    EXPECT_EQ(frame.width(), 64);
+    EXPECT_EQ(frame.bytesPerLine(0), 0);
+    EXPECT_EQ(bytesOf(frame), fed.bytes);
+}
+
+TEST_F(NextV4l2Frame, NativeRowsKeepTheirPaddingAndTheColoursTheirMeaning) {
+    device.padding = 12;
+    device.adjust = [](v4l2_pix_format& format) {
+        format.colorspace = V4L2_COLORSPACE_REC709;
+        format.ycbcr_enc = V4L2_YCBCR_ENC_709;
+        format.quantization = V4L2_QUANTIZATION_FULL_RANGE;
+    };
+    const Capture capture = capturing(V4L2_PIX_FMT_NV12);
+    OVideoFrameReader reader(capture);
+    const FrameScript fed = numbered(28 * 12);
+    ASSERT_TRUE(kernel->feed(path, fed));
+    OVideoNativeFrame frame;
+    ASSERT_EQ(nextNativeFrame(reader, frame, LONG), 1);
+    EXPECT_EQ(frame.encoding(), OVideoNativeFrame::BT709);
+    EXPECT_TRUE(frame.isFullRange());
+    ASSERT_EQ(frame.planeOffset(1), 28u * 8);
+    ASSERT_EQ(frame.bytesUsed(), 28u * 12 - 12); // to the last pixel
+    for (int plane = 0; plane < 2; ++plane)
+        for (size_t row = 0; row < (plane ? 4u : 8u); ++row) {
+            const size_t at = frame.planeOffset(plane) + row * 28;
+            EXPECT_TRUE(std::equal(frame.data() + at, frame.data() + at + 16, fed.bytes.data() + at));
+        }
+}
+
+TEST_F(NextV4l2Frame, IsNotHeldFromTheDriverOnceItWasStopped) {
+    const Capture capture = capturing(V4L2_PIX_FMT_GREY);
+    OVideoFrameReader reader(capture);
+    OVideoNativeFrame frame;
+    for (int i = 0; i < 20; ++i) {
+        ASSERT_TRUE(kernel->feed(path, numbered(16 * 8)));
+        ASSERT_EQ(nextNativeFrame(reader, frame, LONG), 1);
+        ASSERT_TRUE(kernel->waitUntilIdle(path));
+        EXPECT_EQ(kernel->queued(path), 4u); // one is the newest
+    }
+    capture->stopVideoCapture();
+    EXPECT_EQ(kernel->mappings(), 0);
+    EXPECT_EQ(kernel->openDescriptors(), 0);
+    EXPECT_EQ(kernel->misuse(), std::vector<std::string>());
+}
+
+TEST_F(NextV4l2Frame, UnpluggedCameraEndsTheWaiting) {
+    const Capture capture = capturing(V4L2_PIX_FMT_GREY);
+    OVideoFrameReader reader(capture);
+    discovery->remove(path);
+    kernel->unplug(path);
+    EXPECT_TRUE(mentions(reason(reader, -1), "was unplugged"));
+}
+
+TEST_F(NextV4l2Frame, NodeThatDoesNotOpenIsSaidToWhoWaits) {
+    kernel->failNext(VIDIOC_STREAMON, EBUSY);
+    const Capture capture = capturing(V4L2_PIX_FMT_GREY);
+    OVideoFrameReader reader(capture);
+    EXPECT_TRUE(mentions(reason(reader), "in use by another program"));
+}
