@@ -19,7 +19,8 @@ const int WIDTH = 640, HEIGHT = 480;
 class Frames : public QSocketNotifier {
 public:
     Frames(ostrel::OVideoFrameReader& reader, int wanted)
-        : QSocketNotifier(reader.descriptor(), Read), m_reader(reader), m_grey(WIDTH * HEIGHT), m_left(wanted) {}
+        : QSocketNotifier(reader.descriptor(), Read), m_reader(reader), m_grey(WIDTH * HEIGHT),
+          m_left(wanted) {}
     int left() const { return m_left; }
 
 protected:

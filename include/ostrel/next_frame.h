@@ -33,8 +33,8 @@ public:
 
     // Of this picture: 1 for the first frame since the capture was started, as frameNumber counts. Wraps.
     uint32_t number() const;
-    // As the driver counts, gaps are frames that it lost; wraps, may start anywhere, and some drivers leave it
-    // at 0. Pushed frames and those of a file count from 0, those of the test pattern as in the picture.
+    // As the driver counts, gaps are frames that it lost; wraps, may start anywhere, and some drivers leave
+    // it at 0. Pushed frames and those of a file count from 0, those of the test pattern as in the picture.
     uint32_t sequence() const;
     // When it was captured, in nanoseconds of CLOCK_MONOTONIC, and what is meant by that.
     int64_t captureTime() const;
@@ -59,9 +59,9 @@ public:
     explicit OVideoFrameReader(const QSharedPointer<OVideoCaptureUnix>& capture);
     ~OVideoFrameReader();
 
-    // For poll(), epoll or QSocketNotifier, to wait for reading only: readable for as long as there is a frame
-    // that this reader has not had, and for as long as none will come any more. Belongs to the reader, valid
-    // as long as it. -1 when the system has no descriptor left.
+    // For poll(), epoll or QSocketNotifier, to wait for reading only: readable for as long as there is a
+    // frame that this reader has not had, and for as long as none will come any more. Belongs to the reader,
+    // valid as long as it. -1 when the system has no descriptor left.
     int descriptor();
 
 private:
@@ -77,15 +77,15 @@ enum OVideoPixels {
     OVIDEO_PIXELS_GREY = 3  // one: from 0, black, to 255
 };
 
-// Waits for the newest frame that this reader has not had, at the capture's width and height; at once if there
-// is one. A frame that turns out to be broken is passed over for the next whole one.
+// Waits for the newest frame that this reader has not had, at the capture's width and height; at once if
+// there is one. A frame that turns out to be broken is passed over for the next whole one.
 //
 //    1   here it is
 //    0   the time is over: timeoutMs milliseconds; negative waits for ever
 //   -1   none will come any more: refused, ended, stopped, or the arguments fit no frame; why says it
 //
-// facts and why may be null; they are set where there is something to say. Throws std::bad_alloc. The pictures
-// are made on the calling thread.
+// facts and why may be null; they are set where there is something to say. Throws std::bad_alloc. The
+// pictures are made on the calling thread.
 //
 // Fills frame, of which timestamp is the time of this call; untouched unless 1 is returned.
 OSTREL_EXPORT int nextVideoFrame(OVideoFrameReader& reader, VideoFrame& frame, int timeoutMs,
