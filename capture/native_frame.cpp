@@ -97,7 +97,8 @@ OVideoNativeFrame::OVideoNativeFrame(const OVideoNativeFrame& other)
     : d(new OVideoNativeFramePrivate(*other.d)) {}
 
 OVideoNativeFrame& OVideoNativeFrame::operator=(const OVideoNativeFrame& other) {
-    *d = *other.d;
+    if (this != &other)
+        *d = *other.d;
     return *this;
 }
 

@@ -54,7 +54,8 @@ OVideoFrameFacts::OVideoFrameFacts(const OVideoFrameFacts& other)
     : d(new OVideoFrameFactsPrivate(*other.d)) {}
 
 OVideoFrameFacts& OVideoFrameFacts::operator=(const OVideoFrameFacts& other) {
-    *d = *other.d;
+    if (this != &other)
+        *d = *other.d;
     return *this;
 }
 

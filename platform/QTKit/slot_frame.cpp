@@ -10,7 +10,8 @@ using cameras::pixels::OutputFormat;
 namespace {
 
 void copyRows(const uint8_t* from, int stride, const Output& to) {
-    const auto bytes = static_cast<size_t>(to.width * cameras::pixels::bytesPerPixel(to.format));
+    const size_t bytes =
+        static_cast<size_t>(to.width) * static_cast<size_t>(cameras::pixels::bytesPerPixel(to.format));
     for (int y = 0; y < to.height; ++y)
         std::memcpy(to.row(y), from + static_cast<ptrdiff_t>(y) * stride, bytes);
 }
