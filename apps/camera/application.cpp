@@ -4,12 +4,14 @@
 #include "apps/camera/commands.h"
 #include "apps/camera/output_file.h"
 #include "apps/common/failure.h"
+#include "apps/common/library_log.h"
 
 #include <cerrno>
 #include <clocale>
 #include <csignal>
 #include <fcntl.h>
 #include <new>
+#include <optional>
 #include <unistd.h>
 
 namespace ostrel::apps::cli {
@@ -56,9 +58,11 @@ int parseAndRun(int argc, const char* const* argv, Messages& messages) {
     }
     const Options& options = *request.options;
     messages.setQuiet(options.quiet);
-    LibraryLog log(messages.descriptor(), options.verbose);
+    std::optional<HiddenLibraryLog> hidden;
+    if (!options.verbose)
+        hidden.emplace(messages.descriptor());
     const StopRequest stop;
-    return runCommand(options, {messages, log, stop});
+    return runCommand(options, {messages, stop});
 }
 
 } // namespace

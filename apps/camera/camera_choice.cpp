@@ -63,18 +63,17 @@ Camera chooseCamera(const std::vector<Camera>& cameras, const std::string& wante
     for (const Camera& camera : cameras)
         names.insert(QString::fromStdString(camera.identifier), QString::fromStdString(camera.name));
     const std::string text = wanted.empty() ? added.front().toStdString() : wanted;
-    const QStringList identifiers = matchingCameras(names, QString::fromStdString(text));
+    QString why;
+    const QStringList identifiers = meantCameras(names, QString::fromStdString(text), why);
     std::vector<Camera> matches;
     for (const Camera& camera : cameras)
         if (identifiers.contains(QString::fromStdString(camera.identifier)))
             matches.push_back(camera);
     if (matches.size() == 1)
         return matches.front();
-    if (matches.empty())
-        throw Failure(EXIT_NO_SUCH_CAMERA,
-                      "no camera is called " + quoted(text) + "; attached: " + described(cameras));
     throw Failure(EXIT_NO_SUCH_CAMERA,
-                  quoted(text) + " fits several cameras, give the identifier of one: " + described(matches));
+                  why.toStdString() +
+                      (matches.empty() ? "; attached: " + described(cameras) : ": " + described(matches)));
 }
 
 Camera chooseCamera(const CameraOptions& options, const AddedCameras& added) {

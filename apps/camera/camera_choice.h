@@ -29,7 +29,7 @@ AddedCameras addCameras(const CameraOptions& options, const Size& size);
 // In the order of the library's listing.
 std::vector<Camera> attachedCameras();
 
-// wanted: what matchingCameras() takes. Empty: the added camera if there is one, else the first. closed: why
+// wanted: what meantCameras() takes. Empty: the added camera if there is one, else the first. closed: why
 // there may be none. Throws a Failure with EXIT_NO_CAMERA, EXIT_NO_SUCH_CAMERA or EXIT_CANNOT_OPEN.
 Camera chooseCamera(const std::vector<Camera>& cameras, const std::string& wanted, const QStringList& added,
                     const std::vector<ClosedNode>& closed);

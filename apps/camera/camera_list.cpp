@@ -2,6 +2,8 @@
 
 #include "apps/common/text.h"
 
+#include <ostrel/device_details.h>
+
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
@@ -47,7 +49,9 @@ std::string cameraTable(const std::vector<Camera>& cameras) {
     return aligned(rows);
 }
 
-std::string cameraJson(const std::vector<Camera>& cameras) {
+namespace {
+
+QJsonArray arrayOf(const std::vector<Camera>& cameras) {
     QJsonArray list;
     for (const Camera& camera : cameras) {
         QJsonArray formats;
@@ -57,7 +61,42 @@ std::string cameraJson(const std::vector<Camera>& cameras) {
                                 {"name", QString::fromStdString(camera.name)},
                                 {"formats", formats}});
     }
-    return QJsonDocument(list).toJson().toStdString();
+    return list;
+}
+
+} // namespace
+
+std::string cameraJson(const std::vector<Camera>& cameras) {
+    return QJsonDocument(arrayOf(cameras)).toJson().toStdString();
+}
+
+std::vector<OtherNode> otherNodes() {
+    std::vector<OtherNode> others;
+    for (const OVideoNode& node : videoNodes())
+        if (!node.reason().isEmpty())
+            others.push_back({node.path().toStdString(), printable(node.name().toStdString()),
+                              printable(node.reason().toStdString())});
+    return others;
+}
+
+std::string nodeTable(const std::vector<OtherNode>& nodes) {
+    if (nodes.empty())
+        return std::string();
+    std::vector<Row> rows = {{"NODE", "NAME", "WHY IT IS NO CAMERA, OR CANNOT BE USED"}};
+    for (const OtherNode& node : nodes)
+        rows.push_back({node.path, node.name, node.reason});
+    return aligned(rows);
+}
+
+std::string allJson(const std::vector<Camera>& cameras, const std::vector<OtherNode>& nodes) {
+    QJsonArray others;
+    for (const OtherNode& node : nodes)
+        others.append(QJsonObject{{"path", QString::fromStdString(node.path)},
+                                  {"name", QString::fromStdString(node.name)},
+                                  {"reason", QString::fromStdString(node.reason)}});
+    return QJsonDocument(QJsonObject{{"cameras", arrayOf(cameras)}, {"others", others}})
+        .toJson()
+        .toStdString();
 }
 
 } // namespace ostrel::apps::cli

@@ -15,6 +15,20 @@ std::string cameraTable(const std::vector<Camera>& cameras);
 // [{"id": ..., "name": ..., "formats": [{"width": ..., "height": ...}]}], ending with a line break.
 std::string cameraJson(const std::vector<Camera>& cameras);
 
+// A video node that is no camera, or against whose use something stands.
+struct OtherNode {
+    std::string path;
+    std::string name;
+    std::string reason;
+};
+
+std::vector<OtherNode> otherNodes(); // of this machine, by number
+
+// As above; empty without nodes.
+std::string nodeTable(const std::vector<OtherNode>& nodes);
+// {"cameras": [as cameraJson()], "others": [{"path": ..., "name": ..., "reason": ...}]}
+std::string allJson(const std::vector<Camera>& cameras, const std::vector<OtherNode>& nodes);
+
 } // namespace ostrel::apps::cli
 
 #endif

@@ -167,9 +167,11 @@ CommandLine::CommandLine() {
 }
 
 void CommandLine::addCommonOptions() {
-    app_.add_option("-c,--camera", options_.camera.camera,
-                    "Which camera: its identifier, its name, or a part of the name that only one camera has. "
-                    "Letter case does not matter. Without it, the first of the list.")
+    app_.add_option(
+            "-c,--camera", options_.camera.camera,
+            "Which camera: its identifier, its name, a part of the name that only one camera has, or "
+            "its node, such as /dev/video2. Letter case does not matter. Identifiers of release 1.0.0 "
+            "and of another port do as well. Without it, the first of the list.")
         ->type_name("CAMERA")
         ->group(CAMERA_GROUP);
     app_.add_flag("--test-camera", options_.camera.testCamera,
@@ -227,8 +229,11 @@ void CommandLine::addList() {
     CLI::App* command = addCommand(Command::List, "list", "List the attached cameras.");
     command->add_flag("--json", options_.list.json,
                       "Write JSON: an array with id, name and formats of each camera.");
+    command->add_flag("--all", options_.list.all,
+                      "Show the video nodes that are no cameras as well, each with the reason.");
     command->footer("Examples:\n"
                     "  ostrel-camera list\n"
+                    "  ostrel-camera list --all\n"
                     "  ostrel-camera list --json | jq -r '.[].id'\n");
 }
 

@@ -10,10 +10,14 @@ int runList(const Options& options, const Surroundings& around) {
     const AddedCameras added = addCameras(options.camera, options.size());
     const std::vector<Camera> cameras = attachedCameras();
     OutputFile output("-", OutputFile::Mode::Stream);
-    if (options.list.json)
-        output.write(cameraJson(cameras));
-    else if (!cameras.empty())
-        output.write(cameraTable(cameras));
+    const std::vector<OtherNode> others = options.list.all ? otherNodes() : std::vector<OtherNode>();
+    if (options.list.json) {
+        output.write(options.list.all ? allJson(cameras, others) : cameraJson(cameras));
+    } else {
+        if (!cameras.empty())
+            output.write(cameraTable(cameras) + (others.empty() ? "" : "\n"));
+        output.write(nodeTable(others));
+    }
     output.commit();
     const std::vector<ClosedNode> closed = closedVideoNodes();
     if (cameras.empty())

@@ -62,7 +62,7 @@ public:
           step_(makeStep(options.size(), kind_, options)), progress_(around.messages) {}
 
     int run(const Camera& camera) {
-        FrameSource source(camera, options_.size(), around_.log, around_.stop);
+        FrameSource source(camera, options_.size(), around_.stop);
         around_.messages.say("recording " + toString(writtenSize_) + " from " + camera.name + " to " +
                              writer_->displayName() + (limited() ? "" : ", Ctrl-C ends it"));
         const FrameSource::Result end = takeFrames(source);

@@ -30,7 +30,7 @@ int runSnapshot(const Options& options, const Surroundings& around) {
     const AddedCameras added = addCameras(options.camera, size);
     const Camera camera = chooseCamera(options.camera, added);
     OutputFile output(path, OutputFile::Mode::Whole);
-    FrameSource source(camera, size, around.log, around.stop);
+    FrameSource source(camera, size, around.stop);
     VideoFrame frame;
     for (uint64_t taken = 0; taken <= options.snapshot.skip; ++taken) {
         const FrameSource::Result result = source.next(frame, options.camera.timeout);
@@ -38,6 +38,8 @@ int runSnapshot(const Options& options, const Surroundings& around) {
             throw Interrupted(around.stop.signal());
         if (result == FrameSource::Result::TimedOut)
             throw Failure(EXIT_NO_FRAME, source.timeoutReason(options.camera.timeout));
+        if (result == FrameSource::Result::Ended)
+            throw Failure(EXIT_CANNOT_OPEN, source.endReason());
     }
     output.write(encodePng(frame.data, size));
     output.commit();

@@ -39,7 +39,7 @@ public:
     Watch(const Options& options, const std::optional<double>& endOfFile, const Surroundings& around,
           const Camera& camera)
         : options_(options), endOfFile_(endOfFile), around_(around), camera_(camera),
-          source_(camera, options.size(), around.log, around.stop) {}
+          source_(camera, options.size(), around.stop) {}
 
     int run() {
         around_.messages.say("watching " + camera_.name + " at " + toString(options_.size()) +
@@ -78,6 +78,11 @@ private:
     void report() {
         reported_ = Clock::now();
         report_.show(streamReport(source_.figures(), source_.statistics(), options_.size()));
+        // What keeps a stream waiting is said once, when it becomes known.
+        const std::string why = source_.state().stalled().toStdString();
+        if (!why.empty() && why != stalled_)
+            around_.messages.say(why);
+        stalled_ = why;
     }
 
     // Whether a file has ended. A camera that has is a failure.
@@ -101,6 +106,7 @@ private:
     FrameSource source_;
     Report report_;
     VideoFrame frame_;
+    std::string stalled_;
     Clock::time_point reported_ = Clock::now();
     Clock::time_point lastFrame_ = Clock::now();
 };

@@ -5,14 +5,12 @@
 #include "apps/camera/messages.h"
 #include "apps/camera/options.h"
 #include "apps/camera/stop_request.h"
-#include "apps/common/library_log.h"
 
 namespace ostrel::apps::cli {
 
 // What a command works with beside its options.
 struct Surroundings {
     Messages& messages;
-    LibraryLog& log;
     const StopRequest& stop;
 };
 

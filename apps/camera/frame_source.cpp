@@ -1,7 +1,10 @@
 #include "apps/camera/frame_source.h"
 
+#include "apps/camera/stream_report.h"
 #include "apps/common/failure.h"
 #include "apps/common/text.h"
+
+#include <ostrel/devices.h>
 
 #include <algorithm>
 #include <thread>
@@ -49,8 +52,8 @@ Clock::duration PollPace::pause(Clock::time_point now) const {
     return std::min<Clock::duration>(std::max(quiet, poll), LONGEST_PAUSE);
 }
 
-FrameSource::FrameSource(const Camera& camera, const Size& size, LibraryLog& log, const StopRequest& stop)
-    : camera_(camera), size_(size), log_(log), stop_(stop) {
+FrameSource::FrameSource(const Camera& camera, const Size& size, const StopRequest& stop)
+    : camera_(camera), size_(size), stop_(stop) {
     if (!capture_.start(QString::fromStdString(camera_.identifier), size_))
         throw Failure(EXIT_NO_SUCH_CAMERA, "the camera " + quoted(camera_.name) +
                                                " has gone: plug it in again, 'ostrel-camera list' shows "
@@ -64,10 +67,11 @@ FrameSource::Result FrameSource::next(VideoFrame& frame, double timeoutSeconds) 
             count();
             return Result::Frame;
         }
-        const std::string& error = log_.drain().error();
-        if (!error.empty())
-            throw Failure(EXIT_CANNOT_OPEN, "cannot use the camera " + quoted(camera_.name) + ": " + error);
-        if (!statistics().ended.isEmpty())
+        const std::string refusal = capture_.refusal().toStdString();
+        if (!refusal.empty())
+            throw Failure(EXIT_CANNOT_OPEN, "cannot use the camera " + quoted(camera_.name) + ": " + refusal);
+        const OVideoCameraState known = state();
+        if (known.isOpen() && !known.ended().isEmpty())
             return Result::Ended;
         const Clock::time_point now = Clock::now();
         if (now >= deadline)
@@ -94,24 +98,28 @@ uint64_t FrameSource::lost() const {
     return figures_.missed + lostOnTheWay(statistics()) - lostBefore_;
 }
 
-std::string FrameSource::timeoutReason(double timeoutSeconds) {
-    const std::string what = "no frame from " + quoted(camera_.name) + " within " +
-                             QString::number(timeoutSeconds).toStdString() + " s: ";
-    const int64_t refused = log_.drain().refusedFrameBytes();
-    if (refused > 0)
-        return what + "its frames of " + std::to_string(refused) + " bytes do not have the size " +
-               toString(size_) + ", try another --size";
-    return what + "check its cable and privacy switch, or allow more time with --timeout";
+std::string FrameSource::whyNothingCame() const {
+    const OVideoCameraState known = state();
+    const QString identifier = QString::fromStdString(camera_.identifier);
+    if (!known.whyNoFrames().isEmpty())
+        return known.whyNoFrames().toStdString();
+    if (!known.isOpen() && !videoDevices().contains(identifier))
+        return "it is no longer attached";
+    if (figures_.taken == 0 && !known.statistics().dropped.isEmpty())
+        return "what it sends is broken, dropped " + droppedText(known.statistics());
+    if (figures_.taken == 0 && known.statistics().delivered > 0)
+        return "its frames do not have the size " + toString(size_) + ", try another --size";
+    return "check its cable and privacy switch, or allow more time with --timeout";
+}
+
+std::string FrameSource::timeoutReason(double timeoutSeconds) const {
+    return "no frame from " + quoted(camera_.name) + " within " +
+           QString::number(timeoutSeconds).toStdString() + " s: " + whyNothingCame() +
+           "; 'ostrel-camera doctor' examines it";
 }
 
 std::string FrameSource::endReason() const {
-    return "the camera " + quoted(camera_.name) + " stopped: " + statistics().ended.toStdString();
-}
-
-OVideoStatistics FrameSource::statistics() const {
-    OVideoStatistics statistics;
-    videoStatistics(QString::fromStdString(camera_.identifier), statistics);
-    return statistics;
+    return "the camera " + quoted(camera_.name) + " stopped: " + state().ended().toStdString();
 }
 
 } // namespace ostrel::apps::cli

@@ -5,9 +5,6 @@
 #include "apps/camera/camera_choice.h"
 #include "apps/camera/stop_request.h"
 #include "apps/common/capture.h"
-#include "apps/common/library_log.h"
-
-#include <ostrel/statistics.h>
 
 #include <chrono>
 
@@ -49,29 +46,30 @@ public:
     };
 
     // Throws a Failure when the camera is gone.
-    FrameSource(const Camera& camera, const Size& size, LibraryLog& log, const StopRequest& stop);
+    FrameSource(const Camera& camera, const Size& size, const StopRequest& stop);
 
     // Waits for a frame newer than the last; frame keeps its memory from call to call. Throws a Failure with
     // EXIT_CANNOT_OPEN as soon as the library says that the camera cannot be used.
     Result next(VideoFrame& frame, double timeoutSeconds);
 
     // Why nothing came, as the line of a Failure.
-    std::string timeoutReason(double timeoutSeconds);
+    std::string timeoutReason(double timeoutSeconds) const;
     // Why the camera stopped by itself, likewise.
     std::string endReason() const;
 
     StreamFigures figures() const { return figures_; }
     // Frames since the first one taken that the camera took and next() did not return, wherever they went.
     uint64_t lost() const;
-    // The library's own figures of the camera; empty where it keeps none.
-    OVideoStatistics statistics() const;
+    // What the library knows of the camera at this moment.
+    OVideoCameraState state() const { return capture_.state(); }
+    OVideoStatistics statistics() const { return state().statistics(); }
 
 private:
     void count();
+    std::string whyNothingCame() const;
 
     Camera camera_;
     Size size_;
-    LibraryLog& log_;
     const StopRequest& stop_;
     Capture capture_;
     PollPace pace_;

@@ -6,8 +6,8 @@
 
 namespace ostrel::apps::cli {
 
-// Holds the standard error stream that the program was started with, also while LibraryLog has put something
-// else in its place. Bound to one thread.
+// Holds the standard error stream that the program was started with, also while HiddenLibraryLog has put
+// something else in its place. Bound to one thread.
 class Messages {
 public:
     Messages();

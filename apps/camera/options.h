@@ -16,6 +16,7 @@ enum class Command { List, Snapshot, Record, Watch, Convert, Scale };
 
 struct ListOptions {
     bool json = false;
+    bool all = false;
 };
 
 struct SnapshotOptions {

@@ -35,7 +35,6 @@ public:
     // Ends the file and gives a whole one its name.
     void commit();
 
-    const std::string& path() const { return path_; }
     // "recording.y4m", or "standard output"
     const std::string& displayName() const { return displayName_; }
 

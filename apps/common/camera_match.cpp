@@ -1,5 +1,7 @@
 #include "apps/common/camera_match.h"
 
+#include <ostrel/device_id.h>
+
 namespace ostrel::apps {
 
 QStringList matchingCameras(const QMap<QString, QString>& cameras, const QString& wanted) {
@@ -25,6 +27,21 @@ QStringList matchingCameras(const QMap<QString, QString>& cameras, const QString
         if (!matches.isEmpty())
             break;
     }
+    return matches;
+}
+
+QStringList meantCameras(const QMap<QString, QString>& cameras, const QString& wanted, QString& why) {
+    QStringList matches = matchingCameras(cameras, wanted);
+    if (matches.size() > 1)
+        why = QString("'%1' fits several cameras, give the identifier of one").arg(wanted);
+    if (!matches.isEmpty())
+        return matches;
+    // Of those that the caller knows: a camera may have come since.
+    const QString identifier = videoDeviceID(wanted, &why);
+    if (cameras.contains(identifier))
+        matches.append(identifier);
+    else if (why.isEmpty())
+        why = QString("no attached camera fits \"%1\"").arg(wanted);
     return matches;
 }
 

@@ -12,6 +12,10 @@ namespace ostrel::apps {
 // whole identifier, else the whole name, else a part of the name; letter case counts only where it decides.
 QStringList matchingCameras(const QMap<QString, QString>& cameras, const QString& wanted);
 
+// Likewise, and where none fits, what videoDeviceID() makes of the text: identifiers of earlier releases or
+// of another port, node paths, links to them. None, or several by one name: the reason is in why.
+QStringList meantCameras(const QMap<QString, QString>& cameras, const QString& wanted, QString& why);
+
 } // namespace ostrel::apps
 
 #endif

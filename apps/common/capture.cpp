@@ -2,9 +2,20 @@
 
 namespace ostrel::apps {
 
+namespace {
+
+// A start forgets the refusal of the one before as soon as its thread runs; one that is still there after so
+// long is its own.
+const std::chrono::milliseconds THREAD_RUNS(500);
+
+} // namespace
+
 bool Capture::start(const QString& identifier, const Size& size) {
     stop();
     any_ = false;
+    identifier_ = identifier;
+    start_ = std::chrono::steady_clock::now();
+    oldRefusal_ = state().refused();
     // A capture object is started once. The next capture gets a new one.
     capture_ = OVideoCaptureUnix::ptr();
     capture_->startCapture(identifier.toLatin1().constData(), size.width, size.height);
@@ -28,6 +39,14 @@ Capture::Fetched Capture::fetch(VideoFrame& frame) {
     any_ = true;
     lastNumber_ = frame.frameNumber;
     return Fetched::New;
+}
+
+QString Capture::refusal() {
+    const QString refused = state().refused();
+    if (refused.isEmpty())
+        oldRefusal_.clear();
+    const bool mayBeOld = refused == oldRefusal_ && std::chrono::steady_clock::now() - start_ < THREAD_RUNS;
+    return mayBeOld ? QString() : refused;
 }
 
 } // namespace ostrel::apps

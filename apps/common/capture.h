@@ -4,7 +4,10 @@
 
 #include "apps/common/size.h"
 
+#include <ostrel/camera_state.h>
 #include <ostrel/capture.h>
+
+#include <chrono>
 
 namespace ostrel::apps {
 
@@ -25,7 +28,15 @@ public:
     // How many frames the camera delivered from the new frame before to the last new one; 0 for the first.
     uint32_t advance() const { return advance_; }
 
+    // Why the start was refused, in the library's words; empty as long as it was not.
+    QString refusal();
+    // What the library knows of the camera at this moment. Of one that is not open yet, it is of earlier.
+    OVideoCameraState state() const { return OVideoCameraState(identifier_); }
+
 private:
+    QString identifier_;
+    std::chrono::steady_clock::time_point start_;
+    QString oldRefusal_; // of the start before, until this one has got as far as that
     QSharedPointer<OVideoCaptureUnix> capture_;
     bool any_ = false; // a frame was fetched
     uint32_t lastNumber_ = 0;

@@ -17,8 +17,8 @@ public:
 
     bool isAttached(const QString& id) const { return cameras_.contains(id); }
     QString nameOf(const QString& id) const { return cameras_.value(id); }
-    // Those that a name stands for, as matchingCameras() says.
-    QStringList find(const QString& text) const { return matchingCameras(cameras_, text); }
+    // Those that a text stands for, as meantCameras() says.
+    QStringList find(const QString& text, QString& why) const { return meantCameras(cameras_, text, why); }
     QString first() const { return cameras_.isEmpty() ? QString() : cameras_.firstKey(); }
 
     // Marks a camera without the signal; an identifier that is not attached marks none.

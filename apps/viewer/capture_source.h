@@ -3,10 +3,7 @@
 #define OSTREL_APPS_VIEWER_CAPTURE_SOURCE_H
 
 #include "apps/common/capture.h"
-#include "apps/common/library_log.h"
 #include "apps/viewer/frame_meter.h"
-
-#include <optional>
 
 namespace ostrel::apps::viewer {
 
@@ -31,22 +28,23 @@ public:
 
     State state() const { return state_; }
     bool waits() const { return state_ == State::Starting || state_ == State::Silent; }
-    QString failure() const { return failure_; } // the library's words, for Failed
+    // The library's words: for Failed, and for Silent and Stalled where it knows why. Else empty.
+    QString why() const { return why_; }
     FrameMeter& meter() { return meter_; }
 
 private:
     void end(State state);
     bool isToBeShown(Capture::Fetched fetched, Clock::time_point now);
     void lookForFailure();
+    QString whatIsKnown() const;
 
     Capture capture_;
     VideoFrame frame_;
     State state_ = State::Idle;
-    QString failure_;
+    QString why_;
     FrameMeter meter_;
     Clock::time_point since_; // when the capture was started, then when the newest frame was seen
     bool shownTwice_ = false;
-    std::optional<LibraryLog> log_; // until the first frame
 };
 
 } // namespace ostrel::apps::viewer

@@ -103,10 +103,10 @@ void MainWindow::startTimers() {
 void MainWindow::camerasChanged() {
     CameraList* cameras = panel_->cameras;
     if (cameraId_.isEmpty()) {
-        const QStringList found =
-            settings_.camera.isEmpty() ? QStringList(cameras->first()) : cameras->find(settings_.camera);
-        if (found.size() == 1 && !found.first().isEmpty())
-            chooseCamera(found.first());
+        found_ = settings_.camera.isEmpty() ? QStringList(cameras->first())
+                                            : cameras->find(settings_.camera, whyNone_);
+        if (found_.size() == 1 && !found_.first().isEmpty())
+            chooseCamera(found_.first());
     } else if (!cameras->isAttached(cameraId_)) {
         source_.cameraLeft();
         showFigures();
@@ -155,7 +155,7 @@ void MainWindow::showState() {
     if (!cameraId_.isEmpty())
         view_->setMessage(captureMessage(source_, cameraName_));
     else if (panel_->cameras->count() > 0)
-        view_->setMessage(noSuchCamera(settings_.camera, panel_->cameras->find(settings_.camera).size() > 1));
+        view_->setMessage(noSuchCamera(settings_.camera, found_.size() > 1, whyNone_));
     else
         view_->setMessage(noCamera());
     panel_->snapshot->setEnabled(view_->hasPicture());

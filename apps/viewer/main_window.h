@@ -16,7 +16,7 @@ class ControlPanel;
 class PictureView;
 
 struct WindowSettings {
-    QString camera; // which to begin with, as matchingCameras() takes it; empty: the first
+    QString camera; // which to begin with, as meantCameras() takes it; empty: the first
     Size size = sizeOf(VIDEO_QUALITY_SD);
     QString snapshotFolder = "."; // has to exist
 };
@@ -46,7 +46,9 @@ private:
     void showFigures();
 
     WindowSettings settings_;
-    QString cameraId_;   // the chosen one, attached or not; empty: none yet
+    QString cameraId_;  // the chosen one, attached or not; empty: none yet
+    QStringList found_; // what the camera asked for stands for, until one is chosen
+    QString whyNone_;
     QString cameraName_; // kept for when it is gone
     CaptureSource source_;
     PictureScaler scaler_;

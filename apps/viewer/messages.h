@@ -17,8 +17,8 @@ struct Message {
 };
 
 Message noCamera();
-// wanted: what was asked for on the command line; several: it fits more than one camera.
-Message noSuchCamera(const QString& wanted, bool several);
+// wanted: what was asked for on the command line; several: it fits more than one camera. why: it fits none.
+Message noSuchCamera(const QString& wanted, bool several, const QString& why);
 // Empty while the picture is live. camera: its name for people.
 Message captureMessage(const CaptureSource& source, const QString& camera);
 

@@ -35,11 +35,11 @@ Request parseCommandLine(const QStringList& arguments) {
     const QCommandLineOption testCamera("test-camera", "Add a camera that shows a moving test pattern.");
     const QCommandLineOption play("play", "Add a camera that plays a Y4M file, over and over, as does FILE.",
                                   "FILE");
-    const QCommandLineOption camera(
-        {"c", "camera"},
-        "Begin with this camera: its identifier, its name, or a part of the name that only "
-        "one camera has.",
-        "CAMERA");
+    const QCommandLineOption camera({"c", "camera"},
+                                    "Begin with this camera: its identifier, its name, a part of the name "
+                                    "that only one camera has, or its "
+                                    "node, such as /dev/video2.",
+                                    "CAMERA");
     const QCommandLineOption size(
         {"s", "size"}, QString("Capture in this size: %1; sd without it.").arg(SIZE_NAMES), "SIZE");
     const QCommandLineOption fullScreen({"full-screen", "fullscreen"},

@@ -46,10 +46,6 @@ void expectTestPattern(const QImage& image, int width, int height) {
     EXPECT_GT(counter, 0U);
 }
 
-bool machineHasCameras() {
-    return run("/", {"list"}).code == 0;
-}
-
 TEST(CaptureProgram, ListShowsTheTestCameraInAlignedColumns) {
     const Outcome outcome = run("/", {"list", "--test-camera", "-q"});
     EXPECT_EQ(0, outcome.code);
@@ -82,8 +78,10 @@ TEST(CaptureProgram, ListAsJsonHoldsIdNameAndFormats) {
 }
 
 TEST(CaptureProgram, AMachineWithoutCamerasSaysSoAndHowToGoOn) {
-    if (machineHasCameras())
-        GTEST_SKIP() << "cameras are attached to this machine";
+    const bool attached = run("/", {"list", "--json"}).output != "[\n]\n";
+    EXPECT_EQ(attached ? 0 : 3, run("/", {"list"}).code);
+    if (attached) // then there is nothing more to say
+        return;
     const std::string line = "ostrel-camera: no camera is attached: plug one in, or use --test-camera for "
                              "the built-in test picture\n";
     for (const QString command : {"list", "snapshot", "record", "watch"}) {
@@ -94,13 +92,12 @@ TEST(CaptureProgram, AMachineWithoutCamerasSaysSoAndHowToGoOn) {
         EXPECT_EQ("", outcome.output.toStdString());
         EXPECT_EQ(QStringList(), folder.entries());
     }
-    EXPECT_EQ("[\n]\n", run("/", {"list", "--json"}).output.toStdString());
 }
 
 TEST(CaptureProgram, AnUnknownCameraIsAnsweredWithThoseThatThereAre) {
     const Outcome outcome = run("/", {"snapshot", "--camera", "nobody", "--test-camera"});
     EXPECT_EQ(4, outcome.code);
-    EXPECT_EQ(0U, outcome.errors.find("ostrel-camera: no camera is called 'nobody'; attached: "))
+    EXPECT_EQ(0U, outcome.errors.find("ostrel-camera: no attached camera fits \"nobody\"; attached: "))
         << outcome.errors;
     EXPECT_NE(std::string::npos, outcome.errors.find("Test pattern (ostrel-test-pattern)"));
     EXPECT_EQ(outcome.errors.size() - 1, outcome.errors.find('\n'));
@@ -156,7 +153,7 @@ TEST(CaptureProgram, NoFrameInTimeLeavesNoFileAndAnOldOneAsItWas) {
     EXPECT_EQ(6, outcome.code);
     EXPECT_EQ(
         "ostrel-camera: no frame from 'slow.y4m' within 0.2 s: check its cable and privacy switch, or allow "
-        "more time with --timeout\n",
+        "more time with --timeout; 'ostrel-camera doctor' examines it\n",
         outcome.errors);
     EXPECT_EQ(QStringList(), folder.entries());
 
@@ -353,6 +350,24 @@ TEST(CaptureProgram, TheLibrarysOwnLinesAreShownOnlyWhenAsked) {
     EXPECT_EQ(0, verbose.code);
     EXPECT_NE(std::string::npos, verbose.errors.find("\n>>> starting session\n")) << verbose.errors;
     EXPECT_NE(std::string::npos, verbose.errors.find("\nremoving input-output\n"));
+}
+
+TEST(CaptureProgram, ListAllSaysOfEachNodeWhyItIsNoCamera) {
+    const Outcome outcome = run("/", {"list", "--all", "--json", "--test-camera"});
+    EXPECT_EQ(0, outcome.code);
+    const QJsonObject all = QJsonDocument::fromJson(outcome.output).object();
+    EXPECT_GE(all["cameras"].toArray().size(), 1);
+    EXPECT_TRUE(all["others"].isArray());
+    for (const QJsonValue& node : all["others"].toArray())
+        EXPECT_NE("", node.toObject()["reason"].toString().toStdString());
+}
+
+TEST(CaptureProgram, ANodeThatIsNotThereIsSaid) {
+    Folder folder;
+    const Outcome outcome = run(folder.path(), {"snapshot", "--test-camera", "-c", "/dev/video987"});
+    EXPECT_EQ(4, outcome.code);
+    EXPECT_EQ(0U, outcome.errors.find("ostrel-camera: there is no /dev/video987; attached: "))
+        << outcome.errors;
 }
 
 TEST(CaptureProgram, WatchReportsWhatTheCameraGrants) {

@@ -8,7 +8,6 @@
 
 #include <csignal>
 #include <memory>
-#include <unistd.h>
 
 namespace {
 
@@ -22,12 +21,11 @@ const double LONG = 60; // seconds; a hang, not a measure
 class FrameSourceTest : public testing::Test {
 protected:
     FrameSourceTest()
-        : camera_("faulty", "Faulty camera", 320, 240, 100),
-          log_(dup(STDERR_FILENO), false), chosen_{"faulty", "Faulty camera", {}} {
+        : camera_("faulty", "Faulty camera", 320, 240, 100), chosen_{"faulty", "Faulty camera", {}} {
         camera_.attach();
     }
 
-    FrameSource open() { return FrameSource(chosen_, {320, 240}, log_, stop_); }
+    FrameSource open() { return FrameSource(chosen_, {320, 240}, stop_); }
 
     // "code: line" of the failure that the first frame meets.
     std::string failure() {
@@ -41,7 +39,6 @@ protected:
     }
 
     OVideoTestPatternCamera camera_;
-    LibraryLog log_;
     StopRequest stop_;
     Camera chosen_;
     VideoFrame frame_;
@@ -104,7 +101,7 @@ TEST_F(FrameSourceTest, ASilentCameraTimesOut) {
     EXPECT_EQ(Result::TimedOut, source.next(frame_, 0.1));
     EXPECT_EQ(
         "no frame from 'Faulty camera' within 0.1 s: check its cable and privacy switch, or allow more time "
-        "with --timeout",
+        "with --timeout; 'ostrel-camera doctor' examines it",
         source.timeoutReason(0.1));
     EXPECT_EQ(0U, source.figures().taken);
     camera_.setFault(VIRTUAL_CAMERA_FAULT_NONE);
@@ -116,11 +113,11 @@ TEST_F(FrameSourceTest, PaddedFramesAreExplained) {
     FrameSource source = open();
     std::string reason;
     // The first frames may not have come yet.
-    for (int look = 0; look < 600 && reason.find("bytes") == std::string::npos; ++look) {
+    for (int look = 0; look < 600 && reason.find("size") == std::string::npos; ++look) {
         EXPECT_EQ(Result::TimedOut, source.next(frame_, 0.1));
         reason = source.timeoutReason(0.1);
     }
-    EXPECT_NE(std::string::npos, reason.find(" bytes do not have the size 320x240, try another --size"))
+    EXPECT_NE(std::string::npos, reason.find("its frames do not have the size 320x240, try another --size"))
         << reason;
 }
 

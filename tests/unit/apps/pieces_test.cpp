@@ -1,4 +1,5 @@
-// The small pieces of ostrel-camera: sizes, layouts, Y4M, text, progress, the library's lines, cameras.
+// The small pieces of ostrel-camera: sizes, layouts, Y4M, text, progress, the library's lines, cameras,
+// nodes.
 #include "apps/camera/camera_choice.h"
 #include "apps/camera/camera_list.h"
 #include "apps/camera/frame_source.h"
@@ -14,6 +15,9 @@
 #include <gtest/gtest.h>
 
 #include <QtCore/QFile>
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
 #include <QtCore/QTemporaryDir>
 
 #include <clocale>
@@ -25,8 +29,6 @@ namespace {
 using namespace ostrel;
 using namespace ostrel::apps;
 using namespace ostrel::apps::cli;
-using ostrel::apps::LibraryLog;
-using ostrel::apps::LibraryLogReader;
 
 TEST(Size, IsReadFromNumbersAndFromNamesOfLevels) {
     EXPECT_EQ("640x480", toString(parseSize("640x480").value()));
@@ -127,8 +129,7 @@ TEST(Text, WordsAreWrappedAndLongOnesStayWhole) {
 }
 
 TEST(CameraList, ColumnsFollowTheWidthOfLettersNotOfBytes) {
-    if (!std::setlocale(LC_CTYPE, "C.UTF-8"))
-        GTEST_SKIP() << "the system has no UTF-8 locale";
+    ASSERT_TRUE(std::setlocale(LC_CTYPE, "C.UTF-8"));
     const std::string table = cameraTable({{"id-1", "K\xc3\xa4mera", {{320, 240}}}, {"i2", "Cam", {}}});
     EXPECT_EQ("NAME    IDENTIFIER  SIZES\n"
               "K\xc3\xa4mera  id-1        320x240\n"
@@ -144,39 +145,14 @@ TEST(Progress, BarFillsWithTheFraction) {
     EXPECT_EQ(9U, progressLine(0.5, "x", 10).size());
 }
 
-TEST(LibraryLog, RemembersTheReasonOfTheLastError) {
-    LibraryLogReader reader;
-    reader.feed(
-        ">>> starting session\n2026-01-02 03:04:05.678 ostrel-camera[1:2] Error opening camera: it is in");
-    EXPECT_EQ("", reader.error());
-    reader.feed(" use: by x\n>>> session stopped\n");
-    EXPECT_EQ("it is in use: by x", reader.error());
-}
-
-TEST(LibraryLog, KnowsAVanishedCameraAndFramesOfTheWrongSize) {
-    LibraryLogReader reader;
-    reader.feed("1228800\n");
-    EXPECT_EQ(1228800, reader.refusedFrameBytes());
-    EXPECT_EQ("", reader.error());
-    reader.feed(">>> camera failed\n");
-    EXPECT_EQ("it is no longer attached", reader.error());
-}
-
-TEST(LibraryLog, TakesStandardErrorAwayAndGivesItBack) {
+TEST(HiddenLibraryLog, TakesStandardErrorAwayAndGivesItBack) {
     int ends[2];
     ASSERT_EQ(0, pipe(ends));
     const int before = dup(STDERR_FILENO);
     dup2(ends[1], STDERR_FILENO);
     {
-        LibraryLog log(ends[1], false);
-        dprintf(STDERR_FILENO, "hidden Error doing: something\n");
-        EXPECT_EQ("something", log.drain().error());
-        dprintf(STDERR_FILENO, "x Error doing: something else\n");
-        EXPECT_EQ("something else", log.drain().error());
-    }
-    {
-        LibraryLog log(ends[1], true);
-        dprintf(STDERR_FILENO, "shown\n");
+        const HiddenLibraryLog hidden(ends[1]);
+        dprintf(STDERR_FILENO, "the library's\n");
     }
     dprintf(STDERR_FILENO, "mine\n");
     dup2(before, STDERR_FILENO);
@@ -184,7 +160,7 @@ TEST(LibraryLog, TakesStandardErrorAwayAndGivesItBack) {
     close(ends[1]);
     char text[100] = {};
     EXPECT_LT(0, read(ends[0], text, sizeof text - 1));
-    EXPECT_STREQ("shown\nmine\n", text);
+    EXPECT_STREQ("mine\n", text);
     close(ends[0]);
 }
 
@@ -258,13 +234,32 @@ TEST(CameraChoice, APartOfANameIsEnoughWhenItIsUnique) {
 }
 
 TEST(CameraChoice, WhatFitsNothingIsAnsweredWithTheList) {
-    EXPECT_EQ("4: no camera is called 'x'; attached: Cam (pci-7)", choose({CAMERAS[3]}, "x"));
+    EXPECT_EQ("4: no attached camera fits \"x\"; attached: Cam (pci-7)", choose({CAMERAS[3]}, "x"));
     EXPECT_EQ("3: no camera is attached: plug one in, or use --test-camera for the built-in test picture",
               choose({}, "x"));
     EXPECT_EQ("5: no permission to use /dev/video0: join the group video (sudo usermod -aG video \"$USER\") "
               "and log in "
               "again",
               choose({}, "", {}, {{"/dev/video0", "video"}}));
+}
+
+TEST(CameraChoice, AVideoNodeThatIsNoneIsSaid) {
+    EXPECT_EQ("4: there is no /dev/video987; attached: Cam (pci-7)", choose({CAMERAS[3]}, "/dev/video987"));
+    EXPECT_EQ("4: /dev/null is no video device; attached: Cam (pci-7)", choose({CAMERAS[3]}, "/dev/null"));
+}
+
+TEST(CameraList, NodesThatAreNoCamerasStandWithTheirReasons) {
+    const std::vector<OtherNode> nodes = {{"/dev/video1", "Webcam", "delivers data about pictures"},
+                                          {"/dev/video10", "Card", "is a touch pad"}};
+    EXPECT_EQ("NODE          NAME    WHY IT IS NO CAMERA, OR CANNOT BE USED\n"
+              "/dev/video1   Webcam  delivers data about pictures\n"
+              "/dev/video10  Card    is a touch pad\n",
+              nodeTable(nodes));
+    EXPECT_EQ("", nodeTable({}));
+    const QJsonObject json =
+        QJsonDocument::fromJson(QByteArray::fromStdString(allJson({CAMERAS[3]}, nodes))).object();
+    EXPECT_EQ("pci-7", json["cameras"].toArray()[0].toObject()["id"].toString().toStdString());
+    EXPECT_EQ("is a touch pad", json["others"].toArray()[1].toObject()["reason"].toString().toStdString());
 }
 
 TEST(PollPace, LooksSeldomInTheFirstHalfOfAnIntervalAndOftenAfterIt) {
