@@ -33,6 +33,7 @@ private:
     void addSnapshot();
     void addRecord();
     void addWatch();
+    void addDoctor();
     void addConvert();
     void addScale();
     void addOutput(CLI::App* command, std::string& output, const std::string& description);
@@ -155,6 +156,7 @@ CommandLine::CommandLine() {
     addSnapshot();
     addRecord();
     addWatch();
+    addDoctor();
     addConvert();
     addScale();
     app_.footer("Examples:\n"
@@ -235,6 +237,20 @@ void CommandLine::addList() {
                     "  ostrel-camera list\n"
                     "  ostrel-camera list --all\n"
                     "  ostrel-camera list --json | jq -r '.[].id'\n");
+}
+
+void CommandLine::addDoctor() {
+    CLI::App* command = addCommand(Command::Doctor, "doctor",
+                                   "Examine the machine and its cameras, and say what to do next.");
+    command->add_flag("--json", options_.doctor.json,
+                      "Write JSON: an object with the verdict and an array of checks.");
+    command->add_flag("--test", options_.camera.testCamera, "The same as --test-camera.");
+    command->footer("Each check says ok, warning or problem, what was found, and the next command.\n"
+                    "It changes nothing, and captures from each camera for two seconds.\n\n"
+                    "Examples:\n"
+                    "  ostrel-camera doctor\n"
+                    "  ostrel-camera doctor -c webcam\n"
+                    "  ostrel-camera doctor --test --json\n");
 }
 
 void CommandLine::addSnapshot() {

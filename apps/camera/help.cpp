@@ -44,6 +44,7 @@ std::string exitCodesSection() {
          {"5", "the camera cannot be opened: no permission, in use, unplugged"},
          {"6", "no frame came within the time limit"},
          {"7", "a file cannot be read or written, or has the wrong length"},
+         {"8", "doctor found a problem"},
          {"128+N", "ended by signal N before the work was done (130 for Ctrl-C)"}});
 }
 

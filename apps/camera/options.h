@@ -12,11 +12,15 @@
 
 namespace ostrel::apps::cli {
 
-enum class Command { List, Snapshot, Record, Watch, Convert, Scale };
+enum class Command { List, Snapshot, Record, Watch, Doctor, Convert, Scale };
 
 struct ListOptions {
     bool json = false;
     bool all = false;
+};
+
+struct DoctorOptions {
+    bool json = false;
 };
 
 struct SnapshotOptions {
@@ -56,6 +60,7 @@ struct Options {
     ScaleMethod filter = SCALE_METHOD_BOX;
     std::optional<VIDEO_QUALITY> scaleTo;
     ListOptions list;
+    DoctorOptions doctor;
     SnapshotOptions snapshot;
     RecordOptions record;
     FileOptions files;

@@ -13,8 +13,6 @@
 
 namespace ostrel::apps::cli {
 
-namespace {
-
 std::string groupOf(const std::string& path) {
     struct stat status = {};
     const mode_t groupAccess = S_IRGRP | S_IWGRP;
@@ -24,8 +22,6 @@ std::string groupOf(const std::string& path) {
     const group* entry = getgrgid(status.st_gid);
     return entry ? std::string(entry->gr_name) : std::to_string(status.st_gid);
 }
-
-} // namespace
 
 std::vector<ClosedNode> closedVideoNodes(const std::string& directory, const MayOpen& mayOpen) {
     QStringList names =

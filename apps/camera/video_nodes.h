@@ -19,6 +19,9 @@ using MayOpen = std::function<bool(const std::string& path)>;
 std::vector<ClosedNode> closedVideoNodes(const std::string& directory, const MayOpen& mayOpen);
 std::vector<ClosedNode> closedVideoNodes(); // of this machine, for this user
 
+// The group whose members may open the file, by name or, where it has none, by number; empty when none may.
+std::string groupOf(const std::string& path);
+
 // "no permission to use /dev/video0, /dev/video1: ask ...". nodes must not be empty.
 std::string permissionAdvice(const std::vector<ClosedNode>& nodes);
 

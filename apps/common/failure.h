@@ -17,6 +17,7 @@ enum ExitCode {
     EXIT_CANNOT_OPEN = 5,
     EXIT_NO_FRAME = 6,
     EXIT_FILE = 7,
+    EXIT_PROBLEM = 8,
     EXIT_SIGNAL = 128 // plus the number of the signal
 };
 

@@ -92,6 +92,7 @@ TEST(CaptureProgram, AMachineWithoutCamerasSaysSoAndHowToGoOn) {
         EXPECT_EQ("", outcome.output.toStdString());
         EXPECT_EQ(QStringList(), folder.entries());
     }
+    EXPECT_EQ(8, run("/", {"doctor"}).code);
 }
 
 TEST(CaptureProgram, AnUnknownCameraIsAnsweredWithThoseThatThereAre) {
@@ -350,6 +351,23 @@ TEST(CaptureProgram, TheLibrarysOwnLinesAreShownOnlyWhenAsked) {
     EXPECT_EQ(0, verbose.code);
     EXPECT_NE(std::string::npos, verbose.errors.find("\n>>> starting session\n")) << verbose.errors;
     EXPECT_NE(std::string::npos, verbose.errors.find("\nremoving input-output\n"));
+}
+
+TEST(CaptureProgram, DoctorFindsTheTestCameraHealthy) {
+    const Outcome outcome = run("/", {"doctor", "--test", "--json"});
+    EXPECT_EQ(0, outcome.code) << outcome.output.toStdString();
+    EXPECT_EQ("examining Test pattern\n", outcome.errors);
+    const QJsonObject all = QJsonDocument::fromJson(outcome.output).object();
+    EXPECT_EQ("ok", all["verdict"].toString().toStdString());
+    QStringList checks;
+    for (const QJsonValue& check : all["checks"].toArray()) {
+        checks += check.toObject()["check"].toString();
+        EXPECT_EQ("ostrel-test-pattern", check.toObject()["camera"].toString().toStdString());
+    }
+    EXPECT_EQ("start frames broken rate picture", checks.join(' ').toStdString());
+    const Outcome text = run("/", {"doctor", "--test-camera", "-q"});
+    EXPECT_TRUE(text.output.startsWith("ostrel-test-pattern:\nok       start        it starts at 640x480\n"))
+        << text.output.toStdString();
 }
 
 TEST(CaptureProgram, ListAllSaysOfEachNodeWhyItIsNoCamera) {

@@ -1,0 +1,63 @@
+#include "apps/camera/doctor/trial.h"
+
+#include "apps/common/failure.h"
+
+#include <algorithm>
+
+namespace ostrel::apps::cli::doctor {
+
+namespace {
+
+// Long enough for cameras that start dark, and for a rate that means something.
+const double TRIAL_SECONDS = 2;
+
+void watch(FrameSource& source, double timeoutSeconds, const StopRequest& stop, Trial& trial) {
+    VideoFrame frame;
+    FrameSource::Result result = FrameSource::Result::Frame;
+    while (result == FrameSource::Result::Frame && source.figures().seconds < TRIAL_SECONDS)
+        result = source.next(frame, timeoutSeconds);
+    if (result == FrameSource::Result::Stopped)
+        throw Interrupted(stop.signal());
+    if (result == FrameSource::Result::TimedOut)
+        trial.waited = timeoutSeconds;
+    const StreamFigures figures = source.figures();
+    trial.taken = figures.taken;
+    trial.seconds = figures.seconds;
+    const uint64_t elsewhere = source.lost();
+    trial.arrived = figures.taken == 0 ? 0 : figures.taken - 1 + elsewhere;
+    if (trial.taken > 0)
+        trial.brightest = brightestOf(frame.data);
+    trial.statistics = source.statistics();
+    trial.wasted = trial.statistics.lost;
+    for (const uint64_t dropped : trial.statistics.dropped)
+        trial.wasted += dropped;
+    trial.why = source.state().whyNoFrames().toStdString();
+}
+
+} // namespace
+
+int brightestOf(const std::vector<uint8_t>& bgra) {
+    int brightest = 0;
+    for (std::size_t at = 0; at + 3 < bgra.size(); at += 4)
+        brightest = std::max({brightest, int(bgra[at]), int(bgra[at + 1]), int(bgra[at + 2])});
+    return brightest;
+}
+
+Trial tryCamera(const Camera& camera, const Size& size, double timeoutSeconds, const StopRequest& stop) {
+    Trial trial;
+    trial.camera = camera.identifier;
+    trial.size = size;
+    try {
+        FrameSource source(camera, size, stop);
+        watch(source, timeoutSeconds, stop, trial);
+    } catch (const Interrupted&) {
+        throw;
+    } catch (const Failure& failure) {
+        const OVideoCameraState known(QString::fromStdString(camera.identifier));
+        trial.refused = true;
+        trial.why = known.refused().isEmpty() ? failure.what() : known.refused().toStdString();
+    }
+    return trial;
+}
+
+} // namespace ostrel::apps::cli::doctor
