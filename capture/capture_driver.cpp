@@ -55,6 +55,7 @@ struct OVideoCaptureMacXPrivate {
     void replaceFrameBuffer(int newWidth, int newHeight);
     bool copyNewestFrame();
     void giveUpSession();
+    void shutSession();
     void startSession();
     void refuseUnknown(const char* identifier);
 };
@@ -89,17 +90,25 @@ void OVideoCaptureMacXPrivate::refuseUnknown(const char* identifier) {
         session::refuse(captureObject, (std::string("No camera has the identifier ") + identifier).c_str());
 }
 
+void OVideoCaptureMacXPrivate::shutSession() {
+    try {
+        session::shut(captureObject);
+    } catch (const std::bad_alloc&) { // run() stops it, though only when the camera has started
+    }
+}
+
 // Stops the session and gives it back, or leaves both to run() when that is still starting it.
 void OVideoCaptureMacXPrivate::giveUpSession() {
     if (givenUp)
         return;
     givenUp = true;
-    // Before it is given up: from then on run() may free the object at any time.
-    if (sessionUse.load() == STARTING)
-        session::shut(captureObject);
-    int use = FREE;
-    while (!sessionUse.compare_exchange_weak(use, use == STARTING ? GIVEN_UP_WHILE_STARTING : RELEASED)) {
-    }
+    // A start-up is shut before it is given up: from then on run() may free the object at any time. It may
+    // also begin just now, so that each look at the use counts.
+    int use = sessionUse.load();
+    do {
+        if (use == STARTING)
+            shutSession();
+    } while (!sessionUse.compare_exchange_weak(use, use == STARTING ? GIVEN_UP_WHILE_STARTING : RELEASED));
     if (use == STARTING) {
         diagnostics::line("after stop");
         return;

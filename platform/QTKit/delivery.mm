@@ -39,7 +39,11 @@ cameras::Error Delivery::start() {
         state_.store(STOPPED);
         return cameras::Error();
     }
-    share_ = opened->share();
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (camera_) // else it was stopped meanwhile, which gave the share back
+            share_ = opened->share();
+    }
     const cameras::Error refused = (*opened)->start(width, height, shared_from_this());
     // A stop that came first found nothing to stop.
     if (state_.load() == STOPPED)

@@ -43,7 +43,10 @@ void LateCalls::run(const std::shared_ptr<State>& state, const Call& call) {
         frame.swap(state->waiting);
         state->calling = true;
         lock.unlock();
-        call(frame);
+        try {
+            call(frame);
+        } catch (const std::bad_alloc&) { // a frame lost for want of memory
+        }
         frame.reset();
         lock.lock();
         state->calling = false;
