@@ -38,6 +38,12 @@ bool SinkList::empty() const {
     return entries_.empty();
 }
 
+bool SinkList::has(const std::shared_ptr<FrameSink>& sink) const {
+    Lock lock(mutex_);
+    return std::any_of(entries_.begin(), entries_.end(),
+                       [&](const Entry& entry) { return entry.sink == sink; });
+}
+
 bool SinkList::insideCall() const {
     Lock lock(mutex_);
     return isInside();
@@ -100,16 +106,30 @@ bool SinkList::deliver(const std::shared_ptr<CameraFrame>& frame, Figures* figur
     if (figures)
         figures->countDelivered();
     const Delivering delivering(*this, lock);
-    each(lock, [&](FrameSink& sink) { sink.frameArrived(frame); });
+    bool poor = false;
+    each(lock, [&](FrameSink& sink) {
+        try {
+            sink.frameArrived(frame);
+        } catch (const std::bad_alloc&) {
+            poor = true;
+        }
+    });
     if (life_ == Life::Ending) // by one of these calls
         tell(lock);
+    if (poor)
+        throw std::bad_alloc();
     return true;
 }
 
 void SinkList::tell(Lock& lock) {
     life_ = Life::Told;
     idle_.notify_all();
-    each(lock, [this](FrameSink& sink) { sink.streamEnded(why_); });
+    each(lock, [this](FrameSink& sink) {
+        try {
+            sink.streamEnded(why_);
+        } catch (const std::bad_alloc&) { // it was told, and the others are still to be
+        }
+    });
 }
 
 void SinkList::end(const Error& why) {
@@ -125,7 +145,8 @@ void SinkList::end(const Error& why) {
     }
     if (isInside())
         return;
-    idle_.wait(lock, [this] { return !delivering_; });
+    // One who tells the sinks may be told by them to shut the list, and then waits for this thread.
+    idle_.wait(lock, [this] { return !delivering_ || life_ == Life::Shut; });
     if (finished())
         return;
     const Delivering delivering(*this, lock);

@@ -49,7 +49,9 @@ Error Stream::begin(const Size& size) {
         return refused;
     {
         Lock lock(mutex_);
-        if (phase_ != Phase::Starting) {
+        if (phase_ == Phase::Finished)
+            return Error(); // whoever has retired it waits to finish it
+        if (phase_ == Phase::Ended) {
             refused = unplugged(where_);
         } else if (const char* name = backend_->threadName()) {
             const auto self = shared_from_this();
@@ -94,13 +96,27 @@ bool Stream::join(const std::shared_ptr<FrameSink>& sink, const Size& size) {
     return phase_ == Phase::Running && covers(size) && sinks_.add(sink);
 }
 
-void Stream::widen(const Size& size) {
+bool Stream::admit(const std::shared_ptr<FrameSink>& sink) {
+    Lock lock(mutex_);
+    return phase_ == Phase::Running && sinks_.add(sink);
+}
+
+void Stream::widen(const Size& size, const std::shared_ptr<FrameSink>& sink) {
+    const bool inside = sinks_.insideCall();
     Lock lock(mutex_);
     if (phase_ != Phase::Running || !thread_.running() || covers(size))
         return;
-    wider_ = larger(request_.size, size);
+    wider_ = larger(larger(request_.size, wider_), size);
     thread_.signal().wake();
-    changed_.wait(lock, [this] { return wider_.width == 0 || phase_ != Phase::Running; });
+    if (inside) // else the delivery thread would wait for itself
+        return;
+    changed_.wait(lock, [&] { return wider_.width == 0 || phase_ != Phase::Running || !sinks_.has(sink); });
+}
+
+void Stream::leave(const std::shared_ptr<FrameSink>& sink) {
+    sinks_.remove(sink);
+    Lock lock(mutex_);
+    changed_.notify_all();
 }
 
 bool Stream::retire(bool force) {
@@ -192,13 +208,7 @@ Error Stream::changeMode(const StopSignal& stop, const Size& wider) {
     request.size = wider;
     request.leastRate = std::min(kEnoughRate, figures_->granted().rate);
     const Size before = figures_->granted().size;
-    Error refused;
-    if (backend_->canServeBetter(request)) {
-        stopBackend();
-        refused = startBackend(request);
-    } else {
-        refused = Error::numbered(EINVAL);
-    }
+    const Error refused = startWider(request);
     Error why;
     if (refused) {
         tell([&] { figures_->setShared(sharedAsItIs(where_, before, wider, refused)); });
@@ -210,9 +220,21 @@ Error Stream::changeMode(const StopSignal& stop, const Size& wider) {
         request_ = request;
         figures_->setShared(std::string());
     }
-    wider_ = Size();
+    if (wider_ == wider) // else more was asked for meanwhile
+        wider_ = Size();
     changed_.notify_all();
     return why;
+}
+
+Error Stream::startWider(const Request& request) noexcept {
+    try {
+        if (!backend_->canServeBetter(request))
+            return Error::numbered(EINVAL);
+    } catch (const std::bad_alloc&) {
+        return Error::numbered(ENOMEM);
+    }
+    stopBackend();
+    return startBackend(request);
 }
 
 // Gives the stream the mode that it had, unless it still has it.
@@ -222,8 +244,8 @@ Error Stream::resume(const StopSignal& stop) {
         if (backendRuns_)
             return Error();
     }
-    const Error refused = startBackend(request_);
-    return refused ? keepTrying(stop, refused) : refused;
+    Error refused = startBackend(request_);
+    return refused ? keepTrying(stop, std::move(refused)) : Error();
 }
 
 // A camera that sends nothing is started again, as many drivers need it after a lost packet or a suspend.
@@ -253,11 +275,14 @@ Error Stream::startAnew(const StopSignal& stop) {
     } catch (const std::bad_alloc&) {
         refused = Error::numbered(ENOMEM);
     }
+    Error why;
     if (refused) {
-        Lock lock(mutex_);
-        backendRuns_ = false;
+        {
+            Lock lock(mutex_);
+            backendRuns_ = false;
+        }
+        why = keepTrying(stop, std::move(refused)); // copied, it might need memory
     }
-    const Error why = refused ? keepTrying(stop, refused) : refused;
     watch_.restarted(monotonicNanoseconds());
     return why;
 }

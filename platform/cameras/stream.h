@@ -17,10 +17,10 @@ namespace cameras {
 // Thread-safe but for begin() and finish(), which their owner calls once each, one after the other. The
 // delivery thread, where there is one, is the only one to touch the backend between them.
 //
-//   Starting -> Running        begin() succeeded
-//   Running  -> Ended          by itself: unplugged, the driver gave up; the backend has stopped, sinks were
-//   told any      -> Finished       finish(): the backend has stopped, no call is in progress and none will
-//   come
+//   Starting -> Running    begin() succeeded
+//   Running  -> Ended      by itself: unplugged, the driver gave up; the sinks are told
+//   any      -> Finished   retire(); after finish() the backend has stopped, no call is in progress and none
+//                          will come
 class Stream : public Outlet, public std::enable_shared_from_this<Stream> {
 public:
     Stream(std::shared_ptr<Backend> backend, std::shared_ptr<Figures> figures, std::string where);
@@ -32,9 +32,13 @@ public:
     // Adds a sink that the running mode serves. False, with nothing done, when the stream has ended, is not
     // yet running, or would have to change its mode first.
     bool join(const std::shared_ptr<FrameSink>& sink, const Size& size);
-    // Has the mode chosen anew and waits until that is done or was refused; either way the stream goes on.
-    // Not from inside a sink's call.
-    void widen(const Size& size);
+    // Adds a sink whatever it asks for. False, with nothing done, unless the stream is running.
+    bool admit(const std::shared_ptr<FrameSink>& sink);
+    // Has the mode chosen anew for a sink that was admitted, and waits until that is done or was refused, the
+    // sink has left, or the stream is over. From inside a sink's call: when that call returns.
+    void widen(const Size& size, const std::shared_ptr<FrameSink>& sink);
+    // As SinkList::remove().
+    void leave(const std::shared_ptr<FrameSink>& sink);
 
     // Ends by itself: tells the sinks, once. From inside a call: when that call returns.
     void end(const Error& why);
@@ -55,6 +59,7 @@ private:
     void run(const StopSignal& stop);
     Error serve(const StopSignal& stop);
     Error changeMode(const StopSignal& stop, const Size& wider);
+    Error startWider(const Request& request) noexcept;
     Error revive(const StopSignal& stop);
     Error followSource(const StopSignal& stop);
     Error startAnew(const StopSignal& stop);

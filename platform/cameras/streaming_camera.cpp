@@ -67,6 +67,8 @@ Error StreamingCamera::open() {
 void StreamingCamera::close() {
     Lock lock(mutex_);
     closeWanted_ = true;
+    if (stream_)
+        stream_->retire(true);    // nobody need wait for a better mode any more
     const Turn turn(*this, lock); // which does the rest at its end
 }
 
@@ -81,17 +83,22 @@ void StreamingCamera::settle(Lock& lock) {
 
 void StreamingCamera::finishStream(Lock& lock) {
     const std::shared_ptr<Stream> stream = stream_;
-    if (stream->sinks().insideCall()) {
-        finished_.erase(std::remove_if(finished_.begin(), finished_.end(),
-                                       [](const std::weak_ptr<Stream>& old) { return old.expired(); }),
-                        finished_.end());
-        finished_.push_back(stream);
-    }
+    if (stream->sinks().insideCall())
+        remember(stream);
     lock.unlock();
     stream->finish();
     lock.lock();
     gone_ = gone_ || stream->deviceIsGone();
     stream_.reset();
+}
+
+void StreamingCamera::remember(const std::shared_ptr<Stream>& finished) {
+    const auto place = std::find_if(finished_.begin(), finished_.end(),
+                                    [](const std::weak_ptr<Stream>& old) { return old.expired(); });
+    if (place != finished_.end())
+        *place = finished;
+    else
+        finished_.push_back(finished);
 }
 
 void StreamingCamera::closeBackend(Lock& lock) {
@@ -116,18 +123,16 @@ Error StreamingCamera::start(int width, int height, const std::shared_ptr<FrameS
     Lock lock(mutex_);
     if (stream_ && stream_->join(sink, size))
         return Error();
-    const bool inside = isInsideCall();
     const Turn turn(*this, lock);
     if (!turn)
         return beingStopped(identity_.where);
-    if (stream_ && !stream_->sinks().add(sink)) // it has ended
+    if (stream_ && !stream_->admit(sink)) // it has ended
         finishStream(lock);
     if (!stream_)
         return startStream(lock, size, sink);
     const std::shared_ptr<Stream> stream = stream_;
     lock.unlock();
-    if (!inside) // else the delivery thread, which would have to do it, is the one that asks
-        stream->widen(size);
+    stream->widen(size, sink);
     return Error();
 }
 
@@ -139,17 +144,21 @@ Error StreamingCamera::startStream(Lock& lock, const Size& size, const std::shar
     const auto figures = std::make_shared<Figures>(totals_);
     const auto stream = std::make_shared<Stream>(backend_, figures, identity_.where);
     stream->sinks().add(sink);
+    finished_.reserve(finished_.size() + 1);
     stream_ = stream; // before it starts, so that a stop finds its sink
     figures_ = figures;
     lock.unlock();
     Error refused;
     try {
         refused = stream->begin(size);
-    } catch (...) {
+    } catch (...) { // no memory, maybe with the backend started
+        stream->finish();
         lock.lock();
         stream_.reset();
         throw;
     }
+    if (refused)
+        stream->finish(); // the sink may be being told of an end that came meanwhile
     lock.lock();
     if (refused) {
         stream_.reset();
@@ -159,18 +168,21 @@ Error StreamingCamera::startStream(Lock& lock, const Size& size, const std::shar
 }
 
 void StreamingCamera::stop(const std::shared_ptr<FrameSink>& sink) {
-    std::vector<std::weak_ptr<Stream>> finished;
     std::shared_ptr<Stream> stream; // let go of outside the lock
     Lock lock(mutex_);
-    finished = finished_;
+    for (size_t i = 0; i < finished_.size(); ++i) {
+        std::shared_ptr<Stream> old = finished_[i].lock();
+        lock.unlock();
+        if (old)
+            old->leave(sink);
+        old.reset();
+        lock.lock();
+    }
     stream = stream_;
     lock.unlock();
-    for (const std::weak_ptr<Stream>& old : finished)
-        if (const std::shared_ptr<Stream> one = old.lock())
-            one->sinks().remove(sink);
     if (!stream)
         return;
-    stream->sinks().remove(sink);
+    stream->leave(sink);
     lock.lock();
     if (stream_ != stream || busy_ || !stream->sinks().empty())
         return; // whoever has the turn looks whether a sink is left

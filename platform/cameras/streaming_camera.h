@@ -17,21 +17,19 @@ namespace cameras {
 // Thread-safe. Blocking operations take turns; everything that only asks looks at the state under a lock that
 // is never held while the backend works, a sink is called or a thread is waited for.
 //
-//   state      open()      start()             stop() of the last sink   close()      may block
-//   Closed     -> Open     refused: not open   nothing                   nothing      open
-//   Open       nothing     -> Running          nothing                   -> Closed    start, close
-//   Running    nothing     joins the stream,   -> Open                   -> Closed    a join that changes the
-//   mode,
-//                          maybe in a new mode                                        the last stop, close
-//   Ended      nothing     -> Running, with    -> Open                   -> Closed    start, the last stop,
-//   close
-//                          a new stream
+//   state     open()    start()             stop() of the last   close()     may block
+//   Closed    -> Open   refused: not open   nothing              nothing     open
+//   Open      nothing   -> Running          nothing              -> Closed   start, close
+//   Running   nothing   joins the stream,   -> Open              -> Closed   a join that changes the mode,
+//                       maybe in a new mode                                  the last stop, close
+//   Ended     nothing   -> Running, with    -> Open              -> Closed   start, the last stop, close
+//                       a new stream
 //   Gone, besides any of these, once the hardware has left or unplug() was called: a running stream ends,
 //   open() and start() are refused; stop() and close() work as ever.
 //
 // Any thread may call anything, a sink from inside its call too. What would have to wait there for the very
 // call that it comes from is left to whoever has the turn: stop() and close() return at once, start() is
-// refused.
+// refused, and a join changes the mode once that call has returned. A close() has a join give up waiting.
 class StreamingCamera : public Camera {
 public:
     struct Identity {
@@ -64,6 +62,7 @@ private:
     bool isInsideCall() const { return stream_ && stream_->sinks().insideCall(); }
     void settle(Lock& lock);
     void finishStream(Lock& lock);
+    void remember(const std::shared_ptr<Stream>& finished);
     void closeBackend(Lock& lock);
     Error startStream(Lock& lock, const Size& size, const std::shared_ptr<FrameSink>& sink);
 
@@ -77,9 +76,11 @@ private:
     bool closeWanted_ = false; // by one who could not wait for the turn
     bool open_ = false;
     bool gone_ = false;
-    std::shared_ptr<Stream> stream_;              // starting, running, ended, or being finished
-    std::vector<std::weak_ptr<Stream>> finished_; // from inside a sink's call that may still be in progress
-    std::shared_ptr<Figures> figures_;            // of the newest stream
+    std::shared_ptr<Stream> stream_; // starting, running, ended, or being finished
+    // From inside a sink's call that may still be in progress. Places are used again, never taken away; there
+    // is always room for the stream's.
+    std::vector<std::weak_ptr<Stream>> finished_;
+    std::shared_ptr<Figures> figures_; // of the newest stream
 };
 
 } // namespace cameras
