@@ -3,6 +3,7 @@
 #define OSTREL_PLATFORM_CAMERAS_STALL_WATCH_H
 
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
 
 namespace ostrel {
@@ -12,7 +13,7 @@ namespace cameras {
 class StallWatch {
 public:
     // A webcam that boots its firmware takes this long for the first frame.
-    static constexpr int64_t kLeastPause = 2000000000;
+    inline static std::atomic<int64_t> leastPause{2000000000}; // changed by tests alone
     // A camera that three starts do not revive will not be revived by a fourth; it may still come back by
     // itself.
     static constexpr int kMostRestarts = 3;
@@ -27,7 +28,7 @@ public:
         return before;
     }
     // Before this there is no need to ask the hardware about its pauses.
-    bool isSilent(int64_t now) const { return now - since_ >= kLeastPause; }
+    bool isSilent(int64_t now) const { return now - since_ >= leastPause; }
     // Whether to start the stream again. longestPause: what the hardware needs, 0 when it owes no frame. Each
     // restart is given twice the time of the one before.
     bool isDue(int64_t now, int64_t longestPause) {
@@ -35,7 +36,7 @@ public:
             since_ = now;
             return false;
         }
-        const int64_t pause = std::max(kLeastPause, longestPause);
+        const int64_t pause = std::max(leastPause.load(), longestPause);
         if (now - since_ < pause << restarts_)
             return false;
         stalled_ = true;
@@ -54,7 +55,7 @@ public:
     }
     bool hasGivenUp() const { return stalled_ && restarts_ == kMostRestarts; }
     // How long to wait before a start that was refused is tried again.
-    int64_t retryPause() const { return kLeastPause / 4 << restarts_; }
+    int64_t retryPause() const { return leastPause.load() / 4 << restarts_; }
 
 private:
     int64_t since_ = 0; // when the last frame came, or the stream was started

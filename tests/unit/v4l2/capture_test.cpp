@@ -8,9 +8,6 @@
 namespace ostrel {
 namespace tests {
 
-using cameras::CameraFrame;
-using cameras::Error;
-
 TEST_F(V4l2CameraTest, DeliversWhatTheDriverCaptures) {
     start();
     deliver(10);
@@ -130,71 +127,11 @@ TEST_F(V4l2CameraTest, FramesHeldStayReadableAfterStopAndClose) {
     EXPECT_EQ(brightness(sink->newest()), 123);
 }
 
-TEST_F(V4l2CameraTest, StopsFromInsideTheSinksOwnCall) {
-    sink->onFrame = [this](const RecordingSink::FramePointer&) { camera->stop(sink); };
-    start();
-    ASSERT_TRUE(kernel->feed(path, grey(5)));
-    ASSERT_TRUE(sink->waitForFrames(1));
-    camera->close();
-    EXPECT_EQ(sink->frames(), 1);
-    EXPECT_EQ(brightness(sink->newest()), 5);
-}
-
-TEST_F(V4l2CameraTest, ClosesFromInsideTheSinksOwnCall) {
-    sink->onFrame = [this](const RecordingSink::FramePointer&) { camera->close(); };
-    start();
-    ASSERT_TRUE(kernel->feed(path, grey(5)));
-    ASSERT_TRUE(sink->waitForFrames(1));
-    camera->stop(sink); // waits for that call
-    EXPECT_EQ(kernel->openDescriptors(), 0);
-}
-
-TEST_F(V4l2CameraTest, StartsAgainFromInsideTheSinksOwnCall) {
-    const auto second = std::make_shared<RecordingSink>();
-    Error restarted;
-    sink->onFrame = [&](const RecordingSink::FramePointer&) {
-        camera->stop(sink);
-        restarted = camera->start(64, 48, second);
-    };
-    start();
-    ASSERT_TRUE(kernel->feed(path, grey(5)));
-    ASSERT_TRUE(sink->waitForFrames(1));
-    camera->stop(sink);
-    ASSERT_FALSE(restarted) << restarted.text;
-    ASSERT_TRUE(kernel->feed(path, grey(6)));
-    ASSERT_TRUE(second->waitForFrames(1));
-    EXPECT_EQ(brightness(second->newest()), 6);
-    EXPECT_EQ(sink->frames(), 1);
-    camera->stop(second);
-}
-
 TEST_F(V4l2CameraTest, StopReturnsAlthoughNoFrameComes) {
     start();
     ASSERT_TRUE(kernel->waitUntilIdle(path));
     camera->stop(sink);
     EXPECT_FALSE(kernel->isStreaming(path));
-}
-
-TEST_F(V4l2CameraTest, StopWaitsForTheCallInProgress) {
-    std::mutex gate;
-    gate.lock();
-    std::atomic<bool> returned{false};
-    sink->onFrame = [&](const RecordingSink::FramePointer&) {
-        std::lock_guard<std::mutex> wait(gate);
-        returned = true;
-    };
-    start();
-    ASSERT_TRUE(kernel->feed(path, grey(1)));
-    ASSERT_TRUE(sink->waitForFrames(1));
-    std::atomic<bool> stopped{false};
-    std::thread stopper([&] {
-        camera->stop(sink);
-        EXPECT_TRUE(returned);
-        stopped = true;
-    });
-    EXPECT_FALSE(stopped);
-    gate.unlock();
-    stopper.join();
 }
 
 TEST_F(V4l2CameraTest, ASecondSinkJoinsTheRunningStream) {
@@ -228,29 +165,6 @@ TEST_F(V4l2CameraTest, WithoutMemoryToCallASinkAFrameIsLostAndTheCaptureGoesOn) 
     camera->stop(poor);
     deliver(21);
     EXPECT_EQ(brightness(sink->newest()), 21);
-}
-
-TEST_F(V4l2CameraTest, StartsAgainAfterAStop) {
-    start();
-    deliver(1);
-    camera->stop(sink);
-    ASSERT_FALSE(camera->start(64, 48, sink));
-    deliver(2);
-    EXPECT_EQ(brightness(sink->newest()), 2);
-    EXPECT_EQ(camera->statistics().delivered, 1u);
-}
-
-TEST_F(V4l2CameraTest, RefusesToStartWhatIsNotOpen) {
-    plug();
-    const Error error = camera->start(64, 48, sink);
-    EXPECT_TRUE(error);
-    EXPECT_NE(error.text.find("not open"), std::string::npos) << error.text;
-}
-
-TEST_F(V4l2CameraTest, StoppingASinkThatWasNotStartedDoesNoHarm) {
-    start();
-    camera->stop(std::make_shared<RecordingSink>());
-    deliver(3);
 }
 
 TEST_F(V4l2CameraTest, CountsWhatWasDeliveredAndTaken) {

@@ -1,0 +1,175 @@
+#include "unit/cameras/contract/kinds.h"
+
+#include "platform/cameras/registry.h"
+#include "platform/cameras/v4l2/v4l2_backend.h"
+#include "platform/cameras/virtual/virtual_provider.h"
+#include "support/machine.h"
+#include "support/v4l2/scripted_discovery.h"
+#include "support/v4l2/scripted_kernel.h"
+
+#include <ostrel/virtual_camera.h>
+
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <poll.h>
+#include <thread>
+#include <unistd.h>
+
+namespace ostrel {
+namespace tests {
+
+namespace {
+
+const int64_t kPeriod = 1000000; // nanoseconds
+const char* const kPath = "/dev/video0";
+
+class ScriptedV4l2 : public Kind {
+public:
+    ~ScriptedV4l2() override {
+        if (plugged_)
+            unplug();
+    }
+    std::shared_ptr<cameras::Camera> plug() override {
+        support::DeviceScript device;
+        device.formats.push_back(support::raw(V4L2_PIX_FMT_GREY, {support::only(64, 48)}));
+        device.period = kPeriod;
+        device.picture = std::make_shared<std::vector<uint8_t>>(64 * 48, uint8_t(77));
+        kernel_->plug(kPath, device);
+        cameras::v4l2::NodeFacts facts;
+        facts.path = kPath;
+        discovery_->add(facts);
+        plugged_ = true;
+        return cameras::v4l2::makeCamera(kernel_, discovery_, discovery_->nodes().back(), "identifier",
+                                         "Camera");
+    }
+    void unplug() override {
+        discovery_->remove(kPath);
+        kernel_->unplug(kPath);
+        plugged_ = false;
+    }
+    bool streams() override { return plugged_ && kernel_->isStreaming(kPath); }
+    bool breakDown() override {
+        kernel_->failNext(VIDIOC_DQBUF, EIO, 10);
+        return true;
+    }
+    std::string leftBehind() override {
+        std::string all;
+        for (const std::string& one : kernel_->misuse())
+            all += one + "; ";
+        if (kernel_->openDescriptors() || kernel_->mappings())
+            all += std::to_string(kernel_->openDescriptors()) + " descriptors, " +
+                   std::to_string(kernel_->mappings()) + " mappings";
+        return all;
+    }
+
+private:
+    const std::shared_ptr<support::ScriptedKernel> kernel_ = std::make_shared<support::ScriptedKernel>();
+    const std::shared_ptr<support::ScriptedDiscovery> discovery_ =
+        std::make_shared<support::ScriptedDiscovery>();
+    bool plugged_ = false;
+};
+
+int threadsNamed(const std::string& expected) {
+    int count = 0;
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+        std::string name;
+        std::getline(std::ifstream(task.path() / "comm"), name);
+        count += name == expected;
+    }
+    return count;
+}
+
+class Virtual : public Kind {
+public:
+    std::shared_ptr<cameras::Camera> plug() override {
+        EXPECT_TRUE(object().attach());
+        for (const auto& camera : cameras::attachedCameras())
+            if (camera->identifier() == "identifier")
+                return camera;
+        return nullptr;
+    }
+    void unplug() override { object().detach(); }
+    bool streams() override { return threadsNamed("ostrel-virtual") > 0; }
+
+protected:
+    virtual OVideoVirtualCamera& object() = 0;
+    static QString text(const std::string& ascii) { return QString::fromLatin1(ascii.c_str()); }
+
+private:
+    const support::Machine machine_;
+};
+
+class Pattern : public Virtual {
+    OVideoTestPatternCamera camera_{text("identifier"), text("Camera"), 64, 48, 1000};
+    OVideoVirtualCamera& object() override { return camera_; }
+};
+
+class File : public Virtual {
+public:
+    File() {
+        std::ofstream file(path_);
+        file << "YUV4MPEG2 W64 H48 F1000:1 C420jpeg\n";
+        for (int frame = 0; frame < 2; ++frame)
+            file << "FRAME\n" << std::string(64 * 48 * 3 / 2, static_cast<char>(50 * frame + 50));
+        file.close();
+        camera_ = std::make_unique<OVideoFileCamera>(text("identifier"), text("Camera"), text(path_), true);
+    }
+    ~File() override { ::unlink(path_.c_str()); }
+
+private:
+    OVideoVirtualCamera& object() override { return *camera_; }
+
+    const std::string path_ =
+        testing::TempDir() + "contract-" + std::to_string(::getpid()) + ".y4m"; // of this process alone
+    std::unique_ptr<OVideoFileCamera> camera_;
+};
+
+class Push : public Virtual {
+public:
+    Push()
+        : feeder_([this] {
+              const std::vector<uint8_t> bgra(64 * 48 * 4, 77);
+              while (!over_) {
+                  taken_ = camera_.push(bgra.data(), 64, 48, 64 * 4);
+                  std::this_thread::sleep_for(std::chrono::nanoseconds(kPeriod));
+              }
+          }) {}
+    ~Push() override {
+        over_ = true;
+        feeder_.join();
+    }
+    bool streams() override { return taken_; }
+
+private:
+    OVideoVirtualCamera& object() override { return camera_; }
+
+    OVideoPushCamera camera_{text("identifier"), text("Camera")};
+    std::atomic<bool> over_{false}, taken_{false};
+    std::thread feeder_;
+};
+
+template <typename One>
+std::unique_ptr<Kind> make() {
+    return std::make_unique<One>();
+}
+
+} // namespace
+
+std::vector<KindOfCamera> kindsOfCameras() {
+    return {
+        {"V4l2", make<ScriptedV4l2>}, {"Pattern", make<Pattern>}, {"File", make<File>}, {"Push", make<Push>}};
+}
+
+bool Contract::becomesStreaming(bool expected) const {
+    const auto limit = std::chrono::steady_clock::now() + support::HANG;
+    while (kind->streams() != expected)
+        if (std::chrono::steady_clock::now() > limit)
+            return false;
+    return true;
+}
+
+} // namespace tests
+} // namespace ostrel
