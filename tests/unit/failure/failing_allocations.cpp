@@ -24,6 +24,7 @@ struct alignas(std::max_align_t) Head {
 std::atomic<long> g_live{0};
 thread_local int t_left = 0; // until the one that fails; 0: none is to
 thread_local bool t_reached = false;
+thread_local int t_paused = 0;
 
 bool isOurs(const void* caller) {
     Dl_info module = {};
@@ -38,7 +39,7 @@ bool isOurs(const void* caller) {
 }
 
 bool isToFail() {
-    if (t_left == 0 || --t_left > 0)
+    if (t_paused || t_left == 0 || --t_left > 0)
         return false;
     t_reached = true;
     return true;
@@ -168,6 +169,10 @@ FailingAllocation::FailingAllocation(int n) {
 
 FailingAllocation::~FailingAllocation() {
     t_left = 0;
+}
+
+void pauseFailing(bool paused) {
+    t_paused += paused ? 1 : -1;
 }
 
 bool FailingAllocation::cameToIt() const {

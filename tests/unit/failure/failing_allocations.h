@@ -37,6 +37,9 @@ public:
     bool cameToIt() const;
 };
 
+// None fails on this thread while it is paused; calls nest.
+void pauseFailing(bool paused);
+
 struct Outcome {
     bool thrown = false;  // std::bad_alloc came out of the operation
     bool reached = false; // it came to the allocation that was to fail

@@ -26,6 +26,47 @@ namespace {
 const int64_t kPeriod = 1000000; // nanoseconds
 const char* const kPath = "/dev/video0";
 
+class KernelCall {
+public:
+    KernelCall() { tell(true); }
+    ~KernelCall() { tell(false); }
+    KernelCall(const KernelCall&) = delete;
+    KernelCall& operator=(const KernelCall&) = delete;
+
+private:
+    static void tell(bool begins) {
+        if (g_kernelCall)
+            g_kernelCall(begins);
+    }
+};
+
+class WatchedKernel : public support::ScriptedKernel {
+    int doOpen(const char* path, int flags) override {
+        const KernelCall call;
+        return ScriptedKernel::doOpen(path, flags);
+    }
+    int doClose(int descriptor) override {
+        const KernelCall call;
+        return ScriptedKernel::doClose(descriptor);
+    }
+    int doIoctl(int descriptor, unsigned long request, void* argument) override {
+        const KernelCall call;
+        return ScriptedKernel::doIoctl(descriptor, request, argument);
+    }
+    void* doMmap(size_t length, int descriptor, long offset) override {
+        const KernelCall call;
+        return ScriptedKernel::doMmap(length, descriptor, offset);
+    }
+    int doMunmap(void* address, size_t length) override {
+        const KernelCall call;
+        return ScriptedKernel::doMunmap(address, length);
+    }
+    int doPoll(pollfd* descriptors, unsigned long count, int milliseconds) override {
+        const KernelCall call;
+        return ScriptedKernel::doPoll(descriptors, count, milliseconds);
+    }
+};
+
 class ScriptedV4l2 : public Kind {
 public:
     ~ScriptedV4l2() override {
@@ -66,7 +107,7 @@ public:
     }
 
 private:
-    const std::shared_ptr<support::ScriptedKernel> kernel_ = std::make_shared<support::ScriptedKernel>();
+    const std::shared_ptr<support::ScriptedKernel> kernel_ = std::make_shared<WatchedKernel>();
     const std::shared_ptr<support::ScriptedDiscovery> discovery_ =
         std::make_shared<support::ScriptedDiscovery>();
     bool plugged_ = false;

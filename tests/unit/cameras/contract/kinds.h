@@ -39,6 +39,9 @@ inline void PrintTo(const KindOfCamera& kind, std::ostream* out) {
     *out << kind.name;
 }
 
+// Told when a call of the scripted kernel begins (true) and ends, on the thread that makes it; may be null.
+inline void (*g_kernelCall)(bool begins) = nullptr;
+
 // All of them.
 std::vector<KindOfCamera> kindsOfCameras();
 
