@@ -68,7 +68,7 @@ TEST_F(JoiningTest, AJoinThatWantsMoreGetsIt) {
     expectBothGoOn();
     const cameras::StreamStatistics figures = camera->statistics();
     EXPECT_GE(figures.delivered, before + 3) << "the same stream";
-    EXPECT_EQ(figures.lost, 0u) << "the driver's numbers begin again";
+    EXPECT_LE(figures.lost, kernel->lost(path)) << "the driver's numbers begin again";
     EXPECT_EQ(figures.shared, "");
     EXPECT_EQ(figures.restarts, 0u);
     camera->stop(second);
