@@ -1,6 +1,12 @@
 # Objective-C and Objective-C++. On Apple these are the system's own; elsewhere gcc's, with its runtime. clang cannot
 # stand in for gcc there: exceptions that it throws through gcc's runtime abort the program.
-if(NOT APPLE)
+if(CMAKE_CROSSCOMPILING AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # gcc of this machine makes programs for this machine; g++ of the target compiles Objective-C as well.
+  set(CMAKE_OBJC_COMPILER "${CMAKE_CXX_COMPILER}" CACHE FILEPATH "Objective-C compiler")
+  set(CMAKE_OBJCXX_COMPILER "${CMAKE_CXX_COMPILER}" CACHE FILEPATH "Objective-C++ compiler")
+elseif(CMAKE_CROSSCOMPILING AND NOT (CMAKE_OBJC_COMPILER AND CMAKE_OBJCXX_COMPILER))
+  message(FATAL_ERROR "The toolchain file names no gcc: it must set CMAKE_OBJC_COMPILER and CMAKE_OBJCXX_COMPILER")
+elseif(NOT APPLE)
   find_program(OSTREL_GCC NAMES gcc-12 gcc REQUIRED)
   find_program(OSTREL_GXX NAMES g++-12 g++ REQUIRED)
   set(CMAKE_OBJC_COMPILER "${OSTREL_GCC}" CACHE FILEPATH "Objective-C compiler")
@@ -23,10 +29,14 @@ if(APPLE)
   return()
 endif()
 
-execute_process(COMMAND ${OSTREL_GXX} -print-file-name=libobjc.so
+set(_sysroot)
+if(CMAKE_SYSROOT)
+  set(_sysroot "--sysroot=${CMAKE_SYSROOT}")
+endif()
+execute_process(COMMAND ${CMAKE_OBJCXX_COMPILER} ${_sysroot} -print-file-name=libobjc.so
   OUTPUT_VARIABLE OSTREL_LIBOBJC OUTPUT_STRIP_TRAILING_WHITESPACE)
 if(NOT IS_ABSOLUTE "${OSTREL_LIBOBJC}")
-  message(FATAL_ERROR "libobjc of ${OSTREL_GXX} not found (Debian: package gobjc++)")
+  message(FATAL_ERROR "libobjc of ${CMAKE_OBJCXX_COMPILER} not found (Debian: package gobjc++)")
 endif()
 # -fobjc-call-cxx-cdtors: without it C++ instance variables are never constructed.
 target_compile_options(ostrel_foundation INTERFACE

@@ -51,6 +51,12 @@ function(ostrel_add_test name)
   if(NOT ARG_LABELS)
     set(ARG_LABELS unit)
   endif()
-  gtest_discover_tests(${name} TEST_PREFIX "${OSTREL_TEST_PREFIX}${name}." DISCOVERY_TIMEOUT 60
+  # Programs of another machine are not run while they are built.
+  if(CMAKE_CROSSCOMPILING)
+    set(_discovery PRE_TEST)
+  else()
+    set(_discovery POST_BUILD)
+  endif()
+  gtest_discover_tests(${name} DISCOVERY_MODE ${_discovery} TEST_PREFIX "${OSTREL_TEST_PREFIX}${name}." DISCOVERY_TIMEOUT 60
     PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT 120)
 endfunction()

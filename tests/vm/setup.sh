@@ -127,6 +127,7 @@ make_pictures() {
 }
 
 [ "$(uname -s)" = Linux ] || vm_unavailable "it needs Linux"
+[ "$(uname -m)" = x86_64 ] || vm_unavailable "its kernel and emulator are those of x86-64, and this is $(uname -m)"
 require_tools
 mkdir -p "$VM_CACHE"
 exec 9>"$VM_CACHE/lock"
