@@ -34,6 +34,10 @@ configure_file("${CMAKE_CURRENT_LIST_DIR}/ostrelvideounix.pc.in" "${PROJECT_BINA
 install(FILES "${PROJECT_BINARY_DIR}/ostrelvideounix.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
   COMPONENT development)
 
+# For the leak checkers of clients
+install(FILES "${PROJECT_SOURCE_DIR}/capture/leaks.supp" "${PROJECT_SOURCE_DIR}/capture/valgrind.supp"
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/ostrelvideounix" COMPONENT development)
+
 # Tools. They find the library beside them wherever the tree stands; under /usr the system's linker does, and
 # Debian's policy forbids a path in the program.
 foreach(tool ostrel-camera ostrel-viewer)

@@ -3,7 +3,7 @@
 
 A fenced block `LANGUAGE FILE` is written to that file; a `sh` block is run by bash, from an empty folder in which
 scripts/ is the project's own and the tree that was installed into TREE is found. A block is left out only when the
-line above it says why: <!-- not run: REASON -->.
+line above it says why: <!-- not run: REASON -->, or <!-- only with FILE --> where there is no such file.
 """
 import os
 import pathlib
@@ -12,7 +12,7 @@ import subprocess
 import sys
 import tempfile
 
-BLOCK = re.compile(r"^(?:<!-- not run: (?P<reason>.*?) -->\n)?```(?P<info>[^\n]*)\n(?P<text>.*?)^```$", re.M | re.S)
+BLOCK = re.compile(r"^(?:<!-- (?:not run: (?P<reason>.*?)|only with (?P<file>\S+)) -->\n)?```(?P<info>[^\n]*)\n(?P<text>.*?)^```$", re.M | re.S)
 
 
 def environment(tree):
@@ -37,6 +37,8 @@ def main():
             place = f"{document.name}:{document.read_text()[:block.start()].count(chr(10)) + 1}"
             if block["reason"]:
                 print(f"{place}: not run: {block['reason']}", flush=True)
+            elif block["file"] and not pathlib.Path(block["file"]).exists():
+                print(f"{place}: not run: no {block['file']}", flush=True)
             elif name:
                 print(f"{place}: writes {name}", flush=True)
                 (pathlib.Path(folder) / name).write_text(block["text"])
