@@ -1,6 +1,7 @@
-# ostrel_add_test(NAME [PARTS part...] [LABELS label...] SOURCES source...)
+# ostrel_add_test(NAME [ONE_THREAD] [PARTS part...] [LABELS label...] SOURCES source...)
 # One GoogleTest program, registered with ctest. It links the given parts of the library (so that it can look
-# inside), or the shared library alone when none is given.
+# inside), or the shared library alone when none is given. ONE_THREAD: neither it nor what it calls has a second
+# thread, so the thread sanitizer could find nothing and the test is left out there.
 #
 # Where OSTREL_CONFIGURATION is set (the presets do that) it prefixes the names of the tests and is a label of each,
 # so that the tests of several build folders can be run and told apart in one ctest run (scripts/test).
@@ -39,7 +40,10 @@ function(ostrel_add_test_program name)
 endfunction()
 
 function(ostrel_add_test name)
-  cmake_parse_arguments(ARG "" "" "PARTS;LABELS;SOURCES" ${ARGN})
+  cmake_parse_arguments(ARG "ONE_THREAD" "" "PARTS;LABELS;SOURCES" ${ARGN})
+  if(ARG_ONE_THREAD AND "thread" IN_LIST OSTREL_SANITIZE)
+    return()
+  endif()
   ostrel_add_test_program(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE GTest::gtest GTest::gtest_main)
   if(ARG_PARTS)
