@@ -13,6 +13,8 @@ NumberedFrame::~NumberedFrame() {
 
 bool NumberedFrame::convert(const cameras::pixels::Output& to) {
     ++log_->conversions;
+    if (log_->holdsNext.exchange(false))
+        log_->gate.pass();
     const int bytes = cameras::pixels::bytesPerPixel(to.format);
     for (int y = 0; y < to.height; ++y)
         for (int x = 0; x < to.width; ++x)

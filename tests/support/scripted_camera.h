@@ -19,6 +19,8 @@ namespace ostrel::support {
 struct FrameLog {
     std::atomic<int> conversions{0};
     std::atomic<int> alive{0};
+    std::atomic<bool> holdsNext{false}; // the next conversion passes the gate; later ones do not
+    Gate gate;
 };
 
 // A picture in which every pixel carries the frame's number: B, G, R are its lowest 24 bits, A is 255.
