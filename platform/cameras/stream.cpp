@@ -45,6 +45,8 @@ Stream::Stream(std::shared_ptr<Backend> backend, std::shared_ptr<Figures> figure
 Error Stream::begin(const Size& size) {
     request_.size = size;
     Error refused = startBackend(request_);
+    if (refused && refused.text.empty()) // for want of memory, which may be there for a few words
+        refused.text = where_ + " could not be started: " + reason(refused.code);
     if (refused)
         return refused;
     {

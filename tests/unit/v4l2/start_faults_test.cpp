@@ -42,6 +42,33 @@ TEST_F(FaultsTest, TooLittleUsbBandwidthIsSaidWithAWayOut) {
     expectHealthy();
 }
 
+TEST_F(FaultsTest, TheNextBestModeIsTakenWhereTheBusHasNoRoomForTheBest) {
+    device.formats = {raw(V4L2_PIX_FMT_YUYV, {only(64, 48)}), raw(V4L2_PIX_FMT_GREY, {only(64, 48)})};
+    device.bandwidth = [](const v4l2_pix_format& format) { return format.pixelformat == V4L2_PIX_FMT_GREY; };
+    start();
+    EXPECT_EQ(camera->statistics().granted.format, "GREY");
+    EXPECT_EQ(kernel->calls(VIDIOC_STREAMON), 2);
+    EXPECT_EQ(static_cast<unsigned>(kernel->mappings()), kernel->buffers(path))
+        << "those of the first are freed";
+    deliver(9);
+    EXPECT_EQ(brightness(sink->newest()), 9);
+}
+
+TEST_F(FaultsTest, WhatAnotherModeMayEscapeIsTriedAgainAndTheReasonNamesAllThatWasTried) {
+    device.formats = {raw(V4L2_PIX_FMT_YUYV, {only(64, 48)}), raw(V4L2_PIX_FMT_GREY, {only(64, 48)})};
+    for (const int number : {ENOSPC, EIO, ENOMEM, EINVAL}) {
+        kernel->failNext(VIDIOC_STREAMON, number, 2);
+        const Error error = startFails();
+        EXPECT_EQ(error.code, number);
+        EXPECT_TRUE(says(error, "YUYV 64x48")) << error.text;
+        EXPECT_TRUE(says(error, "GREY 64x48")) << error.text;
+        camera->close();
+    }
+    kernel->failNext(VIDIOC_STREAMON, EBUSY); // no other mode would fare better
+    EXPECT_EQ(startFails().code, EBUSY);
+    EXPECT_EQ(kernel->calls(VIDIOC_STREAMON), 4 * 2 + 1);
+}
+
 TEST_F(FaultsTest, MissingPermissionNamesTheDeviceAndTheGroup) {
     plug();
     kernel->failNext(kOpen, EACCES);
