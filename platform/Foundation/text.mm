@@ -12,11 +12,11 @@ namespace {
 
 // What a program sets as its locale must not turn the points of numbers into commas.
 template <typename Value>
-int printInNeutralLocale(char* text, std::size_t size, const std::string& specification, Value value) {
+int printInNeutralLocale(char* text, std::size_t size, const std::string& directive, Value value) {
     static const locale_t utf8 = newlocale(LC_ALL_MASK, "C.UTF-8", locale_t());
     static const locale_t neutral = utf8 ? utf8 : newlocale(LC_ALL_MASK, "C", locale_t());
     const locale_t before = uselocale(neutral);
-    const int length = std::snprintf(text, size, specification.c_str(), value);
+    const int length = std::snprintf(text, size, directive.c_str(), value);
     uselocale(before);
     return length;
 }
