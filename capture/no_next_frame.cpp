@@ -20,7 +20,8 @@ int notHere(QString* why) {
 
 OVideoFrameFacts::OVideoFrameFacts() : d(0) {}
 OVideoFrameFacts::OVideoFrameFacts(const OVideoFrameFacts&) : d(0) {}
-OVideoFrameFacts& OVideoFrameFacts::operator=(const OVideoFrameFacts&) {
+OVideoFrameFacts& OVideoFrameFacts::operator=(const OVideoFrameFacts& other) {
+    d = other.d;
     return *this;
 }
 OVideoFrameFacts::~OVideoFrameFacts() {}
@@ -57,7 +58,8 @@ int OVideoFrameReader::descriptor() {
 
 OVideoNativeFrame::OVideoNativeFrame() : d(0) {}
 OVideoNativeFrame::OVideoNativeFrame(const OVideoNativeFrame&) : d(0) {}
-OVideoNativeFrame& OVideoNativeFrame::operator=(const OVideoNativeFrame&) {
+OVideoNativeFrame& OVideoNativeFrame::operator=(const OVideoNativeFrame& other) {
+    d = other.d;
     return *this;
 }
 OVideoNativeFrame::~OVideoNativeFrame() {}

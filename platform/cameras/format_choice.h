@@ -9,6 +9,9 @@ namespace ostrel {
 namespace cameras {
 
 struct Size {
+    Size() = default;
+    Size(int columns, int rows) : width(columns), height(rows) {}
+
     int width = 0;
     int height = 0;
     bool operator==(const Size& other) const { return width == other.width && height == other.height; }

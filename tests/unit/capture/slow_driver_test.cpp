@@ -90,6 +90,8 @@ protected:
 } // namespace
 
 TEST_P(SlowDriver, HoldsUpNobodyWhoOnlyAsks) {
+    OVideoCaptureMacX
+        second; // before the other thread's: Qt takes the thread of its first object for the main one
     const SlowCall& slowCall = GetParam();
     const std::shared_ptr<Gate> gate = kernel->hold(SLOW, slowCall.call);
     auto life = std::async(std::launch::async, [&] { // of the one driver that has to wait
@@ -102,7 +104,6 @@ TEST_P(SlowDriver, HoldsUpNobodyWhoOnlyAsks) {
     const int before = kernel->callsOn(SLOW);
     askEverything();
     EXPECT_EQ(kernel->callsOn(SLOW), before) << "no call on a node that is open in this process";
-    OVideoCaptureMacX second;
     atOnce("startCapture of the same", [&] { second.startCapture(slow.c_str(), 16, 8); });
     askEverything();
     captureTheOther();

@@ -82,6 +82,7 @@ TEST_F(FaultsTest, APollErrorEndsTheStreamWithoutASpin) {
 
 TEST_F(FaultsTest, AFailedPollEndsTheStream) {
     start();
+    ASSERT_TRUE(kernel->waitUntilIdle(path)); // inside a poll(), which the frame ends: the next one fails
     kernel->failNext(kPoll, ENOMEM);
     ASSERT_TRUE(kernel->feed(path, grey(6)));
     expectEnd("stopped delivering frames");
