@@ -126,19 +126,16 @@ TEST(VividFaults, AfterAFatalErrorTheLastFrameStaysAndANewCaptureWorks) {
     expectHealthyCapture(camera);
 }
 
-TEST(VividFaults, RefusedBuffersFailTheStartInWordsAndTheNextStartWorks) {
+// The driver refuses once, and the next best mode is tried.
+TEST(VividFaults, RefusedBuffersOfOneModeDoNotFailTheStart) {
     const QString camera = onlyCamera();
     setControl(RequestBuffersError);
-    EXPECT_PRED_FORMAT2(testing::IsSubstring, "Error adding output to capture session: Cannot start ",
-                        refusal(camera));
     expectHealthyCapture(camera);
 }
 
-TEST(VividFaults, ARefusedStreamOnFailsTheStartInWordsAndTheNextStartWorks) {
+TEST(VividFaults, ARefusedStreamOnOfOneModeDoesNotFailTheStart) {
     const QString camera = onlyCamera();
     setControl(StreamOnError);
-    EXPECT_PRED_FORMAT2(testing::IsSubstring, "Error adding output to capture session: Cannot start ",
-                        refusal(camera));
     expectHealthyCapture(camera);
 }
 
