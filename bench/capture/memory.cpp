@@ -1,3 +1,4 @@
+#include "base/monotonic_clock.h"
 #include "bench/capture/client.h"
 #include "bench/capture/json.h"
 #include "bench/capture/measure.h"
@@ -48,7 +49,7 @@ bool capture(const std::string& cameras, int seconds) {
         if (!client.waitForFirstFrame())
             return false;
     const int rounds = RATE * seconds;
-    const int64_t began = nowNanoseconds();
+    const int64_t began = ostrel::monotonicNanoseconds();
     const Cost start = costsSoFar();
     for (int i = 0; i < rounds; ++i) {
         for (Client& client : clients)
