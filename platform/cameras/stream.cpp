@@ -62,6 +62,7 @@ Error Stream::begin(const Size& size) {
         }
         if (!refused)
             phase_ = Phase::Running;
+        changed_.notify_all();
     }
     if (refused)
         stopBackend();
@@ -100,6 +101,7 @@ bool Stream::join(const std::shared_ptr<FrameSink>& sink, const Size& size) {
 
 bool Stream::admit(const std::shared_ptr<FrameSink>& sink) {
     Lock lock(mutex_);
+    changed_.wait(lock, [this] { return phase_ != Phase::Starting; });
     return phase_ == Phase::Running && sinks_.add(sink);
 }
 

@@ -32,7 +32,8 @@ public:
     // Adds a sink that the running mode serves. False, with nothing done, when the stream has ended, is not
     // yet running, or would have to change its mode first.
     bool join(const std::shared_ptr<FrameSink>& sink, const Size& size);
-    // Adds a sink whatever it asks for. False, with nothing done, unless the stream is running.
+    // Adds a sink whatever it asks for, once it is known whether the stream runs. False, with nothing done,
+    // when it does not.
     bool admit(const std::shared_ptr<FrameSink>& sink);
     // Has the mode chosen anew for a sink that was admitted, and waits until that is done or was refused, the
     // sink has left, or the stream is over. From inside a sink's call: when that call returns.

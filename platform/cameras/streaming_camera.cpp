@@ -124,14 +124,14 @@ Error StreamingCamera::start(int width, int height, const std::shared_ptr<FrameS
     if (stream_ && stream_->join(sink, size))
         return Error();
     const Turn turn(*this, lock);
-    if (!turn)
-        return beingStopped(identity_.where);
-    if (stream_ && !stream_->admit(sink)) // it has ended
+    if (turn && stream_ && !stream_->admit(sink)) // it has ended
         finishStream(lock);
     if (!stream_)
         return startStream(lock, size, sink);
     const std::shared_ptr<Stream> stream = stream_;
     lock.unlock();
+    if (!turn && !stream->admit(sink)) // whoever has the turn is stopping it
+        return beingStopped(identity_.where);
     stream->widen(size, sink);
     return Error();
 }

@@ -28,8 +28,9 @@ namespace cameras {
 //   open() and start() are refused; stop() and close() work as ever.
 //
 // Any thread may call anything, a sink from inside its call too. What would have to wait there for the very
-// call that it comes from is left to whoever has the turn: stop() and close() return at once, start() is
-// refused, and a join changes the mode once that call has returned. A close() has a join give up waiting.
+// call that it comes from is left to whoever has the turn: stop() and close() return at once, a start() is
+// refused while the stream is being stopped, and a join changes the mode once that call has returned. A
+// close() has a join give up waiting.
 class StreamingCamera : public Camera {
 public:
     struct Identity {

@@ -97,6 +97,27 @@ TEST_P(FromInside, AnotherSinkCanJoinAlsoOneThatWantsMore) {
     EXPECT_EQ(refused, 0);
 }
 
+TEST_P(FromInside, ASinkCanJoinWhileAnotherJoinWaitsForThisVeryCall) {
+    const auto larger = std::make_shared<RecordingSink>();
+    const auto next = std::make_shared<RecordingSink>();
+    std::atomic<int> refused{0};
+    std::thread waiting;
+    sink->onFrame = [&](const RecordingSink::FramePointer&) {
+        if (waiting.joinable())
+            return;
+        waiting = std::thread([&] { refused += static_cast<bool>(camera->start(640, 480, larger)); });
+        for (int i = 0; i < 200; ++i) { // some of them once the other waits
+            refused += static_cast<bool>(camera->start(800, 600, next));
+            camera->stop(next);
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    };
+    ASSERT_EQ(start(sink).text, "");
+    EXPECT_TRUE(larger->waitForFrames(3));
+    waiting.join();
+    EXPECT_EQ(refused, 0);
+}
+
 TEST_P(FromInside, TheLastHolderOfACameraMayLetGoOfIt) {
     support::Gate started;
     const auto end = std::make_shared<support::Gate>(); // outlives the call
