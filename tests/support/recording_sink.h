@@ -49,8 +49,11 @@ public:
             ends_.push_back(why.text);
         }
         changed_.notify_all();
-        if (onEnd)
-            onEnd();
+        if (!onEnd)
+            return;
+        onEnd();
+        { std::lock_guard<std::mutex> lock(mutex_); }
+        changed_.notify_all();
     }
 
     bool waitForFrames(int count) {
@@ -62,7 +65,7 @@ public:
         std::unique_lock<std::mutex> lock(mutex_);
         return changed_.wait_for(lock, HANG, [&] { return !ends_.empty(); });
     }
-    // Asks again after each frame; the condition is one that onFrame brings about.
+    // Asks again after each frame and the end; the condition is one that onFrame or onEnd brings about.
     template <typename Condition>
     bool waitUntil(Condition condition) {
         std::unique_lock<std::mutex> lock(mutex_);

@@ -1,6 +1,8 @@
 // Each way in which a virtual camera can be told to fail, and that it heals.
 #include "capture_fixture.h"
 
+#include <atomic>
+
 using namespace ostrel;
 
 namespace {
@@ -138,13 +140,16 @@ TEST_F(Faults, UnpluggedFromInsideACallItEndsWhenTheCallReturns) {
 }
 
 TEST_F(Faults, ASinkMayStopAndCloseWhenItIsToldTheEnd) {
+    std::atomic<bool> closed{false};
     sink->onEnd = [&] {
         camera->stop(sink);
         camera->close();
+        closed = true;
     };
     ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
     ASSERT_TRUE(sink->waitForFrames(1));
-    virtualCamera->detach();
+    virtualCamera->detach(); // does not wait for whoever closes the camera meanwhile
+    EXPECT_TRUE(sink->waitUntil([&] { return closed.load(); }));
     EXPECT_EQ(1u, sink->ends().size());
 }
 
