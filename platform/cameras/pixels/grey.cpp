@@ -22,8 +22,8 @@ template <int Bits>
 void narrow(const Source& from, const Target& to) {
     eachRow(from, to, [&](const uint8_t* in, uint8_t* out) {
         for (int x = 0; x < to.width; ++x) {
-            const int sample = (in[2 * x] | in[2 * x + 1] << 8) >> (Bits - 8);
-            out[x] = static_cast<uint8_t>(std::min(sample, 255));
+            const auto sample = static_cast<uint16_t>(in[2 * x] | in[2 * x + 1] << 8);
+            out[x] = static_cast<uint8_t>(std::min(sample >> (Bits - 8), 255));
         }
     });
 }
@@ -106,11 +106,10 @@ bool greyTo(const Picture& p, const Output& to, PixelPool& pool) {
 void expandRange(const Source& from, const Target& to) {
     eachRow(from, to, [&](const uint8_t* in, uint8_t* out) {
         for (int x = 0; x < to.width; ++x) {
-            // y * 255 / 219, as y and y * 36 / 219, in numbers that fit into 16 bits.
-            const auto y = static_cast<uint16_t>(std::max<int>(in[x], 16) - 16);
-            const auto part = static_cast<uint16_t>(static_cast<uint32_t>(y << 8) * 10773 >> 16);
-            const int value = y + (part + 128) / 256;
-            out[x] = static_cast<uint8_t>(std::min(value, 255));
+            // y * 255 / 219, by factors that keep everything in 16 bits.
+            const auto y = static_cast<uint16_t>((std::clamp<uint8_t>(in[x], 16, 235) - 16) << 8);
+            const auto part = static_cast<uint16_t>(static_cast<uint32_t>(y) * 38155 >> 16);
+            out[x] = static_cast<uint8_t>((part + 64) >> 7);
         }
     });
 }
