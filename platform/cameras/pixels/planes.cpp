@@ -153,8 +153,21 @@ bool convertDirectly(const Picture& p, const Output& to) {
     }
 }
 
+// To three bytes by way of four, where libyuv has only those in one go.
+bool convertByWayOfBgra(const Picture& p, const Output& to, PixelPool& pool) {
+    const int stride = p.width * 4;
+    const PixelPool::Block block = pool.take(area(stride, kBandRows));
+    return inBands(p, to, [&](const Picture& band, const Output& rows) {
+        return convertDirectly(band, {OutputFormat::Bgra, block.data(), band.width, band.height, stride}) &&
+               libyuv::ARGBToRGB24(block.data(), stride, rows.data, rows.stride, rows.width, rows.height) ==
+                   0;
+    });
+}
+
 bool convertAtOwnSize(const Picture& p, const Output& to, PixelPool& pool) {
     if (convertDirectly(p, to))
+        return true;
+    if (to.format == OutputFormat::Bgr && isPacked(p.layout) && convertByWayOfBgra(p, to, pool))
         return true;
     // A band of packed rows becomes planes without loss, as their chroma rows are not halved.
     const PixelPool::Block block = pool.take(planeBytes(Chroma::Full, p.width, kBandRows));
