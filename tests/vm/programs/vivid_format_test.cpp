@@ -1,10 +1,13 @@
 // Pictures of the kernel's vivid driver in formats that the library would not choose by itself: the calls
 // into the kernel are real, only the list of formats that comes back is shortened. One vivid camera is there,
 // of the kind that the case loads.
+#include "base/monotonic_clock.h"
 #include "platform/cameras/v4l2/v4l2_provider.h"
 #include "support/machine.h"
 #include "vm/programs/capture.h"
 #include "vm/programs/known_pictures.h"
+
+#include <ostrel/native_frame.h>
 
 #include <gtest/gtest.h>
 
@@ -13,6 +16,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <sstream>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -132,6 +138,36 @@ std::ostream& operator<<(std::ostream& out, const Wish& wish) {
     return out << wish.name;
 }
 
+// One frame as another program reads it. The picture stands still.
+std::vector<char> bytesByAnotherProgram(const Wish& wish, int width, int height) {
+    std::ostringstream command;
+    command << "v4l2-ctl -d /dev/video0 --set-fmt-video=width=" << width << ",height=" << height
+            << ",pixelformat=0x" << std::hex << wish.fourcc
+            << " --stream-mmap --stream-count=1 --stream-to=/tmp/frame >/dev/null 2>&1";
+    shell(command.str());
+    std::ifstream file("/tmp/frame", std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+void expectNativeBytes(const Wish& wish) {
+    const int width = 640, height = 480;
+    const std::vector<char> expected = bytesByAnotherProgram(wish, width, height);
+    ASSERT_GE(expected.size(), static_cast<size_t>(width * height));
+    const ShortenedMachine machine(wish);
+    const QSharedPointer<OVideoCaptureUnix> capture = quietVideoCapture();
+    capture->startCapture(onlyCamera().toLatin1().constData(), width, height);
+    OVideoFrameReader reader(capture);
+    OVideoNativeFrame frame;
+    QString why;
+    ASSERT_EQ(nextNativeFrame(reader, frame, 120000, &why), 1) << why.toStdString();
+    EXPECT_EQ(frame.format().toStdString(), wish.name);
+    EXPECT_EQ(frame.width(), width);
+    EXPECT_EQ(frame.height(), height);
+    ASSERT_EQ(frame.bytesUsed(), expected.size());
+    const auto* const bytes = reinterpret_cast<const char*>(frame.data());
+    EXPECT_TRUE(std::equal(expected.begin(), expected.end(), bytes)) << "other bytes";
+}
+
 } // namespace
 
 class VividFormat : public testing::TestWithParam<Wish> {};
@@ -156,6 +192,10 @@ TEST_P(VividFormat, ShowsTheColorBarsFromRowsWithPadding) {
     EXPECT_TRUE(showsColorBars(capture.picture()));
 }
 
+TEST_P(VividFormat, NativeBytesAreThoseThatAnotherProgramReads) {
+    expectNativeBytes(GetParam());
+}
+
 INSTANTIATE_TEST_SUITE_P(Kernel, VividFormat, testing::ValuesIn(kWishes), wishName);
 
 class VividPlanes : public testing::TestWithParam<Wish> {};
@@ -166,6 +206,10 @@ TEST_P(VividPlanes, ShowTheDriversColorBars) {
     ASSERT_TRUE(capture.waitForPicture());
     EXPECT_EQ(capture.statistics().grantedFormat.toStdString(), GetParam().name);
     EXPECT_TRUE(showsColorBars(capture.picture()));
+}
+
+TEST_P(VividPlanes, NativeBytesAreThoseThatAnotherProgramReads) {
+    expectNativeBytes(GetParam());
 }
 
 INSTANTIATE_TEST_SUITE_P(Kernel, VividPlanes, testing::ValuesIn(kWishesOfPlanes), wishName);
@@ -214,6 +258,42 @@ TEST(VividColors, FollowTheMatrixAndTheRangeThatTheDriverNames) {
     shell("v4l2-ctl -c colorspace=2,quantization=0");
 }
 
+// Its times are multiples of the frame's interval by construction, so their differences tell which frame each
+// belongs to.
+TEST(VividTimes, AreTheDriversOfThatFrameAndSayWhatTheyMean) {
+    const struct {
+        const char* control;
+        OVideoFrameFacts::TimeSource source;
+    } sources[] = {{"0", OVideoFrameFacts::END_OF_FRAME}, {"1", OVideoFrameFacts::START_OF_EXPOSURE}};
+    for (const auto& each : sources) {
+        SCOPED_TRACE(each.control);
+        shell(std::string("v4l2-ctl -d /dev/video0 -c timestamp_source=") + each.control);
+        const QString camera = onlyCamera();
+        const QSharedPointer<OVideoCaptureUnix> capture = quietVideoCapture();
+        capture->startCapture(camera.toLatin1().constData(), 320, 240);
+        OVideoFrameReader reader(capture);
+        VideoFrame frame;
+        OVideoFrameFacts facts, first;
+        for (int i = 0; i < 20; ++i) {
+            ASSERT_EQ(nextVideoFrame(reader, frame, 120000, &facts), 1);
+            EXPECT_EQ(facts.timeSource(), each.source);
+            EXPECT_LE(facts.captureTime(), monotonicNanoseconds());
+            if (i == 0) {
+                first = facts;
+                continue;
+            }
+            OVideoStatistics figures;
+            ASSERT_TRUE(videoStatistics(camera, figures));
+            const double frames = facts.sequence() - first.sequence();
+            EXPECT_GT(frames, 0);
+            // The kernel's interface has microseconds, and the driver's interval whole nanoseconds.
+            EXPECT_NEAR(static_cast<double>(facts.captureTime() - first.captureTime()),
+                        frames * 1e9 / figures.grantedRate, 2000 + frames);
+        }
+    }
+    shell("v4l2-ctl -d /dev/video0 -c timestamp_source=0");
+}
+
 class VividGrey : public testing::TestWithParam<Wish> {};
 
 TEST_P(VividGrey, ShowsTheBarsFromLightToDark) {
@@ -229,6 +309,10 @@ TEST_P(VividGrey, ShowsTheBarsFromLightToDark) {
         EXPECT_LT(pixel[0], before) << "bar " << bar;
         before = pixel[0];
     }
+}
+
+TEST_P(VividGrey, NativeBytesAreThoseThatAnotherProgramReads) {
+    expectNativeBytes(GetParam());
 }
 
 INSTANTIATE_TEST_SUITE_P(Kernel, VividGrey, testing::ValuesIn(kWishesOfGrey), wishName);
