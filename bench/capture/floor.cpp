@@ -137,6 +137,7 @@ void TwoThreadFloor::deliver() {
             floor_.requeue(newest_);
         newest_ = buffer;
         full_ = true;
+        lock.unlock();
         changed_.notify_one();
     }
 }
