@@ -41,10 +41,16 @@ def round_ratio(entry, other):
     return statistics.median(a / b for a, b in zip(entry["rounds"], other["rounds"]))
 
 
-def costs(results, folder):
+def costs_by_camera(results):
+    """Camera -> contender -> what it cost."""
     cameras = {}
     for entry in of_kind(results, "cost"):
         cameras.setdefault(entry["camera"], {})[entry["contender"]] = entry
+    return cameras
+
+
+def costs(results, folder):
+    cameras = costs_by_camera(results)
     if not cameras:
         return ""
     rows, groups = [], []
@@ -69,9 +75,7 @@ def costs(results, folder):
 
 
 def waiting(results, folder):
-    cameras = {}
-    for entry in of_kind(results, "cost"):
-        cameras.setdefault(entry["camera"], {})[entry["contender"]] = entry
+    cameras = costs_by_camera(results)
     if not cameras:
         return ""
     rows, groups = [], []
