@@ -55,15 +55,17 @@ bool measureWaits(const char* name, const CameraModel& model) {
     const std::shared_ptr<TimedKernel> kernel = plugIn(model);
     std::vector<double> ages, conversions;
     for (int round = 0; round < 5; ++round) {
-        WaitingClient client(identifierOf(0), model.width, model.height, ostrel::OVIDEO_PIXELS_BGRA);
+        std::unique_ptr<WaitingClient> client(
+            new WaitingClient(identifierOf(0), model.width, model.height, ostrel::OVIDEO_PIXELS_BGRA));
         for (int i = 0; i < 40; ++i) {
-            if (!client.next())
+            if (!client->next())
                 return false;
             const int64_t after = monotonicNow();
-            const uint32_t number = readStamp(client.pixels(), 4, model.width);
+            const uint32_t number = readStamp(client->pixels(), 4, model.width);
             if (i >= 5)
                 ages.push_back(milliseconds(after - kernel->arrival(PATH, number)));
         }
+        client.reset(); // the camera is for one at a time
         Floor bare(kernel, model);
         for (int i = 0; i < 40; ++i) {
             v4l2_buffer buffer = bare.dequeue();
