@@ -7,21 +7,13 @@
 #include <ostrel/devices.h>
 
 #include <algorithm>
-#include <thread>
 
 namespace ostrel::apps::cli {
 
 namespace {
 
-const std::chrono::milliseconds BEFORE_FIRST_FRAME(5);
-const std::chrono::milliseconds SHORTEST_PAUSE(1);
-const std::chrono::milliseconds LONGEST_POLL(10);
-// Keeps Ctrl-C quick with cameras that deliver a frame every few seconds.
-const std::chrono::milliseconds LONGEST_PAUSE(50);
-
-Clock::duration seconds(double value) {
-    return std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(value));
-}
+// Keeps Ctrl-C quick while no frame comes.
+const std::chrono::milliseconds LONGEST_WAIT(50);
 
 // Frames that the camera took and that never reached a capture.
 uint64_t lostOnTheWay(const OVideoStatistics& statistics) {
@@ -33,25 +25,6 @@ uint64_t lostOnTheWay(const OVideoStatistics& statistics) {
 
 } // namespace
 
-void PollPace::frameArrived(Clock::time_point when, uint32_t framesSinceLast) {
-    if (started_) {
-        const Clock::duration interval = (when - last_) / std::max(framesSinceLast, 1U);
-        // One late frame must not slow the polling down for long.
-        interval_ = interval_ == Clock::duration::zero() ? interval : (interval_ * 7 + interval) / 8;
-    }
-    started_ = true;
-    last_ = when;
-}
-
-// No frame comes in the first half of an interval; after that, eight looks an interval find it early.
-Clock::duration PollPace::pause(Clock::time_point now) const {
-    if (interval_ == Clock::duration::zero())
-        return BEFORE_FIRST_FRAME;
-    const Clock::duration quiet = last_ + interval_ / 2 - now;
-    const Clock::duration poll = std::clamp<Clock::duration>(interval_ / 8, SHORTEST_PAUSE, LONGEST_POLL);
-    return std::min<Clock::duration>(std::max(quiet, poll), LONGEST_PAUSE);
-}
-
 FrameSource::FrameSource(const Camera& camera, const Size& size, const StopRequest& stop)
     : camera_(camera), size_(size), stop_(stop) {
     if (!capture_.start(QString::fromStdString(camera_.identifier), size_))
@@ -61,24 +34,30 @@ FrameSource::FrameSource(const Camera& camera, const Size& size, const StopReque
 }
 
 FrameSource::Result FrameSource::next(VideoFrame& frame, double timeoutSeconds) {
-    const Clock::time_point deadline = Clock::now() + seconds(timeoutSeconds);
+    const Clock::time_point deadline = Clock::now() + std::chrono::duration_cast<Clock::duration>(
+                                                          std::chrono::duration<double>(timeoutSeconds));
     while (!stop_.raised()) {
-        if (capture_.fetch(frame) == Capture::Fetched::New) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
+        const auto wait = std::clamp(left, std::chrono::milliseconds(0), LONGEST_WAIT);
+        switch (capture_.next(frame, static_cast<int>(wait.count()))) {
+        case Capture::Waited::Frame:
             count();
             return Result::Frame;
-        }
-        const std::string refusal = capture_.refusal().toStdString();
-        if (!refusal.empty())
-            throw Failure(EXIT_CANNOT_OPEN, "cannot use the camera " + quoted(camera_.name) + ": " + refusal);
-        const OVideoCameraState known = state();
-        if (known.isOpen() && !known.ended().isEmpty())
+        case Capture::Waited::Over:
+            if (capture_.refused())
+                failRefused();
             return Result::Ended;
-        const Clock::time_point now = Clock::now();
-        if (now >= deadline)
-            return Result::TimedOut;
-        std::this_thread::sleep_for(std::min(pace_.pause(now), deadline - now));
+        case Capture::Waited::Nothing:
+            if (left <= std::chrono::milliseconds(0))
+                return Result::TimedOut;
+        }
     }
     return Result::Stopped;
+}
+
+void FrameSource::failRefused() const {
+    throw Failure(EXIT_CANNOT_OPEN,
+                  "cannot use the camera " + quoted(camera_.name) + ": " + capture_.why().toStdString());
 }
 
 void FrameSource::count() {
@@ -91,7 +70,6 @@ void FrameSource::count() {
     }
     ++figures_.taken;
     figures_.seconds = std::chrono::duration<double>(now - first_).count();
-    pace_.frameArrived(now, capture_.advance());
 }
 
 uint64_t FrameSource::lost() const {
@@ -107,8 +85,6 @@ std::string FrameSource::whyNothingCame() const {
         return "it is no longer attached";
     if (figures_.taken == 0 && !known.statistics().dropped.isEmpty())
         return "what it sends is broken, dropped " + droppedText(known.statistics());
-    if (figures_.taken == 0 && known.statistics().delivered > 0)
-        return "its frames do not have the size " + toString(size_) + ", try another --size";
     return "check its cable and privacy switch, or allow more time with --timeout";
 }
 
@@ -119,7 +95,7 @@ std::string FrameSource::timeoutReason(double timeoutSeconds) const {
 }
 
 std::string FrameSource::endReason() const {
-    return "the camera " + quoted(camera_.name) + " stopped: " + state().ended().toStdString();
+    return "the camera " + quoted(camera_.name) + " stopped: " + capture_.why().toStdString();
 }
 
 } // namespace ostrel::apps::cli

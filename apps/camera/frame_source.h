@@ -1,4 +1,4 @@
-// The frames of one camera, one after the other, by polling the library.
+// The frames of one camera, each waited for and handed out once.
 #ifndef OSTREL_APPS_CAMERA_FRAME_SOURCE_H
 #define OSTREL_APPS_CAMERA_FRAME_SOURCE_H
 
@@ -11,19 +11,6 @@
 namespace ostrel::apps::cli {
 
 using Clock = std::chrono::steady_clock;
-
-// When to look for the next frame: often enough to miss none, seldom enough not to copy one frame many times.
-// Learns the camera's interval from the frames that came.
-class PollPace {
-public:
-    void frameArrived(Clock::time_point when, uint32_t framesSinceLast);
-    Clock::duration pause(Clock::time_point now) const;
-
-private:
-    bool started_ = false;
-    Clock::time_point last_;
-    Clock::duration interval_ = Clock::duration::zero(); // zero: not known yet
-};
 
 // What is known about a stream.
 struct StreamFigures {
@@ -66,13 +53,13 @@ public:
 
 private:
     void count();
+    [[noreturn]] void failRefused() const;
     std::string whyNothingCame() const;
 
     Camera camera_;
     Size size_;
     const StopRequest& stop_;
     Capture capture_;
-    PollPace pace_;
     StreamFigures figures_;
     uint64_t lostBefore_ = 0; // before the first frame taken
     Clock::time_point first_;

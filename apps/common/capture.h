@@ -1,4 +1,4 @@
-// A capture that is polled, and whether what it hands out is new.
+// A capture whose frames are waited for.
 #ifndef OSTREL_APPS_COMMON_CAPTURE_H
 #define OSTREL_APPS_COMMON_CAPTURE_H
 
@@ -6,39 +6,43 @@
 
 #include <ostrel/camera_state.h>
 #include <ostrel/capture.h>
+#include <ostrel/next_frame.h>
 
-#include <chrono>
+#include <memory>
 
 namespace ostrel::apps {
 
 // Bound to one thread.
 class Capture {
 public:
-    enum class Fetched { Nothing, Same, New };
+    enum class Waited { Nothing, Frame, Over };
 
     // Ends the capture before. False when no camera has this identifier.
     bool start(const QString& identifier, const Size& size);
-    void stop() { capture_.reset(); }
+    void stop();
     bool started() const { return !capture_.isNull(); }
 
-    // Fetches the newest frame into frame, which keeps its memory from call to call. Same: that of the last
-    // call again. The library reads a frame's number a moment after its picture and may count one frame more;
-    // the picture of that frame then comes as Same.
-    Fetched fetch(VideoFrame& frame);
-    // How many frames the camera delivered from the new frame before to the last new one; 0 for the first.
+    // Waits so many milliseconds for a frame that was not handed out yet, with 0 not at all. frame keeps its
+    // memory from call to call. Over: none will come, since refused() or for another reason: why().
+    Waited next(VideoFrame& frame, int milliseconds);
+    // To wait for next() having something to say, as that of an OVideoFrameReader; valid until stop() or
+    // start(). -1 when not started, or when the system has none left.
+    int descriptor();
+    // How many frames the camera delivered from the frame before to the last one; 0 for the first.
     uint32_t advance() const { return advance_; }
 
-    // Why the start was refused, in the library's words; empty as long as it was not.
-    QString refusal();
+    bool refused() const { return !any_ && !state().refused().isEmpty(); }
+    // The library's words.
+    QString why() const { return why_; }
     // What the library knows of the camera at this moment. Of one that is not open yet, it is of earlier.
     OVideoCameraState state() const { return OVideoCameraState(identifier_); }
 
 private:
     QString identifier_;
-    std::chrono::steady_clock::time_point start_;
-    QString oldRefusal_; // of the start before, until this one has got as far as that
     QSharedPointer<OVideoCaptureUnix> capture_;
-    bool any_ = false; // a frame was fetched
+    std::unique_ptr<OVideoFrameReader> reader_;
+    QString why_;
+    bool any_ = false; // a frame was handed out
     uint32_t lastNumber_ = 0;
     uint32_t advance_ = 0;
 };

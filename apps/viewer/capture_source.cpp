@@ -6,8 +6,6 @@ namespace {
 
 // Slow cameras need two seconds for their first frame.
 const std::chrono::seconds PATIENCE(3);
-// Much longer than the library takes to count a frame, much shorter than a person notices.
-const std::chrono::milliseconds SECOND_LOOK(100);
 
 QString droppedText(const OVideoStatistics& statistics) {
     QStringList reasons;
@@ -22,8 +20,18 @@ void CaptureSource::start(const QString& cameraId, const Size& size) {
     stop();
     state_ = State::Starting;
     since_ = Clock::now();
-    if (!capture_.start(cameraId, size))
+    if (capture_.start(cameraId, size))
+        waitForFrames();
+    else
         end(State::Gone);
+}
+
+void CaptureSource::waitForFrames() {
+    const int descriptor = capture_.descriptor();
+    if (descriptor < 0)
+        return; // who looks now and then sees the frames as well
+    notifier_ = std::make_unique<QSocketNotifier>(descriptor, QSocketNotifier::Read);
+    connect(notifier_.get(), &QSocketNotifier::activated, this, &CaptureSource::frameArrived);
 }
 
 void CaptureSource::stop() {
@@ -37,52 +45,37 @@ void CaptureSource::cameraLeft() {
 }
 
 void CaptureSource::end(State state) {
+    notifier_.reset();
     capture_.stop();
     state_ = state;
 }
 
-bool CaptureSource::poll() {
+bool CaptureSource::look() {
     if (!capture_.started())
         return false;
-    const Capture::Fetched fetched = capture_.fetch(frame_);
+    const Capture::Waited waited = capture_.next(frame_, 0);
     const Clock::time_point now = Clock::now();
-    if (isToBeShown(fetched, now))
+    if (waited == Capture::Waited::Frame) {
+        state_ = State::Live;
+        why_.clear();
+        since_ = now;
+        meter_.frameArrived(frame_.frameNumber, now);
         return true;
-
+    }
     const bool late = now - since_ >= PATIENCE;
-    if (waits())
-        lookForFailure();
+    if (waited == Capture::Waited::Over && waits() && capture_.refused()) {
+        why_ = capture_.why();
+        end(State::Failed);
+    } else if (waited == Capture::Waited::Over) {
+        notifier_.reset(); // it would call for ever
+    }
     if (state_ == State::Starting && late)
         state_ = State::Silent;
     else if (state_ == State::Live && late)
         state_ = State::Stalled;
     if (state_ == State::Silent || state_ == State::Stalled)
-        why_ = whatIsKnown();
+        why_ = waited == Capture::Waited::Over ? capture_.why() : whatIsKnown();
     return false;
-}
-
-// The picture of the last frame may come only with the second look: see Capture::fetch().
-bool CaptureSource::isToBeShown(Capture::Fetched fetched, Clock::time_point now) {
-    if (fetched == Capture::Fetched::New) {
-        state_ = State::Live;
-        why_.clear();
-        since_ = now;
-        shownTwice_ = false;
-        meter_.frameArrived(frame_.frameNumber, now);
-        return true;
-    }
-    if (fetched == Capture::Fetched::Nothing || shownTwice_ || now - since_ < SECOND_LOOK)
-        return false;
-    shownTwice_ = true;
-    return true;
-}
-
-void CaptureSource::lookForFailure() {
-    const QString refusal = capture_.refusal();
-    if (refusal.isEmpty())
-        return;
-    why_ = refusal;
-    end(State::Failed);
 }
 
 // A camera that is still being opened has only figures of earlier.

@@ -1,9 +1,14 @@
-// The frames of the chosen camera, fetched by polling.
+// The frames of the chosen camera, and what to say when none come.
 #ifndef OSTREL_APPS_VIEWER_CAPTURE_SOURCE_H
 #define OSTREL_APPS_VIEWER_CAPTURE_SOURCE_H
 
 #include "apps/common/capture.h"
 #include "apps/viewer/frame_meter.h"
+
+#include <QtCore/QObject>
+#include <QtCore/QSocketNotifier>
+
+#include <memory>
 
 namespace ostrel::apps::viewer {
 
@@ -12,8 +17,10 @@ namespace ostrel::apps::viewer {
 //   Starting -> Failed   the library said that the camera cannot be used
 //   Live     -> Stalled  no new frame for a while; a frame leads back to Live
 //   any      -> Gone     the camera is no longer attached
-// Bound to one thread, as a capture is.
-class CaptureSource {
+// Bound to one thread with an event loop, as a capture is.
+class CaptureSource : public QObject {
+    Q_OBJECT
+
 public:
     enum class State { Idle, Starting, Live, Silent, Stalled, Failed, Gone };
 
@@ -21,8 +28,9 @@ public:
     void stop();
     void cameraLeft(); // ends the capture; the newest frame stays
 
-    // Fetches the newest frame. True when frame() is one to be shown.
-    bool poll();
+    // To be called when frameArrived() is emitted, and now and then besides to notice that nothing comes.
+    // True when frame() is a new one.
+    bool look();
     // Its memory is used again for the next one.
     const VideoFrame& frame() const { return frame_; }
 
@@ -32,19 +40,21 @@ public:
     QString why() const { return why_; }
     FrameMeter& meter() { return meter_; }
 
+signals:
+    void frameArrived(); // or the capture has ended
+
 private:
     void end(State state);
-    bool isToBeShown(Capture::Fetched fetched, Clock::time_point now);
-    void lookForFailure();
+    void waitForFrames();
     QString whatIsKnown() const;
 
     Capture capture_;
+    std::unique_ptr<QSocketNotifier> notifier_; // of capture_, as long as that has something to say
     VideoFrame frame_;
     State state_ = State::Idle;
     QString why_;
     FrameMeter meter_;
-    Clock::time_point since_; // when the capture was started, then when the newest frame was seen
-    bool shownTwice_ = false;
+    Clock::time_point since_; // when the capture was started, then when the newest frame came
 };
 
 } // namespace ostrel::apps::viewer

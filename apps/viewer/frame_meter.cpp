@@ -18,7 +18,7 @@ void FrameMeter::frameArrived(uint32_t frameNumber, Clock::time_point now) {
     started_ = true;
 }
 
-// Frames are counted by their numbers, so that frames which came between two polls count as well, and the
+// Frames are counted by their numbers, so that frames which were passed over count as well, and the
 // time runs from frame to frame, so that the window's ends do not cut an interval.
 double FrameMeter::rate(Clock::time_point now) {
     const uint32_t frames = newest_.number - windowStart_.number;

@@ -16,8 +16,6 @@ namespace ostrel::apps::viewer {
 
 namespace {
 
-// A little more often than screens draw. Every poll copies a whole frame, so a shorter pause only costs.
-const int POLL_MILLISECONDS = 15;
 const int FIGURES_MILLISECONDS = 250; // numbers that change faster cannot be read
 const int NOTICE_MILLISECONDS = 8000;
 
@@ -55,7 +53,7 @@ MainWindow::MainWindow(const WindowSettings& settings)
 
     connectControls();
     addShortcuts();
-    startTimers();
+    startLooking();
     panel_->cameras->refresh();
     camerasChanged(); // for when there is none: then nothing has changed
 }
@@ -70,6 +68,7 @@ void MainWindow::connectControls() {
     connect(panel_->mirror, &QCheckBox::toggled, view_, &PictureView::setMirrored);
     connect(panel_->snapshot, &QPushButton::clicked, this, &MainWindow::takeSnapshot);
     connect(panel_->fullScreen, &QPushButton::clicked, this, [this] { setFullScreen(true); });
+    connect(&source_, &CaptureSource::frameArrived, this, &MainWindow::lookAtCamera);
     connect(view_, &PictureView::doubleClicked, this, [this] { setFullScreen(!isFullScreen()); });
 }
 
@@ -88,13 +87,9 @@ void MainWindow::addShortcuts() {
     connect(leaveFullScreen_, &QAction::triggered, this, [this] { setFullScreen(false); });
 }
 
-void MainWindow::startTimers() {
-    QTimer* poll = new QTimer(this);
-    poll->setTimerType(Qt::PreciseTimer);
-    connect(poll, &QTimer::timeout, this, &MainWindow::pollCamera);
-    poll->start(POLL_MILLISECONDS);
-
+void MainWindow::startLooking() {
     QTimer* figures = new QTimer(this);
+    connect(figures, &QTimer::timeout, this, &MainWindow::lookAtCamera);
     connect(figures, &QTimer::timeout, this, &MainWindow::showFigures);
     figures->start(FIGURES_MILLISECONDS);
 }
@@ -137,8 +132,8 @@ void MainWindow::restart() {
     showFigures();
 }
 
-void MainWindow::pollCamera() {
-    if (source_.poll())
+void MainWindow::lookAtCamera() {
+    if (source_.look())
         showNewest();
     showState();
 }

@@ -21,7 +21,7 @@ struct WindowSettings {
     QString snapshotFolder = "."; // has to exist
 };
 
-// Bound to the GUI's thread, which also polls the camera.
+// Bound to the GUI's thread, which also takes the frames.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 
@@ -36,11 +36,11 @@ public slots:
 private:
     void connectControls();
     void addShortcuts();
-    void startTimers();
+    void startLooking();
 
     void camerasChanged();
     void restart();
-    void pollCamera();
+    void lookAtCamera();
     void showNewest();
     void showState();
     void showFigures();

@@ -26,6 +26,24 @@ const ostrel::VideoFrame& Client::poll() {
     return frame_;
 }
 
+int bytesOf(ostrel::OVideoPixels format) {
+    return format == ostrel::OVIDEO_PIXELS_BGRA ? 4 : format == ostrel::OVIDEO_PIXELS_BGR ? 3 : 1;
+}
+
+WaitingClient::WaitingClient(const std::string& identifier, int width, int height,
+                             ostrel::OVideoPixels format)
+    : stride_(width * bytesOf(format)), format_(format),
+      pixels_(static_cast<size_t>(stride_) * static_cast<size_t>(height)),
+      capture_(ostrel::quietVideoCapture()) {
+    capture_->startCapture(identifier.c_str(), width, height);
+    reader_ = std::make_unique<ostrel::OVideoFrameReader>(capture_);
+}
+
+bool WaitingClient::next() {
+    return ostrel::nextVideoFrame(*reader_, pixels_.data(), pixels_.size(), stride_, format_, 10000,
+                                  &facts_) == 1;
+}
+
 std::string identifierOf(int number) {
     const QList<QString> identifiers = ostrel::videoDevices().keys();
     return number < identifiers.size() ? identifiers[number].toStdString() : std::string();

@@ -1,10 +1,13 @@
-// A client of the library.
+// Clients of the library.
 #ifndef OSTREL_BENCH_CAPTURE_CLIENT_H
 #define OSTREL_BENCH_CAPTURE_CLIENT_H
 
 #include <ostrel/capture.h>
+#include <ostrel/next_frame.h>
 
+#include <memory>
 #include <string>
+#include <vector>
 
 namespace bench {
 
@@ -20,6 +23,27 @@ public:
 private:
     QSharedPointer<ostrel::OVideoCaptureUnix> capture_;
     ostrel::VideoFrame frame_;
+};
+
+int bytesOf(ostrel::OVideoPixels format);
+
+// Waits for frames, which are written into memory of its own.
+class WaitingClient {
+public:
+    WaitingClient(const std::string& identifier, int width, int height, ostrel::OVideoPixels format);
+
+    // False when none comes within ten seconds.
+    bool next();
+    const uint8_t* pixels() const { return pixels_.data(); }
+    const ostrel::OVideoFrameFacts& facts() const { return facts_; }
+
+private:
+    const int stride_;
+    const ostrel::OVideoPixels format_;
+    std::vector<uint8_t> pixels_;
+    QSharedPointer<ostrel::OVideoCaptureUnix> capture_;
+    std::unique_ptr<ostrel::OVideoFrameReader> reader_;
+    ostrel::OVideoFrameFacts facts_;
 };
 
 // The identifier of a listed camera; empty where there is none with this number. In the order of the

@@ -4,7 +4,7 @@
 #include "bench/capture/measure.h"
 #include "bench/capture/suites.h"
 
-#include <functional>
+#include <algorithm>
 
 namespace bench {
 
@@ -35,7 +35,21 @@ struct Habit {
     const char* name;
     unsigned polls; // a second
 };
-const Habit HABITS[] = {{"taken", 30}, {"polled at 60 Hz", 60}, {"polled at 10 Hz", 10}, {"not polled", 0}};
+const Habit HABITS[] = {{"taken", 30},
+                        {"polled at 60 Hz", 60},
+                        {"polled at 120 Hz", 120},
+                        {"polled at 10 Hz", 10},
+                        {"not polled", 0}};
+
+// What a client that waits has its pictures written in.
+struct Pixels {
+    const char* name;
+    ostrel::OVideoPixels format;
+    OutputFormat inside;
+};
+const Pixels PIXELS[] = {{"BGRA", ostrel::OVIDEO_PIXELS_BGRA, OutputFormat::Bgra},
+                         {"BGR", ostrel::OVIDEO_PIXELS_BGR, OutputFormat::Bgr},
+                         {"grey", ostrel::OVIDEO_PIXELS_GREY, OutputFormat::Grey}};
 
 // Measured in turn; the costs of one round each.
 struct Contender {
@@ -44,7 +58,8 @@ struct Contender {
     Cost total;
     int streamCalls = 0;
     uint64_t frames = 0;
-    uint64_t fresh = 0; // polls that gave another frame than the one before
+    uint64_t fresh = 0;   // polls that gave another frame than the one before
+    uint64_t wakeUps = 0; // of the client's own thread, where it waits
 };
 
 void note(Contender& contender, const Cost& cost, unsigned frames) {
@@ -56,17 +71,19 @@ void note(Contender& contender, const Cost& cost, unsigned frames) {
     contender.frames += frames;
 }
 
-void runFloor(const std::shared_ptr<TimedKernel>& kernel, const CameraModel& model, Contender& contender,
-              void (Floor::*work)()) {
-    Floor bare(kernel, model);
+// One second of frames, each of which work() waits for.
+template <typename Work>
+void runFrames(TimedKernel& kernel, const CameraModel& model, Contender& contender, Work work) {
     for (int i = 0; i < WARM_UP; ++i)
-        (bare.*work)();
-    const int calls = kernel->streamCalls(PATH);
+        work();
+    const int calls = kernel.streamCalls(PATH);
+    const uint64_t wakeUps = ownWakeUps();
     const Cost before = costsSoFar();
     for (unsigned i = 0; i < model.rate; ++i)
-        (bare.*work)();
+        work();
     note(contender, costsSoFar() - before, model.rate);
-    contender.streamCalls += kernel->streamCalls(PATH) - calls;
+    contender.wakeUps += ownWakeUps() - wakeUps;
+    contender.streamCalls += kernel.streamCalls(PATH) - calls;
 }
 
 // One second of a client that polls at equal intervals, half an interval or more away from the arrivals.
@@ -75,8 +92,8 @@ void runHabit(Client& client, TimedKernel& kernel, const CameraModel& model, con
     const unsigned polls = habit.polls ? habit.polls : model.rate;
     const int64_t interval = SECOND / polls;
     const int64_t period = model.period(), arrival = kernel.arrival(PATH, 0);
-    // From a time at which the camera has just had half of its interval.
-    const int64_t lead = period / (habit.polls > model.rate ? 4 : 2);
+    // From a time at which the camera has just had half of its interval, or of a poll's.
+    const int64_t lead = std::min(period, interval) / 2;
     const int64_t passed = (monotonicNow() - arrival) / period + 1;
     const int64_t start = arrival + passed * period + lead;
     for (int i = 0; i < WARM_UP; ++i) {
@@ -112,9 +129,57 @@ void write(const Contender& contender, const Layout& layout, const Size& size) {
         .add("page_faults", static_cast<double>(contender.total.pageFaults))
         .add("large_allocations", static_cast<double>(contender.total.largeAllocations))
         .add("allocations_per_frame", static_cast<double>(contender.total.allocations) / frames)
+        .add("own_wake_ups_per_frame", static_cast<double>(contender.wakeUps) / frames)
         .add("sleeps_per_frame", static_cast<double>(contender.total.wakeUps) / frames)
         .add("queue_calls_per_frame", static_cast<double>(contender.streamCalls) / frames)
         .write();
+}
+
+// All contenders of a camera, by name, in the order in which they first ran.
+class Contest {
+public:
+    Contender& operator[](const std::string& name) {
+        for (const auto& each : contenders_)
+            if (each->name == name)
+                return *each;
+        contenders_.push_back(std::make_unique<Contender>());
+        contenders_.back()->name = name;
+        return *contenders_.back();
+    }
+    void write(const Layout& layout, const Size& size) const {
+        for (const auto& each : contenders_)
+            bench::write(*each, layout, size);
+    }
+
+private:
+    std::vector<std::unique_ptr<Contender>> contenders_;
+};
+
+void runFloors(const std::shared_ptr<TimedKernel>& kernel, const CameraModel& model, Contest& contest) {
+    {
+        Floor bare(kernel, model);
+        runFrames(*kernel, model, contest["floor"], [&] { bare.takeFrame(); });
+        runFrames(*kernel, model, contest["floor, not polled"], [&] { bare.passFrame(); });
+        for (const Pixels& pixels : PIXELS)
+            runFrames(*kernel, model, contest[std::string("one thread, ") + pixels.name],
+                      [&] { bare.convertFrame(pixels.inside); });
+    }
+    TwoThreadFloor two(kernel, model);
+    for (const Pixels& pixels : PIXELS)
+        runFrames(*kernel, model, contest[std::string("two threads, ") + pixels.name],
+                  [&] { two.convertFrame(pixels.inside); });
+}
+
+bool runWaiting(TimedKernel& kernel, const CameraModel& model, Contest& contest) {
+    for (const Pixels& pixels : PIXELS) {
+        WaitingClient client(identifierOf(0), model.width, model.height, pixels.format);
+        bool all = true;
+        runFrames(kernel, model, contest[std::string("waiting, ") + pixels.name],
+                  [&] { all = all && client.next(); });
+        if (!all)
+            return false;
+    }
+    return true;
 }
 
 bool measure(const Layout& layout, const Size& size, int rounds) {
@@ -123,25 +188,19 @@ bool measure(const Layout& layout, const Size& size, int rounds) {
     model.width = size.width;
     model.height = size.height;
     const std::shared_ptr<TimedKernel> kernel = plugIn(model);
-    std::vector<Contender> contenders(2);
-    contenders[0].name = "floor";
-    contenders[1].name = "floor, not polled";
-    for (const Habit& habit : HABITS) {
-        contenders.emplace_back();
-        contenders.back().name = habit.name;
-    }
+    Contest contest;
     for (int round = 0; round < rounds; ++round) {
-        runFloor(kernel, model, contenders[0], &Floor::takeFrame);
-        runFloor(kernel, model, contenders[1], &Floor::passFrame);
+        runFloors(kernel, model, contest);
+        if (!runWaiting(*kernel, model, contest))
+            return false;
         const QuietErrors quiet;
         Client client(identifierOf(0), size.width, size.height);
         if (!client.waitForFirstFrame())
             return false;
-        for (size_t i = 0; i < sizeof HABITS / sizeof HABITS[0]; ++i)
-            runHabit(client, *kernel, model, HABITS[i], contenders[i + 2]);
+        for (const Habit& habit : HABITS)
+            runHabit(client, *kernel, model, habit, contest[habit.name]);
     }
-    for (const Contender& contender : contenders)
-        write(contender, layout, size);
+    contest.write(layout, size);
     return true;
 }
 

@@ -1,7 +1,7 @@
 #include "bench/capture/floor.h"
 
 #include "bench/capture/pictures.h"
-#include "platform/cameras/pixels/jpeg.h"
+#include "platform/cameras/pixels/convert.h"
 
 #include <cstring>
 #include <fcntl.h>
@@ -64,29 +64,94 @@ v4l2_buffer Floor::dequeue() {
     return buffer;
 }
 
+void Floor::requeue(v4l2_buffer& buffer) {
+    kernel_->ioctl(descriptor_, VIDIOC_QBUF, &buffer);
+}
+
 void Floor::passFrame() {
     v4l2_buffer buffer = dequeue();
-    kernel_->ioctl(descriptor_, VIDIOC_QBUF, &buffer);
+    requeue(buffer);
 }
 
 void Floor::takeFrame() {
     v4l2_buffer buffer = dequeue();
-    convert(static_cast<const uint8_t*>(buffers_[buffer.index].first), buffer.bytesused);
+    convertTo(converted_, buffer, OutputFormat::Bgra);
     std::memcpy(between_.data(), converted_.data(), between_.size());
     std::memcpy(mine_.data(), between_.data(), mine_.size());
-    kernel_->ioctl(descriptor_, VIDIOC_QBUF, &buffer);
+    requeue(buffer);
 }
 
-void Floor::convert(const uint8_t* bytes, size_t size) {
+void Floor::convertFrame(OutputFormat format) {
+    v4l2_buffer buffer = dequeue();
+    convert(buffer, format);
+    requeue(buffer);
+}
+
+void Floor::convert(const v4l2_buffer& buffer, OutputFormat format) {
+    convertTo(mine_, buffer, format);
+}
+
+void Floor::convertTo(std::vector<uint8_t>& to, const v4l2_buffer& buffer, OutputFormat format) {
+    namespace pixels = ostrel::cameras::pixels;
     const int w = model_.width, h = model_.height;
-    if (model_.fourcc == V4L2_PIX_FMT_YUYV)
-        libyuv::YUY2ToARGB(bytes, w * 2, converted_.data(), w * 4, w, h);
-    else if (model_.fourcc == V4L2_PIX_FMT_NV12)
-        libyuv::NV12ToARGB(bytes, w, bytes + static_cast<ptrdiff_t>(w) * h, w, converted_.data(), w * 4, w,
-                           h);
-    else
-        ostrel::cameras::pixels::decodeJpeg(
-            bytes, size, {ostrel::cameras::pixels::OutputFormat::Bgra, converted_.data(), w, h, w * 4});
+    const auto* const bytes = static_cast<const uint8_t*>(buffers_[buffer.index].first);
+    const bool bgra = format == OutputFormat::Bgra;
+    const int stride = w * pixels::bytesPerPixel(format);
+    if (model_.fourcc == V4L2_PIX_FMT_YUYV && bgra) {
+        libyuv::YUY2ToARGB(bytes, w * 2, to.data(), stride, w, h);
+        return;
+    }
+    if (model_.fourcc == V4L2_PIX_FMT_NV12 && format != OutputFormat::Grey) {
+        auto* const convert = bgra ? libyuv::NV12ToARGB : libyuv::NV12ToRGB24;
+        convert(bytes, w, bytes + static_cast<ptrdiff_t>(w) * h, w, to.data(), stride, w, h);
+        return;
+    }
+    pixels::Picture picture;
+    picture.layout = model_.fourcc == V4L2_PIX_FMT_YUYV   ? pixels::Layout::Yuyv
+                     : model_.fourcc == V4L2_PIX_FMT_NV12 ? pixels::Layout::Nv12
+                                                          : pixels::Layout::Jpeg;
+    picture.width = w;
+    picture.height = h;
+    pixels::setBlock(picture, bytes, buffer.bytesused, pixels::minimumStride(picture.layout, w));
+    pixels::convert(picture, {format, to.data(), w, h, stride}, pool_);
+}
+
+TwoThreadFloor::TwoThreadFloor(const std::shared_ptr<TimedKernel>& kernel, const CameraModel& model)
+    : floor_(kernel, model), thread_([this] { deliver(); }) {}
+
+TwoThreadFloor::~TwoThreadFloor() {
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        ended_ = true;
+    }
+    thread_.join();
+}
+
+void TwoThreadFloor::deliver() {
+    for (;;) {
+        v4l2_buffer buffer = floor_.dequeue();
+        std::unique_lock<std::mutex> lock(mutex_);
+        if (ended_)
+            return;
+        if (full_)
+            floor_.requeue(newest_);
+        newest_ = buffer;
+        full_ = true;
+        lock.unlock();
+        changed_.notify_one();
+    }
+}
+
+void TwoThreadFloor::convertFrame(OutputFormat format) {
+    v4l2_buffer mine;
+    {
+        std::unique_lock<std::mutex> lock(mutex_);
+        changed_.wait(lock, [this] { return full_; });
+        mine = newest_;
+        full_ = false;
+    }
+    floor_.convert(mine, format);
+    floor_.requeue(mine);
 }
 
 } // namespace bench

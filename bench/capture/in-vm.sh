@@ -5,7 +5,7 @@
 # on_kernel_camera NAME LAYOUT WIDTH HEIGHT RATE
 on_kernel_camera() {
     local peer
-    for peer in library opencv opencv_bgra gstreamer ffmpeg; do
+    for peer in library library_waiting library_waiting_bgr opencv opencv_bgra gstreamer ffmpeg; do
         [ -x "$PROGRAMS/bench_peer_$peer" ] || continue
         timeout 90 "$PROGRAMS/bench_peer_$peer" /dev/video0 "$3" "$4" "$2" "$5" 30 2>/tmp/errors |
             sed "s/^{/{\"where\": \"$1\", /" || true

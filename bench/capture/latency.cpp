@@ -1,4 +1,5 @@
 #include "bench/capture/client.h"
+#include "bench/capture/floor.h"
 #include "bench/capture/json.h"
 #include "bench/capture/measure.h"
 #include "bench/capture/pictures.h"
@@ -34,7 +35,7 @@ bool measureAges(const char* name, const CameraModel& model) {
         const int64_t before = monotonicNow();
         const ostrel::VideoFrame& frame = client.poll();
         const int64_t after = monotonicNow();
-        const uint32_t number = readStamp(frame.data, model.width);
+        const uint32_t number = readStamp(frame.data.data(), 4, model.width);
         ages.push_back(milliseconds(after - kernel->arrival(PATH, number)));
         called.push_back(milliseconds((before - kernel->arrival(PATH, 0)) % model.period()));
         calls.push_back(milliseconds(after - before));
@@ -44,6 +45,40 @@ bool measureAges(const char* name, const CameraModel& model) {
         .add("milliseconds", ages)
         .add("at_best", called)
         .add("poll", calls)
+        .write();
+    return true;
+}
+
+// Ages of frames at the moment at which the wait for them returns, and the time that the bare conversion
+// takes of it, measured on the same camera in turn.
+bool measureWaits(const char* name, const CameraModel& model) {
+    const std::shared_ptr<TimedKernel> kernel = plugIn(model);
+    std::vector<double> ages, conversions;
+    for (int round = 0; round < 5; ++round) {
+        std::unique_ptr<WaitingClient> client(
+            new WaitingClient(identifierOf(0), model.width, model.height, ostrel::OVIDEO_PIXELS_BGRA));
+        for (int i = 0; i < 40; ++i) {
+            if (!client->next())
+                return false;
+            const int64_t after = monotonicNow();
+            const uint32_t number = readStamp(client->pixels(), 4, model.width);
+            if (i >= 5)
+                ages.push_back(milliseconds(after - kernel->arrival(PATH, number)));
+        }
+        client.reset(); // the camera is for one at a time
+        Floor bare(kernel, model);
+        for (int i = 0; i < 40; ++i) {
+            v4l2_buffer buffer = bare.dequeue();
+            const int64_t before = monotonicNow();
+            bare.convert(buffer, OutputFormat::Bgra);
+            conversions.push_back(milliseconds(monotonicNow() - before));
+            bare.requeue(buffer);
+        }
+    }
+    JsonLine("age_waiting")
+        .add("camera", name)
+        .add("milliseconds", ages)
+        .add("conversion", conversions)
         .write();
     return true;
 }
@@ -76,10 +111,11 @@ bool measureStarts(const char* name, const CameraModel& model) {
 
 bool measureLatency() {
     CameraModel model;
-    bool done = measureAges("YUYV 1280x720", model) && measureStarts("YUYV 1280x720", model);
+    bool done = measureAges("YUYV 1280x720", model) && measureWaits("YUYV 1280x720", model) &&
+                measureStarts("YUYV 1280x720", model);
     model.width = 640;
     model.height = 480;
-    done = done && measureAges("YUYV 640x480", model);
+    done = done && measureAges("YUYV 640x480", model) && measureWaits("YUYV 640x480", model);
     return done;
 }
 

@@ -36,6 +36,12 @@ Cost operator-(const Cost& later, const Cost& earlier) {
     return cost;
 }
 
+uint64_t ownWakeUps() {
+    rusage usage = {};
+    ::getrusage(RUSAGE_THREAD, &usage);
+    return static_cast<uint64_t>(usage.ru_nvcsw);
+}
+
 void sleepUntil(int64_t nanoseconds) {
     timespec when = {};
     when.tv_sec = static_cast<time_t>(nanoseconds / 1000000000);

@@ -20,6 +20,9 @@ struct Cost {
 Cost costsSoFar();
 Cost operator-(const Cost& later, const Cost& earlier);
 
+// How often the calling thread went to sleep, so far.
+uint64_t ownWakeUps();
+
 // Sleeps until that time of CLOCK_MONOTONIC.
 void sleepUntil(int64_t nanoseconds);
 

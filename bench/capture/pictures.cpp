@@ -110,15 +110,13 @@ void stamp(uint8_t* picture, uint32_t fourcc, int width, uint32_t number) {
     }
 }
 
-uint32_t readStamp(const std::vector<uint8_t>& bgra, int width) {
+uint32_t readStamp(const uint8_t* pixels, int bytesPerPixel, int width) {
     uint32_t number = 0;
     if (width < STAMP_BITS * FIELD)
         return 0;
-    for (int bit = 0; bit < STAMP_BITS; ++bit) {
-        const size_t green = static_cast<size_t>(bit * FIELD + FIELD / 2) * 4 + 1;
-        if (green < bgra.size() && bgra[green] > 127)
+    for (int bit = 0; bit < STAMP_BITS; ++bit)
+        if (pixels[(bit * FIELD + FIELD / 2) * bytesPerPixel] > 127)
             number |= 1u << bit;
-    }
     return number;
 }
 

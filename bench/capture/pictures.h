@@ -17,8 +17,8 @@ uint32_t bytesPerLine(uint32_t fourcc, int width);
 
 // Draws the number as black and white fields at the top left. Does nothing to a JPEG.
 void stamp(uint8_t* picture, uint32_t fourcc, int width, uint32_t number);
-// Reads it back from the converted picture (B, G, R, A).
-uint32_t readStamp(const std::vector<uint8_t>& bgra, int width);
+// Reads it back from the converted picture, whose pixels have 4, 3 or 1 bytes.
+uint32_t readStamp(const uint8_t* pixels, int bytesPerPixel, int width);
 
 } // namespace bench
 

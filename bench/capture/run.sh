@@ -11,7 +11,9 @@ rounds=${ROUNDS:-5}
 # on_timed_camera LAYOUT WIDTH HEIGHT - every way of reading the camera, one after the other.
 on_timed_camera() {
     local peer
-    "$programs/bench_peer_library" timed "$2" "$3" "$1" 30 45 2>/dev/null
+    for peer in library library_waiting library_waiting_bgr; do
+        "$programs/bench_peer_$peer" timed "$2" "$3" "$1" 30 45 2>/dev/null
+    done
     for peer in opencv opencv_bgra gstreamer ffmpeg; do
         [ -x "$programs/bench_peer_$peer" ] || continue
         TIMED_CAMERA="/dev/video90 $1 $2 $3 30" LD_PRELOAD="$programs/bench_timed_camera.so" \

@@ -15,8 +15,11 @@ import sys
 from chart import bars, histogram, lines
 
 FLOOR = "floor"
-HABITS = ["taken", "polled at 60 Hz", "polled at 10 Hz", "not polled"]
-PEERS = ["OpenCV VideoCapture", "OpenCV, as 32 bits", "GStreamer v4l2src", "ffmpeg v4l2"]
+HABITS = ["taken", "polled at 60 Hz", "polled at 120 Hz", "polled at 10 Hz", "not polled"]
+PIXELS = ["BGRA", "BGR", "grey"]
+POLLED, WAITING, WAITING_24 = "library, polled", "library, waiting", "library, waiting, 24 bits"
+PEERS_32 = ["OpenCV, as 32 bits", "GStreamer v4l2src", "ffmpeg v4l2"]
+PEERS_24 = ["OpenCV VideoCapture"]
 
 
 def read(path):
@@ -38,10 +41,16 @@ def round_ratio(entry, other):
     return statistics.median(a / b for a, b in zip(entry["rounds"], other["rounds"]))
 
 
-def costs(results, folder):
+def costs_by_camera(results):
+    """Camera -> contender -> what it cost."""
     cameras = {}
     for entry in of_kind(results, "cost"):
         cameras.setdefault(entry["camera"], {})[entry["contender"]] = entry
+    return cameras
+
+
+def costs(results, folder):
+    cameras = costs_by_camera(results)
     if not cameras:
         return ""
     rows, groups = [], []
@@ -65,6 +74,28 @@ def costs(results, folder):
                    "sleeps / frame", "queue calls / frame"], counted))
 
 
+def waiting(results, folder):
+    cameras = costs_by_camera(results)
+    if not cameras:
+        return ""
+    rows, groups = [], []
+    for camera, entries in cameras.items():
+        bars_of_camera = []
+        for pixels in PIXELS:
+            waits = entries[f"waiting, {pixels}"]
+            one = round_ratio(waits, entries[f"one thread, {pixels}"])
+            two = round_ratio(waits, entries[f"two threads, {pixels}"])
+            polled = [f"{round_ratio(waits, entries[name]):.3f}" for name in HABITS[:3]] if pixels == "BGRA" else ["-"] * 3
+            rows.append([f"{camera}, {pixels}", f"{waits['microseconds']:.0f}", f"{one:.3f}", f"{two:.3f}"] + polled +
+                        [f"{waits['own_wake_ups_per_frame']:.2f}"])
+            bars_of_camera.append((pixels, two))
+        groups.append((camera, bars_of_camera))
+    with open(os.path.join(folder, "capture-waiting.svg"), "w", encoding="utf-8") as file:
+        file.write(bars("Processor time of a frame that is waited for, two-thread floor = 1", groups, PIXELS, unit="x"))
+    return table(["camera at 30 Hz, pixels", "waiting, us", "/ one thread's floor", "/ two threads' floor",
+                  "/ polled at 30 Hz", "/ at 60 Hz", "/ at 120 Hz", "client's wake-ups / frame"], rows)
+
+
 def peers(results, folder):
     cameras = {}
     for entry in of_kind(results, "peer"):
@@ -73,15 +104,41 @@ def peers(results, folder):
     if not cameras:
         return ""
     rows, groups = [], []
-    for (where, camera), entries in cameras.items():
-        library = statistics.median(entries["library"])
-        ratios = {name: statistics.median(entries[name]) / library for name in PEERS if name in entries}
-        rows.append([f"{where}, {camera}", f"{library:.0f}"] +
-                    [f"{ratios[name]:.2f}" if name in ratios else "-" for name in PEERS])
-        groups.append((f"{where}, {camera}", list(ratios.items())))
+    for (where, camera), times in cameras.items():
+        median = {name: statistics.median(values) for name, values in times.items()}
+
+        def ratios(names, own):
+            return {name: median[name] / median[own] for name in names if name in median}
+
+        bits_32, bits_24 = ratios([POLLED] + PEERS_32, WAITING), ratios(PEERS_24, WAITING_24)
+        rows.append([f"{where}, {camera}", f"{median[WAITING]:.0f}"] +
+                    [f"{bits_32[name]:.2f}" if name in bits_32 else "-" for name in [POLLED] + PEERS_32] +
+                    [f"{median[WAITING_24]:.0f}"] + [f"{bits_24[name]:.2f}" if name in bits_24 else "-" for name in PEERS_24])
+        groups.append((f"{where}, {camera}", list(bits_32.items()) + list(bits_24.items())))
     with open(os.path.join(folder, "capture-peers.svg"), "w", encoding="utf-8") as file:
-        file.write(bars("Processor time of a frame, library = 1 (longer is slower)", groups, PEERS, unit="x"))
-    return table(["camera", "library, us"] + [f"{name} / library" for name in PEERS], rows)
+        file.write(bars("Processor time of a frame, the library waiting for as many bits = 1 (longer is slower)", groups,
+                        [POLLED] + PEERS_32 + PEERS_24, unit="x"))
+    return table(["camera", "32 bits: waiting, us"] + [f"{name} / it" for name in [POLLED] + PEERS_32] +
+                 ["24 bits: waiting, us"] + [f"{name} / it" for name in PEERS_24], rows)
+
+
+def ages(results, folder):
+    """Of every way to read a camera, at the moment at which the program has the frame."""
+    cameras = {}
+    for entry in of_kind(results, "peer"):
+        if entry.get("ages"):
+            cameras.setdefault(entry["camera"], {}).setdefault(entry["contender"], []).extend(entry["ages"])
+    if not cameras:
+        return ""
+    names = [WAITING, WAITING_24] + PEERS_24 + PEERS_32
+    shown = "YUYV 1280x720" if "YUYV 1280x720" in cameras else next(iter(cameras))
+    with open(os.path.join(folder, "capture-ages.svg"), "w", encoding="utf-8") as file:
+        file.write(histogram(f"Age of a frame when the program has it, {shown} at 30 Hz",
+                             [(name, cameras[shown][name]) for name in names if name in cameras[shown]],
+                             0.5, "milliseconds since the driver had the frame"))
+    return table(["median age, ms"] + names,
+                 [[camera] + [f"{statistics.median(values[name]):.2f}" if name in values else "-" for name in names]
+                  for camera, values in cameras.items()])
 
 
 def growth(results, folder):
@@ -126,6 +183,9 @@ def latency(results, folder):
     rows = [[f"age at the poll's return, {e['camera']}"] + percentiles(e["milliseconds"]) for e in ages]
     rows += [[f"newest there is at the poll's call, {e['camera']}"] + percentiles(e["at_best"]) for e in ages]
     rows += [[f"the poll itself, {e['camera']}"] + percentiles(e["poll"]) for e in ages]
+    waits = of_kind(results, "age_waiting")
+    rows += [[f"age when the wait returns, {e['camera']}"] + percentiles(e["milliseconds"]) for e in waits]
+    rows += [[f"the bare conversion, {e['camera']}"] + percentiles(e["conversion"]) for e in waits]
     rows += [[f"startCapture to the first frame, {e['camera']}"] + percentiles(e["milliseconds"]) for e in starts]
     rows += [["the same without the camera's first 33 ms"] + percentiles(e["without_exposure"]) for e in starts]
     return table(["milliseconds", "5 %", "median", "95 %"], rows)
@@ -148,7 +208,8 @@ def main():
     if len(sys.argv) != 3:
         sys.exit(__doc__)
     results, folder = read(sys.argv[1]), sys.argv[2]
-    tables = {"costs": costs(results, folder), "peers": peers(results, folder), "growth": growth(results, folder),
+    tables = {"costs": costs(results, folder), "waiting": waiting(results, folder),
+              "ages": ages(results, folder), "peers": peers(results, folder), "growth": growth(results, folder),
               "latency": latency(results, folder), "memory": memory(results),
               "startup": startup(results)}
     for name, text in tables.items():

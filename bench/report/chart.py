@@ -85,7 +85,7 @@ def lines(title, series, unit, label):
 
 def histogram(title, series, width_of_bin, label):
     """series: [(name, [value])]. What lies beyond the 99th percentile is counted in the last bin."""
-    left, top, width, height = 60, 60, 520, 180
+    left, top, width, height = 60, 60 + 14 * ((len(series) - 1) // 2), 520, 180  # the legend has two in a row
     everything = sorted(value for _, values in series for value in values)
     lowest = int(everything[0] // width_of_bin)
     count = int(everything[int(len(everything) * 0.99)] // width_of_bin) + 1 - lowest
@@ -105,7 +105,7 @@ def histogram(title, series, width_of_bin, label):
             tall = share / highest * height
             parts.append(f'<rect x="{left + index * step + number * bar:.1f}" y="{top + height - tall:.1f}" '
                          f'width="{bar:.1f}" height="{tall:.1f}" fill="{colour}"/>')
-        parts.append(f'<text x="{left + 10 + 230 * number}" y="38" style="fill:{colour}">{escape(name)}</text>')
+        parts.append(f'<text x="{left + 10 + 260 * (number % 2)}" y="{38 + 14 * (number // 2)}" style="fill:{colour}">{escape(name)}</text>')
     for index in range(0, count + 1, max(count // 8, 1)):
         parts.append(f'<text x="{left + index * step:.1f}" y="{top + height + 16}" text-anchor="middle" class="n">'
                      f'{(lowest + index) * width_of_bin:g}</text>')

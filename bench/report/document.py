@@ -3,7 +3,8 @@
 
 usage: document.py RESULTS_FOLDER
 
-A part of the document between "<!-- results NAME -->" and "<!-- end -->" is replaced by NAME.md of the folder.
+A part of the document between "<!-- results NAME -->" and "<!-- end -->" is replaced by NAME.md of the folder, where there is
+one: scripts/bench measures all of them, bench/capture/run.sh some.
 """
 import os
 import re
@@ -21,6 +22,8 @@ def main():
 
     def results(match):
         name = match.group(1)
+        if not os.path.exists(os.path.join(folder, f"{name}.md")):
+            return match.group(0)
         with open(os.path.join(folder, f"{name}.md"), encoding="utf-8") as file:
             text = file.read()
         return f"<!-- results {name} -->\n{text}<!-- end -->"

@@ -32,7 +32,8 @@ public:
     OVideoNativeFrame& operator=(const OVideoNativeFrame& other);
     ~OVideoNativeFrame();
 
-    // Four characters, blanks at the end left out, and pixels. Empty and 0 before it is filled.
+    // Four characters, blanks at the end left out, and pixels. Empty and 0 before it is filled. Big-endian
+    // formats that have the characters of another end with -BE: "Y16-BE".
     QString format() const;
     int width() const;
     int height() const;

@@ -64,6 +64,7 @@ private:
     void shut();
     void close();
     void finish(const std::string& why);
+    void makeReadable();
     void tellAll();
 
     const void* const delegate_;

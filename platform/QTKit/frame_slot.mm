@@ -156,7 +156,10 @@ void FrameSlot::put(const std::shared_ptr<SlotFrame>& frame) {
         return;
     before.swap(newest_);
     newest_ = frame;
-    tellAll();
+    makeReadable();
+    // Who is woken with the lock held only waits for it once more.
+    lock.unlock();
+    changed_.notify_all();
 }
 
 void FrameSlot::countFrom(uint32_t number) {
@@ -197,9 +200,14 @@ void FrameSlot::close() {
 }
 
 // With the lock held.
-void FrameSlot::tellAll() {
+void FrameSlot::makeReadable() {
     for (SlotReader* reader : readers_)
         reader->updateDescriptor();
+}
+
+// With the lock held.
+void FrameSlot::tellAll() {
+    makeReadable();
     changed_.notify_all();
 }
 

@@ -7,6 +7,7 @@ source "$(dirname "$0")/common.sh"
     { cat "$work/configure.log"; fail "configuring"; }
 "$CMAKE" --build "$work/build"
 [ -x "$work/build/brightness_test" ] || fail "brightness_test was not built; is GoogleTest missing?"
+[ -x "$work/build/motion" ] || fail "motion was not built; is OpenCV's core missing?"
 cd "$work/build"
 ctest --output-on-failure >"$work/tests.log" 2>&1 || { cat "$work/tests.log"; fail "an example failed"; }
 grep -c ' Passed ' "$work/tests.log"

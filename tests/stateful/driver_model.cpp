@@ -21,6 +21,10 @@ ModelledDriver::ModelledDriver() : driver_(ostrel::OVideoCaptureUnix::ptr()) {
     check();
 }
 
+ModelledDriver::~ModelledDriver() {
+    course_->over = true;
+}
+
 uint32_t ModelledDriver::frameBytes() const {
     return static_cast<uint32_t>(width_) * static_cast<uint32_t>(height_) * BYTES_PER_PIXEL;
 }
@@ -43,8 +47,9 @@ void ModelledDriver::start(const char* cameraId, Size size, bool known) {
         height_ = size.height;
         cameraId_ = QString::fromLatin1(cameraId);
         // Also one that differs in letter case alone: the exact one may be attached before it is opened.
-        mayDeliver_ = mayDeliver_ || !stoppedOnce_;
-        ++starts_;
+        course_->mayDeliver = course_->mayDeliver || !stoppedOnce_;
+        course_->sizes.push_back(size);
+        ++course_->starts;
     }
     check();
 }
@@ -52,6 +57,7 @@ void ModelledDriver::start(const char* cameraId, Size size, bool known) {
 void ModelledDriver::stop() {
     driver_->stopVideoCapture();
     stoppedOnce_ = stoppedOnce_ || capturing_;
+    course_->over = stoppedOnce_;
     capturing_ = false;
     check();
 }
@@ -60,7 +66,7 @@ void ModelledDriver::checkFrame(const uint8_t* bytes, size_t size) const {
     expect(size == frameBytes(), "a frame of " + std::to_string(size) + " bytes");
     if (size == 0)
         return;
-    expect(mayDeliver_, "a frame without a camera");
+    expect(course_->mayDeliver, "a frame without a camera");
     expect(!stoppedOnce_, "a frame after the stop");
     if (width_ < 160 || height_ < 120)
         return; // the pattern's cells cannot be read from so small a picture
@@ -84,7 +90,7 @@ void ModelledDriver::readRecord() {
     expect(record_.width == width_ && record_.height == height_, "a record of another size");
     checkFrame(record_.data.data(), record_.data.size());
     // A second start sets the counter back at some later moment.
-    expect(starts_ > 1 || record_.frameNumber >= lastNumber_, "the frame number went back");
+    expect(course_->starts > 1 || record_.frameNumber >= lastNumber_, "the frame number went back");
     lastNumber_ = record_.frameNumber;
 }
 

@@ -13,6 +13,7 @@ namespace {
 // "Twin" and "twin" differ in letter case alone: a lookup finds the one that sorts later.
 const char* const IDENTIFIERS[] = {"model-a", "Twin", "twin", "model-long-0123456789abcdef"};
 constexpr size_t DRIVERS = 3;
+constexpr size_t READERS = 4;
 
 // The last ones wrap: to 0, to a negative size and to a small one.
 const Size SIZES[] = {{320, 240},     {640, 480},     {1280, 720},    {160, 120},     {2, 2},
@@ -36,6 +37,7 @@ World::World(unsigned seed, std::string* trace) : random_(seed), trace_(trace) {
         cameras_.push_back(std::move(each));
     }
     drivers_.resize(DRIVERS);
+    readers_.resize(READERS);
 }
 
 void World::note(const std::string& what) {
@@ -44,12 +46,14 @@ void World::note(const std::string& what) {
 }
 
 void World::step() {
-    const unsigned kind = pick(20);
+    const unsigned kind = pick(26);
     if (kind < 13)
         stepDriver();
-    else if (kind < 17)
+    else if (kind < 19)
+        stepReader();
+    else if (kind < 23)
         stepCamera();
-    else if (kind < 18)
+    else if (kind < 24)
         stepListing();
     else
         pause();
@@ -127,6 +131,44 @@ void World::stepDriver() {
     default:
         note("selfVideoFrame");
         return driver->readRecord();
+    }
+}
+
+void World::stepReader() {
+    const unsigned index = pick(readers_.size());
+    std::unique_ptr<ModelledReader>& reader = readers_[index];
+    const std::unique_ptr<ModelledDriver>& driver = drivers_[pick(drivers_.size())];
+    if (!reader) {
+        if (driver) {
+            note("new reader " + std::to_string(index));
+            reader = std::make_unique<ModelledReader>(*driver);
+        }
+        return;
+    }
+    const int wait = static_cast<int>(pick(3)) * 5; // milliseconds
+    note("reader " + std::to_string(index) + ", " + std::to_string(wait) + " ms:");
+    switch (pick(8)) {
+    case 0:
+        note("drop");
+        return reader.reset();
+    case 1:
+        note("refused pixels");
+        return reader->refusePixels();
+    case 2:
+        note("descriptor");
+        return reader->watchDescriptor();
+    case 3:
+        note("native");
+        return reader->takeNative(wait);
+    case 4:
+    case 5: {
+        const auto format = static_cast<ostrel::OVideoPixels>(1 + pick(3));
+        note("pixels " + std::to_string(format));
+        return reader->takePixels(format, static_cast<int>(pick(2)) * 5, wait);
+    }
+    default:
+        note("record");
+        return reader->takeRecord(wait);
     }
 }
 

@@ -1,8 +1,9 @@
-// Drivers and cameras, and one random step after the other.
+// Drivers, readers and cameras, and one random step after the other.
 #ifndef OSTREL_TESTS_STATEFUL_WORLD_H
 #define OSTREL_TESTS_STATEFUL_WORLD_H
 
 #include "stateful/driver_model.h"
+#include "stateful/reader_model.h"
 
 #include <ostrel/virtual_camera.h>
 
@@ -36,6 +37,7 @@ private:
 
     void startDriver(ModelledDriver& driver);
     void stepDriver();
+    void stepReader();
     void stepCamera();
     void stepListing();
     void pause();
@@ -44,6 +46,7 @@ private:
     std::string* const trace_;
     std::vector<NamedCamera> cameras_;
     std::vector<std::unique_ptr<ModelledDriver>> drivers_;
+    std::vector<std::unique_ptr<ModelledReader>> readers_;
 };
 
 } // namespace stateful

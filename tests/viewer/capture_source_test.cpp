@@ -1,4 +1,4 @@
-// How the capture is polled: memory is used again, and no picture is lost.
+// How frames are taken: memory is used again, and no picture is lost.
 #include "apps/viewer/capture_source.h"
 #include "apps/viewer/picture_scaler.h"
 
@@ -37,7 +37,7 @@ void operator delete(void* memory, std::size_t) noexcept {
 
 namespace ostrel::apps::viewer {
 
-TEST(Polling, FramesAndScaledPicturesTakeNoFreshMemory) {
+TEST(CaptureSource, FramesAndScaledPicturesTakeNoFreshMemory) {
     OVideoTestPatternCamera camera("viewer-test-memory", "Memory");
     camera.attach();
     CaptureSource source;
@@ -50,7 +50,7 @@ TEST(Polling, FramesAndScaledPicturesTakeNoFreshMemory) {
     const auto take = [&](int wanted) {
         return QTest::qWaitFor(
             [&] {
-                if (source.poll()) {
+                if (source.look()) {
                     picture = scaler.scale(source.frame());
                     ++frames;
                 }
@@ -68,7 +68,29 @@ TEST(Polling, FramesAndScaledPicturesTakeNoFreshMemory) {
     EXPECT_EQ(picture.width, 1280);
 }
 
-TEST(Polling, LastPushedPictureIsShown) {
+TEST(CaptureSource, TellsOfEveryFrameAndOnceOfTheEnd) {
+    OVideoTestPatternCamera camera("viewer-test-tell", "Tell");
+    camera.attach();
+    CaptureSource source;
+    int told = 0, frames = 0;
+    QObject::connect(&source, &CaptureSource::frameArrived, [&] {
+        ++told;
+        frames += source.look();
+    });
+    source.start(camera.uniqueID(), {320, 240});
+    ASSERT_TRUE(QTest::qWaitFor([&] { return frames >= 10; }, 30000));
+    EXPECT_LE(told, frames + 1);
+    camera.detach();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return told > frames; }, 30000));
+    const int atTheEnd = told;
+    for (int i = 0; i < 100; ++i)
+        QCoreApplication::processEvents();
+    EXPECT_EQ(told, atTheEnd);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return source.look() || !source.why().isEmpty(); }, 30000));
+    EXPECT_EQ(source.state(), CaptureSource::State::Stalled);
+}
+
+TEST(CaptureSource, LastPushedPictureIsShown) {
     OVideoPushCamera camera("viewer-test-push", "Push");
     camera.attach();
     CaptureSource source;
@@ -78,7 +100,7 @@ TEST(Polling, LastPushedPictureIsShown) {
     const auto shows = [&](int value) {
         return QTest::qWaitFor(
             [&] {
-                if (source.poll())
+                if (source.look())
                     shown = source.frame().data[0];
                 return shown == value;
             },
@@ -93,23 +115,23 @@ TEST(Polling, LastPushedPictureIsShown) {
     }
 }
 
-TEST(Polling, EndedCaptureYieldsNothing) {
+TEST(CaptureSource, EndedCaptureYieldsNothing) {
     OVideoTestPatternCamera camera("viewer-test-end", "End");
     camera.attach();
     CaptureSource source;
-    EXPECT_FALSE(source.poll());
+    EXPECT_FALSE(source.look());
     source.start(camera.uniqueID(), {320, 240});
-    ASSERT_TRUE(QTest::qWaitFor([&] { return source.poll(); }, 30000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return source.look(); }, 30000));
     source.stop();
     EXPECT_EQ(source.state(), CaptureSource::State::Idle);
-    EXPECT_FALSE(source.poll());
+    EXPECT_FALSE(source.look());
 }
 
-TEST(Polling, CameraThatIsNotAttachedIsGone) {
+TEST(CaptureSource, CameraThatIsNotAttachedIsGone) {
     CaptureSource source;
     source.start("viewer-test-nobody", {320, 240});
     EXPECT_EQ(source.state(), CaptureSource::State::Gone);
-    EXPECT_FALSE(source.poll());
+    EXPECT_FALSE(source.look());
 }
 
 } // namespace ostrel::apps::viewer

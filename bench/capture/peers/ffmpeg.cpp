@@ -54,7 +54,10 @@ public:
         av_frame_unref(frame_);
         return 1;
     }
-    uint8_t sample() const override { return picture_[picture_.size() / 2]; }
+    const uint8_t* pixels(int& bytesPerPixel) const override {
+        bytesPerPixel = 4;
+        return picture_.data();
+    }
 
 private:
     static void check(int result) {

@@ -44,7 +44,10 @@ public:
         gst_sample_unref(sample);
         return 1;
     }
-    uint8_t sample() const override { return picture_[picture_.size() / 2]; }
+    const uint8_t* pixels(int& bytesPerPixel) const override {
+        bytesPerPixel = 4;
+        return picture_.data();
+    }
 
 private:
     GstElement* pipeline_ = nullptr;

@@ -1,5 +1,5 @@
-// OpenCV gives its users three bytes a pixel, a quarter less to write than the others have. With BENCH_BGRA the frame
-// is then turned into what the others give, as a user does who needs that.
+// OpenCV gives its users three bytes a pixel, a quarter less to write than the others have. With BENCH_BGRA
+// the frame is then turned into what the others give, as a user does who needs that.
 #include "bench/capture/peers/peer.h"
 
 #include <opencv2/imgproc.hpp>
@@ -33,7 +33,15 @@ public:
 #endif
         return 1;
     }
-    uint8_t sample() const override { return picture_.data[picture_.total() * 3 / 2]; }
+    const uint8_t* pixels(int& bytesPerPixel) const override {
+#ifdef BENCH_BGRA
+        const cv::Mat& last = bgra_;
+#else
+        const cv::Mat& last = picture_;
+#endif
+        bytesPerPixel = static_cast<int>(last.elemSize());
+        return last.data;
+    }
 
 private:
     cv::VideoCapture capture_;

@@ -3,7 +3,8 @@
 // usage: PROGRAM DEVICE WIDTH HEIGHT YUYV|NV12|MJPG RATE FRAMES
 //
 // Takes every frame as 32-bit B, G, R, A into memory that is kept, unless the way's own habit is another, and
-// writes one line of JSON: processor time for each frame.
+// writes one line of JSON: processor time for each frame, and of a timed camera how old each frame was when
+// the program had it.
 #ifndef OSTREL_BENCH_CAPTURE_PEER_H
 #define OSTREL_BENCH_CAPTURE_PEER_H
 
@@ -27,8 +28,11 @@ public:
     virtual ~Peer() = default;
     // Has the next frame ready. How many of the camera's frames that took; 0 when it was the same as before.
     virtual unsigned takeFrame() = 0;
-    // A byte out of the middle of the frame, by which one can see that all of them got the same picture.
-    virtual uint8_t sample() const = 0;
+    // The frame's pixels, of as many bytes, rows without padding.
+    virtual const uint8_t* pixels(int& bytesPerPixel) const = 0;
+    // When the timed camera had the frame with this number, in nanoseconds of CLOCK_MONOTONIC; 0 when the
+    // camera is another one.
+    virtual int64_t arrival(uint32_t number) const;
 };
 
 int runPeer(const char* name, int argc, char** argv, Peer* (*open)(const Request& request));

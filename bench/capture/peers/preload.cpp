@@ -114,6 +114,11 @@ const char* lookAlike(const char* path) {
 
 } // namespace
 
+// For a peer that asks how old its frames are.
+extern "C" __attribute__((visibility("default"))) int64_t bench_timed_camera_arrival(uint32_t number) {
+    return world().kernel.arrival(world().device, number);
+}
+
 #pragma GCC visibility push(default)
 extern "C" {
 

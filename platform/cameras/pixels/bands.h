@@ -11,8 +11,8 @@ namespace ostrel {
 namespace cameras {
 namespace pixels {
 
-// Even, because two rows may share their chroma.
-const int kBandRows = 16;
+// Even, because two rows may share their chroma; few, so that they fit into the first of the caches.
+const int kBandRows = 4;
 
 // Calls convert(band, rows) for each band of a picture that has the output's size, until one is false.
 template <typename Convert>

@@ -9,30 +9,32 @@ namespace pixels {
 
 namespace {
 
-// Row by row through plain loops, which the compiler turns into vector instructions.
+// Row by row through plain loops, which the compiler turns into vector instructions: as long as their length
+// is a number of their own, which no written byte can change.
 template <typename Row>
 void eachRow(const Source& from, const Target& to, Row row) {
     for (int y = 0; y < to.height; ++y)
         row(from.data + static_cast<ptrdiff_t>(y) * from.stride,
-            to.data + static_cast<ptrdiff_t>(y) * to.stride);
+            to.data + static_cast<ptrdiff_t>(y) * to.stride, to.width);
 }
 
 // Samples of more than eight bits, by their high ones. What a driver leaves above them is taken for white.
 template <int Bits>
 void narrow(const Source& from, const Target& to) {
-    eachRow(from, to, [&](const uint8_t* in, uint8_t* out) {
-        for (int x = 0; x < to.width; ++x) {
-            const int sample = (in[2 * x] | in[2 * x + 1] << 8) >> (Bits - 8);
-            out[x] = static_cast<uint8_t>(std::min(sample, 255));
+    eachRow(from, to, [](const uint8_t* in, uint8_t* out, int width) {
+        for (int x = 0; x < width; ++x) {
+            const auto sample = static_cast<uint16_t>(in[2 * x] | in[2 * x + 1] << 8);
+            out[x] = static_cast<uint8_t>(std::min(sample >> (Bits - 8), 255));
         }
     });
 }
 
-// `byte`: which of the two of a sample.
-void takeBytes(const Source& from, const Target& to, int byte) {
-    eachRow(from, to, [&](const uint8_t* in, uint8_t* out) {
-        for (int x = 0; x < to.width; ++x)
-            out[x] = in[2 * x + byte];
+// `Byte`: which of the two of a sample.
+template <int Byte>
+void takeBytes(const Source& from, const Target& to) {
+    eachRow(from, to, [](const uint8_t* in, uint8_t* out, int width) {
+        for (int x = 0; x < width; ++x)
+            out[x] = in[2 * x + Byte];
     });
 }
 
@@ -45,9 +47,9 @@ void toFullRange(const Picture& p, const Target& to) {
     case Layout::Grey12:
         return narrow<12>(from, to);
     case Layout::Grey16:
-        return takeBytes(from, to, 1);
+        return takeBytes<1>(from, to);
     case Layout::Grey16Be:
-        return takeBytes(from, to, 0);
+        return takeBytes<0>(from, to);
     default:
         return expandRange(from, to);
     }
@@ -104,19 +106,18 @@ bool greyTo(const Picture& p, const Output& to, PixelPool& pool) {
 }
 
 void expandRange(const Source& from, const Target& to) {
-    eachRow(from, to, [&](const uint8_t* in, uint8_t* out) {
-        for (int x = 0; x < to.width; ++x) {
-            // y * 255 / 219, as y and y * 36 / 219, in numbers that fit into 16 bits.
-            const auto y = static_cast<uint16_t>(std::max<int>(in[x], 16) - 16);
-            const auto part = static_cast<uint16_t>(static_cast<uint32_t>(y << 8) * 10773 >> 16);
-            const int value = y + (part + 128) / 256;
-            out[x] = static_cast<uint8_t>(std::min(value, 255));
+    eachRow(from, to, [](const uint8_t* in, uint8_t* out, int width) {
+        for (int x = 0; x < width; ++x) {
+            // y * 255 / 219, by factors that keep everything in 16 bits.
+            const auto y = static_cast<uint16_t>((std::clamp<uint8_t>(in[x], 16, 235) - 16) << 8);
+            const auto part = static_cast<uint16_t>(static_cast<uint32_t>(y) * 38155 >> 16);
+            out[x] = static_cast<uint8_t>((part + 64) >> 7);
         }
     });
 }
 
 void takeHighBytes(const Source& from, const Target& to) {
-    takeBytes(from, to, 1);
+    takeBytes<1>(from, to);
 }
 
 } // namespace pixels

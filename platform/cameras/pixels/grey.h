@@ -16,7 +16,8 @@ bool isGrey(Layout layout);
 // The picture must be grey and have all of its bytes. Re-entrant.
 bool greyTo(const Picture& picture, const Output& to, PixelPool& pool);
 
-// Y of the limited range, 16 to 235, as 0 to 255. In place, too.
+// Y of the limited range, 16 to 235, as 0 to 255. Not in place: loops over memory of two names are quick
+// ones.
 void expandRange(const Source& from, const Target& to);
 
 // The high bytes of 16-bit samples, little endian.

@@ -153,8 +153,21 @@ bool convertDirectly(const Picture& p, const Output& to) {
     }
 }
 
+// To three bytes by way of four, where libyuv has only those in one go.
+bool convertByWayOfBgra(const Picture& p, const Output& to, PixelPool& pool) {
+    const int stride = p.width * 4;
+    const PixelPool::Block block = pool.take(area(stride, kBandRows));
+    return inBands(p, to, [&](const Picture& band, const Output& rows) {
+        return convertDirectly(band, {OutputFormat::Bgra, block.data(), band.width, band.height, stride}) &&
+               libyuv::ARGBToRGB24(block.data(), stride, rows.data, rows.stride, rows.width, rows.height) ==
+                   0;
+    });
+}
+
 bool convertAtOwnSize(const Picture& p, const Output& to, PixelPool& pool) {
     if (convertDirectly(p, to))
+        return true;
+    if (to.format == OutputFormat::Bgr && isPacked(p.layout) && convertByWayOfBgra(p, to, pool))
         return true;
     // A band of packed rows becomes planes without loss, as their chroma rows are not halved.
     const PixelPool::Block block = pool.take(planeBytes(Chroma::Full, p.width, kBandRows));
@@ -180,31 +193,45 @@ bool convertScaled(const Planes& from, YuvMatrix matrix, const Output& to, Pixel
     return convertPlanes({from.chroma, to.width, to.height, y, to.width, u, columns, v, columns}, matrix, to);
 }
 
-// Y of a packed picture.
-void takeLuma(const Picture& p, const Target& to) {
-    const bool lumaFirst = p.layout == Layout::Yuyv || p.layout == Layout::Yvyu;
-    auto* take = lumaFirst ? libyuv::YUY2ToY : libyuv::UYVYToY;
-    take(p.planes[0].data, p.planes[0].stride, to.data, to.stride, to.width, to.height);
+// Whether Y lies by itself, a byte for each pixel.
+bool hasPlaneOfLuma(Layout layout) {
+    return !isPacked(layout) && layout != Layout::P010;
 }
 
-// At its own size the output is first filled with Y as it is.
+void takeLuma(const Picture& p, const Target& to) {
+    const Plane& from = p.planes[0];
+    if (p.layout == Layout::P010)
+        return takeHighBytes({from.data, p.width, p.height, from.stride}, to);
+    const bool lumaFirst = p.layout == Layout::Yuyv || p.layout == Layout::Yvyu;
+    auto* take = lumaFirst ? libyuv::YUY2ToY : libyuv::UYVYToY;
+    take(from.data, from.stride, to.data, to.stride, to.width, to.height);
+}
+
+bool lumaAtOwnSize(const Picture& p, const Output& to, PixelPool& pool) {
+    if (isFullRange(p.matrix)) {
+        takeLuma(p, {to.data, to.width, to.height, to.stride});
+        return true;
+    }
+    const PixelPool::Block block = pool.take(area(p.width, kBandRows));
+    return inBands(p, to, [&](const Picture& band, const Output& rows) {
+        takeLuma(band, {block.data(), band.width, band.height, band.width});
+        expandRange({block.data(), band.width, band.height, band.width},
+                    {rows.data, rows.width, rows.height, rows.stride});
+        return true;
+    });
+}
+
 bool lumaTo(const Picture& p, const Output& to, PixelPool& pool) {
     Picture luma = p;
     luma.layout = Layout::Luma;
-    if (!isPacked(p.layout) && p.layout != Layout::P010)
+    if (hasPlaneOfLuma(p.layout))
         return greyTo(luma, to, pool);
-    PixelPool::Block block;
-    Target whole = {to.data, to.width, to.height, to.stride};
-    if (p.width != to.width || p.height != to.height) {
-        block = pool.take(area(p.width, p.height));
-        whole = {block.data(), p.width, p.height, p.width};
-    }
-    if (isPacked(p.layout))
-        takeLuma(p, whole);
-    else
-        takeHighBytes({p.planes[0].data, p.width, p.height, p.planes[0].stride}, whole);
-    luma.planes[0].data = whole.data;
-    luma.planes[0].stride = whole.stride;
+    if (p.width == to.width && p.height == to.height)
+        return lumaAtOwnSize(p, to, pool);
+    const PixelPool::Block block = pool.take(area(p.width, p.height));
+    takeLuma(p, {block.data(), p.width, p.height, p.width});
+    luma.planes[0].data = block.data();
+    luma.planes[0].stride = p.width;
     return greyTo(luma, to, pool);
 }
 

@@ -3,6 +3,7 @@
 #include "platform/cameras/pixels/bands.h"
 #include "platform/cameras/pixels/scaling.h"
 
+#include <algorithm>
 #include <libyuv.h>
 
 namespace ostrel {
@@ -40,16 +41,18 @@ int copyBgr(const uint8_t* from, int fromStride, uint8_t* to, int toStride, int 
     return 0;
 }
 
-// The high bits again as the low ones, so that white is 255.
+// A few pixels at a time are brought into libyuv's order of bytes.
 int rgb565BeToBgra(const uint8_t* from, int fromStride, uint8_t* to, int toStride, int width, int height) {
-    return eachRow(from, fromStride, to, toStride, height, [width](const uint8_t* in, uint8_t* out) {
-        for (int x = 0; x < width; ++x, in += 2, out += 4) {
-            const int value = in[0] << 8 | in[1];
-            const int r = value >> 11, g = value >> 5 & 63, b = value & 31;
-            out[0] = static_cast<uint8_t>(b << 3 | b >> 2);
-            out[1] = static_cast<uint8_t>(g << 2 | g >> 4);
-            out[2] = static_cast<uint8_t>(r << 3 | r >> 2);
-            out[3] = 255;
+    const int most = 256;
+    return eachRow(from, fromStride, to, toStride, height, [&](const uint8_t* in, uint8_t* out) {
+        uint8_t swapped[most * 2];
+        for (int x = 0; x < width; x += most, in += most * 2, out += most * 4) {
+            const int count = std::min(most, width - x);
+            for (int i = 0; i < count * 2; i += 2) {
+                swapped[i] = in[i + 1];
+                swapped[i + 1] = in[i];
+            }
+            libyuv::RGB565ToARGB(swapped, count * 2, out, count * 4, count, 1);
         }
     });
 }

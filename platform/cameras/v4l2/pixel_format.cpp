@@ -61,7 +61,7 @@ std::string fourccText(uint32_t fourcc) {
     }
     while (!text.empty() && text.back() == ' ')
         text.pop_back();
-    return text;
+    return fourcc >> 31 ? text + "-BE" : text;
 }
 
 YuvMatrix matrixOf(uint32_t colorspace, uint32_t encoding, uint32_t quantization) {

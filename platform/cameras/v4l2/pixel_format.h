@@ -19,7 +19,8 @@ struct PixelFormat {
 // False for a format that cannot be converted; `format` is then untouched.
 bool formatOf(uint32_t fourcc, PixelFormat& format);
 
-// The four characters, bytes that are not printable as '?', without the blanks at the end.
+// The four characters, bytes that are not printable as '?', without the blanks at the end. Behind them -BE
+// where the kernel has a big-endian format under the name of another.
 std::string fourccText(uint32_t fourcc);
 
 // From the colour fields of a v4l2_pix_format: each may be 0, "default".

@@ -8,6 +8,7 @@
 
 #include <csignal>
 #include <memory>
+#include <set>
 
 namespace {
 
@@ -57,14 +58,22 @@ TEST_F(FrameSourceTest, FramesComeOneAfterTheOtherAndNoneTwice) {
     EXPECT_GT(source.figures().rate(), 0);
 }
 
-TEST_F(FrameSourceTest, TheFrameKeepsItsMemory) {
+TEST_F(FrameSourceTest, FramesTakeTurnsInTwoMemories) {
     FrameSource source = open();
-    ASSERT_EQ(Result::Frame, source.next(frame_, LONG));
-    const uint8_t* memory = frame_.data.data();
-    for (int number = 0; number < 5; ++number) {
+    std::set<const uint8_t*> memories;
+    for (int number = 0; number < 8; ++number) {
         ASSERT_EQ(Result::Frame, source.next(frame_, LONG));
-        EXPECT_EQ(memory, frame_.data.data());
+        memories.insert(frame_.data.data());
     }
+    EXPECT_EQ(2U, memories.size());
+}
+
+// Who polls gets no frame of such a camera; who waits gets its pictures all the same.
+TEST_F(FrameSourceTest, PaddedRowsDoNotMatter) {
+    camera_.setFault(VIRTUAL_CAMERA_FAULT_PADDED_ROWS);
+    FrameSource source = open();
+    EXPECT_EQ(Result::Frame, source.next(frame_, LONG));
+    EXPECT_EQ(320U * 240 * 4, frame_.data.size());
 }
 
 TEST_F(FrameSourceTest, ACameraThatDoesNotOpenIsSaidAtOnceWithItsReason) {
@@ -106,19 +115,6 @@ TEST_F(FrameSourceTest, ASilentCameraTimesOut) {
     EXPECT_EQ(0U, source.figures().taken);
     camera_.setFault(VIRTUAL_CAMERA_FAULT_NONE);
     EXPECT_EQ(Result::Frame, source.next(frame_, LONG));
-}
-
-TEST_F(FrameSourceTest, PaddedFramesAreExplained) {
-    camera_.setFault(VIRTUAL_CAMERA_FAULT_PADDED_ROWS);
-    FrameSource source = open();
-    std::string reason;
-    // The first frames may not have come yet.
-    for (int look = 0; look < 600 && reason.find("size") == std::string::npos; ++look) {
-        EXPECT_EQ(Result::TimedOut, source.next(frame_, 0.1));
-        reason = source.timeoutReason(0.1);
-    }
-    EXPECT_NE(std::string::npos, reason.find("its frames do not have the size 320x240, try another --size"))
-        << reason;
 }
 
 TEST_F(FrameSourceTest, UnpluggingEndsTheStreamWithAReason) {

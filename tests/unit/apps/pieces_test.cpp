@@ -262,30 +262,6 @@ TEST(CameraList, NodesThatAreNoCamerasStandWithTheirReasons) {
     EXPECT_EQ("is a touch pad", json["others"].toArray()[1].toObject()["reason"].toString().toStdString());
 }
 
-TEST(PollPace, LooksSeldomInTheFirstHalfOfAnIntervalAndOftenAfterIt) {
-    PollPace pace;
-    const Clock::time_point start;
-    const auto at = [&](int ms) { return start + std::chrono::milliseconds(ms); };
-    const auto ms = [](Clock::duration pause) {
-        return std::chrono::duration<double, std::milli>(pause).count();
-    };
-    EXPECT_EQ(5, ms(pace.pause(at(0))));
-    pace.frameArrived(at(0), 1);
-    pace.frameArrived(at(40), 1);
-    EXPECT_EQ(20, ms(pace.pause(at(40))));
-    EXPECT_EQ(5, ms(pace.pause(at(62))));
-    pace.frameArrived(at(120), 2); // one was missed: the interval is still 40 ms
-    EXPECT_EQ(20, ms(pace.pause(at(120))));
-}
-
-TEST(PollPace, StaysQuickToStopWithASlowCamera) {
-    PollPace pace;
-    const Clock::time_point start;
-    pace.frameArrived(start, 1);
-    pace.frameArrived(start + std::chrono::seconds(10), 1);
-    EXPECT_EQ(std::chrono::milliseconds(50), pace.pause(start + std::chrono::seconds(10)));
-}
-
 TEST(StreamReport, HoldsEveryFigureWithReasonsAndWhatWasGranted) {
     StreamFigures figures;
     figures.taken = 301;

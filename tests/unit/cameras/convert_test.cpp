@@ -176,6 +176,7 @@ TEST_P(EveryLayout, TakesOddSizes) {
     expectInEveryFormat(DrawnPicture(GetParam(), 63, 47, padded(3)), 31, 95);
     expectInEveryFormat(DrawnPicture(GetParam(), 1, 1), 1, 1);
     expectInEveryFormat(DrawnPicture(GetParam(), 5, 37), 5, 37);
+    expectInEveryFormat(DrawnPicture(GetParam(), 1283, 35), 1283, 35);
 }
 
 TEST_P(EveryLayout, RefusesAPlaneThatIsOneByteShort) {

@@ -91,6 +91,8 @@ TEST_F(NextV4l2Frame, NativeBytesAreTheDriversInEveryLayout) {
                    {V4L2_PIX_FMT_YUV420, "YU12", 192, {0, 128, 160}, {16, 8, 8}},
                    {V4L2_PIX_FMT_YUV422P, "422P", 256, {0, 128, 192}, {16, 8, 8}},
                    {V4L2_PIX_FMT_GREY, "GREY", 128, {0}, {16}},
+                   {V4L2_PIX_FMT_Y16, "Y16", 256, {0}, {32}},
+                   {V4L2_PIX_FMT_Y16_BE, "Y16-BE", 256, {0}, {32}},
                    {V4L2_PIX_FMT_NV21, "NV21", 192, {0, 128}, {16, 16}},
                    {V4L2_PIX_FMT_RGB24, "RGB3", 384, {0}, {48}}};
     OVideoNativeFrame frame;

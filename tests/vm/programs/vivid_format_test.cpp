@@ -6,6 +6,8 @@
 #include "vm/programs/capture.h"
 #include "vm/programs/known_pictures.h"
 
+#include <ostrel/native_frame.h>
+
 #include <gtest/gtest.h>
 
 #include <linux/videodev2.h>
@@ -13,6 +15,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <mutex>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -26,6 +32,12 @@ struct Wish {
     const char* name;
     uint32_t fourcc;
     uint32_t bytesPerPixel; // of the first plane
+};
+
+// What the driver said of a buffer.
+struct Taken {
+    int64_t time; // nanoseconds
+    uint32_t flags;
 };
 
 // Lets one format through, and asks the driver for rows with padding or for another order of fields when it
@@ -47,10 +59,28 @@ protected:
         if (request == VIDIOC_S_FMT && field_ != V4L2_FIELD_NONE) {
             static_cast<v4l2_format*>(argument)->fmt.pix.field = field_;
         }
-        return KernelCalls::doIoctl(descriptor, request, argument);
+        const int result = KernelCalls::doIoctl(descriptor, request, argument);
+        if (request == VIDIOC_DQBUF && result == 0) {
+            note(*static_cast<v4l2_buffer*>(argument));
+        }
+        return result;
+    }
+
+public:
+    // The frame with this number of the driver's.
+    Taken taken(uint32_t sequence) const {
+        std::lock_guard<std::mutex> lock(mutex_);
+        const auto found = taken_.find(sequence);
+        return found == taken_.end() ? Taken{0, 0} : found->second;
     }
 
 private:
+    void note(const v4l2_buffer& buffer) {
+        std::lock_guard<std::mutex> lock(mutex_);
+        taken_[buffer.sequence] = {
+            (buffer.timestamp.tv_sec * int64_t(1000000) + buffer.timestamp.tv_usec) * 1000, buffer.flags};
+    }
+
     // The driver's own entry under the index 0, and no more.
     int enumerate(int descriptor, v4l2_fmtdesc* entry) {
         if (entry->index > 0) {
@@ -70,16 +100,20 @@ private:
     const Wish wish_;
     const uint32_t padding_;
     const uint32_t field_;
+    mutable std::mutex mutex_; // of the next
+    std::map<uint32_t, Taken> taken_;
 };
 
 // While it lives, the machine's cameras are listed and driven with these calls.
 class ShortenedMachine {
 public:
     explicit ShortenedMachine(const Wish& wish, uint32_t padding = 0, uint32_t field = V4L2_FIELD_NONE)
-        : machine_(cameras::v4l2::makeProvider(std::make_shared<OneFormat>(wish, padding, field),
-                                               cameras::v4l2::makeDiscovery())) {}
+        : calls_(std::make_shared<OneFormat>(wish, padding, field)),
+          machine_(cameras::v4l2::makeProvider(calls_, cameras::v4l2::makeDiscovery())) {}
+    Taken taken(uint32_t sequence) const { return calls_->taken(sequence); }
 
 private:
+    const std::shared_ptr<OneFormat> calls_;
     const support::Machine machine_;
 };
 
@@ -132,6 +166,33 @@ std::ostream& operator<<(std::ostream& out, const Wish& wish) {
     return out << wish.name;
 }
 
+// One frame as another program reads it, in the mode that the driver was left in. The picture stands still.
+std::string bytesByAnotherProgram() {
+    shell("rm -f /tmp/frame; v4l2-ctl -d /dev/video0 --stream-mmap --stream-count=1 --stream-to=/tmp/frame "
+          ">/dev/null 2>&1");
+    std::ifstream file("/tmp/frame", std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+void expectNativeBytes(const Wish& wish) {
+    OVideoNativeFrame frame;
+    {
+        const ShortenedMachine machine(wish);
+        const QSharedPointer<OVideoCaptureUnix> capture = quietVideoCapture();
+        capture->startCapture(onlyCamera().toLatin1().constData(), 640, 480);
+        OVideoFrameReader reader(capture);
+        QString why;
+        ASSERT_EQ(nextNativeFrame(reader, frame, 120000, &why), 1) << why.toStdString();
+    }
+    EXPECT_EQ(frame.format().toStdString(), wish.name);
+    EXPECT_EQ(frame.width(), 640);
+    EXPECT_EQ(frame.height(), 480);
+    const std::string expected = bytesByAnotherProgram();
+    ASSERT_EQ(frame.bytesUsed(), expected.size());
+    EXPECT_TRUE(std::equal(expected.begin(), expected.end(), reinterpret_cast<const char*>(frame.data())))
+        << "other bytes";
+}
+
 } // namespace
 
 class VividFormat : public testing::TestWithParam<Wish> {};
@@ -156,6 +217,10 @@ TEST_P(VividFormat, ShowsTheColorBarsFromRowsWithPadding) {
     EXPECT_TRUE(showsColorBars(capture.picture()));
 }
 
+TEST_P(VividFormat, NativeBytesAreThoseThatAnotherProgramReads) {
+    expectNativeBytes(GetParam());
+}
+
 INSTANTIATE_TEST_SUITE_P(Kernel, VividFormat, testing::ValuesIn(kWishes), wishName);
 
 class VividPlanes : public testing::TestWithParam<Wish> {};
@@ -166,6 +231,10 @@ TEST_P(VividPlanes, ShowTheDriversColorBars) {
     ASSERT_TRUE(capture.waitForPicture());
     EXPECT_EQ(capture.statistics().grantedFormat.toStdString(), GetParam().name);
     EXPECT_TRUE(showsColorBars(capture.picture()));
+}
+
+TEST_P(VividPlanes, NativeBytesAreThoseThatAnotherProgramReads) {
+    expectNativeBytes(GetParam());
 }
 
 INSTANTIATE_TEST_SUITE_P(Kernel, VividPlanes, testing::ValuesIn(kWishesOfPlanes), wishName);
@@ -214,6 +283,33 @@ TEST(VividColors, FollowTheMatrixAndTheRangeThatTheDriverNames) {
     shell("v4l2-ctl -c colorspace=2,quantization=0");
 }
 
+TEST(VividTimes, AreTheDriversOfThatFrameAndSayWhatTheyMean) {
+    const struct {
+        const char* control;
+        uint32_t flag;
+        OVideoFrameFacts::TimeSource source;
+    } sources[] = {{"0", V4L2_BUF_FLAG_TSTAMP_SRC_EOF, OVideoFrameFacts::END_OF_FRAME},
+                   {"1", V4L2_BUF_FLAG_TSTAMP_SRC_SOE, OVideoFrameFacts::START_OF_EXPOSURE}};
+    for (const auto& each : sources) {
+        SCOPED_TRACE(each.control);
+        shell(std::string("v4l2-ctl -d /dev/video0 -c timestamp_source=") + each.control);
+        const ShortenedMachine machine(kYuyv);
+        const QSharedPointer<OVideoCaptureUnix> capture = quietVideoCapture();
+        capture->startCapture(onlyCamera().toLatin1().constData(), 320, 240);
+        OVideoFrameReader reader(capture);
+        VideoFrame frame;
+        OVideoFrameFacts facts;
+        for (int i = 0; i < 20; ++i) {
+            ASSERT_EQ(nextVideoFrame(reader, frame, 120000, &facts), 1);
+            const Taken taken = machine.taken(facts.sequence());
+            EXPECT_EQ(facts.captureTime(), taken.time);
+            EXPECT_EQ(facts.timeSource(), each.source);
+            EXPECT_EQ(taken.flags & V4L2_BUF_FLAG_TSTAMP_SRC_MASK, each.flag);
+        }
+    }
+    shell("v4l2-ctl -d /dev/video0 -c timestamp_source=0");
+}
+
 class VividGrey : public testing::TestWithParam<Wish> {};
 
 TEST_P(VividGrey, ShowsTheBarsFromLightToDark) {
@@ -229,6 +325,10 @@ TEST_P(VividGrey, ShowsTheBarsFromLightToDark) {
         EXPECT_LT(pixel[0], before) << "bar " << bar;
         before = pixel[0];
     }
+}
+
+TEST_P(VividGrey, NativeBytesAreThoseThatAnotherProgramReads) {
+    expectNativeBytes(GetParam());
 }
 
 INSTANTIATE_TEST_SUITE_P(Kernel, VividGrey, testing::ValuesIn(kWishesOfGrey), wishName);

@@ -6,9 +6,15 @@
 #include <ostrel/device_details.h>
 #include <ostrel/device_id.h>
 #include <ostrel/devices.h>
+#include <ostrel/native_frame.h>
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <ctime>
+#include <fstream>
+#include <iterator>
+#include <set>
 #include <string>
 
 using namespace ostrel;
@@ -18,6 +24,29 @@ namespace {
 
 void tellWebcam(const std::string& order) {
     cameraShell("tell_webcam " + order);
+}
+
+std::string contentOf(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+// Those that the webcam sends at 1280x720.
+std::set<std::string> picturesOfTheWebcam() {
+    std::set<std::string> pictures;
+    for (int i = 1;; ++i) {
+        const std::string content =
+            contentOf(std::string(std::getenv("VM_PICTURES")) + "/1280x720-" + std::to_string(i) + ".jpg");
+        if (content.empty())
+            return pictures;
+        pictures.insert(content);
+    }
+}
+
+int64_t monotonicNow() {
+    timespec now = {};
+    ::clock_gettime(CLOCK_MONOTONIC, &now);
+    return now.tv_sec * int64_t(1000000000) + now.tv_nsec;
 }
 
 } // namespace
@@ -109,6 +138,38 @@ TEST(Webcam, PicturesMove) {
     ASSERT_TRUE(capture.waitForPicture());
     const std::vector<uint8_t> before = capture.picture().data;
     EXPECT_TRUE(waitUntil([&] { return capture.waitForPicture() && capture.picture().data != before; }));
+}
+
+TEST(Webcam, NativePicturesAreByteForByteThoseThatItSent) {
+    const std::set<std::string> sent = picturesOfTheWebcam();
+    ASSERT_GE(sent.size(), 2u);
+    const QSharedPointer<OVideoCaptureUnix> capture = quietVideoCapture();
+    capture->startCapture(onlyCamera().toLatin1().constData(), 1280, 720);
+    OVideoFrameReader reader(capture);
+    OVideoNativeFrame frame;
+    for (int i = 0; i < 10; ++i) {
+        ASSERT_EQ(nextNativeFrame(reader, frame, 120000), 1);
+        EXPECT_EQ(frame.format().toStdString(), "MJPG");
+        const std::string bytes(reinterpret_cast<const char*>(frame.data()), frame.bytesUsed());
+        EXPECT_EQ(sent.count(bytes), 1u) << "picture " << i << " of " << bytes.size() << " bytes";
+    }
+}
+
+TEST(Webcam, TimesAreThoseOfTheExposureBeforeTheFrameIsHad) {
+    const int64_t begin = monotonicNow();
+    const QSharedPointer<OVideoCaptureUnix> capture = quietVideoCapture();
+    capture->startCapture(onlyCamera().toLatin1().constData(), 1280, 720);
+    OVideoFrameReader reader(capture);
+    VideoFrame frame;
+    OVideoFrameFacts facts;
+    int64_t before = begin;
+    for (int i = 0; i < 10; ++i) {
+        ASSERT_EQ(nextVideoFrame(reader, frame, 120000, &facts), 1);
+        EXPECT_EQ(facts.timeSource(), OVideoFrameFacts::START_OF_EXPOSURE);
+        EXPECT_GT(facts.captureTime(), before);
+        EXPECT_LT(facts.captureTime(), monotonicNow());
+        before = facts.captureTime();
+    }
 }
 
 TEST(Webcam, TruncatedFramesAreDroppedAndCountedAndNeverShown) {
