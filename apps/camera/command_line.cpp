@@ -162,7 +162,7 @@ CommandLine::CommandLine() {
     app_.footer("Examples:\n"
                 "  ostrel-camera list\n"
                 "  ostrel-camera snapshot -c webcam --size hd me.png\n"
-                "  ostrel-camera record --duration 10 clip.y4m\n"
+                "  ostrel-camera record --duration 10 clip.mkv\n"
                 "  ostrel-camera record -o - | ffplay -\n"
                 "  ostrel-camera snapshot --test-camera\n"
                 "  ostrel-camera watch --play clip.y4m\n");
@@ -270,14 +270,17 @@ void CommandLine::addRecord() {
     CLI::App* command = addCommand(Command::Record, "record", "Record video, until Ctrl-C or a limit.");
     addOutput(
         command, options_.record.output,
-        "The file to write, '-' for standard output (recording.y4m, or recording with the name of a raw "
+        "The file to write, '-' for standard output (recording.y4m, or recording with the name of another "
         "format behind it).");
     addSize(command);
     addLimits(command);
     addValue(
-        command, "--format", options_.record.format, videoKindValue, "FORMAT",
-        "y4m, which players read; or bare frames one after the other: i420, yuy2, rgb24, argb (also argb32, "
-        "bgra). Without it, what the suffix of the file says, else y4m.");
+        command, "--format", options_.record.format, recordingKindValue, "FORMAT",
+        "mkv, which is small and plays as fast as it happened: the camera's own JPEG pictures where it has "
+        "them, else encoded ones; y4m, which is not compressed; or bare frames one after the other: i420, "
+        "yuy2, rgb24, argb (also argb32, bgra). Without it, what the suffix of the file says, else y4m.");
+    addValue(command, "--quality", options_.record.quality, qualityValue, "NUMBER",
+             "How good the encoded pictures of an mkv file are, 1 to 100 (85).");
     addValue(command, "--scale", options_.record.scale, levelValue, "LEVEL",
              "Scale what is captured to ld, sd or hd before it is written.");
     addFilter(command);
@@ -287,10 +290,10 @@ void CommandLine::addRecord() {
         "a camera that delivers 30 plays at half the speed. Without it, a file states the rate that was "
         "measured, so that it plays as fast as it happened, and standard output 30.");
     command->footer("Examples:\n"
-                    "  ostrel-camera record\n"
-                    "  ostrel-camera record -t 10s -s hd clip.y4m\n"
+                    "  ostrel-camera record clip.mkv\n"
+                    "  ostrel-camera record -t 10s -s hd clip.mkv\n"
                     "  ostrel-camera record --size hd --scale ld --frames 300 small.y4m\n"
-                    "  ostrel-camera record -o - | ffmpeg -i - clip.mp4\n"
+                    "  ostrel-camera record -o - --format mkv | ffmpeg -i - clip.mp4\n"
                     "  ostrel-camera record --format yuy2 --frames 1 frame.yuy2\n");
 }
 

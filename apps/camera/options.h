@@ -4,6 +4,7 @@
 
 #include "apps/camera/camera_choice.h"
 #include "apps/camera/layout.h"
+#include "apps/camera/record/recording_kind.h"
 #include "apps/camera/y4m.h"
 
 #include <cstdint>
@@ -35,9 +36,10 @@ struct LimitOptions {
 
 struct RecordOptions {
     std::string output;
-    std::optional<FileKind> format;
+    std::optional<RecordingKind> format;
     std::optional<VIDEO_QUALITY> scale;
     std::optional<Rate> rate;
+    std::optional<int> quality; // of JPEG, 1 to 100
 };
 
 struct FileOptions { // convert and scale
