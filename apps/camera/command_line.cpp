@@ -254,15 +254,24 @@ void CommandLine::addDoctor() {
 }
 
 void CommandLine::addSnapshot() {
-    CLI::App* command = addCommand(Command::Snapshot, "snapshot", "Take one picture and save it as PNG.");
-    addOutput(command, options_.snapshot.output,
-              "The file to write, '-' for standard output (snapshot.png).");
+    CLI::App* command = addCommand(Command::Snapshot, "snapshot", "Take a picture, or a series of them.");
+    addOutput(
+        command, options_.snapshot.output,
+        "The file to write, '-' for standard output (snapshot.png). Its suffix says what it is: jpg, the "
+        "camera's own JPEG where it has one; png and the other kinds that Qt writes. A series: with %04d "
+        "for the number, or %H%M%S and the like for the time.");
     addSize(command);
+    addValue(command, "--every", options_.snapshot.every, secondsValue, "SECONDS",
+             "Take one each so many seconds, until Ctrl-C or a limit: 60, 500ms, 5m.");
+    addLimits(command);
+    addValue(command, "--quality", options_.snapshot.quality, qualityValue, "NUMBER",
+             "How good an encoded JPEG is, 1 to 100 (85).");
     addValue(command, "--skip", options_.snapshot.skip, numberValue, "NUMBER",
              "Let so many frames pass first: many cameras start dark and adjust within a second (0).");
     command->footer("Examples:\n"
                     "  ostrel-camera snapshot\n"
-                    "  ostrel-camera snapshot --size hd --skip 30 desk.png\n"
+                    "  ostrel-camera snapshot --size hd --skip 30 desk.jpg\n"
+                    "  ostrel-camera snapshot --every 60 'desk-%H%M.jpg'\n"
                     "  ostrel-camera snapshot --test-camera -o - | display\n");
 }
 

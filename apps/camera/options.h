@@ -27,6 +27,8 @@ struct DoctorOptions {
 struct SnapshotOptions {
     std::string output = "snapshot.png";
     uint64_t skip = 0;
+    std::optional<int> quality;  // of JPEG, 1 to 100
+    std::optional<double> every; // seconds: a series
 };
 
 struct LimitOptions {
