@@ -32,6 +32,7 @@ private:
     void addList();
     void addSnapshot();
     void addRecord();
+    void addServe();
     void addWatch();
     void addDoctor();
     void addConvert();
@@ -155,6 +156,7 @@ CommandLine::CommandLine() {
     addList();
     addSnapshot();
     addRecord();
+    addServe();
     addWatch();
     addDoctor();
     addConvert();
@@ -304,6 +306,23 @@ void CommandLine::addRecord() {
                     "  ostrel-camera record --size hd --scale ld --frames 300 small.y4m\n"
                     "  ostrel-camera record -o - --format mkv | ffmpeg -i - clip.mp4\n"
                     "  ostrel-camera record --format yuy2 --frames 1 frame.yuy2\n");
+}
+
+void CommandLine::addServe() {
+    CLI::App* command =
+        addCommand(Command::Serve, "serve", "Show the live picture on a web page, on this machine only.");
+    addValue(command, "--port", options_.serve.port, portValue, "PORT",
+             "Where the page is: http://127.0.0.1:PORT/ (8080); 0 takes any that is free.");
+    addSize(command);
+    addValue(command, "--quality", options_.serve.quality, qualityValue, "NUMBER",
+             "How good pictures are that the camera does not send as JPEG itself, 1 to 100 (85).");
+    command->footer(
+        "Every user of this machine can look, nobody else can. From another machine, by way of ssh:\n"
+        "  ssh -L 8080:localhost:8080 HOST, then http://127.0.0.1:8080/\n"
+        "The camera is started when somebody looks, and stopped when nobody does.\n\n"
+        "Examples:\n"
+        "  ostrel-camera serve\n"
+        "  ostrel-camera serve -c webcam -s hd --port 8081\n");
 }
 
 void CommandLine::addWatch() {

@@ -55,7 +55,7 @@ FrameStream::FrameStream(const Camera& camera, const Size& size, Wanted wanted, 
 
 FrameStream::~FrameStream() = default;
 
-FrameStream::Result FrameStream::next(CapturedFrame& frame, double timeoutSeconds, int other) {
+FrameStream::Result FrameStream::next(CapturedFrame& frame, double timeoutSeconds) {
     const Clock::time_point deadline = Clock::now() + std::chrono::duration_cast<Clock::duration>(
                                                           std::chrono::duration<double>(timeoutSeconds));
     while (!stop_.raised()) {
@@ -70,10 +70,8 @@ FrameStream::Result FrameStream::next(CapturedFrame& frame, double timeoutSecond
             return Result::Ended;
         }
         OVideoFrameReader& waitsFor = tryNatives_ ? *natives_ : *pixels_;
-        pollfd ready[] = {
-            {waitsFor.descriptor(), POLLIN, 0}, {stop_.descriptor(), POLLIN, 0}, {other, POLLIN, 0}};
-        const int count = poll(ready, std::size(ready), millisecondsUntil(deadline));
-        if (count == 0 || ready[2].revents != 0)
+        pollfd ready[] = {{waitsFor.descriptor(), POLLIN, 0}, {stop_.descriptor(), POLLIN, 0}};
+        if (poll(ready, std::size(ready), millisecondsUntil(deadline)) == 0)
             return Result::TimedOut;
     }
     return Result::Stopped;

@@ -41,10 +41,9 @@ public:
     FrameStream(const Camera& camera, const Size& size, Wanted wanted, const StopRequest& stop);
     ~FrameStream();
 
-    // Waits for the newest frame that was not handed out yet; frame is undefined when there is none. other: a
-    // descriptor that ends the waiting as the time limit does when it becomes readable; -1 for none. Throws a
+    // Waits for the newest frame that was not handed out yet; frame is undefined when there is none. Throws a
     // Failure with EXIT_CANNOT_OPEN as soon as the library says that the camera cannot be used.
-    Result next(CapturedFrame& frame, double timeoutSeconds, int other = -1);
+    Result next(CapturedFrame& frame, double timeoutSeconds);
 
     // Why nothing came, as the line of a Failure.
     std::string timeoutReason(double timeoutSeconds) const;

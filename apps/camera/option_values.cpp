@@ -101,4 +101,11 @@ int qualityValue(const std::string& text) {
     return value;
 }
 
+uint16_t portValue(const std::string& text) {
+    uint16_t value = 0;
+    if (!parseWhole(text, value))
+        refuse(text, "a port from 0 to 65535");
+    return value;
+}
+
 } // namespace ostrel::apps::cli

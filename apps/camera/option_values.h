@@ -21,6 +21,7 @@ double secondsValue(const std::string& text); // "2", "2s", "500ms", "5m", "1h";
 uint64_t numberValue(const std::string& text);
 uint64_t countValue(const std::string& text); // above 0
 int qualityValue(const std::string& text);    // 1 to 100
+uint16_t portValue(const std::string& text);  // 0 to 65535
 
 } // namespace ostrel::apps::cli
 

@@ -13,7 +13,7 @@
 
 namespace ostrel::apps::cli {
 
-enum class Command { List, Snapshot, Record, Watch, Doctor, Convert, Scale };
+enum class Command { List, Snapshot, Record, Serve, Watch, Doctor, Convert, Scale };
 
 struct ListOptions {
     bool json = false;
@@ -44,6 +44,11 @@ struct RecordOptions {
     std::optional<int> quality; // of JPEG, 1 to 100
 };
 
+struct ServeOptions {
+    uint16_t port = 8080;       // 0: any
+    std::optional<int> quality; // of JPEG, 1 to 100
+};
+
 struct FileOptions { // convert and scale
     std::string input;
     std::string output;
@@ -67,6 +72,7 @@ struct Options {
     DoctorOptions doctor;
     SnapshotOptions snapshot;
     RecordOptions record;
+    ServeOptions serve;
     FileOptions files;
 
     Size size() const { return captureSize.value_or(sizeOf(VIDEO_QUALITY_SD)); }
