@@ -42,11 +42,10 @@ public:
 
     int run() {
         const std::string port = std::to_string(server_.port());
-        around_.messages.say(
-            "serving " + camera_.name + " at http://127.0.0.1:" + port +
-            "/, Ctrl-C ends it\nevery user of this machine can look; to look from another one: "
-            "ssh -L " +
-            port + ":localhost:" + port + " and the name of this one");
+        around_.messages.say("serving " + camera_.name + " at http://127.0.0.1:" + port +
+                             "/, Ctrl-C ends it");
+        around_.messages.say("every user of this machine can look; from another one: ssh -L " + port +
+                             ":localhost:" + port + " and the name of this one");
         while (waitForAnybody()) {
             try {
                 show();

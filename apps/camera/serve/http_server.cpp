@@ -112,6 +112,11 @@ std::string headerOf(MHD_Connection* connection, const char* name) {
     return value ? value : "";
 }
 
+bool hasBody(MHD_Connection* connection) {
+    const std::string length = headerOf(connection, "Content-Length");
+    return (!length.empty() && length != "0") || !headerOf(connection, "Transfer-Encoding").empty();
+}
+
 // What is kept of a request from one call of its handler to the next.
 struct Request {
     std::unique_ptr<Seat> seat; // of a snapshot that waits for its picture
@@ -150,8 +155,10 @@ HttpServer::Impl::Impl(Audience& audience, uint16_t port, const std::string& nam
         throw Failure(EXIT_CANNOT_OPEN, "cannot listen on 127.0.0.1:" + std::to_string(port) + ": " +
                                             std::strerror(errno) + ": choose another --port");
     port_ = socket.port();
+    // With epoll the library notices only by the time limit that a client has gone in the middle of a
+    // request.
     daemon_ = MHD_start_daemon(
-        MHD_USE_EPOLL_INTERNAL_THREAD | MHD_ALLOW_SUSPEND_RESUME, 0, nullptr, nullptr, handle, this,
+        MHD_USE_POLL_INTERNAL_THREAD | MHD_ALLOW_SUSPEND_RESUME, 0, nullptr, nullptr, handle, this,
         MHD_OPTION_LISTEN_SOCKET, socket.descriptor(), MHD_OPTION_CONNECTION_LIMIT, MOST_CONNECTIONS,
         MHD_OPTION_CONNECTION_TIMEOUT, IDLE_SECONDS, MHD_OPTION_CONNECTION_MEMORY_LIMIT, CONNECTION_MEMORY,
         MHD_OPTION_STRICT_FOR_CLIENT, 1, MHD_OPTION_NOTIFY_COMPLETED, completed, this, MHD_OPTION_END);
@@ -183,6 +190,8 @@ MHD_Result HttpServer::Impl::handle(void* self, MHD_Connection* connection, cons
             return refuse(connection, MHD_HTTP_FORBIDDEN, "another site may not look");
         if (wanted != MHD_HTTP_METHOD_GET && wanted != MHD_HTTP_METHOD_HEAD)
             return refuse(connection, MHD_HTTP_METHOD_NOT_ALLOWED, "there is nothing to change here");
+        if (hasBody(connection))
+            return refuse(connection, MHD_HTTP_BAD_REQUEST, "a question has no body");
         if (*uploaded > 0)
             return MHD_NO;
         if (*state)
