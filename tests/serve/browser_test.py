@@ -69,8 +69,13 @@ class Browser:
         return self.ask("Runtime.evaluate", expression=script)["result"].get("value")
 
     def end(self):
-        self.process.kill()
-        self.process.wait()
+        self.session = None
+        try:
+            self.ask("Browser.close")
+            self.process.wait(HANG)
+        finally:
+            self.process.kill()
+            self.process.wait()
 
 
 def counter(browser, folder):
@@ -91,7 +96,7 @@ def until(condition, what):
         time.sleep(0.2)
 
 
-with tempfile.TemporaryDirectory() as folder, Server(PROGRAM, "--test-camera") as server:
+with tempfile.TemporaryDirectory(ignore_cleanup_errors=True) as folder, Server(PROGRAM, "--test-camera") as server:
     browser = Browser(os.path.join(folder, "profile"))
     try:
         browser.open(f"http://127.0.0.1:{server.port}/")
