@@ -35,7 +35,7 @@ boolean noMoreRoom(j_compress_ptr jpeg) {
 
 // What no picture exceeds, by the encoder's own reckoning for 4:4:4 and noise.
 std::size_t roomFor(const Size& size) {
-    const auto padded = [](int side) { return static_cast<std::size_t>((side + 15) / 16 * 16); };
+    const auto padded = [](int side) { return (static_cast<std::size_t>(side) + 15) / 16 * 16; };
     return padded(size.width) * padded(size.height) * 6 + 2048;
 }
 

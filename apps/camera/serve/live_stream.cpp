@@ -1,7 +1,6 @@
 #include "apps/camera/serve/live_stream.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace ostrel::apps::cli {
 
@@ -16,7 +15,7 @@ std::size_t copyPiece(const std::string& piece, std::size_t& sent, char* buffer,
         return 0;
     }
     const std::size_t count = std::min(room, piece.size() - sent);
-    std::memcpy(buffer, piece.data() + sent, count);
+    std::copy_n(piece.data() + sent, count, buffer);
     sent = 0;
     return count;
 }
