@@ -1,6 +1,7 @@
 #include <ostrel/native_frame.h>
 
 #include "capture/frame_reader.h"
+#include "platform/cameras/pixels/jpeg_tables.h"
 
 #include <algorithm>
 #include <array>
@@ -148,6 +149,13 @@ const uint8_t* OVideoNativeFrame::data() const {
 
 size_t OVideoNativeFrame::bytesUsed() const {
     return d->bytes.size();
+}
+
+QByteArray OVideoNativeFrame::jpeg() const {
+    if (format() != QLatin1String("MJPG"))
+        return QByteArray();
+    const std::vector<uint8_t> whole = cameras::pixels::completeJpeg(d->bytes.data(), d->bytes.size());
+    return QByteArray(reinterpret_cast<const char*>(whole.data()), static_cast<int>(whole.size()));
 }
 
 OVideoFrameFacts OVideoNativeFrame::facts() const {

@@ -96,6 +96,9 @@ const uint8_t* OVideoNativeFrame::data() const {
 size_t OVideoNativeFrame::bytesUsed() const {
     return 0;
 }
+QByteArray OVideoNativeFrame::jpeg() const {
+    return QByteArray();
+}
 OVideoFrameFacts OVideoNativeFrame::facts() const {
     return OVideoFrameFacts();
 }

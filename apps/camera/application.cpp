@@ -34,6 +34,8 @@ int runCommand(const Options& options, const Surroundings& around) {
         return runSnapshot(options, around);
     case Command::Record:
         return runRecord(options, around);
+    case Command::Serve:
+        return runServe(options, around);
     case Command::Watch:
         return runWatch(options, around);
     case Command::Doctor:

@@ -32,6 +32,7 @@ private:
     void addList();
     void addSnapshot();
     void addRecord();
+    void addServe();
     void addWatch();
     void addDoctor();
     void addConvert();
@@ -155,6 +156,7 @@ CommandLine::CommandLine() {
     addList();
     addSnapshot();
     addRecord();
+    addServe();
     addWatch();
     addDoctor();
     addConvert();
@@ -162,7 +164,7 @@ CommandLine::CommandLine() {
     app_.footer("Examples:\n"
                 "  ostrel-camera list\n"
                 "  ostrel-camera snapshot -c webcam --size hd me.png\n"
-                "  ostrel-camera record --duration 10 clip.y4m\n"
+                "  ostrel-camera record --duration 10 clip.mkv\n"
                 "  ostrel-camera record -o - | ffplay -\n"
                 "  ostrel-camera snapshot --test-camera\n"
                 "  ostrel-camera watch --play clip.y4m\n");
@@ -254,15 +256,24 @@ void CommandLine::addDoctor() {
 }
 
 void CommandLine::addSnapshot() {
-    CLI::App* command = addCommand(Command::Snapshot, "snapshot", "Take one picture and save it as PNG.");
-    addOutput(command, options_.snapshot.output,
-              "The file to write, '-' for standard output (snapshot.png).");
+    CLI::App* command = addCommand(Command::Snapshot, "snapshot", "Take a picture, or a series of them.");
+    addOutput(
+        command, options_.snapshot.output,
+        "The file to write, '-' for standard output (snapshot.png). Its suffix says what it is: jpg, the "
+        "camera's own JPEG where it has one; png and the other kinds that Qt writes. A series: with %04d "
+        "for the number, or %H%M%S and the like for the time.");
     addSize(command);
+    addValue(command, "--every", options_.snapshot.every, secondsValue, "SECONDS",
+             "Take one each so many seconds, until Ctrl-C or a limit: 60, 500ms, 5m.");
+    addLimits(command);
+    addValue(command, "--quality", options_.snapshot.quality, qualityValue, "NUMBER",
+             "How good an encoded JPEG is, 1 to 100 (85).");
     addValue(command, "--skip", options_.snapshot.skip, numberValue, "NUMBER",
              "Let so many frames pass first: many cameras start dark and adjust within a second (0).");
     command->footer("Examples:\n"
                     "  ostrel-camera snapshot\n"
-                    "  ostrel-camera snapshot --size hd --skip 30 desk.png\n"
+                    "  ostrel-camera snapshot --size hd --skip 30 desk.jpg\n"
+                    "  ostrel-camera snapshot --every 60 'desk-%H%M.jpg'\n"
                     "  ostrel-camera snapshot --test-camera -o - | display\n");
 }
 
@@ -270,14 +281,17 @@ void CommandLine::addRecord() {
     CLI::App* command = addCommand(Command::Record, "record", "Record video, until Ctrl-C or a limit.");
     addOutput(
         command, options_.record.output,
-        "The file to write, '-' for standard output (recording.y4m, or recording with the name of a raw "
+        "The file to write, '-' for standard output (recording.y4m, or recording with the name of another "
         "format behind it).");
     addSize(command);
     addLimits(command);
     addValue(
-        command, "--format", options_.record.format, videoKindValue, "FORMAT",
-        "y4m, which players read; or bare frames one after the other: i420, yuy2, rgb24, argb (also argb32, "
-        "bgra). Without it, what the suffix of the file says, else y4m.");
+        command, "--format", options_.record.format, recordingKindValue, "FORMAT",
+        "mkv, which is small and plays as fast as it happened: the camera's own JPEG pictures where it has "
+        "them, else encoded ones; y4m, which is not compressed; or bare frames one after the other: i420, "
+        "yuy2, rgb24, argb (also argb32, bgra). Without it, what the suffix of the file says, else y4m.");
+    addValue(command, "--quality", options_.record.quality, qualityValue, "NUMBER",
+             "How good the encoded pictures of an mkv file are, 1 to 100 (85).");
     addValue(command, "--scale", options_.record.scale, levelValue, "LEVEL",
              "Scale what is captured to ld, sd or hd before it is written.");
     addFilter(command);
@@ -287,11 +301,28 @@ void CommandLine::addRecord() {
         "a camera that delivers 30 plays at half the speed. Without it, a file states the rate that was "
         "measured, so that it plays as fast as it happened, and standard output 30.");
     command->footer("Examples:\n"
-                    "  ostrel-camera record\n"
-                    "  ostrel-camera record -t 10s -s hd clip.y4m\n"
+                    "  ostrel-camera record clip.mkv\n"
+                    "  ostrel-camera record -t 10s -s hd clip.mkv\n"
                     "  ostrel-camera record --size hd --scale ld --frames 300 small.y4m\n"
-                    "  ostrel-camera record -o - | ffmpeg -i - clip.mp4\n"
+                    "  ostrel-camera record -o - --format mkv | ffmpeg -i - clip.mp4\n"
                     "  ostrel-camera record --format yuy2 --frames 1 frame.yuy2\n");
+}
+
+void CommandLine::addServe() {
+    CLI::App* command =
+        addCommand(Command::Serve, "serve", "Show the live picture on a web page, on this machine only.");
+    addValue(command, "--port", options_.serve.port, portValue, "PORT",
+             "Where the page is: http://127.0.0.1:PORT/ (8080); 0 takes any that is free.");
+    addSize(command);
+    addValue(command, "--quality", options_.serve.quality, qualityValue, "NUMBER",
+             "How good pictures are that the camera does not send as JPEG itself, 1 to 100 (85).");
+    command->footer(
+        "Every user of this machine can look, nobody else can. From another machine, by way of ssh:\n"
+        "  ssh -L 8080:localhost:8080 HOST, then http://127.0.0.1:8080/\n"
+        "The camera is started when somebody looks, and stopped when nobody does.\n\n"
+        "Examples:\n"
+        "  ostrel-camera serve\n"
+        "  ostrel-camera serve -c webcam -s hd --port 8081\n");
 }
 
 void CommandLine::addWatch() {

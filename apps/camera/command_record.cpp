@@ -1,97 +1,75 @@
 // ostrel-camera record
 #include "apps/camera/commands.h"
-#include "apps/camera/frame_source.h"
-#include "apps/camera/frame_writer.h"
 #include "apps/camera/progress.h"
+#include "apps/camera/record/recording_file.h"
 #include "apps/camera/stream_report.h"
 #include "apps/common/failure.h"
 #include "apps/common/text.h"
-
-#include <unistd.h>
 
 namespace ostrel::apps::cli {
 
 namespace {
 
-FileKind kindOf(const Options& all) {
-    const RecordOptions& options = all.record;
-    const std::optional<FileKind> bySuffix = fileKindOfPath(options.output);
-    for (const char* other : {"mp4", "mkv", "avi", "mov", "webm", "gif"})
-        if (!options.format && suffixOf(options.output) == other)
-            throw Failure(EXIT_USAGE, "record does not compress: give " + quoted(options.output) +
-                                          " the suffix .y4m, or pipe: record -o - | ffmpeg -i - " +
-                                          quoted(options.output));
-    const FileKind kind = options.format.value_or(bySuffix.value_or(FileKind{Container::Y4m, Layout::I420}));
-    if (kind.container == Container::Png)
-        throw Failure(EXIT_USAGE, "record writes video; 'ostrel-camera snapshot' writes PNG pictures");
-    if (options.rate && kind.container != Container::Y4m)
-        throw Failure(EXIT_USAGE, "--rate is for Y4M files: bare frames do not state a rate");
-    if (!options.scale)
-        requireSize(kind.layout, all.size());
-    return kind;
+const std::size_t PLACES_SHOWN = 5; // where frames were lost
+
+// "3 lost, dropped 2 (short frame 2); missing: 2 after frame 12, 1 after frame 40"
+std::string lostText(const FrameStream& stream) {
+    const OVideoStatistics statistics = stream.state().statistics();
+    std::string text = std::to_string(stream.lost()) + " lost";
+    if (!statistics.dropped.isEmpty())
+        text += ", dropped " + droppedText(statistics);
+    std::vector<std::string> places;
+    for (const Gap& gap : stream.gaps())
+        if (places.size() < PLACES_SHOWN)
+            places.push_back(std::to_string(gap.frames) + " after frame " + std::to_string(gap.after));
+    if (stream.gaps().size() > places.size())
+        places.emplace_back("and so on");
+    return text + (places.empty() ? "" : " (" + join(places, ", ") + ")");
 }
 
-std::string outputPath(const RecordOptions& options, const FileKind& kind) {
-    if (options.output == "-" && isatty(STDOUT_FILENO))
-        throw Failure(EXIT_USAGE, "video is nothing for a terminal: give a file with -o, or redirect");
-    if (!options.output.empty())
-        return options.output;
-    return std::string("recording.") + (kind.container == Container::Y4m ? "y4m" : layoutName(kind.layout));
-}
-
-// From a captured frame to the layout and size of the file.
-std::unique_ptr<FrameStep> makeStep(const Size& size, const FileKind& kind, const Options& options) {
-    if (!options.record.scale)
-        return std::make_unique<FrameConverter>(size, Layout::Argb, kind.layout);
-    return std::make_unique<FrameScaler>(*levelOf(size), Layout::Argb, *options.record.scale, kind.layout,
-                                         options.filter);
-}
-
-std::string lostDetail(const OVideoStatistics& statistics) {
-    return " lost" + (statistics.dropped.isEmpty() ? "" : ", dropped " + droppedText(statistics));
+// "14.1 MB"
+std::string megabytes(uint64_t bytes) {
+    return fixed(static_cast<double>(bytes) / 1e6, 1) + " MB";
 }
 
 class Recording {
 public:
     // endOfFile: seconds without a frame that are a proper end.
     Recording(const Options& options, const std::optional<double>& endOfFile, const Surroundings& around)
-        : options_(options), endOfFile_(endOfFile), around_(around), kind_(kindOf(options)),
-          writtenSize_(options.record.scale ? sizeOf(*options.record.scale) : options.size()),
-          writer_(makeFrameWriter(outputPath(options.record, kind_), kind_, writtenSize_,
-                                  options.record.rate.value_or(Rate()))),
-          step_(makeStep(options.size(), kind_, options)), progress_(around.messages) {}
+        : options_(options), endOfFile_(endOfFile), around_(around), file_(makeRecordingFile(options)),
+          progress_(around.messages) {}
 
     int run(const Camera& camera) {
-        FrameSource source(camera, options_.size(), around_.stop);
-        around_.messages.say("recording " + toString(writtenSize_) + " from " + camera.name + " to " +
-                             writer_->displayName() + (limited() ? "" : ", Ctrl-C ends it"));
-        const FrameSource::Result end = takeFrames(source);
+        FrameStream stream(camera, options_.size(), file_->wanted(), around_.stop);
+        around_.messages.say("recording " + toString(file_->size()) + " from " + camera.name + " to " +
+                             file_->displayName() + (limited() ? "" : ", Ctrl-C ends it"));
+        const FrameStream::Result end = takeFrames(stream);
         progress_.clear();
-        finish(source);
-        const StreamFigures figures = source.figures();
+        finish(stream);
+        const StreamFigures figures = stream.figures();
         const bool playedOut = endOfFile_ && figures.taken > 0;
-        if (end == FrameSource::Result::TimedOut && !playedOut)
-            throw Failure(EXIT_NO_FRAME, source.timeoutReason(options_.camera.timeout));
-        if (end == FrameSource::Result::Ended)
-            throw Failure(EXIT_CANNOT_OPEN, source.endReason());
-        const bool early = end == FrameSource::Result::Stopped && (limited() || figures.taken == 0);
+        if (end == FrameStream::Result::TimedOut && !playedOut)
+            throw Failure(EXIT_NO_FRAME, stream.timeoutReason(options_.camera.timeout));
+        if (end == FrameStream::Result::Ended)
+            throw Failure(EXIT_CANNOT_OPEN, stream.endReason());
+        const bool early = end == FrameStream::Result::Stopped && (limited() || figures.taken == 0);
         return early ? EXIT_SIGNAL + around_.stop.signal() : EXIT_OK;
     }
 
 private:
     bool limited() const { return options_.limit.frames || options_.limit.seconds; }
 
-    FrameSource::Result takeFrames(FrameSource& source) {
-        VideoFrame frame;
-        FrameSource::Result result = FrameSource::Result::Frame;
-        while (!reached(source.figures())) {
-            const bool started = source.figures().taken > 0;
-            result = source.next(frame, started && endOfFile_ ? *endOfFile_ : options_.camera.timeout);
-            if (result != FrameSource::Result::Frame)
+    FrameStream::Result takeFrames(FrameStream& stream) {
+        CapturedFrame frame;
+        FrameStream::Result result = FrameStream::Result::Frame;
+        while (!reached(stream.figures())) {
+            const bool started = stream.figures().taken > 0;
+            result = stream.next(frame, started && endOfFile_ ? *endOfFile_ : options_.camera.timeout);
+            if (result != FrameStream::Result::Frame)
                 break;
-            writer_->write(step_->apply(frame.data));
+            file_->write(frame);
             if (progress_.due())
-                show(source);
+                show(stream);
         }
         return result;
     }
@@ -101,8 +79,8 @@ private:
                (options_.limit.seconds && figures.seconds >= *options_.limit.seconds);
     }
 
-    void show(const FrameSource& source) {
-        const StreamFigures figures = source.figures();
+    void show(const FrameStream& stream) {
+        const StreamFigures figures = stream.figures();
         double fraction = -1;
         if (options_.limit.frames)
             fraction = static_cast<double>(figures.taken) / static_cast<double>(*options_.limit.frames);
@@ -110,28 +88,26 @@ private:
             fraction = std::max(fraction, figures.seconds / *options_.limit.seconds);
         progress_.update(fraction, counted(figures.taken, "frame") + ", " + fixed(figures.seconds, 1) +
                                        " s, " + fixed(figures.rate(), 1) + "/s, " +
-                                       std::to_string(figures.missed) + " lost");
+                                       megabytes(file_->bytes()) + ", " + std::to_string(stream.lost()) +
+                                       " lost");
     }
 
-    void finish(const FrameSource& source) {
-        const StreamFigures figures = source.figures();
+    void finish(const FrameStream& stream) {
+        const StreamFigures figures = stream.figures();
         if (figures.taken == 0)
             return;
-        const bool measured = !options_.record.rate && figures.taken > 1 && figures.seconds > 0;
-        writer_->finish(measured ? std::optional<Rate>(nearestRate(figures.rate())) : std::nullopt);
+        const bool measured = figures.taken > 1 && figures.seconds > 0;
+        file_->finish(measured ? std::optional<Rate>(nearestRate(figures.rate())) : std::nullopt);
         around_.messages.say("recorded " + counted(figures.taken, "frame") + " in " +
-                             fixed(figures.seconds, 1) + " s (" + fixed(figures.rate(), 2) + " a second), " +
-                             std::to_string(source.lost()) + lostDetail(source.statistics()) + ", to " +
-                             writer_->displayName());
+                             fixed(figures.seconds, 1) + " s (" + fixed(figures.rate(), 2) + " a second, " +
+                             megabytes(file_->bytes()) + "), " + lostText(stream) + ", to " +
+                             file_->displayName());
     }
 
     const Options& options_;
     std::optional<double> endOfFile_;
     const Surroundings& around_;
-    FileKind kind_;
-    Size writtenSize_;
-    std::unique_ptr<FrameWriter> writer_;
-    std::unique_ptr<FrameStep> step_;
+    std::unique_ptr<RecordingFile> file_;
     Progress progress_;
 };
 

@@ -17,6 +17,7 @@ struct Surroundings {
 int runList(const Options& options, const Surroundings& around);
 int runSnapshot(const Options& options, const Surroundings& around);
 int runRecord(const Options& options, const Surroundings& around);
+int runServe(const Options& options, const Surroundings& around);
 int runWatch(const Options& options, const Surroundings& around);
 int runDoctor(const Options& options, const Surroundings& around);
 int runConvert(const Options& options, const Surroundings& around);

@@ -23,8 +23,7 @@ struct FileKind {
 
 // From a name as --from, --to and --format take it, letter case ignored.
 std::optional<FileKind> parseFileKind(const std::string& name);
-// The accepted names, for messages: of all kinds, and of those that hold video.
-const char VIDEO_KINDS[] = "y4m, i420, yuy2, rgb24, argb (also argb32, bgra)";
+// The accepted names, for messages.
 const char FILE_KINDS[] = "png, y4m, i420, yuy2, rgb24, argb (also argb32, bgra)";
 std::string suffixOf(const std::string& path); // in lower case, without its dot
 // From the suffix of a file name; nothing when it says nothing.

@@ -57,8 +57,8 @@ FileKind kindValue(const std::string& text) {
 }
 
 // PNG is a kind of file that record refuses for what it is, not for its name.
-FileKind videoKindValue(const std::string& text) {
-    return required(parseFileKind(text), text, std::string("one of ") + VIDEO_KINDS);
+RecordingKind recordingKindValue(const std::string& text) {
+    return required(parseRecordingKind(text), text, std::string("one of ") + RECORDING_KINDS);
 }
 
 Rate rateValue(const std::string& text) {
@@ -91,6 +91,20 @@ uint64_t countValue(const std::string& text) {
     uint64_t value = 0;
     if (!parseWhole(text, value) || value == 0)
         refuse(text, "a whole number above 0");
+    return value;
+}
+
+int qualityValue(const std::string& text) {
+    int value = 0;
+    if (!parseWhole(text, value) || value < 1 || value > 100)
+        refuse(text, "a quality from 1 to 100");
+    return value;
+}
+
+uint16_t portValue(const std::string& text) {
+    uint16_t value = 0;
+    if (!parseWhole(text, value))
+        refuse(text, "a port from 0 to 65535");
     return value;
 }
 

@@ -4,6 +4,7 @@
 
 #include "apps/camera/camera_choice.h"
 #include "apps/camera/layout.h"
+#include "apps/camera/record/recording_kind.h"
 #include "apps/camera/y4m.h"
 
 #include <cstdint>
@@ -12,7 +13,7 @@
 
 namespace ostrel::apps::cli {
 
-enum class Command { List, Snapshot, Record, Watch, Doctor, Convert, Scale };
+enum class Command { List, Snapshot, Record, Serve, Watch, Doctor, Convert, Scale };
 
 struct ListOptions {
     bool json = false;
@@ -26,6 +27,8 @@ struct DoctorOptions {
 struct SnapshotOptions {
     std::string output = "snapshot.png";
     uint64_t skip = 0;
+    std::optional<int> quality;  // of JPEG, 1 to 100
+    std::optional<double> every; // seconds: a series
 };
 
 struct LimitOptions {
@@ -35,9 +38,15 @@ struct LimitOptions {
 
 struct RecordOptions {
     std::string output;
-    std::optional<FileKind> format;
+    std::optional<RecordingKind> format;
     std::optional<VIDEO_QUALITY> scale;
     std::optional<Rate> rate;
+    std::optional<int> quality; // of JPEG, 1 to 100
+};
+
+struct ServeOptions {
+    uint16_t port = 8080;       // 0: any
+    std::optional<int> quality; // of JPEG, 1 to 100
 };
 
 struct FileOptions { // convert and scale
@@ -63,6 +72,7 @@ struct Options {
     DoctorOptions doctor;
     SnapshotOptions snapshot;
     RecordOptions record;
+    ServeOptions serve;
     FileOptions files;
 
     Size size() const { return captureSize.value_or(sizeOf(VIDEO_QUALITY_SD)); }

@@ -120,7 +120,11 @@ bool OutputFile::rewrite(uint64_t offset, const std::string& bytes) {
 }
 
 bool OutputFile::cutTo(uint64_t size) {
-    return regular_ && ftruncate(descriptor_, static_cast<off_t>(size)) == 0;
+    const off_t end = static_cast<off_t>(size);
+    if (!regular_ || ftruncate(descriptor_, end) != 0 || lseek(descriptor_, end, SEEK_SET) != end)
+        return false;
+    written_ = size;
+    return true;
 }
 
 void OutputFile::commit() {

@@ -28,7 +28,9 @@ public:
     void write(const std::string& bytes) { write(bytes.data(), bytes.size()); }
     uint64_t written() const { return written_; }
 
-    // Only a regular file can be changed afterwards; elsewhere both answer false.
+    // Only a regular file can be changed afterwards; elsewhere both answer false. What is written after a cut
+    // goes to the new end.
+    bool regular() const { return regular_; }
     bool rewrite(uint64_t offset, const std::string& bytes);
     bool cutTo(uint64_t size);
 

@@ -15,6 +15,8 @@ public:
 
     bool raised() const { return signal() != 0; }
     int signal() const; // 0 before
+    // For poll(): readable from then on. -1 when the system had no descriptor left.
+    int descriptor() const;
 };
 
 } // namespace ostrel::apps::cli

@@ -5,6 +5,7 @@
 #include <ostrel/export.h>
 #include <ostrel/next_frame.h>
 
+#include <QtCore/QByteArray>
 #include <QtCore/QString>
 
 #include <stddef.h>
@@ -48,6 +49,9 @@ public:
     // All planes: so many bytes are used.
     const uint8_t* data() const;
     size_t bytesUsed() const;
+    // A picture of MJPG for programs that read files: with the Huffman tables that most cameras leave out and
+    // the end marker, else as it came. Empty of other formats, and when its headers cannot be read.
+    QByteArray jpeg() const;
 
     OVideoFrameFacts facts() const;
 

@@ -130,6 +130,62 @@ TEST(CaptureProgram, SnapshotGoesToStandardOutput) {
     expectTestPattern(QImage::fromData(outcome.output, "PNG"), 640, 480);
 }
 
+TEST(CaptureProgram, SnapshotIsWhatItsSuffixSaysOrIsRefused) {
+    Folder folder;
+    for (const char* name : {"a.jpg", "a.bmp", "a.ppm", "a"}) {
+        EXPECT_EQ(0, run(folder.path(), {"snapshot", "-q", "--test-camera", name}).code);
+        const QImage image = QImage::fromData(folder.read(name));
+        EXPECT_EQ(QSize(640, 480), image.size()) << name;
+        EXPECT_LE(distance(image.pixel(120, 192), BARS[1]), 8) << name;
+    }
+    EXPECT_TRUE(folder.read("a.jpg").startsWith("\xFF\xD8"));
+    EXPECT_TRUE(folder.read("a").startsWith("\x89PNG"));
+    const Outcome film = run(folder.path(), {"snapshot", "--test-camera", "a.mp4"});
+    EXPECT_EQ(2, film.code);
+    EXPECT_EQ(0U,
+              film.errors.find("ostrel-camera: snapshot cannot write 'a.mp4': give it one of the suffixes "))
+        << film.errors;
+    EXPECT_NE(std::string::npos, film.errors.find(" jpeg, jpg, ")) << film.errors;
+    EXPECT_EQ("ostrel-camera: --quality is for JPEG pictures (.jpg)\n",
+              run(folder.path(), {"snapshot", "--test-camera", "--quality", "50"}).errors);
+}
+
+// The pattern shows when each picture was made.
+TEST(CaptureProgram, ASeriesKeepsItsTimes) {
+    Folder folder;
+    const Outcome outcome =
+        run(folder.path(), {"snapshot", "--test-camera", "--every", "500ms", "-n", "4", "shot-%02d.png"});
+    EXPECT_EQ(0, outcome.code);
+    EXPECT_EQ("taking a picture of Test pattern every 0.5 s\nsaved 4 pictures, the last as 'shot-04.png'\n",
+              outcome.errors);
+    EXPECT_EQ((QStringList{"shot-01.png", "shot-02.png", "shot-03.png", "shot-04.png"}), folder.entries());
+    uint32_t first = 0;
+    for (int number = 1; number <= 4; ++number) {
+        const QImage image = QImage(folder.file(QString("shot-%1.png").arg(number, 2, 10, QChar('0'))))
+                                 .convertToFormat(QImage::Format_ARGB32);
+        uint32_t counter = 0;
+        uint32_t clock = 0;
+        ASSERT_TRUE(ostrel::OVideoTestPatternCamera::decode(image.constBits(), 640, 480,
+                                                            int(image.bytesPerLine()), counter, clock));
+        first = number == 1 ? counter : first;
+        // Of 30 a second, 15 later each; a busy machine may skip some.
+        EXPECT_NEAR(15.0 * (number - 1), counter - first, 8) << number;
+    }
+}
+
+TEST(CaptureProgram, WhatIsNoSeriesIsSaid) {
+    EXPECT_EQ(
+        "ostrel-camera: each picture of a series has a name of its own: instead of 'snapshot.png' give one "
+        "with a number or the time in it, such as shot-%04d.jpg or shot-%H%M%S.jpg\n",
+        run("/", {"snapshot", "--test-camera", "--every", "1"}).errors);
+    EXPECT_EQ("ostrel-camera: --frames and --duration end a series: add --every SECONDS\n",
+              run("/", {"snapshot", "--test-camera", "-n", "2", "a.png"}).errors);
+    Folder folder;
+    const Outcome twice = run(folder.path(), {"snapshot", "--test-camera", "--every", "50ms", "%Y.png"});
+    EXPECT_EQ(2, twice.code);
+    EXPECT_NE(std::string::npos, twice.errors.find("two pictures have the name '20")) << twice.errors;
+}
+
 TEST(CaptureProgram, TheCameraIsFoundByAPartOfItsNameInAnyCase) {
     Folder folder;
     const Outcome outcome = run(folder.path(), {"snapshot", "--test-camera", "--camera", "PATT", "-q"});
@@ -202,10 +258,15 @@ TEST(CaptureProgram, RecordWritesOddSizes) {
 }
 
 TEST(CaptureProgram, ARecordingIsWhatItsNameSaysOrIsRefused) {
-    EXPECT_EQ("ostrel-camera: record does not compress: give 'a.mp4' the suffix .y4m, or pipe: record -o - | "
-              "ffmpeg -i - 'a.mp4'\n",
-              run("/", {"record", "--test-camera", "a.mp4"}).errors);
-    EXPECT_EQ("ostrel-camera: record writes video; 'ostrel-camera snapshot' writes PNG pictures\n",
+    for (const char* name : {"a.mp4", "b.AVI"}) {
+        const Outcome outcome = run("/", {"record", "--test-camera", name});
+        EXPECT_EQ(2, outcome.code);
+        EXPECT_EQ(std::string("ostrel-camera: record writes .mkv and .y4m, not '") + name +
+                      "': give it such a name, or pipe: record -o - --format mkv | ffmpeg -i - '" + name +
+                      "'\n",
+                  outcome.errors);
+    }
+    EXPECT_EQ("ostrel-camera: record writes video; 'ostrel-camera snapshot' writes pictures\n",
               run("/", {"record", "--test-camera", "a.png"}).errors);
     EXPECT_EQ("ostrel-camera: --rate is for Y4M files: bare frames do not state a rate\n",
               run("/", {"record", "--test-camera", "--rate", "5", "a.i420"}).errors);

@@ -64,10 +64,19 @@ TEST(Options, RecordTakesItsValues) {
     EXPECT_EQ("1280x720", toString(options.size()));
     EXPECT_EQ(5U, options.limit.frames.value());
     EXPECT_EQ(1.5, options.limit.seconds.value());
-    EXPECT_EQ(Layout::Yuy2, options.record.format->layout);
+    EXPECT_FALSE(options.record.format->matroska);
+    EXPECT_EQ(Layout::Yuy2, options.record.format->frames.layout);
     EXPECT_EQ(VIDEO_QUALITY_LD, options.record.scale.value());
     EXPECT_EQ(SCALE_METHOD_NONE, options.filter);
     EXPECT_EQ(30000U, options.record.rate->numerator);
+}
+
+TEST(Options, AMatroskaFileIsAskedForByNameOrBySuffix) {
+    EXPECT_TRUE(parsed("record --format MKV --quality 50 -").record.format->matroska);
+    EXPECT_EQ(50, parsed("record --format MKV --quality 50 -").record.quality.value());
+    EXPECT_TRUE(recordingKindOfPath("a/b.Mkv")->matroska);
+    EXPECT_FALSE(recordingKindOfPath("a.mkv.y4m")->matroska);
+    EXPECT_FALSE(recordingKindOfPath("mkv"));
 }
 
 TEST(Options, DefaultsAreStandardSizeBoxFilterAndNoLimit) {
@@ -144,8 +153,12 @@ TEST(Options, MistakesAreExplainedInOneLine) {
         {"record --filter best",
          "--filter: 'best' is not one of none, bilinear, box; 'ostrel-camera record --help' "
          "explains the usage"},
-        {"record --format gif", "--format: 'gif' is not one of y4m, i420, yuy2, rgb24, argb (also argb32, "
-                                "bgra); 'ostrel-camera record --help' explains the usage"},
+        {"record --format gif", "--format: 'gif' is not one of mkv, y4m, i420, yuy2, rgb24, argb (also "
+                                "argb32, bgra); 'ostrel-camera record --help' explains the usage"},
+        {"record --quality 0", "--quality: '0' is not a quality from 1 to 100; 'ostrel-camera record --help' "
+                               "explains the usage"},
+        {"convert --to mkv a.y4m b", "--to: 'mkv' is not one of png, y4m, i420, yuy2, rgb24, argb (also "
+                                     "argb32, bgra); 'ostrel-camera convert --help' explains the usage"},
         {"record --rate 0", "--rate: '0' is not a rate from 0.001 to 1000 such as 30, 29.97 or 30000/1001; "
                             "'ostrel-camera record "
                             "--help' explains the usage"},

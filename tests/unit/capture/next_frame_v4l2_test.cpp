@@ -126,6 +126,26 @@ TEST_F(NextV4l2Frame, NativeJpegIsTheWholePictureAsItCame) {
     EXPECT_EQ(bytesOf(frame), fed.bytes);
 }
 
+// The encoder writes the standard tables in the same place and order, so that the bytes can be compared.
+TEST_F(NextV4l2Frame, NativeJpegForOtherProgramsHasItsTables) {
+    const Capture capture = capturing(V4L2_PIX_FMT_MJPEG, 64, 48);
+    OVideoFrameReader reader(capture);
+    OVideoNativeFrame frame;
+    EXPECT_TRUE(frame.jpeg().isEmpty());
+    JpegOptions bare;
+    bare.tables = false;
+    FrameScript fed;
+    fed.bytes = quadrantsAsJpeg(64, 48, bare);
+    ASSERT_TRUE(kernel->feed(path, fed));
+    ASSERT_EQ(nextNativeFrame(reader, frame, LONG), 1);
+    const QByteArray whole = frame.jpeg();
+    EXPECT_EQ(std::vector<uint8_t>(whole.begin(), whole.end()), quadrantsAsJpeg(64, 48));
+    std::fill(fed.bytes.begin() + 2, fed.bytes.end(), uint8_t(0x55)); // begins as a picture does
+    ASSERT_TRUE(kernel->feed(path, fed));
+    ASSERT_EQ(nextNativeFrame(reader, frame, LONG), 1);
+    EXPECT_TRUE(frame.jpeg().isEmpty());
+}
+
 TEST_F(NextV4l2Frame, NativeRowsKeepTheirPaddingAndTheColoursTheirMeaning) {
     device.padding = 12;
     device.adjust = [](v4l2_pix_format& format) {

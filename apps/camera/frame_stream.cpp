@@ -1,0 +1,168 @@
+#include "apps/camera/frame_stream.h"
+
+#include "apps/camera/jpeg/jpeg_size.h"
+#include "apps/camera/stream_report.h"
+#include "apps/common/failure.h"
+#include "apps/common/text.h"
+
+#include <ostrel/devices.h>
+
+#include <algorithm>
+#include <poll.h>
+
+namespace ostrel::apps::cli {
+
+namespace {
+
+const std::size_t MOST_GAPS = 1000; // that are kept
+// A driver that starts its numbers again has not lost a billion frames.
+const uint32_t LARGEST_GAP = 1000000;
+
+// Frames that the camera took and that never reached a capture.
+uint64_t lostOnTheWay(const OVideoStatistics& statistics) {
+    uint64_t sum = statistics.skipped + statistics.lost;
+    for (const uint64_t dropped : statistics.dropped)
+        sum += dropped;
+    return sum;
+}
+
+int millisecondsUntil(Clock::time_point deadline) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
+    return static_cast<int>(std::clamp<decltype(left)>(left, 0, 1000000000));
+}
+
+// Numbers wrap. 0: none, or the numbers say nothing.
+uint32_t missingBetween(uint32_t before, uint32_t now) {
+    const uint32_t step = now - before;
+    return step == 0 || step > LARGEST_GAP ? 0 : step - 1;
+}
+
+} // namespace
+
+FrameStream::FrameStream(const Camera& camera, const Size& size, Wanted wanted, const StopRequest& stop)
+    : camera_(camera), size_(size), wanted_(wanted), stop_(stop), capture_(OVideoCaptureUnix::ptr()),
+      tryNatives_(wanted == Wanted::OwnJpeg) {
+    capture_->startCapture(camera_.identifier.c_str(), size_.width, size_.height);
+    // An unknown camera is refused without a word: the object keeps its size of 0 x 0.
+    if (capture_->width() != size_.width || capture_->height() != size_.height)
+        throw Failure(EXIT_NO_SUCH_CAMERA, "the camera " + quoted(camera_.name) +
+                                               " has gone: plug it in again, 'ostrel-camera list' shows "
+                                               "those that are there");
+    pixels_ = std::make_unique<OVideoFrameReader>(capture_);
+    if (wanted_ == Wanted::OwnJpeg)
+        natives_ = std::make_unique<OVideoFrameReader>(capture_);
+}
+
+FrameStream::~FrameStream() = default;
+
+FrameStream::Result FrameStream::next(CapturedFrame& frame, double timeoutSeconds) {
+    const Clock::time_point deadline = Clock::now() + std::chrono::duration_cast<Clock::duration>(
+                                                          std::chrono::duration<double>(timeoutSeconds));
+    while (!stop_.raised()) {
+        QString why;
+        const int answer = take(frame, why);
+        if (answer > 0)
+            return Result::Frame;
+        if (answer < 0 && figures_.taken == 0 && !state().refused().isEmpty())
+            failRefused(why);
+        if (answer < 0) {
+            ended_ = why.toStdString();
+            return Result::Ended;
+        }
+        OVideoFrameReader& waitsFor = tryNatives_ ? *natives_ : *pixels_;
+        pollfd ready[] = {{waitsFor.descriptor(), POLLIN, 0}, {stop_.descriptor(), POLLIN, 0}};
+        if (poll(ready, std::size(ready), millisecondsUntil(deadline)) == 0)
+            return Result::TimedOut;
+    }
+    return Result::Stopped;
+}
+
+// 1, 0 or -1, as the library answers. The two readers have a place each: a frame that one has had already is
+// the newest of the other.
+int FrameStream::take(CapturedFrame& frame, QString& why) {
+    if (tryNatives_) {
+        const int answer = nextNativeFrame(*natives_, frame.jpeg, 0, &why);
+        if (answer < 1)
+            return answer;
+        frame.facts = frame.jpeg.facts();
+        frame.isJpeg = isOwn(frame.jpeg);
+        if (frame.isJpeg && !isNew(frame.facts))
+            return 0;
+        tryNatives_ = frame.isJpeg;
+    }
+    if (!tryNatives_) {
+        const int answer = nextVideoFrame(*pixels_, frame.pixels, 0, &frame.facts, &why);
+        if (answer < 1)
+            return answer;
+        frame.isJpeg = false;
+        // The camera may have changed its mode.
+        tryNatives_ = wanted_ == Wanted::OwnJpeg && frame.facts.nativeFormat() == "MJPG" &&
+                      Size{frame.facts.nativeWidth(), frame.facts.nativeHeight()} == size_;
+    }
+    count(frame.facts);
+    return 1;
+}
+
+// Its header counts: some cameras send another size than the one that they were set to.
+bool FrameStream::isOwn(const OVideoNativeFrame& native) const {
+    return native.format() == "MJPG" && jpegSize(native.data(), native.bytesUsed()) == size_;
+}
+
+bool FrameStream::isNew(const OVideoFrameFacts& facts) const {
+    return figures_.taken == 0 || facts.number() != number_;
+}
+
+void FrameStream::count(const OVideoFrameFacts& facts) {
+    if (figures_.taken == 0) { // frames before the first one taken are nobody's loss
+        firstTime_ = facts.captureTime();
+        lostBefore_ = lostOnTheWay(state().statistics());
+    } else {
+        const uint32_t passedOver = missingBetween(number_, facts.number());
+        const uint32_t missing = std::max(passedOver, missingBetween(sequence_, facts.sequence()));
+        figures_.missed += passedOver;
+        if (missing > 0 && gaps_.size() < MOST_GAPS)
+            gaps_.push_back({figures_.taken, missing});
+    }
+    number_ = facts.number();
+    sequence_ = facts.sequence();
+    ++figures_.taken;
+    figures_.seconds = static_cast<double>(facts.captureTime() - firstTime_) / 1e9;
+}
+
+uint64_t FrameStream::lost() const {
+    return figures_.missed + lostOnTheWay(state().statistics()) - lostBefore_;
+}
+
+OVideoCameraState FrameStream::state() const {
+    return OVideoCameraState(QString::fromStdString(camera_.identifier));
+}
+
+void FrameStream::failRefused(const QString& why) const {
+    throw Failure(EXIT_CANNOT_OPEN,
+                  "cannot use the camera " + quoted(camera_.name) + ": " + why.toStdString());
+}
+
+std::string FrameStream::whyNothingCame() const {
+    const OVideoCameraState known = state();
+    if (!known.whyNoFrames().isEmpty())
+        return known.whyNoFrames().toStdString();
+    if (!known.isOpen() && !videoDevices().contains(QString::fromStdString(camera_.identifier)))
+        return "it is no longer attached";
+    if (figures_.taken == 0 && !known.statistics().dropped.isEmpty())
+        return "what it sends is broken, dropped " + droppedText(known.statistics());
+    if (figures_.taken == 0 && known.statistics().delivered > 0)
+        return "its frames do not have the size " + toString(size_) + ", try another --size";
+    return "check its cable and privacy switch, or allow more time with --timeout";
+}
+
+std::string FrameStream::timeoutReason(double timeoutSeconds) const {
+    return "no frame from " + quoted(camera_.name) + " within " +
+           QString::number(timeoutSeconds).toStdString() + " s: " + whyNothingCame() +
+           "; 'ostrel-camera doctor' examines it";
+}
+
+std::string FrameStream::endReason() const {
+    return "the camera " + quoted(camera_.name) + " stopped: " + ended_;
+}
+
+} // namespace ostrel::apps::cli

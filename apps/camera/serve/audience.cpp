@@ -1,0 +1,117 @@
+#include "apps/camera/serve/audience.h"
+
+#include <algorithm>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+namespace ostrel::apps::cli {
+
+Audience::Audience() : joined_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+
+Audience::~Audience() {
+    if (joined_ >= 0)
+        ::close(joined_);
+}
+
+Audience::Place Audience::join(std::function<void()> sleep, std::function<void()> wake) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    Looker looker;
+    looker.sleep = std::move(sleep);
+    looker.wake = std::move(wake);
+    looker.failures = failures_;
+    const uint64_t one = 1;
+    (void)!write(joined_, &one, sizeof one);
+    return lookers_.insert(lookers_.end(), std::move(looker));
+}
+
+void Audience::leave(Place place) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    lookers_.erase(place);
+}
+
+Audience::Next Audience::next(Place place, LivePicturePointer& picture) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (closed_ || place->failures != failures_)
+        return Next::Over;
+    if (newest_ && newest_->number != place->seen) {
+        place->seen = newest_->number;
+        picture = newest_;
+        return Next::Picture;
+    }
+    place->sleeps = true;
+    place->sleep();
+    return Next::Later;
+}
+
+LiveFacts Audience::facts() const {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return facts_;
+}
+
+std::size_t Audience::size() const {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return static_cast<std::size_t>(
+        std::count_if(lookers_.begin(), lookers_.end(),
+                      [this](const Looker& looker) { return looker.failures == failures_; }));
+}
+
+void Audience::settle() {
+    uint64_t count = 0;
+    (void)!read(joined_, &count, sizeof count);
+}
+
+void Audience::publish(std::string jpeg, int64_t captureTime, double rate) {
+    const auto picture = std::make_shared<LivePicture>();
+    picture->jpeg = std::move(jpeg);
+    picture->captureTime = captureTime;
+    const std::lock_guard<std::mutex> lock(mutex_);
+    picture->number = ++facts_.number;
+    facts_.captureTime = captureTime;
+    facts_.rate = rate;
+    facts_.shown = true;
+    facts_.why.clear();
+    newest_ = picture;
+    wakeAll();
+}
+
+void Audience::repeat() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (!newest_)
+        return;
+    for (Looker& looker : lookers_)
+        if (looker.sleeps)
+            looker.seen = 0;
+    wakeAll();
+}
+
+void Audience::fail(const std::string& why) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    ++failures_;
+    newest_.reset();
+    facts_.shown = false;
+    facts_.why = why;
+    wakeAll();
+}
+
+void Audience::clear() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    newest_.reset();
+    facts_.shown = false;
+    facts_.why.clear();
+}
+
+void Audience::close() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    closed_ = true;
+    wakeAll();
+}
+
+void Audience::wakeAll() {
+    for (Looker& looker : lookers_) {
+        if (looker.sleeps)
+            looker.wake();
+        looker.sleeps = false;
+    }
+}
+
+} // namespace ostrel::apps::cli
