@@ -3,6 +3,7 @@
 #include "apps/camera/frame_source.h"
 #include "apps/camera/frame_writer.h"
 #include "apps/camera/progress.h"
+#include "apps/camera/reconnection.h"
 #include "apps/camera/stream_report.h"
 #include "apps/common/failure.h"
 #include "apps/common/text.h"
@@ -87,6 +88,10 @@ private:
         while (!reached(source.figures())) {
             const bool started = source.figures().taken > 0;
             result = source.next(frame, started && endOfFile_ ? *endOfFile_ : options_.camera.timeout);
+            if (result == FrameSource::Result::Ended && options_.limit.reconnect) {
+                progress_.clear();
+                result = reconnect(source, frame, *options_.limit.reconnect, around_);
+            }
             if (result != FrameSource::Result::Frame)
                 break;
             writer_->write(step_->apply(frame.data));
