@@ -39,6 +39,7 @@ private:
     void startTimers();
 
     void camerasChanged();
+    void takeUpAgain(const QString& id);
     void restart();
     void pollCamera();
     void showNewest();

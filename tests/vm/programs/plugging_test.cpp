@@ -2,6 +2,7 @@
 // the machine: one vivid camera, or the emulated webcam.
 #include "vm/programs/capture.h"
 
+#include <ostrel/device_details.h>
 #include <ostrel/device_monitor.h>
 #include <ostrel/devices.h>
 
@@ -77,8 +78,10 @@ TEST(VividPlugging, ACameraThatIsCapturedFromAndLeavesIsGoneAtOnce) {
 
 TEST(VividPlugging, ANodeIsNoCameraUntilItMayBeOpened) {
     const QString camera = onlyCamera();
-    // For who is not root: its own process, as permissions do not bind this one.
-    EXPECT_EQ(::chmod("/dev/video0", 0600), 0);
+    ASSERT_EQ(videoNodes().size(), 1);
+    const std::string node = videoNodes().first().path().toStdString();
+    EXPECT_EQ(::chmod(node.c_str(), 0600), 0);
+    // Permissions do not bind root.
     const pid_t child = ::fork();
     if (child == 0) {
         if (::setgid(65534) != 0 || ::setuid(65534) != 0)
@@ -90,7 +93,7 @@ TEST(VividPlugging, ANodeIsNoCameraUntilItMayBeOpened) {
         ::_exit(next(monitor) == QStringList("+" + camera) ? 0 : 4);
     }
     EXPECT_TRUE(waitUntil([] { return ::access("/tmp/waits", F_OK) == 0; }));
-    EXPECT_EQ(::chmod("/dev/video0", 0666), 0);
+    EXPECT_EQ(::chmod(node.c_str(), 0666), 0);
     int status = 0;
     EXPECT_EQ(::waitpid(child, &status, 0), child);
     EXPECT_EQ(WEXITSTATUS(status), 0);
