@@ -4,10 +4,13 @@
 
 #include "support/camera_test.h"
 #include "support/process_figures.h"
+#include "support/recording_sink.h"
 #include "support/v4l2/scripted_discovery.h"
 #include "support/v4l2/scripted_kernel.h"
 
+#include "platform/cameras/streaming_camera.h"
 #include "platform/cameras/v4l2/v4l2_provider.h"
+#include "platform/cameras/virtual/push_backend.h"
 
 #include <chrono>
 #include <poll.h>
@@ -175,6 +178,27 @@ TEST_F(DeviceMonitor, LooksEachTimeWhereTheSystemHasNoDescriptorsLeft) {
     ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
 }
 
+// Between the moment in which a camera leaves the listing and the one in which it learns of that, another
+// thread may plug it in again.
+TEST_F(DeviceMonitor, ACameraThatLearnsLateThatItHasLeftIsToldOfAllTheSame) {
+    const auto plug = [] {
+        const cameras::StreamingCamera::Identity identity = {"camera-1", "Camera", "Camera"};
+        const auto camera =
+            std::make_shared<cameras::StreamingCamera>(identity, std::make_shared<cameras::PushBackend>());
+        EXPECT_TRUE(cameras::addCamera(camera));
+        return camera;
+    };
+    const auto before = plug();
+    OVideoDeviceMonitor monitor;
+    cameras::removeCamera(before);
+    const auto after = plug();
+    EXPECT_EQ(take(monitor), QStringList());
+    before->unplug();
+    EXPECT_TRUE(isReadable(monitor));
+    EXPECT_EQ(take(monitor), (QStringList{"- camera-1 (Camera)", "+ camera-1 (Camera)"}));
+    cameras::removeCamera(after);
+}
+
 TEST_F(DeviceMonitor, AThousandCyclesLeaveNothingBehind) {
     const auto cycles = [](int count) {
         OVideoTestPatternCamera camera("pattern-1", "Pattern");
@@ -237,6 +261,22 @@ TEST_F(MonitorOfNodes, AChangeThatNobodyToldOfIsFoundWithTheNext) {
     plug("/dev/video1");
     EXPECT_EQ(take(monitor).size(), 2);
     EXPECT_EQ(monitor.cameras(), videoDevices());
+}
+
+// As in a container, where no message arrives.
+TEST_F(MonitorOfNodes, ACameraThatLeavesWhileItIsCapturedFromTellsItself) {
+    plug("/dev/video0");
+    OVideoDeviceMonitor monitor;
+    const auto camera = cameras::attachedCameras().front();
+    const auto sink = std::make_shared<support::RecordingSink>();
+    ASSERT_EQ(camera->open().text, "");
+    ASSERT_EQ(camera->start(640, 480, sink).text, "");
+    discovery->setSilent(true);
+    unplug("/dev/video0");
+    EXPECT_EQ(monitor.wait(HANG_MS), 1);
+    EXPECT_EQ(take(monitor).size(), 1);
+    camera->stop(sink);
+    camera->close();
 }
 
 TEST_F(MonitorOfNodes, FollowsAMachineThatHasOtherKindsOfCameraNow) {

@@ -78,6 +78,7 @@ TEST(VividPlugging, ACameraThatIsCapturedFromAndLeavesIsGoneAtOnce) {
 
 TEST(VividPlugging, ANodeIsNoCameraUntilItMayBeOpened) {
     const QString camera = onlyCamera();
+    ::unlink("/tmp/waits");
     ASSERT_EQ(videoNodes().size(), 1);
     const std::string node = videoNodes().first().path().toStdString();
     EXPECT_EQ(::chmod(node.c_str(), 0600), 0);
