@@ -103,14 +103,14 @@ void CameraMonitor::followProviders() {
 
 CameraMonitor::Listing CameraMonitor::list() const {
     Listing result;
-    for (auto& camera : attachedCameras()) {
+    for (const auto& camera : attachedCameras()) {
         Known known;
         known.name = camera->displayName();
         const std::string identifier = camera->identifier();
         const auto before = told_.find(identifier);
         if (before != told_.end() && before->second.name == known.name)
             known.fresh = before->second.camera != camera && !before->second.camera->attached();
-        known.camera = known.fresh ? std::move(camera) : before->second.camera;
+        known.camera = known.fresh ? camera : before->second.camera;
         if (!known.fresh || known.camera->mayBeOpened())
             result[identifier] = std::move(known); // of the same identifier the last one counts
     }

@@ -178,6 +178,20 @@ TEST_F(DeviceMonitor, LooksEachTimeWhereTheSystemHasNoDescriptorsLeft) {
     ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
 }
 
+// A kind may make a new object of its cameras for each listing.
+TEST_F(DeviceMonitor, AnotherObjectForTheSameCameraIsNoOtherCamera) {
+    struct Fresh : cameras::CameraProvider {
+        std::vector<std::shared_ptr<cameras::Camera>> list() override {
+            return {std::make_shared<support::ScriptedCamera>("fresh")};
+        }
+    };
+    machine.has(std::make_shared<Fresh>());
+    OVideoDeviceMonitor monitor;
+    attach("camera-1");
+    EXPECT_EQ(take(monitor), QStringList("+ camera-1 (Scripted)"));
+    EXPECT_EQ(monitor.cameras(), videoDevices());
+}
+
 // Between the moment in which a camera leaves the listing and the one in which it learns of that, another
 // thread may plug it in again.
 TEST_F(DeviceMonitor, ACameraThatLearnsLateThatItHasLeftIsToldOfAllTheSame) {
@@ -261,6 +275,14 @@ TEST_F(MonitorOfNodes, AChangeThatNobodyToldOfIsFoundWithTheNext) {
     plug("/dev/video1");
     EXPECT_EQ(take(monitor).size(), 2);
     EXPECT_EQ(monitor.cameras(), videoDevices());
+}
+
+TEST_F(MonitorOfNodes, MessagesOfSeveralKindsAreTakenTogether) {
+    OVideoDeviceMonitor monitor;
+    plug("/dev/video0");
+    attach("camera-1");
+    EXPECT_EQ(monitor.take().size(), 2);
+    EXPECT_FALSE(isReadable(monitor));
 }
 
 // As in a container, where no message arrives.

@@ -19,6 +19,7 @@ expect "ContainerPlugging" unshare -m sh -c 'mount --bind /tmp/dev /dev && "$0" 
 wait_until 120 test -S /run/udev/control || { echo "udev does not start"; exit 1; }
 run "with udev:" WebcamPlugging
 unplug_webcam
+wait_until 120 sh -c '! ls /dev/video*' 2>/dev/null
 load_vivid n_devs=1
 run "with udev:" VividPlugging
 finish
