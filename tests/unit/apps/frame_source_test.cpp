@@ -196,7 +196,7 @@ TEST_F(ResumeTest, ACameraThatStaysAwayEndsItWithTheFirstReason) {
 
 TEST_F(ResumeTest, ASignalEndsTheWaiting) {
     raise(SIGINT);
-    EXPECT_EQ(Result::Stopped, source_.resume(frame_, LONG));
+    EXPECT_EQ(Result::Stopped, source_.resume(frame_, 60 * LONG));
 }
 
 TEST(StreamFigures, TheRateIsThatOfTheTimeInWhichTheCameraWasThere) {
