@@ -222,6 +222,8 @@ void CommandLine::addLimits(CLI::App* command) {
              "End after so many frames.");
     addValue(command, "-t,--duration", options_.limit.seconds, secondsValue, "SECONDS",
              "End so long after the first frame: 10, 10s, 500ms, 5m.");
+    addValue(command, "--reconnect", options_.limit.reconnect, secondsValue, "SECONDS",
+             "When the camera is pulled out, wait so long for it and go on when it is back.");
 }
 
 void CommandLine::addFilter(CLI::App* command) {

@@ -2,6 +2,7 @@
 #include "apps/camera/commands.h"
 #include "apps/camera/progress.h"
 #include "apps/camera/record/recording_file.h"
+#include "apps/camera/reconnection.h"
 #include "apps/camera/stream_report.h"
 #include "apps/common/failure.h"
 #include "apps/common/text.h"

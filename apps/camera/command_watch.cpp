@@ -2,6 +2,7 @@
 #include "apps/camera/commands.h"
 #include "apps/camera/frame_source.h"
 #include "apps/camera/output_file.h"
+#include "apps/camera/reconnection.h"
 #include "apps/camera/stream_report.h"
 #include "apps/common/failure.h"
 
@@ -47,7 +48,9 @@ public:
         while (!reached()) {
             const double untilReport =
                 BETWEEN_REPORTS - std::chrono::duration<double>(Clock::now() - reported_).count();
-            const FrameSource::Result result = source_.next(frame_, std::max(untilReport, 0.0));
+            FrameSource::Result result = source_.next(frame_, std::max(untilReport, 0.0));
+            if (result == FrameSource::Result::Ended && options_.limit.reconnect)
+                result = reconnect(source_, frame_, *options_.limit.reconnect, around_);
             if (result == FrameSource::Result::Frame)
                 lastFrame_ = Clock::now();
             if (result == FrameSource::Result::Stopped)

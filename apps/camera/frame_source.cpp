@@ -1,5 +1,6 @@
 #include "apps/camera/frame_source.h"
 
+#include "apps/camera/camera_return.h"
 #include "apps/camera/stream_report.h"
 #include "apps/common/failure.h"
 #include "apps/common/text.h"
@@ -62,18 +63,45 @@ void FrameSource::failRefused() const {
 
 void FrameSource::count() {
     const Clock::time_point now = Clock::now();
-    if (figures_.taken == 0) { // frames before the first one taken are nobody's loss
+    if (figures_.taken == 0)
         first_ = now;
+    if (capture_.advance() == 0) // frames before the first one of a stream are nobody's loss
         lostBefore_ = lostOnTheWay(statistics());
-    } else {
+    else
         figures_.missed += capture_.advance() - 1;
-    }
     ++figures_.taken;
     figures_.seconds = std::chrono::duration<double>(now - first_).count();
 }
 
 uint64_t FrameSource::lost() const {
-    return figures_.missed + lostOnTheWay(statistics()) - lostBefore_;
+    const uint64_t onTheWay = lostOnTheWay(statistics());
+    return figures_.missed + lostEarlier_ + (onTheWay > lostBefore_ ? onTheWay - lostBefore_ : 0);
+}
+
+FrameSource::Result FrameSource::resume(VideoFrame& frame, double seconds) {
+    ended_ = endReason(); // a start forgets it
+    lostEarlier_ = lost() - figures_.missed;
+    lostBefore_ = lostOnTheWay(statistics());
+    capture_.stop();
+    const double before = figures_.seconds;
+    CameraReturn camera(camera_.identifier, stop_, seconds);
+    while (camera.wait()) {
+        Result result = Result::Ended;
+        try {
+            if (capture_.start(QString::fromStdString(camera_.identifier), size_))
+                result = next(frame, camera.secondsLeft());
+        } catch (const Failure&) { // it may be in use, or not be ready yet
+        }
+        if (result == Result::Frame) {
+            figures_.away += figures_.seconds - before;
+            ++figures_.returns;
+            ended_.clear();
+            return result;
+        }
+        capture_.stop();
+    }
+    ended_ += "; it did not come back within " + QString::number(seconds).toStdString() + " s";
+    return stop_.raised() ? Result::Stopped : Result::Ended;
 }
 
 std::string FrameSource::whyNothingCame() const {
@@ -95,7 +123,9 @@ std::string FrameSource::timeoutReason(double timeoutSeconds) const {
 }
 
 std::string FrameSource::endReason() const {
-    return "the camera " + quoted(camera_.name) + " stopped: " + capture_.why().toStdString();
+    if (!ended_.empty())
+        return ended_;
+    return "the camera " + quoted(camera_.name) + " stopped: " + state().ended().toStdString();
 }
 
 } // namespace ostrel::apps::cli

@@ -17,9 +17,14 @@ struct StreamFigures {
     uint64_t taken = 0;  // frames that next() returned
     uint64_t missed = 0; // frames that the camera delivered and next() did not return
     double seconds = 0;  // from the first to the last frame taken
+    double away = 0;     // of these, without the camera: it had stopped and came back
+    uint64_t returns = 0;
 
-    // Frames a second that were taken; 0 until there are two.
-    double rate() const { return seconds > 0 ? static_cast<double>(taken - 1) / seconds : 0; }
+    // Frames a second that were taken while the camera was there; 0 until there are two.
+    double rate() const {
+        const double there = seconds - away;
+        return there > 0 ? static_cast<double>(taken - 1 - returns) / there : 0;
+    }
 };
 
 // Captures while it lives. Bound to one thread.
@@ -38,6 +43,11 @@ public:
     // Waits for a frame newer than the last; frame keeps its memory from call to call. Throws a Failure with
     // EXIT_CANNOT_OPEN as soon as the library says that the camera cannot be used.
     Result next(VideoFrame& frame, double timeoutSeconds);
+
+    // After Ended: waits until the camera is back, and goes on as next() with it; its figures go on too.
+    // Frame is the first one, Ended says that none came within so many seconds, in which starts that failed
+    // were tried again.
+    Result resume(VideoFrame& frame, double seconds);
 
     // Why nothing came, as the line of a Failure.
     std::string timeoutReason(double timeoutSeconds) const;
@@ -61,7 +71,9 @@ private:
     const StopRequest& stop_;
     Capture capture_;
     StreamFigures figures_;
-    uint64_t lostBefore_ = 0; // before the first frame taken
+    std::string ended_;        // while the camera does not come back
+    uint64_t lostEarlier_ = 0; // before the camera came back
+    uint64_t lostBefore_ = 0;  // before the first frame taken of the stream
     Clock::time_point first_;
 };
 

@@ -34,6 +34,7 @@ struct SnapshotOptions {
 struct LimitOptions {
     std::optional<uint64_t> frames;
     std::optional<double> seconds;
+    std::optional<double> reconnect; // so many seconds at most
 };
 
 struct RecordOptions {

@@ -3,15 +3,12 @@
 #include <ostrel/devices.h>
 
 #include <QtCore/QSignalBlocker>
-#include <QtCore/QTimer>
+#include <QtCore/QSocketNotifier>
 
 namespace ostrel::apps::viewer {
 
 namespace {
 
-// The library does not announce cameras, so it is asked. Half a second feels immediate to whoever plugs one
-// in.
-const int REFRESH_MILLISECONDS = 500;
 const int ID_ROLE = Qt::UserRole;
 
 } // namespace
@@ -27,9 +24,8 @@ CameraList::CameraList(QWidget* parent) : QListWidget(parent) {
     connect(this, &QListWidget::itemClicked, this, &CameraList::choose);
     connect(this, &QListWidget::itemActivated, this, &CameraList::choose);
 
-    QTimer* timer = new QTimer(this);
-    connect(timer, &QTimer::timeout, this, &CameraList::refresh);
-    timer->start(REFRESH_MILLISECONDS);
+    QSocketNotifier* notifier = new QSocketNotifier(monitor_.descriptor(), QSocketNotifier::Read, this);
+    connect(notifier, &QSocketNotifier::activated, this, &CameraList::refresh);
 }
 
 void CameraList::mark(const QString& id) {
@@ -41,8 +37,16 @@ void CameraList::mark(const QString& id) {
             setCurrentRow(row);
 }
 
+// Listed are also the cameras that may not be opened: who chooses one is told why.
 void CameraList::refresh() {
-    const QMap<QString, QString> attached = videoDevices();
+    const QList<OVideoDeviceChange> changes = monitor_.take();
+    setCameras(videoDevices());
+    for (const OVideoDeviceChange& change : changes)
+        if (change.kind() == OVideoDeviceChange::ADDED)
+            emit pluggedIn(change.uniqueID());
+}
+
+void CameraList::setCameras(const QMap<QString, QString>& attached) {
     if (attached == cameras_)
         return;
     cameras_ = attached;

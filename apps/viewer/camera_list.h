@@ -4,6 +4,8 @@
 
 #include "apps/common/camera_match.h"
 
+#include <ostrel/device_monitor.h>
+
 #include <QtWidgets/QListWidget>
 
 namespace ostrel::apps::viewer {
@@ -25,16 +27,19 @@ public:
     void mark(const QString& id);
 
 public slots:
-    void refresh(); // asks the library; also called by a timer
+    void refresh(); // asks the library; it is also done whenever something may have changed
 
 signals:
-    void changed();                 // cameras came or went
-    void chosen(const QString& id); // by the user, possibly the one that is marked already
+    void changed();                    // cameras came or went
+    void pluggedIn(const QString& id); // also one that was pulled out and is back, so that none is changed
+    void chosen(const QString& id);    // by the user, possibly the one that is marked already
 
 private:
     void choose(QListWidgetItem* item);
+    void setCameras(const QMap<QString, QString>& attached);
     void fill();
 
+    OVideoDeviceMonitor monitor_;
     QMap<QString, QString> cameras_; // identifier -> name
 };
 

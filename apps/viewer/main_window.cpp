@@ -61,6 +61,7 @@ MainWindow::MainWindow(const WindowSettings& settings)
 void MainWindow::connectControls() {
     const auto index = QOverload<int>::of(&QComboBox::currentIndexChanged);
     connect(panel_->cameras, &CameraList::changed, this, &MainWindow::camerasChanged);
+    connect(panel_->cameras, &CameraList::pluggedIn, this, &MainWindow::takeUpAgain);
     connect(panel_->cameras, &CameraList::chosen, this, &MainWindow::chooseCamera);
     connect(panel_->size, index, this, &MainWindow::restart);
     connect(panel_->scaleTo, index, this, &MainWindow::showNewest);
@@ -110,6 +111,12 @@ void MainWindow::camerasChanged() {
     }
     cameras->mark(cameraId_);
     showState();
+}
+
+// One that has failed may be used now; one that was running was pulled out unseen.
+void MainWindow::takeUpAgain(const QString& id) {
+    if (id == cameraId_ && source_.state() != CaptureSource::State::Starting)
+        restart();
 }
 
 void MainWindow::chooseCamera(const QString& id) {

@@ -39,6 +39,7 @@ private:
     void startLooking();
 
     void camerasChanged();
+    void takeUpAgain(const QString& id);
     void restart();
     void lookAtCamera();
     void showNewest();

@@ -47,6 +47,9 @@ public:
     // what the backend was made for has left the machine.
     virtual bool attached() const = 0;
 
+    // Likewise: whether the system lets this process open it.
+    virtual bool mayBeOpened() const { return true; }
+
     virtual Error open() = 0;
     virtual void close() = 0;
     // Any thread, at any time, at once: whether a session may use the opened camera, and whether another sink

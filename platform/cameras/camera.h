@@ -64,6 +64,8 @@ public:
     virtual std::string identifier() const = 0;
     virtual std::string displayName() const = 0;
 
+    // Without waiting for hardware. Whether the system lets this process open it, as far as can be seen.
+    virtual bool mayBeOpened() const { return true; }
     virtual Error open() = 0;
     // Stops what still runs and gives back every descriptor, thread and buffer.
     virtual void close() = 0;

@@ -1,5 +1,7 @@
 #include "platform/cameras/registry.h"
 
+#include "platform/cameras/change_watch.h"
+
 #include <mutex>
 
 namespace ostrel {
@@ -18,19 +20,19 @@ Registry& registry() {
     return *instance;
 }
 
-// To be asked without the lock, as that may take a while.
-Providers currentProviders() {
-    Registry& r = registry();
-    std::lock_guard<std::mutex> lock(r.mutex);
-    return r.providers;
-}
-
 template <typename Element>
 void append(std::vector<Element>& all, const std::vector<Element>& more) {
     all.insert(all.end(), more.begin(), more.end());
 }
 
 } // namespace
+
+// To be asked without the lock, as that may take a while.
+Providers currentProviders() {
+    Registry& r = registry();
+    std::lock_guard<std::mutex> lock(r.mutex);
+    return r.providers;
+}
 
 std::vector<std::shared_ptr<Camera>> attachedCameras() {
     std::vector<std::shared_ptr<Camera>> result;
@@ -48,8 +50,11 @@ std::vector<NodeReport> machineNodes() {
 
 Providers setProviders(Providers providers) {
     Registry& r = registry();
-    std::lock_guard<std::mutex> lock(r.mutex);
-    r.providers.swap(providers);
+    {
+        std::lock_guard<std::mutex> lock(r.mutex);
+        r.providers.swap(providers);
+    }
+    changesHere().raise();
     return providers;
 }
 

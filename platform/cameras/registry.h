@@ -16,7 +16,10 @@ std::vector<NodeReport> machineNodes();
 // The kinds of this machine; the one place that names them is platform/machine.cpp.
 Providers machineProviders();
 
-// Replaces the machine's providers and returns the ones before.
+// Those that list the cameras at present: the machine's, where nobody has replaced them.
+Providers currentProviders();
+
+// Replaces the machine's providers and returns the ones before. Monitors follow.
 Providers setProviders(Providers providers);
 
 } // namespace cameras

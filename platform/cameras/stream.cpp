@@ -3,6 +3,7 @@
 #include "platform/cameras/stream.h"
 
 #include "base/monotonic_clock.h"
+#include "platform/cameras/change_watch.h"
 #include "platform/cameras/messages.h"
 
 #include <algorithm>
@@ -167,8 +168,10 @@ void Stream::run(const StopSignal& stop) {
         why = serve(stop);
     if (stop.raised())
         return;
-    if (why.code == ENODEV || !backend_->attached())
+    if (why.code == ENODEV || !backend_->attached()) {
         gone_.store(true, std::memory_order_release);
+        changesHere().raise(); // in a container nobody else may tell of it
+    }
     stopBackend();
     end(why);
 }

@@ -1,5 +1,6 @@
 #include "platform/cameras/streaming_camera.h"
 
+#include "platform/cameras/change_watch.h"
 #include "platform/cameras/messages.h"
 
 #include <algorithm>
@@ -214,6 +215,7 @@ void StreamingCamera::unplug() {
         gone_ = true;
         stream = stream_;
     }
+    changesHere().raise();
     if (stream)
         stream->end(unplugged(identity_.where));
 }

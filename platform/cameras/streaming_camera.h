@@ -50,6 +50,7 @@ public:
     Error admitInput() override;
     Error start(int width, int height, const std::shared_ptr<FrameSink>& sink) override;
     void stop(const std::shared_ptr<FrameSink>& sink) override;
+    bool mayBeOpened() const override { return backend_->mayBeOpened(); }
     bool attached() const override;
     StreamStatistics statistics() const override;
 

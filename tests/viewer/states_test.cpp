@@ -66,6 +66,30 @@ TEST_F(States, CameraThatGoesIsSaidAndTakenUpAgain) {
     EXPECT_EQ(selectedName(), QString("First"));
 }
 
+// Nothing in the list has changed then, but the capture is over.
+TEST_F(States, CameraThatWasPulledOutUnseenIsTakenUpAgain) {
+    camera.attach();
+    open("First");
+    ASSERT_TRUE(waitForPicture());
+    camera.detach();
+    const uint32_t before = camera.framesTaken();
+    camera.attach();
+    EXPECT_TRUE(eventually([&] { return camera.framesTaken() > before; }));
+    EXPECT_TRUE(waitForBars(BARS)) << title().toStdString();
+}
+
+TEST_F(States, CameraThatFailedIsTriedAgainWhenItIsPluggedInAnew) {
+    camera.setFault(VIRTUAL_CAMERA_FAULT_OPEN);
+    camera.attach();
+    open("First");
+    ASSERT_TRUE(eventually([this] { return title() == QString("“First” cannot be used"); }))
+        << title().toStdString();
+    camera.detach();
+    camera.setFault(VIRTUAL_CAMERA_FAULT_NONE);
+    camera.attach();
+    EXPECT_TRUE(waitForBars(BARS)) << title().toStdString();
+}
+
 // The library refuses such a camera without a word.
 TEST_F(States, CameraThatWentBeforeItWasChosenIsSaid) {
     OVideoTestPatternCamera other("viewer-test-b", "Second");

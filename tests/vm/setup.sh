@@ -10,7 +10,7 @@ here=$(cd "$(dirname "$0")" && pwd)
 
 # Programs that the machine and its tests use, with the package of each.
 TOOLS="apt-get:apt apt-cache:apt dpkg-deb:dpkg flock:util-linux qemu-system-x86_64:qemu-system-x86 busybox:busybox-static
-       modprobe:kmod cpio:cpio xz:xz-utils v4l2-ctl:v4l-utils python3:python3 ffmpeg:ffmpeg"
+       modprobe:kmod /lib/systemd/systemd-udevd:udev cpio:cpio xz:xz-utils v4l2-ctl:v4l-utils python3:python3 ffmpeg:ffmpeg"
 
 require_tools() {
     local entry missing=

@@ -1,29 +1,25 @@
 // libudev reads sysfs by itself, so a machine without a running udev loses only what udev's rules add.
 #include "platform/cameras/v4l2/discovery.h"
 
+#include "platform/cameras/v4l2/node_watch.h"
+#include "platform/cameras/v4l2/udev.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <libudev.h>
 #include <map>
 #include <set>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
+#include <unistd.h>
 
 namespace ostrel {
 namespace cameras {
 namespace v4l2 {
 
 namespace {
-
-template <typename Object, Object* (*Unref)(Object*)>
-struct Unreference {
-    void operator()(Object* object) const { Unref(object); }
-};
-using Udev = std::unique_ptr<udev, Unreference<udev, udev_unref>>;
-using Device = std::unique_ptr<udev_device, Unreference<udev_device, udev_device_unref>>;
 
 std::string text(const char* chars) {
     return chars ? chars : "";
@@ -154,6 +150,13 @@ public:
         struct stat node = {};
         return deviceAt(path, node) ? incarnationOf(node) : std::string();
     }
+
+    bool mayBeOpened(const std::string& path) override {
+        // access() asks for the real user, who is not the one that a set-user-ID program opens it as.
+        return ::getuid() != ::geteuid() || ::access(path.c_str(), R_OK | W_OK) == 0;
+    }
+
+    std::unique_ptr<ChangeWatch> watch() override { return watchNodes(folder_); }
 
 private:
     const std::string folder_;

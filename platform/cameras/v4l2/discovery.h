@@ -2,6 +2,8 @@
 #ifndef OSTREL_PLATFORM_CAMERAS_V4L2_DISCOVERY_H
 #define OSTREL_PLATFORM_CAMERAS_V4L2_DISCOVERY_H
 
+#include "platform/cameras/change_watch.h"
+
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -40,6 +42,10 @@ public:
     virtual std::vector<NodeFacts> nodes() = 0;
     // What `incarnation` of the device would be now to which the path leads; empty when there is none.
     virtual std::string incarnation(const std::string& path) = 0;
+    // Whether the permissions of the path let this process open it. Does not wake the device.
+    virtual bool mayBeOpened(const std::string& path) = 0;
+    // Tells when a node, what is known of it or its permissions may have changed.
+    virtual std::unique_ptr<ChangeWatch> watch() = 0;
 };
 
 // The nodes in a folder, with what the kernel and udev say of their device numbers. A node's name says

@@ -22,6 +22,7 @@ public:
                 const NodeFacts& facts, const std::string& where);
 
     bool attached() const override;
+    bool mayBeOpened() const override { return discovery_->mayBeOpened(path_); }
     Error open() override;
     void close() override;
     Error start(const Request& request, const std::shared_ptr<Outlet>& outlet) override;

@@ -40,6 +40,7 @@ public:
         : kernel_(kernel), discovery_(discovery) {}
 
     std::vector<std::shared_ptr<Camera>> list() override;
+    std::unique_ptr<ChangeWatch> watch() override { return discovery_->watch(); }
     std::vector<NodeReport> nodes() override;
 
 private:

@@ -22,6 +22,7 @@ public:
         : backend_(std::move(backend)), fault_(std::move(fault)), name_(std::move(name)) {}
 
     bool attached() const override { return backend_->attached(); }
+    bool mayBeOpened() const override { return backend_->mayBeOpened(); }
     Error open() override;
     void close() override { backend_->close(); }
     Error admitInput() override;

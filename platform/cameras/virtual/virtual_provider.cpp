@@ -1,5 +1,7 @@
 #include "platform/cameras/virtual/virtual_provider.h"
 
+#include "platform/cameras/change_watch.h"
+
 #include <algorithm>
 #include <mutex>
 
@@ -22,12 +24,14 @@ public:
             if (other->identifier() == identifier)
                 return false;
         added_.push_back(camera);
+        changesHere().raise();
         return true;
     }
 
     void remove(const std::shared_ptr<Camera>& camera) {
         std::lock_guard<std::mutex> lock(mutex_);
         added_.erase(std::remove(added_.begin(), added_.end(), camera), added_.end());
+        changesHere().raise();
     }
 
 private:

@@ -6,9 +6,11 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <csignal>
 #include <memory>
 #include <set>
+#include <thread>
 
 namespace {
 
@@ -127,6 +129,81 @@ TEST_F(FrameSourceTest, UnpluggingEndsTheStreamWithAReason) {
     EXPECT_EQ(Result::Ended, result);
     EXPECT_EQ(0U, source.endReason().find("the camera 'Faulty camera' stopped: ")) << source.endReason();
     EXPECT_GT(source.endReason().size(), sizeof "the camera 'Faulty camera' stopped: ");
+}
+
+// Cameras that come back. Pulled out once the first frame is there.
+class ResumeTest : public FrameSourceTest {
+protected:
+    ResumeTest() : source_(open()) {
+        EXPECT_EQ(Result::Frame, source_.next(frame_, LONG));
+        pullOut();
+    }
+
+    void pullOut() {
+        camera_.detach();
+        Result result = Result::Frame;
+        while (result == Result::Frame)
+            result = source_.next(frame_, LONG);
+        EXPECT_EQ(Result::Ended, result);
+    }
+
+    FrameSource source_;
+};
+
+TEST_F(ResumeTest, GoesOnWithTheCameraThatCameBack) {
+    const uint64_t before = source_.figures().taken;
+    std::thread hand([this] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        camera_.attach();
+    });
+    EXPECT_EQ(Result::Frame, source_.resume(frame_, LONG));
+    hand.join();
+    EXPECT_EQ(before + 1, source_.figures().taken);
+    EXPECT_EQ(Result::Frame, source_.next(frame_, LONG));
+    EXPECT_GE(source_.figures().away, 0.2);
+    EXPECT_GE(source_.figures().seconds, source_.figures().away);
+    EXPECT_LT(source_.figures().missed, 10000U);
+    EXPECT_LT(source_.lost(), 10000U);
+    pullOut();
+    camera_.attach();
+    EXPECT_EQ(Result::Frame, source_.resume(frame_, LONG));
+    EXPECT_EQ(2U, source_.figures().returns);
+}
+
+TEST_F(ResumeTest, TriesAgainWhileTheCameraCannotBeUsedYet) {
+    camera_.setFault(VIRTUAL_CAMERA_FAULT_OPEN);
+    camera_.attach();
+    std::thread hand([this] {
+        const OVideoCameraState::RefusedAt opening = OVideoCameraState::REFUSED_AT_OPENING;
+        while (OVideoCameraState("faulty").refusedAt() != opening)
+            std::this_thread::yield();
+        camera_.setFault(VIRTUAL_CAMERA_FAULT_NONE);
+    });
+    EXPECT_EQ(Result::Frame, source_.resume(frame_, LONG));
+    hand.join();
+}
+
+TEST_F(ResumeTest, ACameraThatStaysAwayEndsItWithTheFirstReason) {
+    const std::string reason = source_.endReason();
+    EXPECT_EQ(Result::Ended, source_.resume(frame_, 0.2));
+    EXPECT_EQ(reason + "; it did not come back within 0.2 s", source_.endReason());
+    EXPECT_LT(source_.lost(), 10000U);
+}
+
+TEST_F(ResumeTest, ASignalEndsTheWaiting) {
+    raise(SIGINT);
+    EXPECT_EQ(Result::Stopped, source_.resume(frame_, 60 * LONG));
+}
+
+TEST(StreamFigures, TheRateIsThatOfTheTimeInWhichTheCameraWasThere) {
+    StreamFigures figures;
+    figures.taken = 61;
+    figures.seconds = 12;
+    EXPECT_DOUBLE_EQ(5, figures.rate());
+    figures.taken = 62;
+    figures.returns = 1;
+    figures.away = 10;
+    EXPECT_DOUBLE_EQ(30, figures.rate());
 }
 
 TEST_F(FrameSourceTest, ASignalEndsTheWaiting) {

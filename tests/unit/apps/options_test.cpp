@@ -85,6 +85,7 @@ TEST(Options, DefaultsAreStandardSizeBoxFilterAndNoLimit) {
     EXPECT_EQ(SCALE_METHOD_BOX, options.filter);
     EXPECT_FALSE(options.limit.frames);
     EXPECT_FALSE(options.limit.seconds);
+    EXPECT_FALSE(options.limit.reconnect);
     EXPECT_EQ(5, options.camera.timeout);
 }
 
@@ -101,6 +102,8 @@ TEST(Options, UsualWritingsOfValuesAreUnderstood) {
     EXPECT_EQ(2, parsed("record -t 2s").limit.seconds.value());
     EXPECT_EQ(0.5, parsed("record -t 500ms").limit.seconds.value());
     EXPECT_EQ(90, parsed("record -t 1.5m").limit.seconds.value());
+    EXPECT_EQ(60, parsed("record --reconnect 1m").limit.reconnect.value());
+    EXPECT_EQ(0.5, parsed("watch --reconnect 0.5").limit.reconnect.value());
     EXPECT_EQ(VIDEO_QUALITY_HD, parsed("record --scale 1280x720").record.scale.value());
     EXPECT_EQ(VIDEO_QUALITY_HD, parsed("scale --scale 720P a b").scaleTo.value());
 }

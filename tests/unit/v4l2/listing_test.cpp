@@ -226,6 +226,11 @@ TEST_F(DeviceFolder, ListsADeviceWithSeveralNodesOnceAndInTheOrderOfTheirNumbers
     EXPECT_EQ(paths, (List{"/video2", "/video9"}));
 }
 
+TEST_F(DeviceFolder, KnowsWhatMayBeOpened) {
+    EXPECT_TRUE(discovery->mayBeOpened(link("video0", "/dev/null")));
+    EXPECT_FALSE(discovery->mayBeOpened(link("video0", "/nowhere")));
+}
+
 TEST(SystemDiscovery, DescribesWhateverThisMachineHas) {
     const auto discovery = cameras::v4l2::makeDiscovery();
     for (const NodeFacts& facts : discovery->nodes()) {

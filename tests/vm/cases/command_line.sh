@@ -46,6 +46,17 @@ expect "a camera in use" fails 5 "in use" "$CAMERA" snapshot $patient --camera "
 kill $holder
 wait $holder 2>/dev/null
 
+"$CAMERA" watch $patient --camera "$second" --reconnect 120 >figures 2>said &
+watcher=$!
+expect "watch has frames" wait_until 120 grep -q 'taken [1-9]' figures
+echo vivid.0 >/sys/bus/platform/drivers/vivid/unbind
+expect "watch waits for its camera" wait_until 120 grep -qF 'waiting up to 120 s' said
+echo vivid.0 >/sys/bus/platform/drivers/vivid/bind
+expect "watch goes on with it" wait_until 120 grep -qF 'is back after' said
+kill -TERM $watcher
+wait $watcher
+expect "watch ends well" is $? 0
+
 unload_vivid
 expect "no camera" fails 3 "" "$CAMERA" snapshot
 expect "an empty list" is "$(identifiers empty.json)$(tr -d ' \n' <empty.json)" "[]"

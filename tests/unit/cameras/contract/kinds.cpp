@@ -1,7 +1,7 @@
 #include "unit/cameras/contract/kinds.h"
 
 #include "platform/cameras/registry.h"
-#include "platform/cameras/v4l2/v4l2_backend.h"
+#include "platform/cameras/v4l2/v4l2_provider.h"
 #include "platform/cameras/virtual/virtual_provider.h"
 #include "support/machine.h"
 #include "support/v4l2/scripted_discovery.h"
@@ -81,15 +81,16 @@ public:
         kernel_->plug(kPath, device);
         cameras::v4l2::NodeFacts facts;
         facts.path = kPath;
+        facts.name = "Camera";
         discovery_->add(facts);
         plugged_ = true;
-        return cameras::v4l2::makeCamera(kernel_, discovery_, discovery_->nodes().back(), "identifier",
-                                         "Camera");
+        return cameras::attachedCameras().front();
     }
     void unplug() override {
         discovery_->remove(kPath);
         kernel_->unplug(kPath);
         plugged_ = false;
+        cameras::attachedCameras(); // so that the listing lets go of it
     }
     bool streams() override { return plugged_ && kernel_->isStreaming(kPath); }
     bool breakDown() override {
@@ -110,6 +111,7 @@ private:
     const std::shared_ptr<support::ScriptedKernel> kernel_ = std::make_shared<WatchedKernel>();
     const std::shared_ptr<support::ScriptedDiscovery> discovery_ =
         std::make_shared<support::ScriptedDiscovery>();
+    const support::Machine machine_{cameras::v4l2::makeProvider(kernel_, discovery_)};
     bool plugged_ = false;
 };
 

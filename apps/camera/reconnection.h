@@ -1,0 +1,16 @@
+// Going on with a camera that was pulled out, for the commands that take --reconnect.
+#ifndef OSTREL_APPS_CAMERA_RECONNECTION_H
+#define OSTREL_APPS_CAMERA_RECONNECTION_H
+
+#include "apps/camera/commands.h"
+#include "apps/camera/frame_source.h"
+
+namespace ostrel::apps::cli {
+
+// The source has ended: FrameSource::resume(), told of.
+FrameSource::Result reconnect(FrameSource& source, VideoFrame& frame, double seconds,
+                              const Surroundings& around);
+
+} // namespace ostrel::apps::cli
+
+#endif
