@@ -1,8 +1,8 @@
 // ostrel-camera record
 #include "apps/camera/commands.h"
 #include "apps/camera/progress.h"
-#include "apps/camera/record/recording_file.h"
 #include "apps/camera/reconnection.h"
+#include "apps/camera/record/recording_file.h"
 #include "apps/camera/stream_report.h"
 #include "apps/common/failure.h"
 #include "apps/common/text.h"
@@ -66,6 +66,10 @@ private:
         while (!reached(stream.figures())) {
             const bool started = stream.figures().taken > 0;
             result = stream.next(frame, started && endOfFile_ ? *endOfFile_ : options_.camera.timeout);
+            if (result == FrameStream::Result::Ended && options_.limit.reconnect) {
+                progress_.clear();
+                result = reconnect(stream, frame, *options_.limit.reconnect, around_);
+            }
             if (result != FrameStream::Result::Frame)
                 break;
             file_->write(frame);

@@ -1,6 +1,6 @@
 // ostrel-camera watch
 #include "apps/camera/commands.h"
-#include "apps/camera/frame_source.h"
+#include "apps/camera/frame_stream.h"
 #include "apps/camera/output_file.h"
 #include "apps/camera/reconnection.h"
 #include "apps/camera/stream_report.h"
@@ -40,7 +40,7 @@ public:
     Watch(const Options& options, const std::optional<double>& endOfFile, const Surroundings& around,
           const Camera& camera)
         : options_(options), endOfFile_(endOfFile), around_(around), camera_(camera),
-          source_(camera, options.size(), around.stop) {}
+          stream_(camera, options.size(), FrameStream::Wanted::Pixels, around.stop) {}
 
     int run() {
         around_.messages.say("watching " + camera_.name + " at " + toString(options_.size()) +
@@ -48,12 +48,12 @@ public:
         while (!reached()) {
             const double untilReport =
                 BETWEEN_REPORTS - std::chrono::duration<double>(Clock::now() - reported_).count();
-            FrameSource::Result result = source_.next(frame_, std::max(untilReport, 0.0));
-            if (result == FrameSource::Result::Ended && options_.limit.reconnect)
-                result = reconnect(source_, frame_, *options_.limit.reconnect, around_);
-            if (result == FrameSource::Result::Frame)
+            FrameStream::Result result = stream_.next(frame_, std::max(untilReport, 0.0));
+            if (result == FrameStream::Result::Ended && options_.limit.reconnect)
+                result = reconnect(stream_, frame_, *options_.limit.reconnect, around_);
+            if (result == FrameStream::Result::Frame)
                 lastFrame_ = Clock::now();
-            if (result == FrameSource::Result::Stopped)
+            if (result == FrameStream::Result::Stopped)
                 return stopped();
             if (untilReport <= 0)
                 report();
@@ -68,7 +68,7 @@ private:
     bool limited() const { return options_.limit.frames || options_.limit.seconds; }
 
     bool reached() const {
-        const StreamFigures figures = source_.figures();
+        const StreamFigures figures = stream_.figures();
         return (options_.limit.frames && figures.taken >= *options_.limit.frames) ||
                (options_.limit.seconds && figures.seconds >= *options_.limit.seconds);
     }
@@ -80,35 +80,35 @@ private:
 
     void report() {
         reported_ = Clock::now();
-        report_.show(streamReport(source_.figures(), source_.statistics(), options_.size()));
+        report_.show(streamReport(stream_.figures(), stream_.statistics(), options_.size()));
         // What keeps a stream waiting is said once, when it becomes known.
-        const std::string why = source_.state().stalled().toStdString();
+        const std::string why = stream_.state().stalled().toStdString();
         if (!why.empty() && why != stalled_)
             around_.messages.say(why);
         stalled_ = why;
     }
 
     // Whether a file has ended. A camera that has is a failure.
-    bool checkSilence(FrameSource::Result result) {
+    bool checkSilence(FrameStream::Result result) {
         const double silent = std::chrono::duration<double>(Clock::now() - lastFrame_).count();
-        const bool ended = result == FrameSource::Result::Ended;
-        if (!ended && endOfFile_ && source_.figures().taken > 0)
+        const bool ended = result == FrameStream::Result::Ended;
+        if (!ended && endOfFile_ && stream_.figures().taken > 0)
             return silent >= *endOfFile_;
         if (!ended && silent < options_.camera.timeout)
             return false;
         report();
         if (ended)
-            throw Failure(EXIT_CANNOT_OPEN, source_.endReason());
-        throw Failure(EXIT_NO_FRAME, source_.timeoutReason(options_.camera.timeout));
+            throw Failure(EXIT_CANNOT_OPEN, stream_.endReason());
+        throw Failure(EXIT_NO_FRAME, stream_.timeoutReason(options_.camera.timeout));
     }
 
     const Options& options_;
     std::optional<double> endOfFile_;
     const Surroundings& around_;
     const Camera& camera_;
-    FrameSource source_;
+    FrameStream stream_;
     Report report_;
-    VideoFrame frame_;
+    CapturedFrame frame_;
     std::string stalled_;
     Clock::time_point reported_ = Clock::now();
     Clock::time_point lastFrame_ = Clock::now();

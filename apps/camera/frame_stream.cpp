@@ -1,5 +1,6 @@
 #include "apps/camera/frame_stream.h"
 
+#include "apps/camera/camera_return.h"
 #include "apps/camera/jpeg/jpeg_size.h"
 #include "apps/camera/stream_report.h"
 #include "apps/common/failure.h"
@@ -40,20 +41,35 @@ uint32_t missingBetween(uint32_t before, uint32_t now) {
 } // namespace
 
 FrameStream::FrameStream(const Camera& camera, const Size& size, Wanted wanted, const StopRequest& stop)
-    : camera_(camera), size_(size), wanted_(wanted), stop_(stop), capture_(OVideoCaptureUnix::ptr()),
-      tryNatives_(wanted == Wanted::OwnJpeg) {
-    capture_->startCapture(camera_.identifier.c_str(), size_.width, size_.height);
-    // An unknown camera is refused without a word: the object keeps its size of 0 x 0.
-    if (capture_->width() != size_.width || capture_->height() != size_.height)
+    : camera_(camera), size_(size), wanted_(wanted), stop_(stop) {
+    if (!start())
         throw Failure(EXIT_NO_SUCH_CAMERA, "the camera " + quoted(camera_.name) +
                                                " has gone: plug it in again, 'ostrel-camera list' shows "
                                                "those that are there");
-    pixels_ = std::make_unique<OVideoFrameReader>(capture_);
-    if (wanted_ == Wanted::OwnJpeg)
-        natives_ = std::make_unique<OVideoFrameReader>(capture_);
 }
 
 FrameStream::~FrameStream() = default;
+
+// False when no camera has this identifier.
+bool FrameStream::start() {
+    capture_ = OVideoCaptureUnix::ptr();
+    capture_->startCapture(camera_.identifier.c_str(), size_.width, size_.height);
+    // An unknown camera is refused without a word: the object keeps its size of 0 x 0.
+    if (capture_->width() != size_.width || capture_->height() != size_.height)
+        return false;
+    pixels_ = std::make_unique<OVideoFrameReader>(capture_);
+    tryNatives_ = wanted_ == Wanted::OwnJpeg;
+    if (tryNatives_)
+        natives_ = std::make_unique<OVideoFrameReader>(capture_);
+    any_ = false;
+    return true;
+}
+
+void FrameStream::stop() {
+    natives_.reset();
+    pixels_.reset();
+    capture_.reset();
+}
 
 FrameStream::Result FrameStream::next(CapturedFrame& frame, double timeoutSeconds) {
     const Clock::time_point deadline = Clock::now() + std::chrono::duration_cast<Clock::duration>(
@@ -63,10 +79,10 @@ FrameStream::Result FrameStream::next(CapturedFrame& frame, double timeoutSecond
         const int answer = take(frame, why);
         if (answer > 0)
             return Result::Frame;
-        if (answer < 0 && figures_.taken == 0 && !state().refused().isEmpty())
+        if (answer < 0 && !any_ && !state().refused().isEmpty())
             failRefused(why);
         if (answer < 0) {
-            ended_ = why.toStdString();
+            ended_ = "the camera " + quoted(camera_.name) + " stopped: " + why.toStdString();
             return Result::Ended;
         }
         OVideoFrameReader& waitsFor = tryNatives_ ? *natives_ : *pixels_;
@@ -75,6 +91,32 @@ FrameStream::Result FrameStream::next(CapturedFrame& frame, double timeoutSecond
             return Result::TimedOut;
     }
     return Result::Stopped;
+}
+
+FrameStream::Result FrameStream::resume(CapturedFrame& frame, double seconds) {
+    std::string reason = ended_; // a start forgets it
+    lostEarlier_ = lost() - figures_.missed;
+    lostBefore_ = lostOnTheWay(statistics());
+    stop();
+    const double before = figures_.seconds;
+    CameraReturn camera(camera_.identifier, stop_, seconds);
+    while (camera.wait()) {
+        Result result = Result::Ended;
+        try {
+            if (start())
+                result = next(frame, camera.secondsLeft());
+        } catch (const Failure&) { // it may be in use, or not be ready yet
+        }
+        if (result == Result::Frame) {
+            figures_.away += figures_.seconds - before;
+            ++figures_.returns;
+            return result;
+        }
+        stop();
+    }
+    ended_ =
+        std::move(reason) + "; it did not come back within " + QString::number(seconds).toStdString() + " s";
+    return stop_.raised() ? Result::Stopped : Result::Ended;
 }
 
 // 1, 0 or -1, as the library answers. The two readers have a place each: a frame that one has had already is
@@ -109,13 +151,15 @@ bool FrameStream::isOwn(const OVideoNativeFrame& native) const {
 }
 
 bool FrameStream::isNew(const OVideoFrameFacts& facts) const {
-    return figures_.taken == 0 || facts.number() != number_;
+    return !any_ || facts.number() != number_;
 }
 
 void FrameStream::count(const OVideoFrameFacts& facts) {
-    if (figures_.taken == 0) { // frames before the first one taken are nobody's loss
+    if (figures_.taken == 0)
         firstTime_ = facts.captureTime();
-        lostBefore_ = lostOnTheWay(state().statistics());
+    if (!any_) { // frames before the first one of a stream are nobody's loss
+        any_ = true;
+        lostBefore_ = lostOnTheWay(statistics());
     } else {
         const uint32_t passedOver = missingBetween(number_, facts.number());
         const uint32_t missing = std::max(passedOver, missingBetween(sequence_, facts.sequence()));
@@ -130,7 +174,8 @@ void FrameStream::count(const OVideoFrameFacts& facts) {
 }
 
 uint64_t FrameStream::lost() const {
-    return figures_.missed + lostOnTheWay(state().statistics()) - lostBefore_;
+    const uint64_t onTheWay = lostOnTheWay(statistics());
+    return figures_.missed + lostEarlier_ + (onTheWay > lostBefore_ ? onTheWay - lostBefore_ : 0);
 }
 
 OVideoCameraState FrameStream::state() const {
@@ -162,7 +207,7 @@ std::string FrameStream::timeoutReason(double timeoutSeconds) const {
 }
 
 std::string FrameStream::endReason() const {
-    return "the camera " + quoted(camera_.name) + " stopped: " + ended_;
+    return ended_;
 }
 
 } // namespace ostrel::apps::cli

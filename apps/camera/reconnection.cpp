@@ -4,14 +4,14 @@
 
 namespace ostrel::apps::cli {
 
-FrameSource::Result reconnect(FrameSource& source, VideoFrame& frame, double seconds,
+FrameStream::Result reconnect(FrameStream& stream, CapturedFrame& frame, double seconds,
                               const Surroundings& around) {
-    around.messages.say(source.endReason() + "; waiting up to " + QString::number(seconds).toStdString() +
+    around.messages.say(stream.endReason() + "; waiting up to " + QString::number(seconds).toStdString() +
                         " s for it");
-    const double before = source.figures().away;
-    const FrameSource::Result result = source.resume(frame, seconds);
-    if (result == FrameSource::Result::Frame)
-        around.messages.say("the camera is back after " + fixed(source.figures().away - before, 1) + " s");
+    const double before = stream.figures().away;
+    const FrameStream::Result result = stream.resume(frame, seconds);
+    if (result == FrameStream::Result::Frame)
+        around.messages.say("the camera is back after " + fixed(stream.figures().away - before, 1) + " s");
     return result;
 }
 

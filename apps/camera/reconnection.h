@@ -3,12 +3,12 @@
 #define OSTREL_APPS_CAMERA_RECONNECTION_H
 
 #include "apps/camera/commands.h"
-#include "apps/camera/frame_source.h"
+#include "apps/camera/frame_stream.h"
 
 namespace ostrel::apps::cli {
 
-// The source has ended: FrameSource::resume(), told of.
-FrameSource::Result reconnect(FrameSource& source, VideoFrame& frame, double seconds,
+// The stream has ended: FrameStream::resume(), told of.
+FrameStream::Result reconnect(FrameStream& stream, CapturedFrame& frame, double seconds,
                               const Surroundings& around);
 
 } // namespace ostrel::apps::cli

@@ -11,27 +11,27 @@ namespace {
 // Long enough for cameras that start dark, and for a rate that means something.
 const double TRIAL_SECONDS = 2;
 
-void watch(FrameSource& source, double timeoutSeconds, const StopRequest& stop, Trial& trial) {
-    VideoFrame frame;
-    FrameSource::Result result = FrameSource::Result::Frame;
-    while (result == FrameSource::Result::Frame && source.figures().seconds < TRIAL_SECONDS)
-        result = source.next(frame, timeoutSeconds);
-    if (result == FrameSource::Result::Stopped)
+void watch(FrameStream& frames, double timeoutSeconds, const StopRequest& stop, Trial& trial) {
+    CapturedFrame frame;
+    FrameStream::Result result = FrameStream::Result::Frame;
+    while (result == FrameStream::Result::Frame && frames.figures().seconds < TRIAL_SECONDS)
+        result = frames.next(frame, timeoutSeconds);
+    if (result == FrameStream::Result::Stopped)
         throw Interrupted(stop.signal());
-    if (result == FrameSource::Result::TimedOut)
+    if (result == FrameStream::Result::TimedOut)
         trial.waited = timeoutSeconds;
-    const StreamFigures figures = source.figures();
+    const StreamFigures figures = frames.figures();
     trial.taken = figures.taken;
     trial.seconds = figures.seconds;
-    const uint64_t elsewhere = source.lost();
+    const uint64_t elsewhere = frames.lost();
     trial.arrived = figures.taken == 0 ? 0 : figures.taken - 1 + elsewhere;
     if (trial.taken > 0)
-        trial.brightest = brightestOf(frame.data);
-    trial.statistics = source.statistics();
+        trial.brightest = brightestOf(frame.pixels.data);
+    trial.statistics = frames.statistics();
     trial.wasted = trial.statistics.lost;
     for (const uint64_t dropped : trial.statistics.dropped)
         trial.wasted += dropped;
-    trial.why = source.state().whyNoFrames().toStdString();
+    trial.why = frames.state().whyNoFrames().toStdString();
 }
 
 } // namespace
@@ -48,8 +48,8 @@ Trial tryCamera(const Camera& camera, const Size& size, double timeoutSeconds, c
     trial.camera = camera.identifier;
     trial.size = size;
     try {
-        FrameSource source(camera, size, stop);
-        watch(source, timeoutSeconds, stop, trial);
+        FrameStream frames(camera, size, FrameStream::Wanted::Pixels, stop);
+        watch(frames, timeoutSeconds, stop, trial);
     } catch (const Interrupted&) {
         throw;
     } catch (const Failure& failure) {

@@ -2,7 +2,7 @@
 #ifndef OSTREL_APPS_CAMERA_DOCTOR_TRIAL_H
 #define OSTREL_APPS_CAMERA_DOCTOR_TRIAL_H
 
-#include "apps/camera/frame_source.h"
+#include "apps/camera/frame_stream.h"
 
 #include <string>
 

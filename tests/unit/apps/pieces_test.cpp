@@ -2,7 +2,7 @@
 // nodes.
 #include "apps/camera/camera_choice.h"
 #include "apps/camera/camera_list.h"
-#include "apps/camera/frame_source.h"
+#include "apps/camera/frame_stream.h"
 #include "apps/camera/frame_writer.h"
 #include "apps/camera/progress.h"
 #include "apps/camera/stream_report.h"
