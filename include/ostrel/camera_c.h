@@ -1,17 +1,17 @@
 /* The library in C99, for C and for every language that can call C (Linux). The library is libostrelcamera.
 
    Codes: every call returns one. 0 is success, what is positive no error, what is negative one.
-   Words: every call takes why and why_bytes, where it leaves one line in English about an error, else an empty
-   one; null and 0 where nobody reads them.
-   Texts are UTF-8 and end with a zero byte. One that does not fit is cut between characters.
-   Structs begin with their size, which the caller sets to sizeof: OSTREL_FRAME frame = {sizeof frame}. Later
-   releases append members; of a struct from a newer header the members that a library does not know become 0.
-   Handles are numbers that are never used again. One that is closed, of another kind or made up is answered
-   with OSTREL_BAD_HANDLE. Close each; what is open when the program ends is closed then.
-   Threads: any thread may make any call. Calls that wait, or take, by one handle are one thread's at a time:
-   others get OSTREL_BUSY. Closing a handle ends the waiting of other threads with OSTREL_BAD_HANDLE.
-   fork(): in the child of a process that has made a call before, every call answers OSTREL_FORKED.
-   Memory is the caller's and is not kept after the call. Nothing is written to standard error. */
+   Words: every call takes why and why_bytes, where it leaves one line in English about an error, else an
+   empty one; null and 0 where nobody reads them. Texts are UTF-8 and end with a zero byte. One that does not
+   fit is cut between characters. Structs begin with their size, which the caller sets to sizeof:
+   ostrel_frame_info frame = {sizeof frame}. Later releases append members; of a struct from a newer header
+   the members that a library does not know become 0. Handles are numbers that are never used again. One that
+   is closed, of another kind or made up is answered with OSTREL_BAD_HANDLE. Close each; what is open when the
+   program ends is closed then. Threads: any thread may make any call. Calls that wait, or take, by one handle
+   are one thread's at a time: others get OSTREL_BUSY. Closing a handle ends the waiting of other threads with
+   OSTREL_BAD_HANDLE. fork(): in the child of a process that has made a call before, every call answers
+   OSTREL_FORKED. Memory is the caller's and is not kept after the call. Nothing is written to standard error.
+ */
 #ifndef OSTREL_CAMERA_C_H
 #define OSTREL_CAMERA_C_H
 
@@ -35,14 +35,14 @@ enum {
     OSTREL_NOTHING = 1,       /* the time is over, or there is nothing (more) */
     OSTREL_BAD_ARGUMENT = -1, /* null, too small a struct, a number that means nothing */
     OSTREL_BAD_HANDLE = -2,
-    OSTREL_BUSY = -3,       /* another thread is in a call by this handle */
-    OSTREL_NO_CAMERA = -4,  /* none attached that is meant */
-    OSTREL_OVER = -5,       /* none will come any more: refused, ended, stopped */
-    OSTREL_TOO_SMALL = -6,  /* the memory for the answer */
-    OSTREL_REFUSED = -7,    /* by the camera, its driver, or the state it is in */
+    OSTREL_BUSY = -3,      /* another thread is in a call by this handle */
+    OSTREL_NO_CAMERA = -4, /* none attached that is meant */
+    OSTREL_OVER = -5,      /* none will come any more: refused, ended, stopped */
+    OSTREL_TOO_SMALL = -6, /* the memory for the answer */
+    OSTREL_REFUSED = -7,   /* by the camera, its driver, or the state it is in */
     OSTREL_NO_MEMORY = -8,
     OSTREL_FORKED = -9,
-    OSTREL_FAILED = -10     /* anything else */
+    OSTREL_FAILED = -10 /* anything else */
 };
 
 /* "1.1.0", for as long as the program runs: not in the caller's memory. */
@@ -52,33 +52,33 @@ OSTREL_C_API int ostrel_close(ostrel_handle handle, char* why, size_t why_bytes)
 
 /* --- Cameras ------------------------------------------------------------------------------------------- */
 
-typedef struct OSTREL_CAMERA {
+typedef struct ostrel_camera_info {
     size_t size;
     char id[1024];  /* printable ASCII; what every call below takes */
     char name[256]; /* for people */
-} OSTREL_CAMERA;
+} ostrel_camera_info;
 
 /* A node of the system; id is empty where it is no camera. */
-typedef struct OSTREL_NODE {
+typedef struct ostrel_node_info {
     size_t size;
     char path[256]; /* "/dev/video0" */
     char name[256];
     char id[1024];
     char reason[1024]; /* why it is no camera, or what stands against its use */
-} OSTREL_NODE;
+} ostrel_node_info;
 
 /* Lists are handles: of what was there at the call, count of them, asked one by one from index 0 on. */
 OSTREL_C_API int ostrel_cameras(ostrel_handle* list, size_t* count, char* why, size_t why_bytes);
-OSTREL_C_API int ostrel_camera_at(ostrel_handle list, size_t index, OSTREL_CAMERA* camera, char* why,
+OSTREL_C_API int ostrel_camera_at(ostrel_handle list, size_t index, ostrel_camera_info* camera, char* why,
                                   size_t why_bytes);
 OSTREL_C_API int ostrel_nodes(ostrel_handle* list, size_t* count, char* why, size_t why_bytes);
-OSTREL_C_API int ostrel_node_at(ostrel_handle list, size_t index, OSTREL_NODE* node, char* why,
+OSTREL_C_API int ostrel_node_at(ostrel_handle list, size_t index, ostrel_node_info* node, char* why,
                                 size_t why_bytes);
 
 /* The camera that a saved or typed text means: an identifier of today or of earlier, the path of a node or of
    a link to it, a name, or a part of a name (letter case ignored) that only one camera has. OSTREL_NO_CAMERA
    where none or several fit; why names those there are. */
-OSTREL_C_API int ostrel_find(const char* text, OSTREL_CAMERA* camera, char* why, size_t why_bytes);
+OSTREL_C_API int ostrel_find(const char* text, ostrel_camera_info* camera, char* why, size_t why_bytes);
 
 /* --- Capturing ----------------------------------------------------------------------------------------- */
 
@@ -97,7 +97,7 @@ enum {
     OSTREL_ARRIVAL = 3 /* when the library received it: the driver does not say */
 };
 
-typedef struct OSTREL_FRAME {
+typedef struct ostrel_frame_info {
     size_t size;
     int64_t captured;     /* nanoseconds of CLOCK_MONOTONIC */
     uint64_t passed_over; /* frames since the last one by this handle that it did not get */
@@ -107,12 +107,12 @@ typedef struct OSTREL_FRAME {
     int32_t native_width; /* as the camera delivered it, pixels */
     int32_t native_height;
     char native_format[20]; /* "MJPG", "YUYV" */
-} OSTREL_FRAME;
+} ostrel_frame_info;
 
 enum { OSTREL_BT601 = 1, OSTREL_BT709 = 2, OSTREL_BT2020 = 3 };
 enum { OSTREL_WOVEN = 0, OSTREL_TOP_FIRST = 1, OSTREL_BOTTOM_FIRST = 2 };
 
-typedef struct OSTREL_NATIVE {
+typedef struct ostrel_native_info {
     size_t size;
     uint64_t bytes; /* of the picture */
     uint64_t offset[4];
@@ -123,7 +123,7 @@ typedef struct OSTREL_NATIVE {
     int32_t full_range;    /* Y from 0 to 255 instead of 16 to 235 */
     int32_t fields;        /* rows: OSTREL_WOVEN, or those of one field before those of the other */
     char format[20];       /* four characters, blanks at the end left out */
-} OSTREL_NATIVE;
+} ostrel_native_info;
 
 /* Starts capturing from the camera with this identifier at exactly width x height pixels. Returns at once;
    frames come later, or the reason why none do. */
@@ -142,7 +142,7 @@ OSTREL_C_API int ostrel_descriptor(ostrel_handle handle, int32_t* descriptor, ch
    bytes bytes, rows are stride bytes apart (0: without padding), layout is BGRA, BGR or GREY. Negative times
    wait for ever. OSTREL_NOTHING when the time, in milliseconds, is over. frame may be null. */
 OSTREL_C_API int ostrel_next(ostrel_handle capture, uint8_t* pixels, size_t bytes, int32_t stride,
-                             int32_t layout, int32_t timeout_ms, OSTREL_FRAME* frame, char* why,
+                             int32_t layout, int32_t timeout_ms, ostrel_frame_info* frame, char* why,
                              size_t why_bytes);
 /* The newest picture of a capture, had before or not, as BGRA without padding. number: frames until now. */
 OSTREL_C_API int ostrel_poll(ostrel_handle capture, uint8_t* pixels, size_t bytes, uint32_t* number,
@@ -150,7 +150,8 @@ OSTREL_C_API int ostrel_poll(ostrel_handle capture, uint8_t* pixels, size_t byte
 /* As ostrel_next(), the camera's own bytes. OSTREL_TOO_SMALL says in native->bytes how many there are, and
    the next call gives the same frame. frame may be null. */
 OSTREL_C_API int ostrel_next_native(ostrel_handle capture, uint8_t* data, size_t bytes, int32_t timeout_ms,
-                                    OSTREL_NATIVE* native, OSTREL_FRAME* frame, char* why, size_t why_bytes);
+                                    ostrel_native_info* native, ostrel_frame_info* frame, char* why,
+                                    size_t why_bytes);
 
 /* --- State --------------------------------------------------------------------------------------------- */
 
@@ -162,14 +163,14 @@ enum {
 };
 
 /* Texts are empty, and numbers 0, where there is nothing to say. */
-typedef struct OSTREL_STATE {
+typedef struct ostrel_state_info {
     size_t size;
-    uint64_t delivered; /* frames since the camera was started, of all captures that share it */
-    uint64_t taken;     /* pictures made because somebody asked */
-    uint64_t skipped;   /* passed over, since a newer one was there already */
-    uint64_t lost;      /* missing in the driver's numbering */
-    uint64_t dropped;   /* broken */
-    uint64_t restarts;  /* after the camera had fallen silent */
+    uint64_t delivered;  /* frames since the camera was started, of all captures that share it */
+    uint64_t taken;      /* pictures made because somebody asked */
+    uint64_t skipped;    /* passed over, since a newer one was there already */
+    uint64_t lost;       /* missing in the driver's numbering */
+    uint64_t dropped;    /* broken */
+    uint64_t restarts;   /* after the camera had fallen silent */
     double granted_rate; /* frames a second */
     int32_t known;       /* this process has had it in a listing */
     int32_t open;        /* by a capture of this process */
@@ -184,10 +185,10 @@ typedef struct OSTREL_STATE {
     char shared[1024];        /* why a capture that joined others got no larger native size */
     char captured_by[256];    /* "V4L2 (/dev/video0)" */
     char drops[2048];         /* a line for each reason: how many frames, a blank, the reason */
-} OSTREL_STATE;
+} ostrel_state_info;
 
 /* Answers at once, also while the camera is being opened and after a start that failed. */
-OSTREL_C_API int ostrel_state(const char* id, OSTREL_STATE* state, char* why, size_t why_bytes);
+OSTREL_C_API int ostrel_state(const char* id, ostrel_state_info* state, char* why, size_t why_bytes);
 
 /* --- Cameras without hardware -------------------------------------------------------------------------- */
 
@@ -200,8 +201,8 @@ OSTREL_C_API int ostrel_push_camera(const char* id, const char* name, ostrel_han
 /* A Y4M file, once or again and again. */
 OSTREL_C_API int ostrel_file_camera(const char* id, const char* name, const char* path, int32_t loop,
                                     ostrel_handle* camera, char* why, size_t why_bytes);
-/* Delivers a picture to every running capture of a push camera: BGRA, BGR or GREY with rows stride bytes apart
-   (0: without padding), or I420 without padding. OSTREL_NOTHING while nobody captures. */
+/* Delivers a picture to every running capture of a push camera: BGRA, BGR or GREY with rows stride bytes
+   apart (0: without padding), or I420 without padding. OSTREL_NOTHING while nobody captures. */
 OSTREL_C_API int ostrel_push(ostrel_handle camera, const uint8_t* pixels, size_t bytes, int32_t width,
                              int32_t height, int32_t stride, int32_t layout, char* why, size_t why_bytes);
 /* In the listing or not, as if plugged in or unplugged. */
