@@ -80,10 +80,13 @@ std::shared_ptr<OpenCamera> QTCaptureDeviceState::opened() {
 }
 
 void QTCaptureDeviceState::setRefused(Refused where, const Error& why) {
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        refusedAt_ = where;
+        refusal_ = why;
+    }
+    // Last: who is woken by it asks for the report.
     ostrel::FrameSlot::refuse(ostrel::OwnerScope::current(), why.text);
-    std::lock_guard<std::mutex> lock(mutex_);
-    refusedAt_ = where;
-    refusal_ = why;
 }
 
 DeviceReport QTCaptureDeviceState::report() {
