@@ -360,6 +360,9 @@ TEST_F(CameraC, CallsInAForkedChildAreRefusedAndItsExitHoldsUpNobody) {
         const bool refused = next(capture, pixels, OSTREL_GREY) == OSTREL_FORKED && !why().empty() &&
                              ostrel_close(capture, nullptr, 0) == OSTREL_FORKED &&
                              ostrel_cameras(&list, &count, words(), room()) == OSTREL_FORKED;
+#if defined(__SANITIZE_ADDRESS__) // takes what the parent's threads hold for lost
+        _exit(refused ? 0 : 1);
+#endif
         std::exit(refused ? 0 : 1);
     }
     int status = -1;
