@@ -28,7 +28,7 @@ int main(int argc, char** argv) {
             for (pixel = 0; pixel < sizeof grey; ++pixel)
                 sum += grey[pixel];
             printf("frame %lu of %s: %lu of 255\n", (unsigned long)frame.number, camera.name,
-                   sum / sizeof grey);
+                   sum / (unsigned long)sizeof grey);
         }
     }
     if (code == OSTREL_NOTHING)

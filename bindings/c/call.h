@@ -63,7 +63,7 @@ public:
         char* const bytes = reinterpret_cast<char*>(&to_);
         std::memcpy(bytes, &answer, std::min(size, sizeof(T)));
         if (size > sizeof(T))
-            std::memset(bytes + sizeof(T), 0, size - sizeof(T));
+            std::fill(bytes + sizeof(T), bytes + size, '\0');
         std::memcpy(bytes, &size, sizeof size);
     }
 
