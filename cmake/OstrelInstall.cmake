@@ -1,4 +1,5 @@
-# What `cmake --install` puts where, in three components: library, development, tools.
+# What `cmake --install` puts where, in components: library, development, tools; c, c_development and python are in
+# OstrelInstallBindings.
 include(CMakePackageConfigHelpers)
 set(_cmake_dir "${CMAKE_INSTALL_LIBDIR}/cmake/OstrelVideoUnix")
 
@@ -7,7 +8,7 @@ install(TARGETS ostrelvideounix EXPORT OstrelVideoUnixTargets
 
 # Headers
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/ostrel" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
-  COMPONENT development FILES_MATCHING PATTERN "*.h")
+  COMPONENT development FILES_MATCHING PATTERN "*.h" PATTERN "camera_c.h" EXCLUDE)
 if(NOT APPLE)
   # The published framework names, for Objective-C++ clients of capture_session.h.
   set(_frameworks "${PROJECT_SOURCE_DIR}/platform/QTKit" "${PROJECT_SOURCE_DIR}/platform/CoreVideo")
@@ -54,3 +55,7 @@ foreach(tool ostrel-camera ostrel-viewer)
       endif()" COMPONENT tools)
   endif()
 endforeach()
+
+if(TARGET ostrelcamera)
+  include(OstrelInstallBindings)
+endif()

@@ -1,4 +1,5 @@
-# Debian packages by CPack: libostrelvideounix1, libostrelvideounix-dev, ostrel-tools. scripts/release configures a
+# Debian packages by CPack: libostrelvideounix1, libostrelvideounix-dev, ostrel-tools, and for C and Python
+# libostrelcamera1, libostrelcamera-dev, python3-ostrel. scripts/release configures a
 # build with the prefix /usr for them, so that files land where Debian looks.
 if(APPLE)
   return()
@@ -27,6 +28,9 @@ endfunction()
 ostrel_package_documents(library libostrelvideounix1)
 ostrel_package_documents(development libostrelvideounix-dev)
 ostrel_package_documents(tools ostrel-tools)
+ostrel_package_documents(c libostrelcamera1)
+ostrel_package_documents(c_development libostrelcamera-dev)
+ostrel_package_documents(python python3-ostrel)
 
 # Qt refuses to compile without -fPIC, so a client that asks pkg-config alone must get it there.
 file(WRITE "${PROJECT_BINARY_DIR}/package/lintian-overrides"
@@ -45,7 +49,7 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_PRE_BUILD_SCRIPTS "${CMAKE_CURRENT_LIST_DIR}/compress-manuals.cmake")
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
-set(CPACK_COMPONENTS_ALL library development tools)
+set(CPACK_COMPONENTS_ALL library development tools c c_development python)
 set(CPACK_COMPONENTS_GROUPING IGNORE)
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -105,4 +109,44 @@ set(CPACK_COMPONENT_TOOLS_DESCRIPTION "list cameras, take pictures, record films
 The command line ostrel-camera lists the cameras of the machine, saves single
 pictures as PNG and records films as Y4M. Where the package was built with
 Qt's widgets, the window ostrel-viewer shows the live picture.")
+
+set(CPACK_DEBIAN_C_PACKAGE_NAME libostrelcamera1)
+set(CPACK_DEBIAN_C_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_C_PACKAGE_DEPENDS "${_same_version}")
+file(WRITE "${PROJECT_BINARY_DIR}/package/c/shlibs"
+  "libostrelcamera ${PROJECT_VERSION_MAJOR} libostrelcamera1 (>= ${PROJECT_VERSION})\n")
+set(CPACK_DEBIAN_C_PACKAGE_CONTROL_EXTRA
+  "${PROJECT_BINARY_DIR}/package/triggers" "${PROJECT_BINARY_DIR}/package/c/shlibs")
+set(CPACK_COMPONENT_C_DESCRIPTION "camera capture with a C interface
+Lists the cameras of a machine and captures frames from them, for programs in
+C and in every language that can call C.
+
+Frames come at the size and in the layout that the program asks for.")
+
+set(CPACK_DEBIAN_C_DEVELOPMENT_PACKAGE_NAME libostrelcamera-dev)
+set(CPACK_DEBIAN_C_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_C_DEVELOPMENT_PACKAGE_DEPENDS "libostrelcamera1 (= ${PROJECT_VERSION}-1)")
+set(CPACK_COMPONENT_C_DEVELOPMENT_DESCRIPTION "camera capture with a C interface, development files
+The header, the link to the library, and the files by which CMake and
+pkg-config find it.
+
+No other development package is needed.")
+
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-ostrel)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
+  "python3 (>= 3.9), python3-numpy, libostrelcamera1 (>= ${PROJECT_VERSION}-1)")
+# As Debian's own helper writes them: the byte code is made at the installation and removed before the files.
+file(WRITE "${PROJECT_BINARY_DIR}/package/python/postinst"
+  "#!/bin/sh\nset -e\nif command -v py3compile >/dev/null; then py3compile -p python3-ostrel; fi\n")
+file(WRITE "${PROJECT_BINARY_DIR}/package/python/prerm"
+  "#!/bin/sh\nset -e\nif command -v py3clean >/dev/null; then py3clean -p python3-ostrel; fi\n")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
+  "${PROJECT_BINARY_DIR}/package/python/postinst" "${PROJECT_BINARY_DIR}/package/python/prerm")
+set(CPACK_COMPONENT_PYTHON_DESCRIPTION "camera frames as numpy arrays
+Lists the cameras of a machine and captures from them: the newest frame, at
+the size that the program asks for, by an identifier that outlasts a reboot.
+
+Works with asyncio, and without hardware by cameras made by the program.")
 include(CPack)

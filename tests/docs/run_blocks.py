@@ -18,10 +18,12 @@ BLOCK = re.compile(r"^(?:<!-- (?:not run: (?P<reason>.*?)|only with (?P<file>\S+
 def environment(tree):
     env = dict(os.environ)
     libdir = next(tree.glob("lib/**/libostrelvideounix.so")).parent
-    env["PATH"] = f"{tree}/bin:" + env["PATH"]
+    # The system's own Python first: that is the one with Debian's packages.
+    env["PATH"] = f"{tree}/bin:/usr/bin:" + env["PATH"]
     env["CMAKE_PREFIX_PATH"] = str(tree)
     env["PKG_CONFIG_PATH"] = f"{libdir}/pkgconfig"
     env["LD_LIBRARY_PATH"] = str(libdir)
+    env["PYTHONPATH"] = f"{tree}/lib/python3/dist-packages"
     return env
 
 

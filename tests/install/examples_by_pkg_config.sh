@@ -8,6 +8,7 @@ make -s -C "$SOURCE/examples" BUILD="$work" CXX="$CXX" CXXFLAGS="-O1 -Wall -Wext
 export LD_LIBRARY_PATH="$TREE/$LIBDIR"
 "$work/poll" || fail "poll"
 "$work/notified" || fail "notified"
+"$work/newest_frame" || fail "newest_frame"
 "$work/capture_to_i420" "$work/video.y4m" 5 || fail "capture_to_i420"
 "$work/watch_cameras" 1 | tee "$work/watch.log"
 grep -q '^+ Visiting camera' "$work/watch.log" && grep -q '^- Visiting camera' "$work/watch.log" || fail "watch_cameras"
