@@ -110,7 +110,7 @@ void capture(const Kernel& kernel, Camera& camera) {
         const StreamStatistics figures = camera.statistics();
         CHECK(refused || (figures.granted.size.width > 0 && figures.granted.size.height > 0 &&
                           !figures.granted.format.empty()));
-        CHECK(figures.granted.rate >= 0);
+        CHECK(figures.granted.rate() >= 0);
         if (kernel->byte() % 4 == 3)
             camera.close(); // without a stop
     }

@@ -1,5 +1,5 @@
-// What is known of a camera's device; and the machine's video nodes, those that are no cameras among them, and
-// why they are none (Linux).
+// What is known of a camera's device; and the machine's video nodes, those that are no cameras among them,
+// and why they are none (Linux).
 #ifndef OSTREL_DEVICE_DETAILS_H
 #define OSTREL_DEVICE_DETAILS_H
 

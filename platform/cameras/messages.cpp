@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 
 namespace ostrel {
@@ -83,6 +84,19 @@ Error unplugged(const std::string& where) {
     return Error(where + " was unplugged", ENODEV);
 }
 
+Error modeNotOffered(const std::string& where, const ModeWish& wish) {
+    return Error(where + " offers no mode that fits " + text(wish));
+}
+
+Error modesUntold(const std::string& where, int number) {
+    return isGone(number) ? unplugged(where)
+                          : Error(where + " did not tell all of its modes: " + reason(number), number);
+}
+
+Error notYetAsked(const std::string& where) {
+    return Error(where + " is being opened, and its modes are not known yet", EAGAIN);
+}
+
 Error notOpen(const std::string& where) {
     return Error(where + " is not open");
 }
@@ -111,6 +125,27 @@ std::string sharedAsItIs(const std::string& where, const Size& running, const Si
         return shared + ": it has no mode that serves " + text(wanted) + " better at the same rate";
     return shared + ", since " + text(wanted) +
            " was refused: " + (why.text.empty() ? reason(why.code) : why.text);
+}
+
+std::string text(const ModeWish& wish) {
+    std::vector<std::string> parts;
+    if (!wish.format.empty())
+        parts.push_back(wish.format);
+    if (wish.size.width != 0 && wish.size.height != 0)
+        parts.push_back(text(wish.size));
+    else if (wish.size.width != 0)
+        parts.push_back(std::to_string(wish.size.width) + " pixels wide");
+    else if (wish.size.height != 0)
+        parts.push_back(std::to_string(wish.size.height) + " pixels high");
+    if (wish.interval.known()) {
+        char rate[32];
+        std::snprintf(rate, sizeof rate, "%.4g", wish.interval.rate());
+        parts.push_back(std::string("at ") + rate + "/s");
+    }
+    std::string all;
+    for (const std::string& part : parts)
+        all += (all.empty() ? "" : " ") + part;
+    return all;
 }
 
 std::string text(const Size& size) {

@@ -6,6 +6,7 @@
 #include "platform/cameras/error.h"
 #include "platform/cameras/figures.h"
 #include "platform/cameras/format_choice.h"
+#include "platform/cameras/modes.h"
 
 #include <string>
 #include <vector>
@@ -30,6 +31,10 @@ Error noUsableFormat(const std::string& where, const std::string& why);
 Error startFailed(const std::string& where, const std::vector<Refusal>& refusals);
 Error streamFailed(const std::string& where, int number);
 Error unplugged(const std::string& where);
+Error modeNotOffered(const std::string& where, const ModeWish& wish);
+// The errno with which a driver broke off.
+Error modesUntold(const std::string& where, int number);
+Error notYetAsked(const std::string& where);
 Error notOpen(const std::string& where);
 Error beingStopped(const std::string& where);
 Error noThread(const std::string& where);
@@ -39,6 +44,8 @@ std::string stalled(const std::string& where);
 std::string stalledForGood(const std::string& where, int restarts);
 std::string sharedAsItIs(const std::string& where, const Size& running, const Size& wanted, const Error& why);
 
+// "MJPG 1280x720 at 60/s", of what is wished for.
+std::string text(const ModeWish& wish);
 // "640x480"
 std::string text(const Size& size);
 // An errno in words; -1 in words as well.

@@ -24,6 +24,7 @@ public:
     bool attached() const override { return backend_->attached(); }
     Error open() override;
     void close() override { backend_->close(); }
+    Error modes(NativeModes& modes) override { return backend_->modes(modes); }
     Error admitInput() override;
     Error admitOutput() override;
     Error start(const Request& request, const std::shared_ptr<Outlet>& outlet) override;

@@ -1,13 +1,25 @@
 #include "platform/cameras/virtual/pattern_backend.h"
 
+#include "platform/cameras/messages.h"
 #include "platform/cameras/virtual/virtual_frame.h"
 
 #include <ostrel/processing.h>
+
+#include <algorithm>
+#include <vector>
 
 namespace ostrel {
 namespace cameras {
 
 namespace {
+
+const char FORMAT[] = "BGRA";
+
+template <typename Element>
+void putFirst(std::vector<Element>& all, const Element& one) {
+    all.erase(std::remove(all.begin(), all.end(), one), all.end());
+    all.insert(all.begin(), one);
+}
 
 class PatternFrame : public VirtualFrame {
 public:
@@ -32,17 +44,40 @@ private:
 
 } // namespace
 
-Error PatternBackend::start(const Request&, const std::shared_ptr<Outlet>& outlet) {
-    painter_ = std::make_shared<PatternPainter>(width_, height_);
-    clock_ = std::make_unique<FrameClock>(framesPerSecond_);
+// Its own size and rate come first: they are what is left open.
+Error PatternBackend::modes(NativeModes& modes) {
+    std::vector<Size> sizes = {{320, 240}, {640, 480}, {1280, 720}, {1920, 1080}};
+    std::vector<Interval> intervals;
+    for (const int rate : {15, 30, 60})
+        intervals.push_back(intervalOf(rate));
+    putFirst(sizes, size_);
+    putFirst(intervals, interval_);
+    NativeMode mode;
+    mode.format = FORMAT;
+    for (const Size& size : sizes) {
+        mode.sizes.least = mode.sizes.most = size;
+        for (const Interval& interval : intervals) {
+            mode.intervals = {interval, interval};
+            modes.push_back(mode);
+        }
+    }
+    return Error();
+}
+
+Error PatternBackend::start(const Request& request, const std::shared_ptr<Outlet>& outlet) {
+    NativeModes all;
+    modes(all);
+    const auto chosen = std::find_if(
+        all.begin(), all.end(), [&request](const NativeMode& mode) { return offers(mode, request.wish); });
+    if (chosen == all.end())
+        return modeNotOffered(name_, request.wish);
+    mode_.format = chosen->format;
+    mode_.size = chosen->sizes.most;
+    mode_.interval = chosen->intervals.shortest;
+    painter_ = std::make_shared<PatternPainter>(mode_.size.width, mode_.size.height);
+    clock_ = std::make_unique<FrameClock>(mode_.rate());
     figures_ = outlet->figures();
-    Mode mode;
-    mode.format = "BGRA";
-    mode.size.width = width_;
-    mode.size.height = height_;
-    mode.rate = framesPerSecond_;
-    figures_->setGranted(mode);
-    mode_ = mode;
+    figures_->setGranted(mode_);
     return Error();
 }
 

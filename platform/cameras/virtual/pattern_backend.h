@@ -7,6 +7,8 @@
 #include "platform/cameras/virtual/pattern_painter.h"
 
 #include <memory>
+#include <string>
+#include <utility>
 
 namespace ostrel {
 namespace cameras {
@@ -14,12 +16,14 @@ namespace cameras {
 // A frame is two numbers until somebody takes it.
 class PatternBackend : public Backend {
 public:
-    PatternBackend(int width, int height, double framesPerSecond)
-        : width_(width), height_(height), framesPerSecond_(framesPerSecond) {}
+    // What it has unless another mode is wished for.
+    PatternBackend(std::string name, const Size& size, double framesPerSecond)
+        : name_(std::move(name)), size_(size), interval_(intervalOf(framesPerSecond)) {}
 
     bool attached() const override { return true; }
     Error open() override { return Error(); }
     void close() override {}
+    Error modes(NativeModes& modes) override;
     Error start(const Request& request, const std::shared_ptr<Outlet>& outlet) override;
     void stop() override;
     // There is nothing to revive, and the frames go on counting.
@@ -29,9 +33,9 @@ public:
     int64_t longestPause() override { return clock_->fiveIntervals(); }
 
 private:
-    const int width_;
-    const int height_;
-    const double framesPerSecond_;
+    const std::string name_; // for messages
+    const Size size_;
+    const Interval interval_;
     // While it streams:
     std::unique_ptr<FrameClock> clock_;
     Mode mode_;

@@ -80,7 +80,7 @@ TEST_F(PatternCamera, SaysWhatItRunsAt) {
     EXPECT_EQ("BGRA", figures.granted.format);
     EXPECT_EQ(WIDTH, figures.granted.size.width);
     EXPECT_EQ(HEIGHT, figures.granted.size.height);
-    EXPECT_EQ(1000.0, figures.granted.rate);
+    EXPECT_EQ(1000.0, figures.granted.rate());
     EXPECT_EQ("", figures.ended);
     camera->stop(sink);
     EXPECT_EQ("BGRA", camera->statistics().granted.format) << "the figures stay after the stop";
@@ -163,12 +163,12 @@ TEST(PatternCameraLimits, SizesAreClampedAndMadeEven) {
 }
 
 TEST(PatternCameraLimits, RatesAreClamped) {
-    EXPECT_EQ(1000, granted(320, 240, 1e9).granted.rate);
-    EXPECT_EQ(1000, granted(320, 240, std::numeric_limits<double>::infinity()).granted.rate);
-    EXPECT_EQ(0.001, granted(320, 240, 0).granted.rate);
-    EXPECT_EQ(0.001, granted(320, 240, -30).granted.rate);
-    EXPECT_EQ(0.001, granted(320, 240, std::nan("")).granted.rate);
-    EXPECT_EQ(29.97, granted(320, 240, 29.97).granted.rate);
+    EXPECT_EQ(1000, granted(320, 240, 1e9).granted.rate());
+    EXPECT_EQ(1000, granted(320, 240, std::numeric_limits<double>::infinity()).granted.rate());
+    EXPECT_EQ(0.001, granted(320, 240, 0).granted.rate());
+    EXPECT_EQ(0.001, granted(320, 240, -30).granted.rate());
+    EXPECT_EQ(0.001, granted(320, 240, std::nan("")).granted.rate());
+    EXPECT_EQ(29.97, granted(320, 240, 29.97).granted.rate());
 }
 
 TEST(FrameSchedule, DoesNotDriftInAYear) {
