@@ -62,7 +62,8 @@ struct DeviceScript {
     std::vector<FormatScript> formats; // at first it has the first format in its first size
     bool knowsRates = true;
 
-    std::function<void(v4l2_pix_format&)> adjust;          // what S_FMT and TRY_FMT grant instead
+    std::function<void(v4l2_pix_format&)> adjust; // what S_FMT and TRY_FMT grant instead
+    std::function<cameras::Interval(const cameras::Interval&)> grantInterval; // the same of S_PARM
     std::function<bool(const v4l2_pix_format&)> bandwidth; // false: STREAMON answers ENOSPC
     uint32_t padding = 0;                                  // bytes at the end of each row
     uint32_t dataOffset = 0; // bytes before the picture, in each plane of the multiplanar interface

@@ -306,6 +306,8 @@ int Driver::parameters(v4l2_streamparm& parameters, bool set) {
     if (set) {
         interval_.numerator = parameters.parm.capture.timeperframe.numerator;
         interval_.denominator = parameters.parm.capture.timeperframe.denominator;
+        if (device_.grantInterval)
+            interval_ = device_.grantInterval(interval_);
     }
     parameters.parm.capture.capability = V4L2_CAP_TIMEPERFRAME;
     parameters.parm.capture.timeperframe = fraction(interval_);
