@@ -38,6 +38,7 @@ private:
     void addScale();
     void addOutput(CLI::App* command, std::string& output, const std::string& description);
     void addSize(CLI::App* command);
+    void addMode(CLI::App* command);
     void addLimits(CLI::App* command);
     void addFilter(CLI::App* command);
     void addFiles(CLI::App* command);
@@ -215,6 +216,12 @@ void CommandLine::addSize(CLI::App* command) {
              std::string("Frame size: ") + SIZE_NAMES + "; sd without it. A camera that lacks it is scaled.");
 }
 
+void CommandLine::addMode(CLI::App* command) {
+    addValue(command, "--mode", options_.mode, modeValue, "MODE",
+             std::string("The camera's own mode, as 'list --modes' shows them: ") + MODE_NAMES +
+                 ". Without --size, frames are as large.");
+}
+
 void CommandLine::addLimits(CLI::App* command) {
     addValue(command, "-n,--frames", options_.limit.frames, countValue, "NUMBER",
              "End after so many frames.");
@@ -230,11 +237,14 @@ void CommandLine::addFilter(CLI::App* command) {
 void CommandLine::addList() {
     CLI::App* command = addCommand(Command::List, "list", "List the attached cameras.");
     command->add_flag("--json", options_.list.json,
-                      "Write JSON: an array with id, name and formats of each camera.");
+                      "Write JSON: an array with id, name, formats, device and modes of each camera.");
+    command->add_flag("--modes", options_.list.modes,
+                      "Show the modes of each camera: formats, sizes, frames a second.");
     command->add_flag("--all", options_.list.all,
                       "Show the video nodes that are no cameras as well, each with the reason.");
     command->footer("Examples:\n"
                     "  ostrel-camera list\n"
+                    "  ostrel-camera list --modes\n"
                     "  ostrel-camera list --all\n"
                     "  ostrel-camera list --json | jq -r '.[].id'\n");
 }
@@ -258,6 +268,7 @@ void CommandLine::addSnapshot() {
     addOutput(command, options_.snapshot.output,
               "The file to write, '-' for standard output (snapshot.png).");
     addSize(command);
+    addMode(command);
     addValue(command, "--skip", options_.snapshot.skip, numberValue, "NUMBER",
              "Let so many frames pass first: many cameras start dark and adjust within a second (0).");
     command->footer("Examples:\n"
@@ -273,6 +284,7 @@ void CommandLine::addRecord() {
         "The file to write, '-' for standard output (recording.y4m, or recording with the name of a raw "
         "format behind it).");
     addSize(command);
+    addMode(command);
     addLimits(command);
     addValue(
         command, "--format", options_.record.format, videoKindValue, "FORMAT",
@@ -298,9 +310,11 @@ void CommandLine::addWatch() {
     CLI::App* command =
         addCommand(Command::Watch, "watch", "Show how well a camera delivers, until Ctrl-C or a limit.");
     addSize(command);
+    addMode(command);
     addLimits(command);
     command->footer("Examples:\n"
                     "  ostrel-camera watch --size hd\n"
+                    "  ostrel-camera watch --mode MJPG:1280x720@60\n"
                     "  ostrel-camera watch --camera webcam --duration 60 > figures.txt\n");
 }
 

@@ -29,6 +29,8 @@ int runSnapshot(const Options& options, const Surroundings& around) {
     checkOutput(path);
     const AddedCameras added = addCameras(options.camera, size);
     const Camera camera = chooseCamera(options.camera, added);
+    if (options.mode)
+        requestMode(camera.identifier, *options.mode);
     OutputFile output(path, OutputFile::Mode::Whole);
     FrameSource source(camera, size, around.stop);
     VideoFrame frame;

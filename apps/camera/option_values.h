@@ -3,6 +3,7 @@
 #define OSTREL_APPS_CAMERA_OPTION_VALUES_H
 
 #include "apps/camera/layout.h"
+#include "apps/camera/mode_choice.h"
 #include "apps/camera/y4m.h"
 
 #include <cstdint>
@@ -16,6 +17,7 @@ VIDEO_QUALITY levelValue(const std::string& text);
 ScaleMethod filterValue(const std::string& text);
 FileKind kindValue(const std::string& text);
 FileKind videoKindValue(const std::string& text);
+WantedMode modeValue(const std::string& text);
 Rate rateValue(const std::string& text);
 double secondsValue(const std::string& text); // "2", "2s", "500ms", "5m", "1h"; above 0
 uint64_t numberValue(const std::string& text);

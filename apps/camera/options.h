@@ -4,6 +4,7 @@
 
 #include "apps/camera/camera_choice.h"
 #include "apps/camera/layout.h"
+#include "apps/camera/mode_choice.h"
 #include "apps/camera/y4m.h"
 
 #include <cstdint>
@@ -17,6 +18,7 @@ enum class Command { List, Snapshot, Record, Watch, Doctor, Convert, Scale };
 struct ListOptions {
     bool json = false;
     bool all = false;
+    bool modes = false;
 };
 
 struct DoctorOptions {
@@ -56,6 +58,7 @@ struct Options {
     bool verbose = false;
     CameraOptions camera;
     std::optional<Size> captureSize;
+    std::optional<WantedMode> mode; // snapshot, record and watch
     LimitOptions limit;
     ScaleMethod filter = SCALE_METHOD_BOX;
     std::optional<VIDEO_QUALITY> scaleTo;
@@ -65,7 +68,11 @@ struct Options {
     RecordOptions record;
     FileOptions files;
 
-    Size size() const { return captureSize.value_or(sizeOf(VIDEO_QUALITY_SD)); }
+    // Of the frames that are captured.
+    Size size() const {
+        const Size native = mode ? mode->size : Size();
+        return captureSize.value_or(native.empty() ? sizeOf(VIDEO_QUALITY_SD) : native);
+    }
 };
 
 } // namespace ostrel::apps::cli

@@ -70,6 +70,20 @@ TEST(Options, RecordTakesItsValues) {
     EXPECT_EQ(30000U, options.record.rate->numerator);
 }
 
+TEST(Options, AModeSaysHowLargeFramesAreUnlessASizeIsGiven) {
+    for (const std::string command : {"snapshot", "record", "watch"}) {
+        EXPECT_EQ("1280x720", toString(parsed(command + " --mode MJPG:1280x720@60").size()));
+        EXPECT_EQ("320x240", toString(parsed(command + " --mode hd --size ld").size()));
+        EXPECT_EQ("640x480", toString(parsed(command + " --mode YUYV@15").size()));
+        EXPECT_FALSE(parsed(command).mode);
+    }
+    EXPECT_EQ("MJPG", parsed("watch --mode MJPG").mode->format);
+    EXPECT_EQ(0U,
+              refusal("watch --mode MJPG:fast").find("--mode: 'MJPG:fast' is not a mode: FORMAT:SIZE@RATE"));
+    EXPECT_NE("accepted", refusal("list --mode hd"));
+    EXPECT_TRUE(parsed("list --modes").list.modes);
+}
+
 TEST(Options, DefaultsAreStandardSizeBoxFilterAndNoLimit) {
     const Options options = parsed("record");
     EXPECT_EQ("640x480", toString(options.size()));
