@@ -47,7 +47,11 @@ Error checkOffer(const std::string& identifier, const ModeWish& wish) {
         return notAttached(identifier);
     NativeModes modes;
     const Error unknown = camera->modes(modes);
-    const auto fits = [&wish](const NativeMode& mode) { return offers(mode, wish); };
+    const auto hasPicture = [](const NativeMode& mode) { return mode.hasPicture; };
+    const bool alsoWithout = !wish.format.empty() || std::none_of(modes.begin(), modes.end(), hasPicture);
+    const auto fits = [&](const NativeMode& mode) {
+        return (mode.hasPicture || alsoWithout) && offers(mode, wish);
+    };
     if (std::any_of(modes.begin(), modes.end(), fits))
         return Error();
     return unknown ? unknown : cameras::modeNotOffered(camera->displayName(), wish);

@@ -340,6 +340,15 @@ TEST_F(ModesTest, WhatIsNotOnOfferIsRefusedAndTheWishBeforeStays) {
     EXPECT_EQ(granted(), "YUYV 640x480 1/15");
 }
 
+TEST_F(ModesTest, WhatHasNoPictureIsOnOfferOnlyByItsName) {
+    device.formats = {raw(V4L2_PIX_FMT_YUYV, {only(640, 480)}),
+                      raw(V4L2_PIX_FMT_SBGGR8, {only(640, 480)}, 120)};
+    plug();
+    EXPECT_NE(request(wish("", 0, 0, 120)), "");
+    EXPECT_EQ(request(wish("BA81", 0, 0, 120)), "");
+    EXPECT_EQ(granted(), "BA81 640x480 1/120");
+}
+
 TEST_F(ModesTest, ASizeWithinARangeIsTakenOnItsStepsOnly) {
     device.formats = {raw(V4L2_PIX_FMT_YUYV, {stepwise(16, 2048, 8)})};
     plug();
