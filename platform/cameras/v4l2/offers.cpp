@@ -150,10 +150,10 @@ std::vector<IntervalRange> Questions::intervals(uint32_t fourcc, const SizeRange
     return result;
 }
 
-Size wantedSize(const Request& request) {
-    const Size& wished = request.wish.size;
-    return Size(wished.width != 0 ? wished.width : request.size.width,
-                wished.height != 0 ? wished.height : request.size.height);
+// The sides that are wished for, and those of the other size where none is.
+Size wishedOr(const Size& wished, const Size& size) {
+    return Size(wished.width != 0 ? wished.width : size.width,
+                wished.height != 0 ? wished.height : size.height);
 }
 
 // Those that a request may get, in the driver's order.
@@ -216,7 +216,7 @@ int offeredModes(const VideoNode& node, bool multiplanar, NativeModes& modes) {
 std::vector<Candidate> candidates(const VideoNode& node, bool multiplanar, const Request& request,
                                   bool nativeOnly) {
     Questions questions(node, multiplanar);
-    const Size wanted = wantedSize(request);
+    const Size wanted = wishedOr(request.wish.size, request.size);
     std::vector<Candidate> result;
     for (const uint32_t fourcc : formatsFor(questions.formats(), multiplanar, request, nativeOnly)) {
         Candidate candidate;
@@ -226,10 +226,15 @@ std::vector<Candidate> candidates(const VideoNode& node, bool multiplanar, const
         for (const SizeRange& range : ranges) {
             if (!offers(range, request.wish.size))
                 continue;
-            candidate.size = fit(range, wanted);
-            if (chooseInterval(questions.intervals(fourcc, candidate.size), request.wish.interval,
-                               candidate.interval))
-                result.push_back(candidate);
+            // The wished interval may be there for one end of the range only.
+            for (const Size& size : {wanted, range.most, range.least}) {
+                candidate.size = fit(range, wishedOr(request.wish.size, size));
+                if (chooseInterval(questions.intervals(fourcc, candidate.size), request.wish.interval,
+                                   candidate.interval)) {
+                    result.push_back(candidate);
+                    break;
+                }
+            }
         }
         if (ranges.empty()) {
             candidate.size = wanted;

@@ -20,6 +20,8 @@ struct FormatScript {
     std::vector<cameras::SizeRange> sizes; // none: the driver does not list them
     // The same for all sizes; none: not listed. Of a range: the shortest, the longest and the step.
     std::vector<cameras::Interval> intervals;
+    // Where not all sizes have the same.
+    std::function<std::vector<cameras::Interval>(const cameras::Size&)> intervalsOf;
     uint32_t intervalType = V4L2_FRMIVAL_TYPE_DISCRETE;
 };
 

@@ -230,18 +230,23 @@ int Driver::describe(v4l2_frmsizeenum& entry) const {
 
 int Driver::describe(v4l2_frmivalenum& entry) const {
     const FormatScript* format = listed(entry.pixel_format);
-    if (!format || entry.index >= format->intervals.size())
+    if (!format)
+        return EINVAL;
+    const Size size(static_cast<int>(entry.width), static_cast<int>(entry.height));
+    const std::vector<Interval> intervals =
+        format->intervalsOf ? format->intervalsOf(size) : format->intervals;
+    if (entry.index >= intervals.size())
         return EINVAL;
     entry.type = format->intervalType;
     if (entry.type == V4L2_FRMIVAL_TYPE_DISCRETE) {
-        entry.discrete = fraction(format->intervals[entry.index]);
+        entry.discrete = fraction(intervals[entry.index]);
         return 0;
     }
-    if (entry.index > 0 || format->intervals.size() < 3)
+    if (entry.index > 0 || intervals.size() < 3)
         return EINVAL;
-    entry.stepwise.min = fraction(format->intervals[0]);
-    entry.stepwise.max = fraction(format->intervals[1]);
-    entry.stepwise.step = fraction(format->intervals[2]);
+    entry.stepwise.min = fraction(intervals[0]);
+    entry.stepwise.max = fraction(intervals[1]);
+    entry.stepwise.step = fraction(intervals[2]);
     return 0;
 }
 

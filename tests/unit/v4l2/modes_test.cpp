@@ -359,6 +359,23 @@ TEST_F(ModesTest, ASizeWithinARangeIsTakenOnItsStepsOnly) {
     EXPECT_EQ(granted(640, 480), "YUYV 320x480 1/30") << "the other side is the automatic choice's";
 }
 
+TEST_F(ModesTest, ARateThatOneEndOfARangeHasIsListedAndTakenThere) {
+    FormatScript steps = raw(V4L2_PIX_FMT_YUYV, {stepwise(64, 1024, 8)});
+    steps.intervalsOf = [](const cameras::Size& size) {
+        return size.width <= 320 ? std::vector<Interval>{perSecond(30), perSecond(60)}
+                                 : std::vector<Interval>{perSecond(30)};
+    };
+    device.formats = {steps};
+    plug();
+    EXPECT_EQ(modes(), (std::vector<std::string>{"YUYV 1024x1024 from 64x64 by 8x8 1/30",
+                                                 "YUYV 1024x1024 from 64x64 by 8x8 1/60"}));
+    EXPECT_EQ(request(wish("", 0, 0, 60)), "");
+    EXPECT_EQ(granted(320, 240), "YUYV 320x240 1/60");
+    EXPECT_EQ(granted(640, 480), "YUYV 64x64 1/60");
+    EXPECT_EQ(request(wish("", 0, 240, 60)), "");
+    EXPECT_EQ(granted(640, 480), "YUYV 64x240 1/60");
+}
+
 TEST_F(ModesTest, WhereTheDriverListsNothingTheWishIsTried) {
     device.formats = {raw(V4L2_PIX_FMT_YUYV, {})};
     plug();
