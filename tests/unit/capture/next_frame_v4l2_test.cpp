@@ -254,6 +254,8 @@ TEST_F(NativeOnly, FramesGoToWhoTakesTheirBytesAndToNobodyElse) {
     polled.formatId = 0;
     capture->selfVideoFrame(polled);
     EXPECT_EQ(polled.formatId, 0) << "nothing comes to who polls";
+    EXPECT_TRUE(OVideoCameraState(identifier).statistics().dropped.isEmpty())
+        << "nobody has tried to convert it";
     OVideoNativeFrame still;
     EXPECT_EQ(nextNativeFrame(pictures, still, LONG), 1) << "the reader has not had it yet";
 }

@@ -6,6 +6,7 @@
 
 #include <ostrel/modes.h>
 
+#include <atomic>
 #include <cerrno>
 #include <thread>
 
@@ -256,6 +257,28 @@ TEST_F(ModesTest, AreToldAtOnceWhileTheCameraOpens) {
     EXPECT_EQ(camera->modes(none).text, "");
     EXPECT_EQ(none.size(), 1u);
     camera->close();
+}
+
+TEST_F(ModesTest, AreToldToAllWhoAskWhileTheNodeIsBeingAsked) {
+    plug();
+    const auto camera = provider->list().at(0);
+    const auto gate = kernel->hold(kPath, VIDIOC_ENUM_FMT);
+    std::atomic<int> asking{0};
+    std::vector<std::thread> askers;
+    for (int i = 0; i < 3; ++i) {
+        askers.emplace_back([&] {
+            ++asking;
+            cameras::NativeModes all;
+            EXPECT_EQ(camera->modes(all).text, "");
+            EXPECT_EQ(all.size(), 1u);
+        });
+        gate->awaitArrivals(1);
+        while (asking <= i)
+            std::this_thread::yield();
+    }
+    gate->open();
+    for (std::thread& asker : askers)
+        asker.join();
 }
 
 TEST_F(ModesTest, OfNoCameraAreNone) {
