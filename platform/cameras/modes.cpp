@@ -17,7 +17,8 @@ const double kLargestTerm = 1000000;
 bool axisOffers(int least, int most, int step, int wished) {
     if (wished == 0 || most == 0) // most: the driver does not say
         return true;
-    return wished >= least && wished <= most && (wished - least) % std::max(step, 1) == 0;
+    const bool onStep = (wished - least) % std::max(step, 1) == 0 || wished == most; // which may lie beside
+    return wished >= least && wished <= most && onStep;
 }
 
 double distance(const Interval& interval, const Interval& wished) {

@@ -88,6 +88,9 @@ TEST(ModesTest, ARangeHasTheSizesOnItsSteps) {
     EXPECT_FALSE(offers(range, Size(24, 16)));
     EXPECT_FALSE(offers(range, Size(648, 400)));
     EXPECT_FALSE(offers(range, Size(640, 404)));
+    range.most = Size(642, 400);
+    EXPECT_TRUE(offers(range, Size(642, 400))) << "what is listed can be had";
+    EXPECT_FALSE(offers(range, Size(641, 400)));
     range.step = Size(0, 0); // a driver's mistake
     EXPECT_TRUE(offers(range, Size(33, 17)));
 }
