@@ -54,6 +54,9 @@ public:
     virtual Error admitInput() { return Error(); }
     virtual Error admitOutput() { return Error(); }
 
+    // Any thread, at any time, at once, always the same object. Null: this kind has none.
+    virtual std::shared_ptr<Controls> controls() const { return nullptr; }
+
     // Chooses a mode, sets it as granted in the outlet's figures, and starts the stream.
     virtual Error start(const Request& request, const std::shared_ptr<Outlet>& outlet) = 0;
     // Frames that are still held stay convertible.

@@ -24,6 +24,7 @@ public:
     bool attached() const override { return backend_->attached(); }
     Error open() override;
     void close() override { backend_->close(); }
+    std::shared_ptr<Controls> controls() const override { return backend_->controls(); }
     Error admitInput() override;
     Error admitOutput() override;
     Error start(const Request& request, const std::shared_ptr<Outlet>& outlet) override;
