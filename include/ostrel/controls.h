@@ -56,6 +56,9 @@ public:
 
     // Another setting has the say for the time being: an automatic one, mostly.
     bool isInactive() const;
+    // The automatic control of the same camera that may have the say over this one; 0: none is known. Where
+    // there are several, the one that has it.
+    uint32_t automaticControl() const;
     bool isReadOnly() const;
     // The camera changes it by itself, so that no watch tells: read it again.
     bool isVolatile() const;

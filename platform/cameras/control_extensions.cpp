@@ -127,6 +127,10 @@ bool OVideoControl::isInactive() const {
     return d->control.inactive;
 }
 
+uint32_t OVideoControl::automaticControl() const {
+    return d->control.automatic;
+}
+
 bool OVideoControl::isReadOnly() const {
     return d->control.readOnly;
 }

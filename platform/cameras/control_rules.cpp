@@ -139,6 +139,19 @@ std::vector<Control> asBefore(const std::vector<Control>& releasing, const std::
 
 } // namespace
 
+void findAutomatic(std::vector<Control>& controls) {
+    for (Control& control : controls)
+        for (const Pair& pair : kPairs) {
+            const Control* const automatic =
+                pair.held == control.id ? find(controls, pair.automatic) : nullptr;
+            if (automatic && (!control.automatic || !releases(pair, automatic->value))) {
+                control.automatic = automatic->id;
+                if (!releases(pair, automatic->value))
+                    break;
+            }
+        }
+}
+
 Error plan(const std::string& where, const std::vector<Control>& present, const std::vector<Setting>& asked,
            ControlPlan& result) {
     Say say(present, asked);

@@ -9,6 +9,9 @@
 namespace ostrel {
 namespace cameras {
 
+// Fills in which automatic control may have the say over each.
+void findAutomatic(std::vector<Control>& controls);
+
 struct Setting {
     uint32_t id = 0;
     int64_t value = 0;

@@ -39,7 +39,8 @@ struct Control {
     int64_t value = 0;
     std::string text;
 
-    bool inactive = false; // another control has the say
+    bool inactive = false;  // another control has the say
+    uint32_t automatic = 0; // that may have it; 0: none is known
     bool readOnly = false;
     bool writeOnly = false;
     bool isVolatile = false; // changes by itself, untold

@@ -1,6 +1,7 @@
 #include "platform/cameras/v4l2/controls.h"
 
 #include "platform/cameras/control_ids.h"
+#include "platform/cameras/control_rules.h"
 #include "platform/cameras/messages.h"
 #include "platform/cameras/v4l2/control_calls.h"
 #include "platform/cameras/v4l2/video_node.h"
@@ -67,6 +68,7 @@ public:
         std::vector<Control> now;
         if (const int failed = listControls(*node_, now))
             return controlsRefused(where_, failed);
+        findAutomatic(now);
         for (Control& control : now)
             if (told.count(control.id))
                 changed.push_back(std::move(control));
@@ -103,6 +105,7 @@ Error V4l2Controls::open(std::shared_ptr<VideoNode>& node) const {
 Error V4l2Controls::list(const VideoNode& node, std::vector<Control>& controls) const {
     if (const int error = listControls(node, controls))
         return controlsRefused(where_, error);
+    findAutomatic(controls);
     return controls.empty() ? noControls(where_) : Error();
 }
 

@@ -143,7 +143,7 @@ void tell(const PictureFormat& granted, v4l2_format& format) {
 
 } // namespace
 
-int Driver::question(unsigned long request, void* argument) {
+int Driver::question(int descriptor, unsigned long request, void* argument) {
     switch (static_cast<uint32_t>(request)) {
     case VIDIOC_QUERYCAP:
         return describe(*static_cast<v4l2_capability*>(argument));
@@ -171,8 +171,12 @@ int Driver::question(unsigned long request, void* argument) {
         return parameters(*static_cast<v4l2_streamparm*>(argument), false);
     case VIDIOC_S_PARM:
         return parameters(*static_cast<v4l2_streamparm*>(argument), true);
+    case VIDIOC_SUBSCRIBE_EVENT:
+    case VIDIOC_DQEVENT:
+        return eventQuestion(handles_[descriptor], request, argument);
     default:
-        return sourceQuestion(request, argument);
+        return device_.controls.empty() || isReceiver() ? sourceQuestion(request, argument)
+                                                        : controlQuestion(request, argument);
     }
 }
 
