@@ -1,5 +1,6 @@
 #include "apps/camera/camera_list.h"
 
+#include "apps/camera/text_table.h"
 #include "apps/common/text.h"
 
 #include <ostrel/device_details.h>
@@ -8,30 +9,9 @@
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 
-#include <algorithm>
-
 namespace ostrel::apps::cli {
 
 namespace {
-
-using Row = std::vector<std::string>;
-
-const std::size_t BETWEEN_COLUMNS = 2;
-
-std::string aligned(const std::vector<Row>& rows) {
-    std::vector<std::size_t> widths(rows.front().size());
-    for (const Row& row : rows)
-        for (std::size_t column = 0; column < row.size(); ++column)
-            widths[column] = std::max(widths[column], displayWidth(row[column]));
-    std::string text;
-    for (const Row& row : rows) {
-        for (std::size_t column = 0; column + 1 < row.size(); ++column)
-            text +=
-                row[column] + std::string(widths[column] - displayWidth(row[column]) + BETWEEN_COLUMNS, ' ');
-        text += row.back() + "\n";
-    }
-    return text;
-}
 
 std::string sizesOf(const Camera& camera) {
     std::vector<std::string> sizes;

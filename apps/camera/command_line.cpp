@@ -33,6 +33,7 @@ private:
     void addSnapshot();
     void addRecord();
     void addWatch();
+    void addControls();
     void addDoctor();
     void addConvert();
     void addScale();
@@ -156,6 +157,7 @@ CommandLine::CommandLine() {
     addSnapshot();
     addRecord();
     addWatch();
+    addControls();
     addDoctor();
     addConvert();
     addScale();
@@ -237,6 +239,37 @@ void CommandLine::addList() {
                     "  ostrel-camera list\n"
                     "  ostrel-camera list --all\n"
                     "  ostrel-camera list --json | jq -r '.[].id'\n");
+}
+
+void CommandLine::addControls() {
+    CLI::App* command = addCommand(Command::Controls, "controls",
+                                   "Show and set brightness, exposure, focus and what else a camera has.");
+    command
+        ->add_option("settings", options_.controls.settings,
+                     "NAME=VALUE: a number, an item of a menu or its beginning, on or off, default, or auto, "
+                     "which turns to the automatic control of NAME. Several are set at once. Names as in the "
+                     "table, or as other kernels have them.")
+        ->type_name("NAME=VALUE");
+    command->add_flag("--json", options_.controls.json, "Write JSON: an array of the controls.");
+    command
+        ->add_option("--save", options_.controls.save,
+                     "Keep the settings in this file. Those of other cameras that are in it stay there.")
+        ->type_name("FILE");
+    command
+        ->add_option("--load", options_.controls.load,
+                     "Restore the settings that the file has: of every camera in it, or of the one that "
+                     "--camera names. What could not be set is said, the rest is set.")
+        ->type_name("FILE");
+    command->footer(
+        "Cameras keep their settings until they are unplugged. An automatic mode is never switched\n"
+        "off silently: a control that it has the say over is refused unless it is set as well.\n\n"
+        "Examples:\n"
+        "  ostrel-camera controls\n"
+        "  ostrel-camera controls brightness=140 power_line_frequency=50\n"
+        "  ostrel-camera controls auto_exposure=manual exposure_time_absolute=100\n"
+        "  ostrel-camera controls exposure_time_absolute=auto\n"
+        "  ostrel-camera controls --save desk.json\n"
+        "  ostrel-camera controls --load desk.json\n");
 }
 
 void CommandLine::addDoctor() {

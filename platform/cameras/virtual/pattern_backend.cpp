@@ -61,6 +61,7 @@ Error PatternBackend::start(const Request&, const std::shared_ptr<Outlet>& outle
     mode.rate = framesPerSecond_;
     figures_->setGranted(mode);
     mode_ = mode;
+    markAhead_ = 0;
     return Error();
 }
 
