@@ -174,9 +174,10 @@ int Driver::question(int descriptor, unsigned long request, void* argument) {
     case VIDIOC_SUBSCRIBE_EVENT:
     case VIDIOC_DQEVENT:
         return eventQuestion(handles_[descriptor], request, argument);
-    default:
-        return device_.controls.empty() || isReceiver() ? sourceQuestion(request, argument)
-                                                        : controlQuestion(request, argument);
+    default: {
+        const int error = device_.controls.empty() ? ENOTTY : controlQuestion(request, argument);
+        return error == ENOTTY ? sourceQuestion(request, argument) : error;
+    }
     }
 }
 
