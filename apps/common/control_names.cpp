@@ -73,6 +73,20 @@ bool parseItem(const OVideoControl& control, const std::string& wanted, int64_t&
     return found == 1;
 }
 
+bool parseValue(const OVideoControl& control, const std::string& text, int64_t& number) {
+    const std::string word = toLower(text);
+    const bool isDefault = word == "default";
+    if (isDefault || control.type() == OVideoControl::BUTTON)
+        number = isDefault ? control.defaultValue() : 1;
+    else if (control.type() == OVideoControl::BOOLEAN && isOneOf(word, {"on", "true", "yes"}))
+        number = 1;
+    else if (control.type() == OVideoControl::BOOLEAN && isOneOf(word, {"off", "false", "no", "manual"}))
+        number = 0;
+    else
+        return parseNumber(text, number) || (isMenu(control) && parseItem(control, text, number));
+    return true;
+}
+
 std::string numberText(int64_t value) {
     return std::to_string(static_cast<long long>(value));
 }
@@ -173,24 +187,13 @@ std::string valueText(const OVideoControl& control, int64_t value) {
 OVideoControl withValue(const OVideoControl& control, const QList<OVideoControl>& all,
                         const std::string& text) {
     OVideoControl result = control;
-    const std::string word = toLower(text);
     int64_t number = 0;
     if (control.type() == OVideoControl::TEXT)
         result.setText(QString::fromStdString(text));
-    else if (control.type() == OVideoControl::BUTTON)
-        result.setValue(1);
-    else if (word == "default")
-        result.setValue(control.defaultValue());
-    else if (parseNumber(text, number))
+    else if (parseValue(control, text, number))
         result.setValue(number);
-    else if (isMenu(control) && parseItem(control, text, number))
-        result.setValue(number);
-    else if (word == "auto")
+    else if (toLower(text) == "auto")
         return automaticOf(control, all);
-    else if (control.type() == OVideoControl::BOOLEAN && isOneOf(word, {"on", "true", "yes"}))
-        result.setValue(1);
-    else if (control.type() == OVideoControl::BOOLEAN && isOneOf(word, {"off", "false", "no", "manual"}))
-        result.setValue(0);
     else
         throw std::invalid_argument(quoted(text) + " is no value of " + controlKey(control) + ": " +
                                     choices(control));

@@ -97,7 +97,7 @@ bool fromJson(const QByteArray& json, SavedCameras& cameras) {
         SavedCamera camera;
         camera.name = entry.value().toObject()["name"].toString();
         const QJsonArray controls = entry.value().toObject()["controls"].toArray();
-        for (const QJsonValue& value : controls) {
+        for (const QJsonValue value : controls) {
             const QJsonObject one = value.toObject();
             camera.controls.append({static_cast<uint32_t>(one["id"].toDouble()),
                                     static_cast<int64_t>(one["value"].toDouble()), one["text"].toString(),

@@ -144,11 +144,11 @@ void findAutomatic(std::vector<Control>& controls) {
         for (const Pair& pair : kPairs) {
             const Control* const automatic =
                 pair.held == control.id ? find(controls, pair.automatic) : nullptr;
-            if (automatic && (!control.automatic || !releases(pair, automatic->value))) {
+            const bool hasTheSay = automatic && control.inactive && !releases(pair, automatic->value);
+            if (hasTheSay || (automatic && !control.automatic))
                 control.automatic = automatic->id;
-                if (!releases(pair, automatic->value))
-                    break;
-            }
+            if (hasTheSay)
+                break;
         }
 }
 

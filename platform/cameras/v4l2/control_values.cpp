@@ -35,7 +35,7 @@ int64_t widened(const Control& control, int32_t value) {
 // The kernel's structures for some controls, with the memory that their texts need.
 class Values {
 public:
-    explicit Values(const std::vector<const Control*>& controls) : controls_(controls) {
+    explicit Values(const std::vector<const Control*>& controls) {
         values_.resize(controls.size());
         texts_.resize(controls.size());
         for (size_t i = 0; i < controls.size(); ++i)
@@ -83,7 +83,6 @@ private:
         }
     }
 
-    const std::vector<const Control*>& controls_;
     std::vector<v4l2_ext_control> values_;
     std::vector<std::vector<char>> texts_;
 };

@@ -129,6 +129,8 @@ TEST_F(ControlsTest, ThatAreInactiveAreSetWhenTheSameCallReleasesThemWhateverThe
     EXPECT_EQ(now(GAIN), 60);
     EXPECT_EQ(now(EXPOSURE_AUTO), 1);
     EXPECT_EQ(now(AUTOGAIN), 0);
+    kernel->setControl(path, EXPOSURE_AUTO, 3);
+    EXPECT_EQ(listed(GAIN).automaticControl(), AUTOGAIN); // that it can be given back to
 }
 
 TEST_F(ControlsTest, ThatAreSetToAnotherAutomaticModeReleaseNothing) {

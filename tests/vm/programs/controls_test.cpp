@@ -40,7 +40,8 @@ OVideoControl with(OVideoControl control, int64_t value) {
 
 std::string set(const QList<OVideoControl>& values) {
     QString why;
-    EXPECT_EQ(setVideoControls(onlyCamera(), values, &why), why.isEmpty());
+    const bool done = setVideoControls(onlyCamera(), values, &why);
+    EXPECT_EQ(done, why.isEmpty());
     return why.toStdString();
 }
 
