@@ -133,7 +133,7 @@ TEST(CameraList, ColumnsFollowTheWidthOfLettersNotOfBytes) {
     const std::string table = cameraTable({{"id-1", "K\xc3\xa4mera", {{320, 240}}}, {"i2", "Cam", {}}});
     EXPECT_EQ("NAME    IDENTIFIER  SIZES\n"
               "K\xc3\xa4mera  id-1        320x240\n"
-              "Cam     i2          \n",
+              "Cam     i2\n",
               table);
 }
 
