@@ -33,6 +33,7 @@ private:
     void addSnapshot();
     void addRecord();
     void addWatch();
+    void addControls();
     void addDoctor();
     void addConvert();
     void addScale();
@@ -81,6 +82,11 @@ std::string upper(std::string text) {
     return text;
 }
 
+// "INPUT", or what it is made of where it may be left out: "NAME=VALUE"
+std::string argumentName(const CLI::Option* option) {
+    return option->get_required() ? upper(option->get_name(true)) : option->get_type_name();
+}
+
 std::vector<std::string> namesOf(const CLI::Option& option) {
     std::vector<std::string> names;
     for (const std::string& name : option.get_snames())
@@ -93,8 +99,7 @@ std::vector<std::string> namesOf(const CLI::Option& option) {
 HelpRows rowsOf(const CLI::App& app, const std::function<bool(const CLI::Option*)>& shown) {
     HelpRows rows;
     for (const CLI::Option* option : app.get_options(shown)) {
-        const std::string left =
-            isArgument(option) ? upper(option->get_name(true)) : join(namesOf(*option), ", ");
+        const std::string left = isArgument(option) ? argumentName(option) : join(namesOf(*option), ", ");
         const bool takesValue = !isArgument(option) && option->get_type_size() != 0;
         rows.emplace_back(left + (takesValue ? " " + option->get_type_name() : ""),
                           option->get_description());
@@ -118,14 +123,15 @@ std::string usageOf(const CLI::App& app) {
             usage += " " + namesOf(*option).back() + " " + option->get_type_name();
     for (const CLI::Option* option : app.get_options())
         if (isArgument(option))
-            usage += " " + upper(option->get_name(true));
+            usage +=
+                " " + (option->get_required() ? argumentName(option) : "[" + argumentName(option) + "...]");
         else if (option->get_positional())
             usage += " [" + option->get_type_name() + "]";
     return usage;
 }
 
 bool worksOnFiles(const CLI::App& command) {
-    return !rowsOf(command, isArgument).empty();
+    return command.get_option_no_throw("input") != nullptr;
 }
 
 std::string HelpFormatter::make_help(const CLI::App* app, std::string, CLI::AppFormatMode) const {
@@ -157,6 +163,7 @@ CommandLine::CommandLine() {
     addSnapshot();
     addRecord();
     addWatch();
+    addControls();
     addDoctor();
     addConvert();
     addScale();
@@ -247,6 +254,38 @@ void CommandLine::addList() {
                     "  ostrel-camera list --modes\n"
                     "  ostrel-camera list --all\n"
                     "  ostrel-camera list --json | jq -r '.[].id'\n");
+}
+
+void CommandLine::addControls() {
+    CLI::App* command = addCommand(Command::Controls, "controls",
+                                   "Show and set brightness, exposure, focus and what else a camera has.");
+    command
+        ->add_option(
+            "settings", options_.controls.settings,
+            "What to set: a number, an item of a menu or its beginning, on or off, default, or auto, "
+            "which turns to the automatic control of NAME. Several are set at once. Names as in the "
+            "table, or as other kernels have them.")
+        ->type_name("NAME=VALUE");
+    command->add_flag("--json", options_.controls.json, "Write JSON: an array of the controls.");
+    command
+        ->add_option("--save", options_.controls.save,
+                     "Keep the settings in this file. Those of other cameras that are in it stay there.")
+        ->type_name("FILE");
+    command
+        ->add_option("--load", options_.controls.load,
+                     "Restore the settings that the file has: of every camera in it, or of the one that "
+                     "--camera names. What could not be set is said, the rest is set.")
+        ->type_name("FILE");
+    command->footer(
+        "Cameras keep their settings until they are unplugged. An automatic mode is never switched\n"
+        "off silently: a control that it has the say over is refused unless it is set as well.\n\n"
+        "Examples:\n"
+        "  ostrel-camera controls\n"
+        "  ostrel-camera controls brightness=140 power_line_frequency=50\n"
+        "  ostrel-camera controls auto_exposure=manual exposure_time_absolute=100\n"
+        "  ostrel-camera controls exposure_time_absolute=auto\n"
+        "  ostrel-camera controls --save desk.json\n"
+        "  ostrel-camera controls --load desk.json\n");
 }
 
 void CommandLine::addDoctor() {

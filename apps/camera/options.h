@@ -10,10 +10,11 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace ostrel::apps::cli {
 
-enum class Command { List, Snapshot, Record, Watch, Doctor, Convert, Scale };
+enum class Command { List, Snapshot, Record, Watch, Controls, Doctor, Convert, Scale };
 
 struct ListOptions {
     bool json = false;
@@ -23,6 +24,13 @@ struct ListOptions {
 
 struct DoctorOptions {
     bool json = false;
+};
+
+struct ControlsOptions {
+    std::vector<std::string> settings; // NAME=VALUE
+    bool json = false;
+    std::string save; // files; empty: not given
+    std::string load;
 };
 
 struct SnapshotOptions {
@@ -63,6 +71,7 @@ struct Options {
     ScaleMethod filter = SCALE_METHOD_BOX;
     std::optional<VIDEO_QUALITY> scaleTo;
     ListOptions list;
+    ControlsOptions controls;
     DoctorOptions doctor;
     SnapshotOptions snapshot;
     RecordOptions record;

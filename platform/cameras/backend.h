@@ -55,6 +55,9 @@ public:
     virtual Error admitInput() { return Error(); }
     virtual Error admitOutput() { return Error(); }
 
+    // Any thread, at any time, at once, always the same object. Null: this kind has none.
+    virtual std::shared_ptr<Controls> controls() const { return nullptr; }
+
     // In its turn, while it does not stream; opened or not. Adds all modes on offer; after an error, those
     // that were found until then. None where there is no choice.
     virtual Error modes(NativeModes&) { return Error(); }

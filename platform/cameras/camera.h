@@ -2,6 +2,7 @@
 #ifndef OSTREL_PLATFORM_CAMERAS_CAMERA_H
 #define OSTREL_PLATFORM_CAMERAS_CAMERA_H
 
+#include "platform/cameras/controls.h"
 #include "platform/cameras/details.h"
 #include "platform/cameras/error.h"
 #include "platform/cameras/figures.h"
@@ -94,6 +95,9 @@ public:
 
     // At once. Of the newest stream, also after its end.
     virtual StreamStatistics statistics() const { return StreamStatistics(); }
+
+    // At once; what is asked of them is not. Null: this kind has none. They do not keep the camera.
+    virtual std::shared_ptr<Controls> controls() const { return nullptr; }
 };
 
 } // namespace cameras

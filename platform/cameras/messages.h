@@ -3,6 +3,7 @@
 #ifndef OSTREL_PLATFORM_CAMERAS_MESSAGES_H
 #define OSTREL_PLATFORM_CAMERAS_MESSAGES_H
 
+#include "platform/cameras/controls.h"
 #include "platform/cameras/error.h"
 #include "platform/cameras/figures.h"
 #include "platform/cameras/format_choice.h"
@@ -38,6 +39,19 @@ Error notYetAsked(const std::string& where);
 Error notOpen(const std::string& where);
 Error beingStopped(const std::string& where);
 Error noThread(const std::string& where);
+
+Error notAttached(const std::string& identifier);
+
+// Of controls. `automatic`: the one that has the say over it; null where nobody knows.
+Error noControls(const std::string& where);
+Error noSuchControl(const std::string& where, uint32_t id);
+Error controlAskedTwice(const std::string& where, const Control& control);
+Error controlOutOfRange(const std::string& where, const Control& control);
+Error controlHeld(const std::string& where, const Control& control, const Control* automatic);
+Error controlRefused(const std::string& where, const Control& control, int number);
+Error controlsRefused(const std::string& where, int number); // by a driver that does not say which
+Error controlsUnwatched(const std::string& where);           // by a driver that does not tell of changes
+Error controlsHalfSet(const Error& why, const std::vector<std::string>& set);
 
 // What is said of a stream that runs.
 std::string stalled(const std::string& where);

@@ -27,10 +27,6 @@ void tell(QString* why, const Error& error) {
         *why = error && error.text.empty() ? textOf(cameras::reason(error.code)) : textOf(error.text);
 }
 
-Error notAttached(const std::string& identifier) {
-    return Error("No attached camera has the identifier \"" + identifier + '"');
-}
-
 ModeWish wishOf(const OVideoMode& mode) {
     const NativeMode& native = OVideoModePrivate::of(mode);
     ModeWish wish;
@@ -44,7 +40,7 @@ ModeWish wishOf(const OVideoMode& mode) {
 Error checkOffer(const std::string& identifier, const ModeWish& wish) {
     const std::shared_ptr<Camera> camera = cameras::attachedCamera(identifier);
     if (!camera)
-        return notAttached(identifier);
+        return cameras::notAttached(identifier);
     NativeModes modes;
     const Error unknown = camera->modes(modes);
     const auto hasPicture = [](const NativeMode& mode) { return mode.hasPicture; };
@@ -150,7 +146,7 @@ QList<OVideoMode> videoModes(const QString& uniqueID, QString* why) {
     const std::string identifier = utf8Of(uniqueID);
     const std::shared_ptr<Camera> camera = cameras::attachedCamera(identifier);
     NativeModes modes;
-    tell(why, camera ? camera->modes(modes) : notAttached(identifier));
+    tell(why, camera ? camera->modes(modes) : cameras::notAttached(identifier));
     QList<OVideoMode> result;
     for (const NativeMode& mode : modes)
         result.append(OVideoModePrivate::make(mode));

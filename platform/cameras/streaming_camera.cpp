@@ -251,6 +251,8 @@ void StreamingCamera::unplug() {
         gone_ = true;
         stream = stream_;
     }
+    if (const std::shared_ptr<Controls> controls = backend_->controls())
+        controls->leave();
     if (stream)
         stream->end(unplugged(identity_.where));
 }

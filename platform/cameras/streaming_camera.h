@@ -55,6 +55,7 @@ public:
     void stop(const std::shared_ptr<FrameSink>& sink) override;
     bool attached() const override;
     StreamStatistics statistics() const override;
+    std::shared_ptr<Controls> controls() const override { return backend_->controls(); }
 
     // Returns when every sink was told that the stream has ended; from inside a sink's call, at once.
     void unplug();

@@ -2,6 +2,7 @@
 
 #include "base/monotonic_clock.h"
 #include "platform/cameras/messages.h"
+#include "platform/cameras/v4l2/controls.h"
 #include "platform/cameras/v4l2/examination.h"
 #include "platform/cameras/v4l2/offers.h"
 #include "platform/cameras/v4l2/pixel_format.h"
@@ -40,7 +41,7 @@ V4l2Backend::V4l2Backend(const std::shared_ptr<KernelCalls>& kernel,
                          const std::shared_ptr<Discovery>& discovery, const NodeFacts& facts,
                          const std::string& where)
     : kernel_(kernel), discovery_(discovery), path_(facts.path), incarnation_(facts.incarnation),
-      where_(where) {}
+      where_(where), controls_(std::make_shared<V4l2Controls>(kernel, discovery, facts, where)) {}
 
 bool V4l2Backend::attached() const {
     return discovery_->incarnation(path_) == incarnation_;

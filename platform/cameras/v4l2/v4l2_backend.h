@@ -23,6 +23,7 @@ public:
                 const NodeFacts& facts, const std::string& where);
 
     bool attached() const override;
+    std::shared_ptr<Controls> controls() const override { return controls_; }
     Error open() override;
     void close() override;
     Error modes(NativeModes& modes) override;
@@ -50,6 +51,7 @@ private:
     const std::string path_;
     const std::string incarnation_;
     const std::string where_; // for messages
+    const std::shared_ptr<Controls> controls_;
 
     std::shared_ptr<VideoNode> node_; // while it is open
     bool multiplanar_ = false;

@@ -1,5 +1,6 @@
 #include "platform/cameras/virtual/pattern_backend.h"
 
+#include "platform/cameras/control_ids.h"
 #include "platform/cameras/messages.h"
 #include "platform/cameras/virtual/virtual_frame.h"
 
@@ -24,25 +25,42 @@ void putFirst(std::vector<Element>& all, const Element& one) {
 class PatternFrame : public VirtualFrame {
 public:
     PatternFrame(std::shared_ptr<Figures> figures, const Mode& mode, std::shared_ptr<PatternPainter> painter,
-                 const pattern::Stamp& stamp)
-        : VirtualFrame(std::move(figures), stamp.counter, mode), painter_(std::move(painter)), stamp_(stamp) {
-    }
+                 const PatternScene& scene)
+        : VirtualFrame(std::move(figures), scene.stamp.counter, mode), painter_(std::move(painter)),
+          scene_(scene) {}
 
-    bool show(const PictureReader& reader) override { return painter_->show(stamp_, reader); }
+    bool show(const PictureReader& reader) override { return painter_->show(scene_, reader); }
 
 protected:
     bool draw(const pixels::Output& to) override {
         if (to.format != pixels::OutputFormat::Bgra)
             return drawShown(to, painter_->pool());
-        return painter_->paint(stamp_, to.data, to.width, to.height, to.stride);
+        return painter_->paint(scene_, to.data, to.width, to.height, to.stride);
     }
 
 private:
     const std::shared_ptr<PatternPainter> painter_;
-    const pattern::Stamp stamp_;
+    const PatternScene scene_;
 };
 
+const int kPlainBrightness = 128;
+
+Control integer(uint32_t id, const char* name, int maximum, int standard) {
+    Control control;
+    control.id = id;
+    control.name = name;
+    control.maximum = maximum;
+    control.defaultValue = standard;
+    return control;
+}
+
 } // namespace
+
+PatternBackend::PatternBackend(const std::string& name, const Size& size, double framesPerSecond)
+    : name_(name), size_(size), interval_(intervalOf(framesPerSecond)),
+      controls_(std::make_shared<StoredControls>(
+          name, std::vector<Control>{integer(controlid::kBrightness, "Brightness", 255, kPlainBrightness),
+                                     integer(controlid::kPatternSpeed, "Pattern Speed", 10, 1)})) {}
 
 // Its own size and rate come first: they are what is left open.
 Error PatternBackend::modes(NativeModes& modes) {
@@ -78,6 +96,7 @@ Error PatternBackend::start(const Request& request, const std::shared_ptr<Outlet
     clock_ = std::make_unique<FrameClock>(mode_.rate());
     figures_ = outlet->figures();
     figures_->setGranted(mode_);
+    markAhead_ = 0;
     return Error();
 }
 
@@ -92,8 +111,13 @@ Error PatternBackend::next(const StopSignal& stop, Arrival& arrival) {
     if (!clock_->wait(stop, frame, passedOver))
         return Error();
     figures_->countSkipped(passedOver);
-    const pattern::Stamp stamp = {static_cast<uint32_t>(frame + 1), OVideoCommon::get_time()};
-    arrival.frame = std::make_shared<PatternFrame>(figures_, mode_, painter_, stamp);
+    const int64_t speed = controls_->value(controlid::kPatternSpeed);
+    markAhead_ += static_cast<uint32_t>((speed - 1) * static_cast<int64_t>(passedOver + 1));
+    PatternScene scene;
+    scene.stamp = {static_cast<uint32_t>(frame + 1), OVideoCommon::get_time()};
+    scene.markAhead = markAhead_;
+    scene.brighter = static_cast<int>(controls_->value(controlid::kBrightness)) - kPlainBrightness;
+    arrival.frame = std::make_shared<PatternFrame>(figures_, mode_, painter_, scene);
     return Error();
 }
 

@@ -5,10 +5,10 @@
 #include "platform/cameras/backend.h"
 #include "platform/cameras/virtual/frame_clock.h"
 #include "platform/cameras/virtual/pattern_painter.h"
+#include "platform/cameras/virtual/stored_controls.h"
 
 #include <memory>
 #include <string>
-#include <utility>
 
 namespace ostrel {
 namespace cameras {
@@ -17,12 +17,12 @@ namespace cameras {
 class PatternBackend : public Backend {
 public:
     // What it has unless another mode is wished for.
-    PatternBackend(std::string name, const Size& size, double framesPerSecond)
-        : name_(std::move(name)), size_(size), interval_(intervalOf(framesPerSecond)) {}
+    PatternBackend(const std::string& name, const Size& size, double framesPerSecond);
 
     bool attached() const override { return true; }
     Error open() override { return Error(); }
     void close() override {}
+    std::shared_ptr<Controls> controls() const override { return controls_; }
     Error modes(NativeModes& modes) override;
     Error start(const Request& request, const std::shared_ptr<Outlet>& outlet) override;
     void stop() override;
@@ -36,9 +36,11 @@ private:
     const std::string name_; // for messages
     const Size size_;
     const Interval interval_;
+    const std::shared_ptr<StoredControls> controls_;
     // While it streams:
     std::unique_ptr<FrameClock> clock_;
     Mode mode_;
+    uint32_t markAhead_ = 0;
     std::shared_ptr<PatternPainter> painter_;
     std::shared_ptr<Figures> figures_;
 };

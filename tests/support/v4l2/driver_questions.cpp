@@ -143,7 +143,7 @@ void tell(const PictureFormat& granted, v4l2_format& format) {
 
 } // namespace
 
-int Driver::question(unsigned long request, void* argument) {
+int Driver::question(int descriptor, unsigned long request, void* argument) {
     switch (static_cast<uint32_t>(request)) {
     case VIDIOC_QUERYCAP:
         return describe(*static_cast<v4l2_capability*>(argument));
@@ -171,8 +171,13 @@ int Driver::question(unsigned long request, void* argument) {
         return parameters(*static_cast<v4l2_streamparm*>(argument), false);
     case VIDIOC_S_PARM:
         return parameters(*static_cast<v4l2_streamparm*>(argument), true);
-    default:
-        return sourceQuestion(request, argument);
+    case VIDIOC_SUBSCRIBE_EVENT:
+    case VIDIOC_DQEVENT:
+        return eventQuestion(handles_[descriptor], request, argument);
+    default: {
+        const int error = device_.controls.empty() ? ENOTTY : controlQuestion(request, argument);
+        return error == ENOTTY ? sourceQuestion(request, argument) : error;
+    }
     }
 }
 

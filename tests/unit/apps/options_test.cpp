@@ -56,6 +56,16 @@ TEST(Options, EveryCommandIsKnown) {
     EXPECT_EQ(Command::Scale, parsed("scale --scale ld a b").command);
 }
 
+TEST(Options, ControlsTakesSettingsAndFiles) {
+    const Options options = parsed("controls -c x brightness=1 focus_auto=off --save a --load b --json");
+    EXPECT_EQ(Command::Controls, options.command);
+    EXPECT_EQ((std::vector<std::string>{"brightness=1", "focus_auto=off"}), options.controls.settings);
+    EXPECT_EQ("a", options.controls.save);
+    EXPECT_EQ("b", options.controls.load);
+    EXPECT_TRUE(options.controls.json);
+    EXPECT_EQ("x", options.camera.camera);
+}
+
 TEST(Options, RecordTakesItsValues) {
     const Options options =
         parsed("record -o x.yuv --size HD -n 5 -t 1.5 --format YUY2 --scale ld --filter none "

@@ -285,7 +285,7 @@ TEST_F(ModesTest, OfNoCameraAreNone) {
     plug();
     QString why;
     EXPECT_TRUE(videoModes(QString::fromLatin1("nobody"), &why).isEmpty());
-    EXPECT_EQ(utf8Of(why), "No attached camera has the identifier \"nobody\"");
+    EXPECT_EQ(utf8Of(why), "No camera with the identifier \"nobody\" is attached");
     EXPECT_FALSE(requestVideoMode(QString::fromLatin1("nobody"), wish("YUYV"), &why));
     EXPECT_TRUE(requestVideoMode(QString::fromLatin1("nobody"), OVideoMode(), &why)) << "takes nothing back";
 }
