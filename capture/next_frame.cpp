@@ -39,6 +39,14 @@ bool fits(const Output& to, size_t bytes) {
            static_cast<size_t>(to.stride) * static_cast<size_t>(to.height - 1) + static_cast<size_t>(row);
 }
 
+// False, with the reason, when no frame of this camera will ever be a picture.
+bool hasPicture(SlotReader::Taken& taken) {
+    const cameras::CameraFrame& frame = taken.frame->camera();
+    if (!frame.hasPicture())
+        taken.why = "No picture can be made of " + frame.facts().format + ": take native frames";
+    return frame.hasPicture();
+}
+
 std::shared_ptr<FrameSlot> slotOf(const QSharedPointer<OVideoCaptureUnix>& capture) {
     const void* const session = CaptureAccess::sessionOf(capture.data());
     return session
@@ -124,6 +132,8 @@ int nextVideoFrame(OVideoFrameReader& reader, VideoFrame& frame, int timeoutMs, 
                    QString* why) {
     OVideoFrameReaderPrivate& mine = OVideoFrameReaderPrivate::of(reader);
     return mine.next(timeoutMs, why, [&](SlotReader::Taken& taken) {
+        if (!hasPicture(taken))
+            return -1;
         SlotFrame& found = *taken.frame;
         const int stride = found.width * 4;
         mine.spare.resize(static_cast<size_t>(stride) * static_cast<size_t>(found.height));
@@ -153,6 +163,8 @@ int nextVideoFrame(OVideoFrameReader& reader, uint8_t* pixels, size_t bytes, int
         return -1;
     }
     return mine.next(timeoutMs, why, [&](SlotReader::Taken& taken) {
+        if (!hasPicture(taken))
+            return -1;
         SlotFrame& found = *taken.frame;
         const Output to = {wanted, pixels, found.width, found.height, stride};
         if (!fits(to, bytes)) {

@@ -103,6 +103,8 @@ OVideoFrameFacts OVideoNativeFrame::facts() const {
     return OVideoFrameFacts();
 }
 
+void listNativeOnlyCameras(bool) {}
+
 int nextVideoFrame(OVideoFrameReader&, VideoFrame&, int, OVideoFrameFacts*, QString* why) {
     return notHere(why);
 }

@@ -38,6 +38,8 @@ int runCommand(const Options& options, const Surroundings& around) {
         return runServe(options, around);
     case Command::Watch:
         return runWatch(options, around);
+    case Command::Controls:
+        return runControls(options, around);
     case Command::Doctor:
         return runDoctor(options, around);
     case Command::Convert:

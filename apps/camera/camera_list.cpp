@@ -1,5 +1,7 @@
 #include "apps/camera/camera_list.h"
 
+#include "apps/camera/mode_list.h"
+#include "apps/camera/table.h"
 #include "apps/common/text.h"
 
 #include <ostrel/device_details.h>
@@ -8,30 +10,11 @@
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 
-#include <algorithm>
+#include <utility>
 
 namespace ostrel::apps::cli {
 
 namespace {
-
-using Row = std::vector<std::string>;
-
-const std::size_t BETWEEN_COLUMNS = 2;
-
-std::string aligned(const std::vector<Row>& rows) {
-    std::vector<std::size_t> widths(rows.front().size());
-    for (const Row& row : rows)
-        for (std::size_t column = 0; column < row.size(); ++column)
-            widths[column] = std::max(widths[column], displayWidth(row[column]));
-    std::string text;
-    for (const Row& row : rows) {
-        for (std::size_t column = 0; column + 1 < row.size(); ++column)
-            text +=
-                row[column] + std::string(widths[column] - displayWidth(row[column]) + BETWEEN_COLUMNS, ' ');
-        text += row.back() + "\n";
-    }
-    return text;
-}
 
 std::string sizesOf(const Camera& camera) {
     std::vector<std::string> sizes;
@@ -51,20 +34,62 @@ std::string cameraTable(const std::vector<Camera>& cameras) {
 
 namespace {
 
+// "046d"
+QString hexadecimal(int number) {
+    return QString("%1").arg(number, 4, 16, QLatin1Char('0'));
+}
+
+// What is not known is left out.
+QJsonObject deviceJson(const QString& identifier) {
+    const OVideoDeviceDetails device = videoDeviceDetails(identifier);
+    const std::pair<const char*, QString> texts[] = {{"kind", device.kind()},
+                                                     {"node", device.node()},
+                                                     {"driver", device.driver()},
+                                                     {"bus", device.bus()},
+                                                     {"serial", device.serialNumber()}};
+    QJsonObject json;
+    for (const auto& [name, text] : texts)
+        if (!text.isEmpty())
+            json.insert(name, text);
+    if (device.vendorID() != 0) {
+        json.insert("vendor", hexadecimal(device.vendorID()));
+        json.insert("product", hexadecimal(device.productID()));
+    }
+    return json;
+}
+
 QJsonArray arrayOf(const std::vector<Camera>& cameras) {
     QJsonArray list;
     for (const Camera& camera : cameras) {
         QJsonArray formats;
         for (const Size& size : camera.sizes)
             formats.append(QJsonObject{{"width", size.width}, {"height", size.height}});
-        list.append(QJsonObject{{"id", QString::fromStdString(camera.identifier)},
+        const QString identifier = QString::fromStdString(camera.identifier);
+        list.append(QJsonObject{{"id", identifier},
                                 {"name", QString::fromStdString(camera.name)},
-                                {"formats", formats}});
+                                {"formats", formats},
+                                {"device", deviceJson(identifier)},
+                                {"modes", modeJson(videoModes(identifier))}});
     }
     return list;
 }
 
 } // namespace
+
+std::string cameraModes(const std::vector<Camera>& cameras) {
+    std::string text;
+    for (const Camera& camera : cameras) {
+        QString why;
+        const std::string table = modeTable(videoModes(QString::fromStdString(camera.identifier), &why));
+        text +=
+            (text.empty() ? "" : "\n") + camera.name + " (" + printable(camera.identifier) + ")\n" + table;
+        if (!why.isEmpty())
+            text += "  " + printable(why.toStdString()) + "\n";
+        else if (table.empty())
+            text += "  in whatever size its pictures have\n";
+    }
+    return text;
+}
 
 std::string cameraJson(const std::vector<Camera>& cameras) {
     return QJsonDocument(arrayOf(cameras)).toJson().toStdString();

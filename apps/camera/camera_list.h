@@ -12,7 +12,12 @@ namespace ostrel::apps::cli {
 // Aligned columns under a heading, one line a camera.
 std::string cameraTable(const std::vector<Camera>& cameras);
 
-// [{"id": ..., "name": ..., "formats": [{"width": ..., "height": ...}]}], ending with a line break.
+// Each with its modes, which the library asks of cameras that are not in use.
+std::string cameraModes(const std::vector<Camera>& cameras);
+
+// [{"id": ..., "name": ..., "formats": [{"width": ..., "height": ...}], "device": {"kind": ..., "node": ...,
+// "driver": ..., "bus": ..., "vendor": "046d", "product": ..., "serial": ...}, "modes": [as modeJson()]}],
+// ending with a line break. What is not known of a device is left out.
 std::string cameraJson(const std::vector<Camera>& cameras);
 
 // A video node that is no camera, or against whose use something stands.

@@ -34,11 +34,13 @@ private:
     void addRecord();
     void addServe();
     void addWatch();
+    void addControls();
     void addDoctor();
     void addConvert();
     void addScale();
     void addOutput(CLI::App* command, std::string& output, const std::string& description);
     void addSize(CLI::App* command);
+    void addMode(CLI::App* command);
     void addLimits(CLI::App* command);
     void addFilter(CLI::App* command);
     void addFiles(CLI::App* command);
@@ -81,6 +83,11 @@ std::string upper(std::string text) {
     return text;
 }
 
+// "INPUT", or what it is made of where it may be left out: "NAME=VALUE"
+std::string argumentName(const CLI::Option* option) {
+    return option->get_required() ? upper(option->get_name(true)) : option->get_type_name();
+}
+
 std::vector<std::string> namesOf(const CLI::Option& option) {
     std::vector<std::string> names;
     for (const std::string& name : option.get_snames())
@@ -93,8 +100,7 @@ std::vector<std::string> namesOf(const CLI::Option& option) {
 HelpRows rowsOf(const CLI::App& app, const std::function<bool(const CLI::Option*)>& shown) {
     HelpRows rows;
     for (const CLI::Option* option : app.get_options(shown)) {
-        const std::string left =
-            isArgument(option) ? upper(option->get_name(true)) : join(namesOf(*option), ", ");
+        const std::string left = isArgument(option) ? argumentName(option) : join(namesOf(*option), ", ");
         const bool takesValue = !isArgument(option) && option->get_type_size() != 0;
         rows.emplace_back(left + (takesValue ? " " + option->get_type_name() : ""),
                           option->get_description());
@@ -118,14 +124,15 @@ std::string usageOf(const CLI::App& app) {
             usage += " " + namesOf(*option).back() + " " + option->get_type_name();
     for (const CLI::Option* option : app.get_options())
         if (isArgument(option))
-            usage += " " + upper(option->get_name(true));
+            usage +=
+                " " + (option->get_required() ? argumentName(option) : "[" + argumentName(option) + "...]");
         else if (option->get_positional())
             usage += " [" + option->get_type_name() + "]";
     return usage;
 }
 
 bool worksOnFiles(const CLI::App& command) {
-    return !rowsOf(command, isArgument).empty();
+    return command.get_option_no_throw("input") != nullptr;
 }
 
 std::string HelpFormatter::make_help(const CLI::App* app, std::string, CLI::AppFormatMode) const {
@@ -158,6 +165,7 @@ CommandLine::CommandLine() {
     addRecord();
     addServe();
     addWatch();
+    addControls();
     addDoctor();
     addConvert();
     addScale();
@@ -217,6 +225,12 @@ void CommandLine::addSize(CLI::App* command) {
              std::string("Frame size: ") + SIZE_NAMES + "; sd without it. A camera that lacks it is scaled.");
 }
 
+void CommandLine::addMode(CLI::App* command) {
+    addValue(command, "--mode", options_.mode, modeValue, "MODE",
+             std::string("The camera's own mode, as 'list --modes' shows them: ") + MODE_NAMES +
+                 ". Without --size, frames are as large.");
+}
+
 void CommandLine::addLimits(CLI::App* command) {
     addValue(command, "-n,--frames", options_.limit.frames, countValue, "NUMBER",
              "End after so many frames.");
@@ -234,13 +248,48 @@ void CommandLine::addFilter(CLI::App* command) {
 void CommandLine::addList() {
     CLI::App* command = addCommand(Command::List, "list", "List the attached cameras.");
     command->add_flag("--json", options_.list.json,
-                      "Write JSON: an array with id, name and formats of each camera.");
+                      "Write JSON: an array with id, name, formats, device and modes of each camera.");
+    command->add_flag("--modes", options_.list.modes,
+                      "Show the modes of each camera: formats, sizes, frames a second.");
     command->add_flag("--all", options_.list.all,
                       "Show the video nodes that are no cameras as well, each with the reason.");
     command->footer("Examples:\n"
                     "  ostrel-camera list\n"
+                    "  ostrel-camera list --modes\n"
                     "  ostrel-camera list --all\n"
                     "  ostrel-camera list --json | jq -r '.[].id'\n");
+}
+
+void CommandLine::addControls() {
+    CLI::App* command = addCommand(Command::Controls, "controls",
+                                   "Show and set brightness, exposure, focus and what else a camera has.");
+    command
+        ->add_option(
+            "settings", options_.controls.settings,
+            "What to set: a number, an item of a menu or its beginning, on or off, default, or auto, "
+            "which turns to the automatic control of NAME. Several are set at once. Names as in the "
+            "table, or as other kernels have them.")
+        ->type_name("NAME=VALUE");
+    command->add_flag("--json", options_.controls.json, "Write JSON: an array of the controls.");
+    command
+        ->add_option("--save", options_.controls.save,
+                     "Keep the settings in this file. Those of other cameras that are in it stay there.")
+        ->type_name("FILE");
+    command
+        ->add_option("--load", options_.controls.load,
+                     "Restore the settings that the file has: of every camera in it, or of the one that "
+                     "--camera names. What could not be set is said, the rest is set.")
+        ->type_name("FILE");
+    command->footer(
+        "Cameras keep their settings until they are unplugged. An automatic mode is never switched\n"
+        "off silently: a control that it has the say over is refused unless it is set as well.\n\n"
+        "Examples:\n"
+        "  ostrel-camera controls\n"
+        "  ostrel-camera controls brightness=140 power_line_frequency=50\n"
+        "  ostrel-camera controls auto_exposure=manual exposure_time_absolute=100\n"
+        "  ostrel-camera controls exposure_time_absolute=auto\n"
+        "  ostrel-camera controls --save desk.json\n"
+        "  ostrel-camera controls --load desk.json\n");
 }
 
 void CommandLine::addDoctor() {
@@ -265,6 +314,7 @@ void CommandLine::addSnapshot() {
         "camera's own JPEG where it has one; png and the other kinds that Qt writes. A series: with %04d "
         "for the number, or %H%M%S and the like for the time.");
     addSize(command);
+    addMode(command);
     addValue(command, "--every", options_.snapshot.every, secondsValue, "SECONDS",
              "Take one each so many seconds, until Ctrl-C or a limit: 60, 500ms, 5m.");
     addLimits(command);
@@ -286,6 +336,7 @@ void CommandLine::addRecord() {
         "The file to write, '-' for standard output (recording.y4m, or recording with the name of another "
         "format behind it).");
     addSize(command);
+    addMode(command);
     addLimits(command);
     addValue(
         command, "--format", options_.record.format, recordingKindValue, "FORMAT",
@@ -316,6 +367,7 @@ void CommandLine::addServe() {
     addValue(command, "--port", options_.serve.port, portValue, "PORT",
              "Where the page is: http://127.0.0.1:PORT/ (8080); 0 takes any that is free.");
     addSize(command);
+    addMode(command);
     addValue(command, "--quality", options_.serve.quality, qualityValue, "NUMBER",
              "How good pictures are that the camera does not send as JPEG itself, 1 to 100 (85).");
     command->footer(
@@ -331,9 +383,11 @@ void CommandLine::addWatch() {
     CLI::App* command =
         addCommand(Command::Watch, "watch", "Show how well a camera delivers, until Ctrl-C or a limit.");
     addSize(command);
+    addMode(command);
     addLimits(command);
     command->footer("Examples:\n"
                     "  ostrel-camera watch --size hd\n"
+                    "  ostrel-camera watch --mode MJPG:1280x720@60\n"
                     "  ostrel-camera watch --camera webcam --duration 60 > figures.txt\n");
 }
 

@@ -14,8 +14,9 @@ int runList(const Options& options, const Surroundings& around) {
     if (options.list.json) {
         output.write(options.list.all ? allJson(cameras, others) : cameraJson(cameras));
     } else {
+        const std::string table = options.list.modes ? cameraModes(cameras) : cameraTable(cameras);
         if (!cameras.empty())
-            output.write(cameraTable(cameras) + (others.empty() ? "" : "\n"));
+            output.write(table + (others.empty() ? "" : "\n"));
         output.write(nodeTable(others));
     }
     output.commit();

@@ -121,6 +121,8 @@ private:
 int runRecord(const Options& options, const Surroundings& around) {
     const AddedCameras added = addCameras(options.camera, options.size());
     const Camera camera = chooseCamera(options.camera, added);
+    if (options.mode)
+        requestMode(camera.identifier, *options.mode);
     return Recording(options, added.endOfFile(), around).run(camera);
 }
 

@@ -125,7 +125,10 @@ private:
 
 int runServe(const Options& options, const Surroundings& around) {
     const AddedCameras added = addCameras(options.camera, options.size());
-    return Service(options, around, chooseCamera(options.camera, added)).run();
+    const Camera camera = chooseCamera(options.camera, added);
+    if (options.mode)
+        requestMode(camera.identifier, *options.mode);
+    return Service(options, around, camera).run();
 }
 
 } // namespace ostrel::apps::cli

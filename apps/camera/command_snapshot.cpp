@@ -1,6 +1,7 @@
 // ostrel-camera snapshot
 #include "apps/camera/commands.h"
 #include "apps/camera/output_file.h"
+#include "apps/camera/reconnection.h"
 #include "apps/camera/snapshot/picture_format.h"
 #include "apps/camera/snapshot/series_name.h"
 #include "apps/common/failure.h"
@@ -89,7 +90,9 @@ private:
     }
 
     bool nextFrame(FrameStream& stream) {
-        const FrameStream::Result result = stream.next(frame_, options_.camera.timeout);
+        FrameStream::Result result = stream.next(frame_, options_.camera.timeout);
+        if (result == FrameStream::Result::Ended && options_.limit.reconnect)
+            result = reconnect(stream, frame_, *options_.limit.reconnect, around_);
         if (result == FrameStream::Result::TimedOut)
             throw Failure(EXIT_NO_FRAME, stream.timeoutReason(options_.camera.timeout));
         if (result == FrameStream::Result::Ended)
@@ -165,6 +168,8 @@ int runSnapshot(const Options& options, const Surroundings& around) {
     Snapshots snapshots(options, around);
     const AddedCameras added = addCameras(options.camera, options.size());
     const Camera camera = chooseCamera(options.camera, added);
+    if (options.mode)
+        requestMode(camera.identifier, *options.mode);
     return options.snapshot.every ? snapshots.takeSeries(camera) : snapshots.takeOne(camera);
 }
 

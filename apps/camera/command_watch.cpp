@@ -119,6 +119,8 @@ private:
 int runWatch(const Options& options, const Surroundings& around) {
     const AddedCameras added = addCameras(options.camera, options.size());
     const Camera camera = chooseCamera(options.camera, added);
+    if (options.mode)
+        requestMode(camera.identifier, *options.mode);
     return Watch(options, added.endOfFile(), around, camera).run();
 }
 

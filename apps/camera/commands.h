@@ -19,6 +19,7 @@ int runSnapshot(const Options& options, const Surroundings& around);
 int runRecord(const Options& options, const Surroundings& around);
 int runServe(const Options& options, const Surroundings& around);
 int runWatch(const Options& options, const Surroundings& around);
+int runControls(const Options& options, const Surroundings& around);
 int runDoctor(const Options& options, const Surroundings& around);
 int runConvert(const Options& options, const Surroundings& around);
 int runScale(const Options& options, const Surroundings& around);

@@ -45,6 +45,7 @@ std::string exitCodesSection() {
          {"6", "no frame came within the time limit"},
          {"7", "a file cannot be read or written, or has the wrong length"},
          {"8", "doctor found a problem"},
+         {"9", "a control was not set, or the camera has none"},
          {"128+N", "ended by signal N before the work was done (130 for Ctrl-C)"}});
 }
 

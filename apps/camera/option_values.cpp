@@ -61,6 +61,10 @@ RecordingKind recordingKindValue(const std::string& text) {
     return required(parseRecordingKind(text), text, std::string("one of ") + RECORDING_KINDS);
 }
 
+WantedMode modeValue(const std::string& text) {
+    return required(parseMode(text), text, std::string("a mode: ") + MODE_NAMES);
+}
+
 Rate rateValue(const std::string& text) {
     return required(parseRate(text), text, "a rate from 0.001 to 1000 such as 30, 29.97 or 30000/1001");
 }

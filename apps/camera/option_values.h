@@ -2,6 +2,7 @@
 #ifndef OSTREL_APPS_CAMERA_OPTION_VALUES_H
 #define OSTREL_APPS_CAMERA_OPTION_VALUES_H
 
+#include "apps/camera/mode_choice.h"
 #include "apps/camera/record/recording_kind.h"
 #include "apps/camera/y4m.h"
 
@@ -16,6 +17,7 @@ VIDEO_QUALITY levelValue(const std::string& text);
 ScaleMethod filterValue(const std::string& text);
 FileKind kindValue(const std::string& text);
 RecordingKind recordingKindValue(const std::string& text);
+WantedMode modeValue(const std::string& text);
 Rate rateValue(const std::string& text);
 double secondsValue(const std::string& text); // "2", "2s", "500ms", "5m", "1h"; above 0
 uint64_t numberValue(const std::string& text);

@@ -4,24 +4,34 @@
 
 #include "apps/camera/camera_choice.h"
 #include "apps/camera/layout.h"
+#include "apps/camera/mode_choice.h"
 #include "apps/camera/record/recording_kind.h"
 #include "apps/camera/y4m.h"
 
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace ostrel::apps::cli {
 
-enum class Command { List, Snapshot, Record, Serve, Watch, Doctor, Convert, Scale };
+enum class Command { List, Snapshot, Record, Serve, Watch, Controls, Doctor, Convert, Scale };
 
 struct ListOptions {
     bool json = false;
     bool all = false;
+    bool modes = false;
 };
 
 struct DoctorOptions {
     bool json = false;
+};
+
+struct ControlsOptions {
+    std::vector<std::string> settings; // NAME=VALUE
+    bool json = false;
+    std::string save; // files; empty: not given
+    std::string load;
 };
 
 struct SnapshotOptions {
@@ -66,17 +76,23 @@ struct Options {
     bool verbose = false;
     CameraOptions camera;
     std::optional<Size> captureSize;
+    std::optional<WantedMode> mode; // snapshot, record and watch
     LimitOptions limit;
     ScaleMethod filter = SCALE_METHOD_BOX;
     std::optional<VIDEO_QUALITY> scaleTo;
     ListOptions list;
+    ControlsOptions controls;
     DoctorOptions doctor;
     SnapshotOptions snapshot;
     RecordOptions record;
     ServeOptions serve;
     FileOptions files;
 
-    Size size() const { return captureSize.value_or(sizeOf(VIDEO_QUALITY_SD)); }
+    // Of the frames that are captured.
+    Size size() const {
+        const Size native = mode ? mode->size : Size();
+        return captureSize.value_or(native.empty() ? sizeOf(VIDEO_QUALITY_SD) : native);
+    }
 };
 
 } // namespace ostrel::apps::cli

@@ -18,6 +18,7 @@ enum ExitCode {
     EXIT_NO_FRAME = 6,
     EXIT_FILE = 7,
     EXIT_PROBLEM = 8,
+    EXIT_NOT_SET = 9,
     EXIT_SIGNAL = 128 // plus the number of the signal
 };
 

@@ -20,8 +20,8 @@ void addLevels(QComboBox* box) {
 
 ControlPanel::ControlPanel(const Size& captured)
     : cameras(new CameraList), size(new QComboBox), scaleTo(new QComboBox), method(new QComboBox),
-      mirror(new QCheckBox("&Mirror")), snapshot(new QPushButton("Take &snapshot")),
-      fullScreen(new QPushButton("&Full screen")) {
+      mirror(new QCheckBox("&Mirror")), controls(new QPushButton("Camera c&ontrols")),
+      snapshot(new QPushButton("Take &snapshot")), fullScreen(new QPushButton("&Full screen")) {
     fill(captured);
     arrange();
 }
@@ -50,6 +50,9 @@ void ControlPanel::fill(const Size& captured) {
     connect(scaleTo, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &ControlPanel::enable);
 
     mirror->setObjectName("mirror");
+    controls->setObjectName("controls");
+    controls->setCheckable(true);
+    controls->setToolTip("Brightness, exposure, focus and what else the camera has");
     snapshot->setObjectName("snapshot");
     snapshot->setToolTip("Save the picture as a PNG file (Ctrl+S)");
     snapshot->setEnabled(false);
@@ -73,6 +76,7 @@ void ControlPanel::arrange() {
     column->addWidget(heading);
     column->addWidget(cameras, 1);
     column->addLayout(form);
+    column->addWidget(controls);
     column->addWidget(snapshot);
     column->addWidget(fullScreen);
 }

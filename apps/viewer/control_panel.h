@@ -26,6 +26,7 @@ public:
     QComboBox* const scaleTo; // one for each VIDEO_QUALITY, after one for "as captured"
     QComboBox* const method;  // one entry for each ScaleMethod
     QCheckBox* const mirror;
+    QPushButton* const controls; // down while the camera's own controls are shown
     QPushButton* const snapshot;
     QPushButton* const fullScreen;
 

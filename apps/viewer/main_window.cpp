@@ -1,5 +1,6 @@
 #include "apps/viewer/main_window.h"
 
+#include "apps/viewer/camera_controls.h"
 #include "apps/viewer/control_panel.h"
 #include "apps/viewer/picture_view.h"
 #include "apps/viewer/snapshot.h"
@@ -34,7 +35,7 @@ QString figuresText(const QString& sizes, double rate, Clock::duration age) {
 
 MainWindow::MainWindow(const WindowSettings& settings)
     : settings_(settings), panel_(new ControlPanel(settings.size)), view_(new PictureView),
-      figures_(new QLabel) {
+      controls_(new CameraControls), figures_(new QLabel) {
     setWindowTitle("Ostrel Viewer");
 
     QWidget* content = new QWidget;
@@ -43,6 +44,8 @@ MainWindow::MainWindow(const WindowSettings& settings)
     row->setSpacing(0);
     row->addWidget(panel_);
     row->addWidget(view_, 1);
+    row->addWidget(controls_);
+    controls_->hide();
     setCentralWidget(content);
     figures_->setObjectName("figures");
     figures_->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
@@ -67,6 +70,9 @@ void MainWindow::connectControls() {
     connect(panel_->scaleTo, index, this, &MainWindow::showNewest);
     connect(panel_->method, index, this, &MainWindow::showNewest);
     connect(panel_->mirror, &QCheckBox::toggled, view_, &PictureView::setMirrored);
+    connect(panel_->controls, &QPushButton::toggled, controls_, &CameraControls::setVisible);
+    connect(controls_, &CameraControls::refused, this,
+            [this](const QString& why) { statusBar()->showMessage(why, NOTICE_MILLISECONDS); });
     connect(panel_->snapshot, &QPushButton::clicked, this, &MainWindow::takeSnapshot);
     connect(panel_->fullScreen, &QPushButton::clicked, this, [this] { setFullScreen(true); });
     connect(&source_, &CaptureSource::frameArrived, this, &MainWindow::lookAtCamera);
@@ -133,6 +139,7 @@ void MainWindow::chooseCamera(const QString& id) {
 void MainWindow::restart() {
     if (cameraId_.isEmpty())
         return;
+    controls_->setCamera(cameraId_);
     source_.start(cameraId_, panel_->captureSize());
     view_->clear();
     showState();
@@ -187,6 +194,7 @@ void MainWindow::setFullScreen(bool fullScreen) {
     if (fullScreen == isFullScreen())
         return;
     panel_->setVisible(!fullScreen);
+    controls_->setVisible(!fullScreen && panel_->controls->isChecked());
     statusBar()->setVisible(!fullScreen);
     leaveFullScreen_->setEnabled(fullScreen);
     if (fullScreen) {

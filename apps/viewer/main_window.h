@@ -12,6 +12,7 @@ class QLabel;
 
 namespace ostrel::apps::viewer {
 
+class CameraControls;
 class ControlPanel;
 class PictureView;
 
@@ -56,6 +57,7 @@ private:
 
     ControlPanel* panel_;
     PictureView* view_;
+    CameraControls* controls_;
     QLabel* figures_;
     QAction* leaveFullScreen_;
     QRect windowed_; // to where the window returns from full screen

@@ -3,6 +3,7 @@
 #include "fuzz/support/check.h"
 #include "fuzz/v4l2/malicious_kernel.h"
 
+#include "platform/cameras/control_rules.h"
 #include "platform/cameras/v4l2/v4l2_provider.h"
 #include "support/v4l2/scripted_discovery.h"
 
@@ -110,13 +111,43 @@ void capture(const Kernel& kernel, Camera& camera) {
         const StreamStatistics figures = camera.statistics();
         CHECK(refused || (figures.granted.size.width > 0 && figures.granted.size.height > 0 &&
                           !figures.granted.format.empty()));
-        CHECK(figures.granted.rate >= 0);
+        CHECK(figures.granted.rate() >= 0);
         if (kernel->byte() % 4 == 3)
             camera.close(); // without a stop
     }
     camera.stop(sink);
     camera.stop(second);
     sink->drawKept();
+}
+
+// Values within the limits that the driver states, others, and those of controls that it does not have.
+std::vector<Setting> settingsFor(const Kernel& kernel, const std::vector<Control>& controls) {
+    std::vector<Setting> settings;
+    for (int left = kernel->byte() % 8; left > 0; --left) {
+        Setting one;
+        one.id = controls.empty() ? 0 : controls[kernel->byte() % controls.size()].id;
+        one.value = kernel->byte() % 2 ? kernel->number() : kernel->byte() % 4;
+        one.text = kernel->byte() % 4 == 3 ? kernel->text() : std::string();
+        settings.push_back(one);
+    }
+    return settings;
+}
+
+void control(const Kernel& kernel, const Camera& camera) {
+    const std::shared_ptr<Controls> all = camera.controls();
+    std::vector<Control> controls;
+    const Error error = all->list(controls);
+    CHECK(!error || !error.text.empty());
+    for (const Control& one : controls)
+        CHECK(one.id != 0 && one.items.size() <= 1024 && one.text.size() <= 65536);
+    const Error refused = setControls(*all, settingsFor(kernel, controls));
+    CHECK(!refused || !refused.text.empty());
+    std::unique_ptr<ControlWatch> watch;
+    const Error unwatched = all->watch(watch);
+    CHECK(!unwatched == (watch != nullptr) && (watch || !unwatched.text.empty()));
+    std::vector<Control> changed;
+    if (watch)
+        watch->take(changed);
 }
 
 void use(const Kernel& kernel, Camera& camera) {
@@ -131,6 +162,7 @@ void use(const Kernel& kernel, Camera& camera) {
     }
     camera.attached();
     camera.close();
+    control(kernel, camera);
 }
 
 } // namespace

@@ -9,6 +9,7 @@
 
 namespace fuzz {
 
+using ostrel::support::ControlScript;
 using ostrel::support::DeviceScript;
 using ostrel::support::FrameScript;
 
@@ -44,6 +45,33 @@ const int kPolls = 8;
 // Far more than a stream takes on a busy machine: the rest is a hang.
 const std::chrono::seconds kHang(60);
 
+// One of each type, one of them held by another.
+std::vector<ControlScript> controls() {
+    std::vector<ControlScript> result;
+    uint32_t id = V4L2_CID_BRIGHTNESS;
+    for (const uint32_t type : {V4L2_CTRL_TYPE_INTEGER, V4L2_CTRL_TYPE_BOOLEAN, V4L2_CTRL_TYPE_MENU,
+                                V4L2_CTRL_TYPE_BUTTON, V4L2_CTRL_TYPE_INTEGER64, V4L2_CTRL_TYPE_STRING,
+                                V4L2_CTRL_TYPE_BITMASK, V4L2_CTRL_TYPE_INTEGER_MENU}) {
+        ControlScript control;
+        control.id = id++;
+        control.type = type;
+        control.name = std::string(32, 'n');
+        control.maximum = 3;
+        control.standard = 0;
+        control.items = {{0, "0"}, {2, "2"}};
+        result.push_back(control);
+    }
+    ControlScript automatic = result[1], held = result[0];
+    automatic.id = V4L2_CID_AUTOGAIN;
+    automatic.standard = 1;
+    held.id = V4L2_CID_GAIN;
+    held.heldBy = V4L2_CID_AUTOGAIN;
+    held.released = {0};
+    result.push_back(automatic);
+    result.push_back(held);
+    return result;
+}
+
 template <typename T, size_t N>
 T pick(const T (&table)[N], unsigned index) {
     return table[index % N];
@@ -66,6 +94,7 @@ MaliciousKernel::MaliciousKernel(const Input& script, const Input& contents)
     device.dataOffset = kind & 4 ? 24 : 0;
     if (kind & 8)
         device.incoming = ostrel::support::only(64, 48).most;
+    device.controls = controls();
     const uint32_t field = pick(kFields, kind / 16u);
     device.adjust = [field](v4l2_pix_format& pix) {
         pix.field = field;
@@ -152,6 +181,22 @@ void MaliciousKernel::lieAboutBuffer(v4l2_buffer& buffer) {
     lie(planes, count * sizeof *planes);
 }
 
+// The kernel itself keeps all addresses; a driver may leave a text without its end.
+void MaliciousKernel::lieAboutControls(v4l2_ext_controls& all) {
+    v4l2_ext_control* const controls = all.controls;
+    const uint32_t count = all.count;
+    lie(&all, sizeof all);
+    all.controls = controls;
+    for (uint32_t i = 0; i < count; ++i) {
+        if (script_.byte() % 4 != 3)
+            continue;
+        if (controls[i].size > 0)
+            std::memset(controls[i].string, 'x', controls[i].size);
+        else
+            lie(&controls[i].value64, sizeof controls[i].value64);
+    }
+}
+
 int MaliciousKernel::doOpen(const char* path, int flags) {
     std::lock_guard<std::mutex> lock(mutex_);
     if (fails())
@@ -182,6 +227,9 @@ int MaliciousKernel::doIoctl(int descriptor, unsigned long request, void* argume
     }
     if (request == VIDIOC_QUERYBUF || request == VIDIOC_DQBUF || request == VIDIOC_QBUF)
         lieAboutBuffer(*static_cast<v4l2_buffer*>(argument));
+    else if (request == VIDIOC_G_EXT_CTRLS || request == VIDIOC_S_EXT_CTRLS ||
+             request == VIDIOC_TRY_EXT_CTRLS)
+        lieAboutControls(*static_cast<v4l2_ext_controls*>(argument));
     else if (_IOC_DIR(request) & _IOC_READ)
         lie(argument, _IOC_SIZE(request));
     return 0;

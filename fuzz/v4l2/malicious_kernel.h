@@ -49,6 +49,7 @@ protected:
 private:
     bool fails();
     void lie(void* answer, size_t bytes);
+    void lieAboutControls(v4l2_ext_controls& all);
     void lieAboutBuffer(v4l2_buffer& buffer);
     void fillBuffers(int descriptor);
 

@@ -3,6 +3,7 @@
 #define OSTREL_CAMERA_STATE_H
 
 #include <ostrel/export.h>
+#include <ostrel/modes.h>
 #include <ostrel/statistics.h>
 
 #include <QtCore/QSharedPointer>
@@ -53,6 +54,8 @@ public:
     QString capturedBy() const;
     // Of the newest stream, also after its end.
     OVideoStatistics statistics() const;
+    // The mode that it was granted, which may be another one than was requested.
+    OVideoMode grantedMode() const;
 
 private:
     QSharedPointer<OVideoCameraStatePrivate> d;

@@ -1,4 +1,5 @@
-// The machine's video nodes, those that are no cameras among them, and why they are none (Linux).
+// What is known of a camera's device; and the machine's video nodes, those that are no cameras among them,
+// and why they are none (Linux).
 #ifndef OSTREL_DEVICE_DETAILS_H
 #define OSTREL_DEVICE_DETAILS_H
 
@@ -10,7 +11,34 @@
 
 namespace ostrel {
 
+struct OVideoDeviceDetailsPrivate;
 struct OVideoNodePrivate;
+
+// A camera, as it was when it was asked for. Texts are empty, and numbers 0, where there is nothing to say. A
+// value, cheap to copy.
+class OSTREL_EXPORT OVideoDeviceDetails {
+public:
+    explicit OVideoDeviceDetails(const QSharedPointer<OVideoDeviceDetailsPrivate>& facts); // the library does
+    OVideoDeviceDetails(const OVideoDeviceDetails& other);
+    OVideoDeviceDetails& operator=(const OVideoDeviceDetails& other);
+    ~OVideoDeviceDetails();
+
+    bool isAttached() const; // else nothing is known
+    QString kind() const;    // by what it is captured from: "V4L2", "virtual"; others may come
+    QString node() const;    // "/dev/video0"
+    QString driver() const;  // of the kernel, "uvcvideo"
+    QString bus() const;     // where it is plugged in, "0000:00:14.0-usb-2", "PCI:0000:03:00.0"
+    // Of USB and PCI devices.
+    int vendorID() const;
+    int productID() const;
+    QString serialNumber() const; // the maker's; many give a whole model the same
+
+private:
+    QSharedPointer<OVideoDeviceDetailsPrivate> d;
+};
+
+// Asks no hardware that is in use. Any thread may call.
+OSTREL_EXPORT OVideoDeviceDetails videoDeviceDetails(const QString& uniqueID);
 
 // One node, as it was when it was listed. A value, cheap to copy.
 class OSTREL_EXPORT OVideoNode {

@@ -65,6 +65,11 @@ private:
 OSTREL_EXPORT int nextNativeFrame(OVideoFrameReader& reader, OVideoNativeFrame& frame, int timeoutMs,
                                   QString* why = 0);
 
+// Whether cameras whose formats all have no picture here, such as raw Bayer, depth or H.264, are listed from
+// now on, in this process; at first they are not. They are captured from as others are, with
+// nextNativeFrame() alone: who polls gets nothing, and nextVideoFrame() answers -1. Any thread may call.
+OSTREL_EXPORT void listNativeOnlyCameras(bool list);
+
 } // namespace ostrel
 
 #endif

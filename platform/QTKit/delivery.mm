@@ -104,12 +104,14 @@ void Delivery::callDelegate(const std::shared_ptr<cameras::CameraFrame>& frame) 
         pool = [[NSAutoreleasePool alloc] init];
         slotted = std::make_shared<SlotFrame>(frame, static_cast<int>(request_.width),
                                               static_cast<int>(request_.height), pool_);
-        buffer = pictures_->makeBuffer(frame, slotted->polled());
+        if (frame->hasPicture())
+            buffer = pictures_->makeBuffer(frame, slotted->polled());
     } catch (const std::bad_alloc&) {
         [pool release];
         return; // a frame lost for want of memory; the next one may do better
     }
-    [delegate captureOutput:output_ didOutputVideoFrame:buffer withSampleBuffer:nil fromConnection:nil];
+    if (buffer)
+        [delegate captureOutput:output_ didOutputVideoFrame:buffer withSampleBuffer:nil fromConnection:nil];
     [pool release];
     CVBufferRelease(buffer);
     slot_->put(slotted);

@@ -3,6 +3,7 @@
 
 #include "base/qt_text.h"
 #include "base/shared_object.h"
+#include "platform/cameras/mode_access.h"
 #include "platform/QTKit/open_camera.h"
 
 namespace ostrel {
@@ -20,7 +21,7 @@ OVideoStatistics figuresOf(const cameras::StreamStatistics& figures) {
     result.grantedFormat = textOf(figures.granted.format);
     result.grantedWidth = figures.granted.size.width;
     result.grantedHeight = figures.granted.size.height;
-    result.grantedRate = figures.granted.rate;
+    result.grantedRate = figures.granted.rate();
     result.ended = textOf(figures.ended);
     return result;
 }
@@ -107,6 +108,16 @@ QString OVideoCameraState::shared() const {
 
 QString OVideoCameraState::capturedBy() const {
     return textOf(d->report.statistics.by);
+}
+
+OVideoMode OVideoCameraState::grantedMode() const {
+    const cameras::Mode& granted = d->report.statistics.granted;
+    cameras::NativeMode mode;
+    mode.format = granted.format;
+    mode.hasPicture = granted.hasPicture;
+    mode.sizes.least = mode.sizes.most = granted.size;
+    mode.intervals = {granted.interval, granted.interval};
+    return OVideoModePrivate::make(mode);
 }
 
 OVideoStatistics OVideoCameraState::statistics() const {

@@ -16,6 +16,7 @@ namespace cameras {
 struct Request {
     Size size;            // pixels: the largest width and the largest height that anybody asked for
     double leastRate = 0; // frames a second that must not be given up for it
+    ModeWish wish;        // no other mode will do
 };
 
 // Where a backend's frames go, and what is counted about them. Lives as long as anybody holds it.
@@ -56,6 +57,13 @@ public:
     // may.
     virtual Error admitInput() { return Error(); }
     virtual Error admitOutput() { return Error(); }
+
+    // Any thread, at any time, at once, always the same object. Null: this kind has none.
+    virtual std::shared_ptr<Controls> controls() const { return nullptr; }
+
+    // In its turn, while it does not stream; opened or not. Adds all modes on offer; after an error, those
+    // that were found until then. None where there is no choice.
+    virtual Error modes(NativeModes&) { return Error(); }
 
     // Chooses a mode, sets it as granted in the outlet's figures, and starts the stream.
     virtual Error start(const Request& request, const std::shared_ptr<Outlet>& outlet) = 0;

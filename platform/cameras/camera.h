@@ -2,9 +2,12 @@
 #ifndef OSTREL_PLATFORM_CAMERAS_CAMERA_H
 #define OSTREL_PLATFORM_CAMERAS_CAMERA_H
 
+#include "platform/cameras/controls.h"
+#include "platform/cameras/details.h"
 #include "platform/cameras/error.h"
 #include "platform/cameras/figures.h"
 #include "platform/cameras/frame_facts.h"
+#include "platform/cameras/modes.h"
 #include "platform/cameras/pixels/output.h"
 
 #include <cstdint>
@@ -37,6 +40,9 @@ public:
     // with nobody called, when they cannot be had.
     virtual bool show(const PictureReader&) { return false; }
 
+    // False when no picture can ever be made of it: it can only be shown, as picture of the layout Opaque.
+    virtual bool hasPicture() const { return true; }
+
     // False when convert() can only fail for want of memory: the picture was found whole before.
     virtual bool mayBeBroken() const { return true; }
 
@@ -63,6 +69,11 @@ public:
     // At once. UTF-8, unique, the same after re-plugging; a name is never empty.
     virtual std::string identifier() const = 0;
     virtual std::string displayName() const = 0;
+    virtual CameraDetails details() const { return CameraDetails(); }
+
+    // All that is on offer: at once, as it was when the camera was opened, while it is open or being opened
+    // or closed; else the hardware is asked. An error where it is not known, or not all of it.
+    virtual Error modes(NativeModes&) { return Error(); }
 
     // Without waiting for hardware. Whether the system lets this process open it, as far as can be seen.
     virtual bool mayBeOpened() const { return true; }
@@ -86,6 +97,9 @@ public:
 
     // At once. Of the newest stream, also after its end.
     virtual StreamStatistics statistics() const { return StreamStatistics(); }
+
+    // At once; what is asked of them is not. Null: this kind has none. They do not keep the camera.
+    virtual std::shared_ptr<Controls> controls() const { return nullptr; }
 };
 
 } // namespace cameras

@@ -2,6 +2,7 @@
 #include <ostrel/device_details.h>
 #include <ostrel/device_id.h>
 
+#include "base/qt_text.h"
 #include "base/shared_object.h"
 #include "platform/cameras/camera_search.h"
 #include "platform/cameras/registry.h"
@@ -10,13 +11,60 @@
 
 namespace ostrel {
 
-namespace {
+struct OVideoDeviceDetailsPrivate {
+    bool attached = false;
+    cameras::CameraDetails details;
+};
 
-QString text(const std::string& utf8) {
-    return QString::fromUtf8(utf8.data(), static_cast<int>(utf8.size()));
+OVideoDeviceDetails::OVideoDeviceDetails(const QSharedPointer<OVideoDeviceDetailsPrivate>& facts)
+    : d(facts) {}
+
+OVideoDeviceDetails::OVideoDeviceDetails(const OVideoDeviceDetails& other) = default;
+
+OVideoDeviceDetails& OVideoDeviceDetails::operator=(const OVideoDeviceDetails& other) = default;
+
+OVideoDeviceDetails::~OVideoDeviceDetails() = default;
+
+bool OVideoDeviceDetails::isAttached() const {
+    return d->attached;
 }
 
-} // namespace
+QString OVideoDeviceDetails::kind() const {
+    return textOf(d->details.kind);
+}
+
+QString OVideoDeviceDetails::node() const {
+    return textOf(d->details.node);
+}
+
+QString OVideoDeviceDetails::driver() const {
+    return textOf(d->details.driver);
+}
+
+QString OVideoDeviceDetails::bus() const {
+    return textOf(d->details.bus);
+}
+
+int OVideoDeviceDetails::vendorID() const {
+    return d->details.vendor;
+}
+
+int OVideoDeviceDetails::productID() const {
+    return d->details.product;
+}
+
+QString OVideoDeviceDetails::serialNumber() const {
+    return textOf(d->details.serialNumber);
+}
+
+OVideoDeviceDetails videoDeviceDetails(const QString& uniqueID) {
+    auto facts = std::make_unique<OVideoDeviceDetailsPrivate>();
+    if (const auto camera = cameras::attachedCamera(utf8Of(uniqueID))) {
+        facts->attached = true;
+        facts->details = camera->details();
+    }
+    return OVideoDeviceDetails(sharedObject(std::move(facts)));
+}
 
 struct OVideoNodePrivate {
     cameras::NodeReport report;
@@ -31,19 +79,19 @@ OVideoNode& OVideoNode::operator=(const OVideoNode& other) = default;
 OVideoNode::~OVideoNode() = default;
 
 QString OVideoNode::path() const {
-    return text(d->report.path);
+    return textOf(d->report.path);
 }
 
 QString OVideoNode::name() const {
-    return text(d->report.name);
+    return textOf(d->report.name);
 }
 
 QString OVideoNode::uniqueID() const {
-    return text(d->report.identifier);
+    return textOf(d->report.identifier);
 }
 
 QString OVideoNode::reason() const {
-    return text(d->report.reason);
+    return textOf(d->report.reason);
 }
 
 QList<OVideoNode> videoNodes() {
@@ -57,15 +105,13 @@ QList<OVideoNode> videoNodes() {
 }
 
 QString videoDeviceID(const QString& text, QString* why) {
-    const QByteArray utf8 = text.toUtf8();
     std::vector<cameras::NamedCamera> named;
     for (const auto& camera : cameras::attachedCameras())
         named.push_back({camera->identifier(), camera->displayName()});
-    const cameras::FoundCamera found = cameras::findCamera(
-        std::string(utf8.constData(), static_cast<size_t>(utf8.size())), named, cameras::machineNodes());
+    const cameras::FoundCamera found = cameras::findCamera(utf8Of(text), named, cameras::machineNodes());
     if (why)
-        *why = ostrel::text(found.why);
-    return ostrel::text(found.identifier);
+        *why = textOf(found.why);
+    return textOf(found.identifier);
 }
 
 } // namespace ostrel

@@ -24,7 +24,9 @@ enum class Drop { Damaged, UnknownBuffer, NoMemory };
 struct Mode {
     std::string format; // four characters, "MJPG"
     Size size;          // pixels
-    double rate = 0;    // frames a second
+    Interval interval;
+    bool hasPicture = true;
+    double rate() const { return interval.rate(); } // frames a second
 };
 
 // The figures of one stream, as they were at one moment.

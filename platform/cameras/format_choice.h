@@ -32,6 +32,9 @@ struct Interval {
     uint32_t numerator = 0;
     uint32_t denominator = 0;
     bool known() const { return numerator != 0 && denominator != 0; }
+    bool operator==(const Interval& other) const {
+        return numerator == other.numerator && denominator == other.denominator;
+    }
     double rate() const { return known() ? static_cast<double>(denominator) / numerator : 0; }
 };
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 
 namespace ostrel {
@@ -15,6 +16,26 @@ bool isGone(int number) {
 
 Error inUse(const std::string& where) {
     return Error(where + " is in use by another program: close that program and try again", EBUSY);
+}
+
+// "White Balance Temperature of HD Webcam (/dev/video0)"
+std::string of(const Control& control, const std::string& where) {
+    return control.name + " of " + where;
+}
+
+std::string valuesOf(const Control& control) {
+    const std::string limits = std::to_string(control.minimum) + " to " + std::to_string(control.maximum);
+    if (control.type == Control::Type::Text)
+        return "takes texts of " + limits + " bytes";
+    if (control.type == Control::Type::Bitmask)
+        return "takes bits of " + std::to_string(control.maximum);
+    if (control.items.empty())
+        return "takes " + limits;
+    std::string words = "takes";
+    for (const auto& item : control.items)
+        words += (item.first == control.items.begin()->first ? " " : ", ") + std::to_string(item.first) +
+                 " (" + item.second + ")";
+    return words;
 }
 
 } // namespace
@@ -83,6 +104,19 @@ Error unplugged(const std::string& where) {
     return Error(where + " was unplugged", ENODEV);
 }
 
+Error modeNotOffered(const std::string& where, const ModeWish& wish) {
+    return Error(where + " offers no mode that fits " + text(wish));
+}
+
+Error modesUntold(const std::string& where, int number) {
+    return isGone(number) ? unplugged(where)
+                          : Error(where + " did not tell all of its modes: " + reason(number), number);
+}
+
+Error notYetAsked(const std::string& where) {
+    return Error(where + " is being opened, and its modes are not known yet", EAGAIN);
+}
+
 Error notOpen(const std::string& where) {
     return Error(where + " is not open");
 }
@@ -93,6 +127,63 @@ Error beingStopped(const std::string& where) {
 
 Error noThread(const std::string& where) {
     return Error("The system gave no thread for " + where, EAGAIN);
+}
+
+Error notAttached(const std::string& identifier) {
+    return Error("No camera with the identifier \"" + identifier + "\" is attached", ENODEV);
+}
+
+Error noControls(const std::string& where) {
+    return Error(where + " has no controls", ENOTTY);
+}
+
+Error noSuchControl(const std::string& where, uint32_t id) {
+    char number[16];
+    std::snprintf(number, sizeof number, "0x%08x", static_cast<unsigned>(id));
+    return Error(where + " has no control " + number, EINVAL);
+}
+
+Error controlAskedTwice(const std::string& where, const Control& control) {
+    return Error(of(control, where) + " is to be set twice at once", EINVAL);
+}
+
+Error controlOutOfRange(const std::string& where, const Control& control) {
+    return Error(of(control, where) + " " + valuesOf(control), ERANGE);
+}
+
+Error controlHeld(const std::string& where, const Control& control, const Control* automatic) {
+    if (!automatic)
+        return Error(of(control, where) + " is inactive: another setting of the camera has the say", EACCES);
+    return Error(of(control, where) + " is inactive while " + automatic->name +
+                     " has the say: set that to manual first, or at the same time",
+                 EACCES);
+}
+
+Error controlRefused(const std::string& where, const Control& control, int number) {
+    if (isGone(number))
+        return unplugged(where);
+    if (number == EACCES && control.readOnly)
+        return Error(of(control, where) + " can only be read", number);
+    if (number == EBUSY)
+        return Error(of(control, where) + " cannot be changed while the camera is in use", number);
+    return Error(of(control, where) + " cannot be set: " + reason(number), number);
+}
+
+Error controlsRefused(const std::string& where, int number) {
+    if (isGone(number))
+        return unplugged(where);
+    return Error("The controls of " + where + " cannot be used: " + reason(number), number);
+}
+
+Error controlsUnwatched(const std::string& where) {
+    return Error(where + " does not tell when its controls change", ENOTTY);
+}
+
+Error controlsHalfSet(const Error& why, const std::vector<std::string>& set) {
+    std::string words = why.text;
+    for (const std::string& name : set)
+        words += (&name == &set.front() ? "; set all the same: " : ", ") + name;
+    return Error(words, why.code);
 }
 
 std::string stalled(const std::string& where) {
@@ -111,6 +202,27 @@ std::string sharedAsItIs(const std::string& where, const Size& running, const Si
         return shared + ": it has no mode that serves " + text(wanted) + " better at the same rate";
     return shared + ", since " + text(wanted) +
            " was refused: " + (why.text.empty() ? reason(why.code) : why.text);
+}
+
+std::string text(const ModeWish& wish) {
+    std::vector<std::string> parts;
+    if (!wish.format.empty())
+        parts.push_back(wish.format);
+    if (wish.size.width != 0 && wish.size.height != 0)
+        parts.push_back(text(wish.size));
+    else if (wish.size.width != 0)
+        parts.push_back(std::to_string(wish.size.width) + " pixels wide");
+    else if (wish.size.height != 0)
+        parts.push_back(std::to_string(wish.size.height) + " pixels high");
+    if (wish.interval.known()) {
+        char rate[32];
+        std::snprintf(rate, sizeof rate, "%.4g", wish.interval.rate());
+        parts.push_back(std::string("at ") + rate + "/s");
+    }
+    std::string all;
+    for (const std::string& part : parts)
+        all += (all.empty() ? "" : " ") + part;
+    return all;
 }
 
 std::string text(const Size& size) {

@@ -3,9 +3,11 @@
 #ifndef OSTREL_PLATFORM_CAMERAS_MESSAGES_H
 #define OSTREL_PLATFORM_CAMERAS_MESSAGES_H
 
+#include "platform/cameras/controls.h"
 #include "platform/cameras/error.h"
 #include "platform/cameras/figures.h"
 #include "platform/cameras/format_choice.h"
+#include "platform/cameras/modes.h"
 
 #include <string>
 #include <vector>
@@ -30,15 +32,34 @@ Error noUsableFormat(const std::string& where, const std::string& why);
 Error startFailed(const std::string& where, const std::vector<Refusal>& refusals);
 Error streamFailed(const std::string& where, int number);
 Error unplugged(const std::string& where);
+Error modeNotOffered(const std::string& where, const ModeWish& wish);
+// The errno with which a driver broke off.
+Error modesUntold(const std::string& where, int number);
+Error notYetAsked(const std::string& where);
 Error notOpen(const std::string& where);
 Error beingStopped(const std::string& where);
 Error noThread(const std::string& where);
+
+Error notAttached(const std::string& identifier);
+
+// Of controls. `automatic`: the one that has the say over it; null where nobody knows.
+Error noControls(const std::string& where);
+Error noSuchControl(const std::string& where, uint32_t id);
+Error controlAskedTwice(const std::string& where, const Control& control);
+Error controlOutOfRange(const std::string& where, const Control& control);
+Error controlHeld(const std::string& where, const Control& control, const Control* automatic);
+Error controlRefused(const std::string& where, const Control& control, int number);
+Error controlsRefused(const std::string& where, int number); // by a driver that does not say which
+Error controlsUnwatched(const std::string& where);           // by a driver that does not tell of changes
+Error controlsHalfSet(const Error& why, const std::vector<std::string>& set);
 
 // What is said of a stream that runs.
 std::string stalled(const std::string& where);
 std::string stalledForGood(const std::string& where, int restarts);
 std::string sharedAsItIs(const std::string& where, const Size& running, const Size& wanted, const Error& why);
 
+// "MJPG 1280x720 at 60/s", of what is wished for.
+std::string text(const ModeWish& wish);
 // "640x480"
 std::string text(const Size& size);
 // An errno in words; -1 in words as well.

@@ -41,6 +41,13 @@ std::vector<std::shared_ptr<Camera>> attachedCameras() {
     return result;
 }
 
+std::shared_ptr<Camera> attachedCamera(const std::string& identifier) {
+    for (const auto& camera : attachedCameras())
+        if (camera->identifier() == identifier)
+            return camera;
+    return nullptr;
+}
+
 std::vector<NodeReport> machineNodes() {
     std::vector<NodeReport> result;
     for (const auto& provider : currentProviders())

@@ -10,6 +10,9 @@ namespace cameras {
 // Every attached camera, kind after kind in the order of the providers. Thread-safe, as is everything here.
 std::vector<std::shared_ptr<Camera>> attachedCameras();
 
+// The one with this identifier; null when there is none.
+std::shared_ptr<Camera> attachedCamera(const std::string& identifier);
+
 // What every provider says of its devices, cameras or not.
 std::vector<NodeReport> machineNodes();
 

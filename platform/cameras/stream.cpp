@@ -43,8 +43,8 @@ void tell(Say say) {
 Stream::Stream(std::shared_ptr<Backend> backend, std::shared_ptr<Figures> figures, std::string where)
     : backend_(std::move(backend)), figures_(std::move(figures)), where_(std::move(where)) {}
 
-Error Stream::begin(const Size& size) {
-    request_.size = size;
+Error Stream::begin(const Request& request) {
+    request_ = request;
     Error refused = startBackend(request_);
     if (refused && refused.text.empty()) // for want of memory, which may be there for a few words
         refused.text = where_ + " could not be started: " + reason(refused.code);
@@ -211,9 +211,9 @@ Error Stream::serve(const StopSignal& stop) {
 // back.
 Error Stream::changeMode(const StopSignal& stop, const Size& wider) {
     stop.clearWake();
-    Request request;
+    Request request = request_; // takes no memory: the format of a wish is a few characters
     request.size = wider;
-    request.leastRate = std::min(kEnoughRate, figures_->granted().rate);
+    request.leastRate = std::min(kEnoughRate, figures_->granted().rate());
     const Size before = figures_->granted().size;
     const Error refused = startWider(request);
     Error why;

@@ -26,7 +26,7 @@ public:
     Stream(std::shared_ptr<Backend> backend, std::shared_ptr<Figures> figures, std::string where);
 
     // Starts the backend for the sinks that were added before.
-    Error begin(const Size& size);
+    Error begin(const Request& request);
     SinkList& sinks() { return sinks_; }
 
     // Adds a sink that the running mode serves. False, with nothing done, when the stream has ended, is not

@@ -2,9 +2,11 @@
 
 #include "platform/cameras/change_watch.h"
 #include "platform/cameras/messages.h"
+#include "platform/cameras/wishes.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <new>
 
 namespace ostrel {
 namespace cameras {
@@ -42,7 +44,8 @@ private:
 
 StreamingCamera::StreamingCamera(Identity identity, std::shared_ptr<Backend> backend,
                                  std::shared_ptr<Totals> totals)
-    : identity_(std::move(identity)), backend_(std::move(backend)), totals_(std::move(totals)) {}
+    : identity_(std::move(identity)), backend_(std::move(backend)), totals_(std::move(totals)),
+      modesUnknown_(notYetAsked(identity_.where)) {}
 
 StreamingCamera::~StreamingCamera() {
     StreamingCamera::close();
@@ -62,7 +65,38 @@ Error StreamingCamera::open() {
     lock.lock();
     open_ = !refused;
     gone_ = gone_ || refused.code == ENODEV;
+    if (open_)
+        askForModes(lock);
     return refused;
+}
+
+Error StreamingCamera::modes(NativeModes& modes) {
+    Lock lock(mutex_);
+    turnIsOver_.wait(lock, [this] { return !asking_ || open_; });
+    if (!open_ && !busy_ && !gone_) {
+        const Turn turn(*this, lock);
+        asking_ = true;
+        askForModes(lock);
+        asking_ = false;
+    }
+    modes = modes_;
+    return gone_ ? unplugged(identity_.where) : modesUnknown_;
+}
+
+// With the turn.
+void StreamingCamera::askForModes(Lock& lock) {
+    lock.unlock();
+    NativeModes found;
+    Error unknown;
+    try {
+        unknown = backend_->attached() ? backend_->modes(found) : unplugged(identity_.where);
+    } catch (const std::bad_alloc&) {
+        unknown = Error::numbered(ENOMEM);
+    }
+    lock.lock();
+    if (!unknown || !found.empty() || modes_.empty())
+        modes_.swap(found);
+    modesUnknown_ = std::move(unknown);
 }
 
 void StreamingCamera::close() {
@@ -151,7 +185,10 @@ Error StreamingCamera::startStream(Lock& lock, const Size& size, const std::shar
     lock.unlock();
     Error refused;
     try {
-        refused = stream->begin(size);
+        Request request;
+        request.size = size;
+        request.wish = modeWish(identity_.identifier);
+        refused = stream->begin(request);
     } catch (...) { // no memory, maybe with the backend started
         stream->finish();
         lock.lock();
@@ -216,6 +253,8 @@ void StreamingCamera::unplug() {
         stream = stream_;
     }
     changesHere().raise();
+    if (const std::shared_ptr<Controls> controls = backend_->controls())
+        controls->leave();
     if (stream)
         stream->end(unplugged(identity_.where));
 }

@@ -37,6 +37,7 @@ public:
         std::string identifier;
         std::string displayName;
         std::string where; // for messages: "HD Webcam (/dev/video0)"
+        CameraDetails details;
     };
 
     StreamingCamera(Identity identity, std::shared_ptr<Backend> backend,
@@ -45,6 +46,8 @@ public:
 
     std::string identifier() const override { return identity_.identifier; }
     std::string displayName() const override { return identity_.displayName; }
+    CameraDetails details() const override { return identity_.details; }
+    Error modes(NativeModes& modes) override;
     Error open() override;
     void close() override;
     Error admitInput() override;
@@ -53,6 +56,7 @@ public:
     bool mayBeOpened() const override { return backend_->mayBeOpened(); }
     bool attached() const override;
     StreamStatistics statistics() const override;
+    std::shared_ptr<Controls> controls() const override { return backend_->controls(); }
 
     // Returns when every sink was told that the stream has ended; from inside a sink's call, at once.
     void unplug();
@@ -62,6 +66,7 @@ private:
     class Turn;
 
     bool isInsideCall() const { return stream_ && stream_->sinks().insideCall(); }
+    void askForModes(Lock& lock);
     void settle(Lock& lock);
     void finishStream(Lock& lock);
     void remember(const std::shared_ptr<Stream>& finished);
@@ -75,6 +80,7 @@ private:
     mutable std::mutex mutex_; // of the rest
     std::condition_variable turnIsOver_;
     bool busy_ = false;        // somebody has the turn
+    bool asking_ = false;      // to ask for the modes
     bool closeWanted_ = false; // by one who could not wait for the turn
     bool open_ = false;
     bool gone_ = false;
@@ -83,6 +89,8 @@ private:
     // is always room for the stream's.
     std::vector<std::weak_ptr<Stream>> finished_;
     std::shared_ptr<Figures> figures_; // of the newest stream
+    NativeModes modes_;                // as they were when they were asked for last
+    Error modesUnknown_;               // why they are not known, or not all of them
 };
 
 } // namespace cameras

@@ -1,5 +1,6 @@
 // viewer_screenshots FOLDER - draws the window in its states and saves the pictures: viewer.png, which the
-// documentation shows; viewer-no-camera.png; viewer-gone.png.
+// documentation shows; viewer-no-camera.png; viewer-controls.png; viewer-gone.png.
+#include "apps/viewer/control_panel.h"
 #include "apps/viewer/main_window.h"
 #include "apps/viewer/picture_view.h"
 #include "viewer/virtual_screen.h"
@@ -9,6 +10,7 @@
 #include <QtCore/QDir>
 #include <QtTest/QTest>
 #include <QtWidgets/QApplication>
+#include <QtWidgets/QSlider>
 
 #include <cstdio>
 #include <cstdlib>
@@ -40,6 +42,8 @@ public:
         check(window_.grab().save(QDir(folder_).filePath(name)), "cannot save the picture");
     }
 
+    void toggleControls() { window_.findChild<apps::viewer::ControlPanel*>()->controls->click(); }
+
 private:
     apps::viewer::PictureView& view() { return *window_.findChild<apps::viewer::PictureView*>(); }
 
@@ -69,6 +73,11 @@ int main(int argc, char** argv) {
     photographer.saveWhen("viewer.png", [&](apps::viewer::PictureView& view) {
         return view.hasPicture() && view.message().isEmpty() && ++pictures > 300;
     });
+    photographer.toggleControls();
+    photographer.saveWhen("viewer-controls.png", [](apps::viewer::PictureView& view) {
+        return view.window()->findChild<QSlider*>() != nullptr; // the camera has told of them
+    });
+    photographer.toggleControls();
     camera.detach();
     photographer.saveWhen("viewer-gone.png", [](apps::viewer::PictureView& view) {
         return view.message().title.contains("gone");

@@ -22,6 +22,7 @@ Findings checkCamera(const Machine& machine, const Trial& trial) {
     Findings all = {checkStart(machine, trial)};
     if (!trial.refused)
         append(all, checkStream(trial));
+    append(all, checkControls(trial));
     append(all, checkInput(machine, trial));
     for (Finding& finding : all)
         finding.camera = trial.camera;

@@ -15,8 +15,10 @@ Findings checkFormats(const Machine& machine);     // "formats": nodes of which 
 Findings checkControllers(const Machine& machine); // "libcamera": cameras that others must set up
 
 // Of one camera.
-Finding checkStart(const Machine& machine, const Trial& trial);  // "start", "busy" or "bandwidth"
-Findings checkStream(const Trial& trial);                        // "frames", "broken", "rate", "picture"
+Finding checkStart(const Machine& machine, const Trial& trial); // "start", "busy" or "bandwidth"
+Findings checkStream(const Trial& trial);                       // "frames", "broken", "rate", "picture"
+Findings checkControls(const Trial& trial);                     // "privacy", "exposure"
+std::string keepsRateCommand(const Trial& trial);
 Findings checkInput(const Machine& machine, const Trial& trial); // "input": of analog grabbers
 
 Findings checkMachine(const Machine& machine);

@@ -69,9 +69,9 @@ Finding rate(const Trial& trial) {
     if (granted > 0 && measured < granted * RATE_SHARE) {
         finding.verdict = Verdict::Warning;
         finding.fact += ": most cameras slow down in poor light";
-        finding.next = trial.path.empty() ? watchCommand(trial)
-                                          : "v4l2-ctl -d " + trial.path +
-                                                " --list-ctrls (exposure_dynamic_framerate, auto_exposure)";
+        finding.next = trial.slowsInTheDark.value_or(false)
+                           ? keepsRateCommand(trial)
+                           : "ostrel-camera controls -c " + quoted(trial.camera) + " (auto_exposure)";
     }
     return finding;
 }

@@ -2,7 +2,10 @@
 
 #include "apps/common/failure.h"
 
+#include <ostrel/controls.h>
+
 #include <algorithm>
+#include <linux/v4l2-controls.h>
 
 namespace ostrel::apps::cli::doctor {
 
@@ -34,6 +37,19 @@ void watch(FrameStream& frames, double timeoutSeconds, const StopRequest& stop, 
     trial.why = frames.state().whyNoFrames().toStdString();
 }
 
+std::optional<bool> valueOf(const QList<OVideoControl>& controls, uint32_t id) {
+    for (const OVideoControl& control : controls)
+        if (control.id() == id && control.hasValue())
+            return control.value() != 0;
+    return std::nullopt;
+}
+
+void readControls(Trial& trial) {
+    const QList<OVideoControl> controls = videoControls(QString::fromStdString(trial.camera));
+    trial.privacy = valueOf(controls, V4L2_CID_PRIVACY);
+    trial.slowsInTheDark = valueOf(controls, V4L2_CID_EXPOSURE_AUTO_PRIORITY);
+}
+
 } // namespace
 
 int brightestOf(const std::vector<uint8_t>& bgra) {
@@ -57,6 +73,7 @@ Trial tryCamera(const Camera& camera, const Size& size, double timeoutSeconds, c
         trial.refused = true;
         trial.why = known.refused().isEmpty() ? failure.what() : known.refused().toStdString();
     }
+    readControls(trial);
     return trial;
 }
 

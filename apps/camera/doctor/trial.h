@@ -4,6 +4,7 @@
 
 #include "apps/camera/frame_stream.h"
 
+#include <optional>
 #include <string>
 
 namespace ostrel::apps::cli::doctor {
@@ -22,6 +23,10 @@ struct Trial {
     double seconds = 0;   // between the first and the last
     int brightest = 255;  // of the colours of the last picture, 0 to 255
     OVideoStatistics statistics;
+
+    // What its controls say; nothing where it has none for it.
+    std::optional<bool> privacy;        // its privacy switch is on
+    std::optional<bool> slowsInTheDark; // it may lower its rate for longer exposures
 };
 
 // Captures until enough is known: a few seconds, or the timeout where nothing comes. Throws Interrupted.

@@ -90,7 +90,7 @@ Fault convertJpeg(const Plane& bytes, const Output& to, PixelPool& pool) {
 } // namespace
 
 Fault convert(const Picture& p, const Output& to, PixelPool& pool) {
-    if (!isSane(to))
+    if (!isSane(to) || p.layout == Layout::Opaque)
         return Fault::Undecodable;
     if (p.layout == Layout::Jpeg)
         return convertJpeg(p.planes[0], to, pool);

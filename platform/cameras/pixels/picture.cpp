@@ -137,7 +137,7 @@ PlaneShape planeShape(Layout layout, int plane, int width, int height) {
 
 size_t bytesOfPlane(const Picture& p, int plane) {
     const Plane& at = p.planes[static_cast<size_t>(plane)];
-    if (p.layout == Layout::Jpeg)
+    if (p.layout == Layout::Jpeg || p.layout == Layout::Opaque)
         return at.bytes;
     return bytesOfRows(planeShape(p.layout, plane, p.width, p.height), static_cast<size_t>(at.stride));
 }
@@ -150,7 +150,7 @@ int minimumStride(Layout layout, int width) {
 }
 
 size_t neededBytes(Layout layout, int width, int height, int stride) {
-    if (layout == Layout::Jpeg)
+    if (layout == Layout::Jpeg || layout == Layout::Opaque)
         return 1;
     size_t begin = 0;
     const int last = planeCount(layout) - 1;
@@ -246,6 +246,7 @@ int decodeCost(Layout layout) {
     case Layout::Rgb565Be:
         return 45;
     case Layout::Jpeg:
+    case Layout::Opaque:
         break;
     case Layout::Grey:
     case Layout::Luma:

@@ -38,7 +38,8 @@ enum class Layout {
     Grey12,
     Grey16,
     Grey16Be, // big endian
-    Jpeg
+    Jpeg,
+    Opaque // no picture can be made of it: bytes to be handed on as they are
 };
 
 // What the numbers of Y, U and V mean.
@@ -68,7 +69,7 @@ enum class Fields {
 struct Plane {
     const uint8_t* data = nullptr;
     size_t bytes = 0; // that may be read, more than the rows need or not
-    int stride = 0;   // bytes from row to row; unused for Jpeg
+    int stride = 0;   // bytes from row to row; unused for Jpeg, as the driver says for Opaque
 };
 
 struct Picture {
@@ -89,16 +90,16 @@ struct PlaneShape {
 };
 PlaneShape planeShape(Layout layout, int plane, int width, int height);
 
-// From the first byte to the last of one plane; all that there is of a Jpeg.
+// From the first byte to the last of one plane; all that there is of a Jpeg and of Opaque.
 size_t bytesOfPlane(const Picture& picture, int plane);
 
 // For planes that lie in one block of memory, one after the other without gaps: rows of chroma are as long as
 // those of the first plane, padding and all, or half or twice as long, as the layout has it.
 //
-// The length of a row of the first plane without padding; 0 for Jpeg.
+// The length of a row of the first plane without padding; 0 for Jpeg and Opaque.
 int minimumStride(Layout layout, int width);
 // How many bytes a picture takes from its first to its last. Padding behind the last row is not asked for:
-// some drivers count it in, others do not. 1 for Jpeg.
+// some drivers count it in, others do not. 1 for Jpeg and Opaque.
 size_t neededBytes(Layout layout, int width, int height, int stride);
 // Sets the picture's planes, by its layout and size. Each may be read to the end of the block; one that lies
 // beyond gets no bytes.

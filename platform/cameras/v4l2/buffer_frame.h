@@ -30,6 +30,7 @@ public:
     bool convert(const pixels::Output& to) override;
     FrameFacts facts() const override { return facts_; }
     bool show(const PictureReader& reader) override;
+    bool hasPicture() const override { return layout_ != pixels::Layout::Opaque; }
     bool mayBeBroken() const override { return layout_ == pixels::Layout::Jpeg; }
 
     // Copies the picture, so that the buffer is not read any more. Waits for conversions in progress.

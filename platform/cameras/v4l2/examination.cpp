@@ -1,6 +1,7 @@
 #include "platform/cameras/v4l2/examination.h"
 
 #include "platform/cameras/messages.h"
+#include "platform/cameras/v4l2/offers.h"
 #include "platform/cameras/v4l2/pixel_format.h"
 #include "platform/cameras/v4l2/video_node.h"
 
@@ -139,10 +140,12 @@ Examination examine(const std::shared_ptr<KernelCalls>& kernel, const NodeFacts&
         result.reason = "delivers no streams (only single pictures, by read)";
     else if (facts.isUnfed)
         result.reason = kUnfed;
-    else if (node->formats(abilities.multiplanar).empty())
-        result.reason = abilities.driver == "v4l2 loopback"
-                            ? kUnfed
-                            : unusableFormats(node->offeredFormats(abilities.multiplanar));
+    else if (convertibleFormats(*node, abilities.multiplanar).empty()) {
+        const std::vector<uint32_t> offered = offeredFormats(*node, abilities.multiplanar);
+        const bool unfed = abilities.driver == "v4l2 loopback";
+        result.reason = unfed ? kUnfed : unusableFormats(offered);
+        result.nativeOnly = !unfed && !offered.empty();
+    }
     result.isCamera = result.reason.empty();
     return result;
 }

@@ -17,7 +17,8 @@ namespace v4l2 {
 
 struct Examination {
     bool isCamera = false;
-    bool isFinal = false; // the node itself has answered
+    bool nativeOnly = false; // it would be one if its formats had a picture
+    bool isFinal = false;    // the node itself has answered
     NodeTexts texts;
     std::string reason; // why it is no camera, or why it cannot be asked; empty when all is well
 };

@@ -1,7 +1,9 @@
 #include "platform/cameras/v4l2/identity.h"
 
+#include <charconv>
 #include <cstdint>
 #include <cstdio>
+#include <system_error>
 
 namespace ostrel {
 namespace cameras {
@@ -57,6 +59,14 @@ std::string beforePort(const NodeFacts& facts) {
 
 std::string orElse(const std::string& first, const std::string& second) {
     return first.empty() ? second : first;
+}
+
+// 0 for anything else.
+int hexadecimal(const std::string& digits) {
+    int value = 0;
+    const char* const end = digits.data() + digits.size();
+    const std::from_chars_result read = std::from_chars(digits.data(), end, value, 16);
+    return read.ec == std::errc() && read.ptr == end ? value : 0;
 }
 
 // vivid pretends to be a platform device.
@@ -116,6 +126,21 @@ std::string displayName(const std::string& name, const std::string& card, const 
             return valid;
     }
     return "Camera";
+}
+
+CameraDetails detailsOf(const NodeFacts& facts, const NodeTexts& texts) {
+    CameraDetails details;
+    details.kind = "V4L2";
+    details.node = facts.path;
+    details.driver = validUtf8(orElse(facts.driver, texts.driver));
+    details.bus = validUtf8(orElse(facts.bus, orElse(facts.port, texts.busInfo)));
+    const size_t colon = facts.model.find(':');
+    if (colon != std::string::npos) {
+        details.vendor = hexadecimal(facts.model.substr(0, colon));
+        details.product = hexadecimal(facts.model.substr(colon + 1));
+    }
+    details.serialNumber = validUtf8(facts.serial);
+    return details;
 }
 
 std::string identifierOf(const NodeFacts& facts, const NodeTexts& texts) {

@@ -2,6 +2,7 @@
 #ifndef OSTREL_PLATFORM_CAMERAS_V4L2_IDENTITY_H
 #define OSTREL_PLATFORM_CAMERAS_V4L2_IDENTITY_H
 
+#include "platform/cameras/details.h"
 #include "platform/cameras/v4l2/discovery.h"
 
 #include <string>
@@ -25,6 +26,8 @@ std::string displayName(const std::string& name, const std::string& card, const 
 struct NodeTexts {
     std::string card, driver, busInfo;
 };
+
+CameraDetails detailsOf(const NodeFacts& facts, const NodeTexts& texts);
 
 // A function of these facts alone, never of what else is plugged in or was before: an identifier that names a
 // camera never names another one later. Printable ASCII, in these forms:

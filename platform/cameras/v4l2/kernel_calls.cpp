@@ -53,6 +53,23 @@ int KernelCalls::poll(pollfd* descriptors, unsigned long count, int milliseconds
     return retried([&] { return doPoll(descriptors, count, milliseconds); });
 }
 
+int KernelCalls::openEvents(int descriptor) {
+    const int events = ::epoll_create1(EPOLL_CLOEXEC);
+    epoll_event told = {};
+    told.events = eventsMark();
+    if (events >= 0 && ::epoll_ctl(events, EPOLL_CTL_ADD, descriptor, &told) != 0) {
+        const int error = errno;
+        ::close(events);
+        errno = error;
+        return -1;
+    }
+    return events;
+}
+
+void KernelCalls::closeEvents(int events) {
+    ::close(events);
+}
+
 int KernelCalls::doOpen(const char* path, int flags) {
     return ::open(path, flags);
 }

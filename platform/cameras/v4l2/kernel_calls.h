@@ -3,7 +3,9 @@
 #define OSTREL_PLATFORM_CAMERAS_V4L2_KERNEL_CALLS_H
 
 #include <cstddef>
+#include <cstdint>
 #include <poll.h>
+#include <sys/epoll.h>
 
 namespace ostrel {
 namespace cameras {
@@ -21,6 +23,11 @@ public:
     void* mmap(size_t length, int descriptor, long offset); // shared, for reading and writing
     int munmap(void* address, size_t length);
     int poll(pollfd* descriptors, unsigned long count, int milliseconds);
+    // A descriptor that is readable while the node's has events to tell, and once its device has left: a
+    // client can wait for that beside anything else, and the node's own would begin to stream when it is
+    // waited for to become readable.
+    int openEvents(int descriptor);
+    void closeEvents(int events);
 
 protected:
     virtual int doOpen(const char* path, int flags);
@@ -29,6 +36,7 @@ protected:
     virtual void* doMmap(size_t length, int descriptor, long offset);
     virtual int doMunmap(void* address, size_t length);
     virtual int doPoll(pollfd* descriptors, unsigned long count, int milliseconds);
+    virtual uint32_t eventsMark() { return EPOLLPRI; } // what tells of events
 };
 
 } // namespace v4l2

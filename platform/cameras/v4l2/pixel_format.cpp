@@ -53,6 +53,11 @@ bool formatOf(uint32_t fourcc, PixelFormat& format) {
     return false;
 }
 
+bool isConvertible(uint32_t fourcc, bool multiplanar) {
+    PixelFormat format;
+    return formatOf(fourcc, format) && (multiplanar || format.memoryPlanes == 1);
+}
+
 std::string fourccText(uint32_t fourcc) {
     std::string text;
     for (int shift = 0; shift < 32; shift += 8) {
@@ -61,7 +66,7 @@ std::string fourccText(uint32_t fourcc) {
     }
     while (!text.empty() && text.back() == ' ')
         text.pop_back();
-    return fourcc >> 31 ? text + "-BE" : text;
+    return fourcc & 1u << 31 ? text + "-BE" : text;
 }
 
 YuvMatrix matrixOf(uint32_t colorspace, uint32_t encoding, uint32_t quantization) {

@@ -19,8 +19,12 @@ struct PixelFormat {
 // False for a format that cannot be converted; `format` is then untouched.
 bool formatOf(uint32_t fourcc, PixelFormat& format);
 
-// The four characters, bytes that are not printable as '?', without the blanks at the end. Behind them -BE
-// where the kernel has a big-endian format under the name of another.
+// Whether it can be converted, and be had by this interface: the one for single planes has no words for
+// several.
+bool isConvertible(uint32_t fourcc, bool multiplanar);
+
+// The four characters, bytes that are not printable as '?', without the blanks at the end. "-BE" follows
+// where the format is marked as big-endian.
 std::string fourccText(uint32_t fourcc);
 
 // From the colour fields of a v4l2_pix_format: each may be 0, "default".

@@ -2,9 +2,12 @@
 
 #include "base/monotonic_clock.h"
 #include "platform/cameras/messages.h"
+#include "platform/cameras/v4l2/controls.h"
 #include "platform/cameras/v4l2/examination.h"
+#include "platform/cameras/v4l2/offers.h"
 #include "platform/cameras/v4l2/pixel_format.h"
 #include "platform/cameras/v4l2/signal_source.h"
+#include "platform/cameras/wishes.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -38,13 +41,17 @@ V4l2Backend::V4l2Backend(const std::shared_ptr<KernelCalls>& kernel,
                          const std::shared_ptr<Discovery>& discovery, const NodeFacts& facts,
                          const std::string& where)
     : kernel_(kernel), discovery_(discovery), path_(facts.path), incarnation_(facts.incarnation),
-      where_(where) {}
+      where_(where), controls_(std::make_shared<V4l2Controls>(kernel, discovery, facts, where)) {}
 
 bool V4l2Backend::attached() const {
     return discovery_->incarnation(path_) == incarnation_;
 }
 
 Error V4l2Backend::open() {
+    return openNode(node_, multiplanar_);
+}
+
+Error V4l2Backend::openNode(std::shared_ptr<VideoNode>& opened, bool& multiplanar) const {
     std::shared_ptr<VideoNode> node = VideoNode::open(kernel_, path_);
     if (!node)
         return openFailed(where_, errno);
@@ -53,8 +60,8 @@ Error V4l2Backend::open() {
         return openFailed(where_, error);
     if (!abilities.capture || !abilities.streaming)
         return notACamera(where_);
-    multiplanar_ = abilities.multiplanar;
-    node_ = std::move(node);
+    multiplanar = abilities.multiplanar;
+    opened = std::move(node);
     return Error();
 }
 
@@ -63,28 +70,37 @@ void V4l2Backend::close() {
     node_.reset();
 }
 
+Error V4l2Backend::modes(NativeModes& modes) {
+    std::shared_ptr<VideoNode> node = node_;
+    bool multiplanar = multiplanar_;
+    if (!node) {
+        if (const Error refused = openNode(node, multiplanar))
+            return refused;
+    }
+    const int error = offeredModes(*node, multiplanar, modes);
+    return error ? modesUntold(where_, error) : Error();
+}
+
 // The best first. What a running stream must not lose is left out.
 std::vector<Candidate> V4l2Backend::candidatesFor(const Request& request) const {
-    std::vector<Candidate> candidates = ranked(node_->candidates(multiplanar_, request.size), request.size);
-    candidates.erase(std::remove_if(candidates.begin(), candidates.end(),
-                                    [&](const Candidate& one) {
-                                        return one.interval.known() &&
-                                               one.interval.rate() < request.leastRate - 0.5;
-                                    }),
-                     candidates.end());
-    return candidates;
+    std::vector<Candidate> all =
+        ranked(candidates(*node_, multiplanar_, request, nativeOnlyIsListed()), request.size);
+    const auto isSlow = [&request](const Candidate& one) {
+        return one.interval.known() && one.interval.rate() < request.leastRate - 0.5;
+    };
+    all.erase(std::remove_if(all.begin(), all.end(), isSlow), all.end());
+    return all;
 }
 
 Error V4l2Backend::start(const Request& request, const std::shared_ptr<Outlet>& outlet) {
     followSource(*node_);
-    const std::vector<Candidate> candidates = candidatesFor(request);
-    if (candidates.empty())
-        return node_->isGone() ? unplugged(where_)
-                               : noUsableFormat(where_, unusableFormats(node_->offeredFormats(multiplanar_)));
+    const std::vector<Candidate> found = candidatesFor(request);
+    if (found.empty())
+        return nothingFits(request);
     figures_ = outlet->figures();
     figures_->setWay("V4L2 (" + path_ + ")");
     std::vector<Refusal> refusals;
-    for (const Candidate& candidate : candidates) {
+    for (const Candidate& candidate : found) {
         const char* step = "";
         const int error = tryToStart(candidate, request, step);
         if (!error)
@@ -94,6 +110,14 @@ Error V4l2Backend::start(const Request& request, const std::shared_ptr<Outlet>& 
             break;
     }
     return node_->isGone() ? unplugged(where_) : startFailed(where_, refusals);
+}
+
+Error V4l2Backend::nothingFits(const Request& request) const {
+    if (node_->isGone())
+        return unplugged(where_);
+    if (!request.wish.any())
+        return modeNotOffered(where_, request.wish);
+    return noUsableFormat(where_, unusableFormats(offeredFormats(*node_, multiplanar_)));
 }
 
 // 0, or the errno of the step that failed; nothing of the driver's is held then.
@@ -116,7 +140,8 @@ int V4l2Backend::tryToStart(const Candidate& candidate, const Request& request, 
     Mode mode;
     mode.format = fourccText(granted.fourcc);
     mode.size = granted.size;
-    mode.rate = granted.interval.rate();
+    mode.interval = granted.interval;
+    mode.hasPicture = granted.layout != pixels::Layout::Opaque;
     figures_->setGranted(mode);
     return 0;
 }
@@ -253,10 +278,11 @@ int64_t V4l2Backend::longestPause() {
 std::shared_ptr<StreamingCamera> makeCamera(const std::shared_ptr<KernelCalls>& kernel,
                                             const std::shared_ptr<Discovery>& discovery,
                                             const NodeFacts& facts, const std::string& identifier,
-                                            const std::string& displayName) {
+                                            const std::string& displayName, const NodeTexts& texts) {
     const std::string where = displayName + " (" + facts.path + ")";
-    return std::make_shared<StreamingCamera>(StreamingCamera::Identity{identifier, displayName, where},
-                                             std::make_shared<V4l2Backend>(kernel, discovery, facts, where));
+    return std::make_shared<StreamingCamera>(
+        StreamingCamera::Identity{identifier, displayName, where, detailsOf(facts, texts)},
+        std::make_shared<V4l2Backend>(kernel, discovery, facts, where));
 }
 
 } // namespace v4l2

@@ -5,6 +5,7 @@
 #include "platform/cameras/streaming_camera.h"
 #include "platform/cameras/v4l2/buffer_queue.h"
 #include "platform/cameras/v4l2/discovery.h"
+#include "platform/cameras/v4l2/identity.h"
 #include "platform/cameras/v4l2/kernel_calls.h"
 #include "platform/cameras/v4l2/video_node.h"
 
@@ -23,8 +24,10 @@ public:
 
     bool attached() const override;
     bool mayBeOpened() const override { return discovery_->mayBeOpened(path_); }
+    std::shared_ptr<Controls> controls() const override { return controls_; }
     Error open() override;
     void close() override;
+    Error modes(NativeModes& modes) override;
     Error start(const Request& request, const std::shared_ptr<Outlet>& outlet) override;
     void stop() override;
     bool canServeBetter(const Request& request) override;
@@ -33,6 +36,8 @@ public:
     int64_t longestPause() override;
 
 private:
+    Error openNode(std::shared_ptr<VideoNode>& opened, bool& multiplanar) const;
+    Error nothingFits(const Request& request) const;
     std::vector<Candidate> candidatesFor(const Request& request) const;
     int tryToStart(const Candidate& candidate, const Request& request, const char*& step);
     Error drain(bool broken, Arrival& arrival);
@@ -47,6 +52,7 @@ private:
     const std::string path_;
     const std::string incarnation_;
     const std::string where_; // for messages
+    const std::shared_ptr<Controls> controls_;
 
     std::shared_ptr<VideoNode> node_; // while it is open
     bool multiplanar_ = false;
@@ -60,7 +66,8 @@ private:
 std::shared_ptr<StreamingCamera> makeCamera(const std::shared_ptr<KernelCalls>& kernel,
                                             const std::shared_ptr<Discovery>& discovery,
                                             const NodeFacts& facts, const std::string& identifier,
-                                            const std::string& displayName);
+                                            const std::string& displayName,
+                                            const NodeTexts& texts = NodeTexts());
 
 } // namespace v4l2
 } // namespace cameras

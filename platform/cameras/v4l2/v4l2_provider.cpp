@@ -10,6 +10,7 @@
 #include "platform/cameras/v4l2/identity.h"
 #include "platform/cameras/v4l2/v4l2_backend.h"
 #include "platform/cameras/v4l2/video_node.h"
+#include "platform/cameras/wishes.h"
 
 #include <algorithm>
 #include <map>
@@ -138,7 +139,7 @@ std::vector<Node> V4l2Provider::look() {
         Node node;
         node.facts = facts;
         node.answer = answerOf(facts);
-        if (node.answer.isCamera) {
+        if (node.answer.isCamera || (node.answer.nativeOnly && nativeOnlyIsListed())) {
             node.identifier = identifierOf(facts, node.answer.texts);
             const auto first = paths.emplace(node.identifier, facts.path);
             if (!first.second) {
@@ -160,7 +161,8 @@ std::shared_ptr<Camera> V4l2Provider::cameraOf(const Node& node) {
     const Lock lock(mutex_);
     std::shared_ptr<Camera>& camera = known_[node.facts.incarnation].camera;
     if (!camera || camera->identifier() != node.identifier)
-        camera = makeCamera(kernel_, discovery_, node.facts, node.identifier, nameOf(node));
+        camera =
+            makeCamera(kernel_, discovery_, node.facts, node.identifier, nameOf(node), node.answer.texts);
     return camera;
 }
 

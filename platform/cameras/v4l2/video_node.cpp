@@ -17,9 +17,6 @@ namespace v4l2 {
 
 namespace {
 
-// A driver that never says "no more" must not hold up the listing.
-const uint32_t kMostEntries = 256;
-
 // Larger pictures are taken for a driver's mistake.
 const uint32_t kLargestSide = LARGEST_SIDE;
 
@@ -77,22 +74,11 @@ NodeKind kindOf(uint32_t flags, const std::string& driver) {
     return flags & V4L2_CAP_IO_MC ? NodeKind::MediaController : NodeKind::Camera;
 }
 
-uint32_t bufferType(bool multiplanar) {
-    return multiplanar ? V4L2_BUF_TYPE_VIDEO_CAPTURE_MPLANE : V4L2_BUF_TYPE_VIDEO_CAPTURE;
-}
-
 // The kernel's texts end with a zero, but not every driver's do.
 template <size_t N>
 std::string text(const __u8 (&bytes)[N]) {
     const char* chars = reinterpret_cast<const char*>(bytes);
     return std::string(chars, ::strnlen(chars, N));
-}
-
-Size size(uint32_t width, uint32_t height) {
-    Size s;
-    s.width = static_cast<int>(std::min(width, kLargestSide));
-    s.height = static_cast<int>(std::min(height, kLargestSide));
-    return s;
 }
 
 Interval interval(const v4l2_fract& fraction) {
@@ -125,12 +111,6 @@ v4l2_format requestOf(const Candidate& asked, bool multiplanar) {
     return format;
 }
 
-// Whether a format can be had by this interface: the one for single planes has no words for several.
-bool isUsable(uint32_t fourcc, bool multiplanar) {
-    PixelFormat format;
-    return formatOf(fourcc, format) && (multiplanar || format.memoryPlanes == 1);
-}
-
 // Everything else is a whole picture in one piece, or half pictures one by one.
 pixels::Fields fieldsOf(uint32_t field) {
     switch (field) {
@@ -149,21 +129,25 @@ int strideOf(uint32_t stride, size_t least) {
                     static_cast<int>(std::min<uint32_t>(stride, kLargestSide * 4 * 2)));
 }
 
-bool readFormat(uint32_t fourcc, uint32_t width, uint32_t height, uint32_t field, Granted& granted) {
+// A format without a picture is what was asked for, or a mistake.
+bool readFormat(uint32_t fourcc, uint32_t width, uint32_t height, uint32_t field, uint32_t asked,
+                Granted& granted) {
     PixelFormat format;
+    format.layout = pixels::Layout::Opaque;
     if (width == 0 || height == 0 || width > kLargestSide || height > kLargestSide ||
-        !formatOf(fourcc, format))
+        (!formatOf(fourcc, format) && fourcc != asked))
         return false;
     granted.fourcc = fourcc;
     granted.layout = format.layout;
     granted.memoryPlanes = static_cast<unsigned>(format.memoryPlanes);
     granted.fields = fieldsOf(field);
-    granted.size = size(width, height);
+    granted.size = Size(sideOf(width), sideOf(height));
     return true;
 }
 
-bool readGranted(const v4l2_pix_format& pix, Granted& granted) {
-    if (!readFormat(pix.pixelformat, pix.width, pix.height, pix.field, granted) || granted.memoryPlanes != 1)
+bool readGranted(const v4l2_pix_format& pix, uint32_t asked, Granted& granted) {
+    if (!readFormat(pix.pixelformat, pix.width, pix.height, pix.field, asked, granted) ||
+        granted.memoryPlanes != 1)
         return false;
     granted.multiplanar = false;
     const int least = pixels::minimumStride(granted.layout, granted.size.width);
@@ -173,8 +157,8 @@ bool readGranted(const v4l2_pix_format& pix, Granted& granted) {
     return true;
 }
 
-bool readGranted(const v4l2_pix_format_mplane& pix, Granted& granted) {
-    if (!readFormat(pix.pixelformat, pix.width, pix.height, pix.field, granted) ||
+bool readGranted(const v4l2_pix_format_mplane& pix, uint32_t asked, Granted& granted) {
+    if (!readFormat(pix.pixelformat, pix.width, pix.height, pix.field, asked, granted) ||
         granted.memoryPlanes != pix.num_planes)
         return false;
     granted.multiplanar = true;
@@ -189,12 +173,21 @@ bool readGranted(const v4l2_pix_format_mplane& pix, Granted& granted) {
     return true;
 }
 
-// False when the picture is none that can be converted.
-bool readGranted(const v4l2_format& format, bool multiplanar, Granted& granted) {
-    return multiplanar ? readGranted(format.fmt.pix_mp, granted) : readGranted(format.fmt.pix, granted);
+// False when it is neither a picture that can be converted nor the format that was asked for.
+bool readGranted(const v4l2_format& format, bool multiplanar, uint32_t asked, Granted& granted) {
+    return multiplanar ? readGranted(format.fmt.pix_mp, asked, granted)
+                       : readGranted(format.fmt.pix, asked, granted);
 }
 
 } // namespace
+
+int sideOf(uint32_t pixels) {
+    return static_cast<int>(std::min(pixels, kLargestSide));
+}
+
+uint32_t bufferType(bool multiplanar) {
+    return multiplanar ? V4L2_BUF_TYPE_VIDEO_CAPTURE_MPLANE : V4L2_BUF_TYPE_VIDEO_CAPTURE;
+}
 
 VideoNode::VideoNode(const std::shared_ptr<KernelCalls>& kernel, const std::string& path)
     : kernel_(kernel), path_(path), descriptor_(-1) {}
@@ -253,97 +246,11 @@ bool VideoNode::isGone() const {
     return error == ENODEV || error == ENXIO;
 }
 
-std::vector<uint32_t> VideoNode::offeredFormats(bool multiplanar) const {
-    std::vector<uint32_t> result;
-    for (uint32_t index = 0; index < kMostEntries; ++index) {
-        v4l2_fmtdesc description = {};
-        description.index = index;
-        description.type = bufferType(multiplanar);
-        if (ioctl(VIDIOC_ENUM_FMT, &description) != 0)
-            break;
-        if (std::find(result.begin(), result.end(), description.pixelformat) == result.end())
-            result.push_back(description.pixelformat);
-    }
-    return result;
-}
-
-std::vector<uint32_t> VideoNode::formats(bool multiplanar) const {
-    std::vector<uint32_t> result = offeredFormats(multiplanar);
-    const auto isUseless = [multiplanar](uint32_t fourcc) { return !isUsable(fourcc, multiplanar); };
-    result.erase(std::remove_if(result.begin(), result.end(), isUseless), result.end());
-    return result;
-}
-
-std::vector<SizeRange> VideoNode::sizes(uint32_t fourcc) const {
-    std::vector<SizeRange> result;
-    for (uint32_t index = 0; index < kMostEntries; ++index) {
-        v4l2_frmsizeenum entry = {};
-        entry.index = index;
-        entry.pixel_format = fourcc;
-        if (ioctl(VIDIOC_ENUM_FRAMESIZES, &entry) != 0)
-            break;
-        SizeRange range;
-        if (entry.type == V4L2_FRMSIZE_TYPE_DISCRETE) {
-            range.least = range.most = size(entry.discrete.width, entry.discrete.height);
-        } else {
-            range.least = size(entry.stepwise.min_width, entry.stepwise.min_height);
-            range.most = size(entry.stepwise.max_width, entry.stepwise.max_height);
-            if (entry.type == V4L2_FRMSIZE_TYPE_STEPWISE)
-                range.step = size(entry.stepwise.step_width, entry.stepwise.step_height);
-        }
-        if (range.most.width > 0 && range.most.height > 0)
-            result.push_back(range);
-        if (entry.type != V4L2_FRMSIZE_TYPE_DISCRETE)
-            break; // a range has one entry
-    }
-    return result;
-}
-
-Interval VideoNode::interval(uint32_t fourcc, const Size& frame) const {
-    std::vector<Interval> offered;
-    for (uint32_t index = 0; index < kMostEntries; ++index) {
-        v4l2_frmivalenum entry = {};
-        entry.index = index;
-        entry.pixel_format = fourcc;
-        entry.width = static_cast<uint32_t>(frame.width);
-        entry.height = static_cast<uint32_t>(frame.height);
-        if (ioctl(VIDIOC_ENUM_FRAMEINTERVALS, &entry) != 0)
-            break;
-        if (entry.type != V4L2_FRMIVAL_TYPE_DISCRETE)
-            return bestInterval(v4l2::interval(entry.stepwise.min), v4l2::interval(entry.stepwise.max));
-        offered.push_back(v4l2::interval(entry.discrete));
-    }
-    return bestInterval(offered);
-}
-
-std::vector<Candidate> VideoNode::candidates(bool multiplanar, const Size& wanted) const {
-    std::vector<Candidate> result;
-    for (const uint32_t fourcc : formats(multiplanar)) {
-        PixelFormat format;
-        formatOf(fourcc, format);
-        Candidate candidate;
-        candidate.fourcc = fourcc;
-        candidate.cost = pixels::decodeCost(format.layout);
-        const std::vector<SizeRange> ranges = sizes(fourcc);
-        for (const SizeRange& range : ranges) {
-            candidate.size = fit(range, wanted);
-            candidate.interval = interval(fourcc, candidate.size);
-            result.push_back(candidate);
-        }
-        if (ranges.empty()) {
-            candidate.size = wanted;
-            candidate.interval = Interval();
-            result.push_back(candidate);
-        }
-    }
-    return result;
-}
-
 int VideoNode::setFormat(const Candidate& asked, bool multiplanar, Granted& granted) const {
     v4l2_format format = requestOf(asked, multiplanar);
     if (const int error = ioctl(VIDIOC_S_FMT, &format))
         return error;
-    if (!readGranted(format, multiplanar, granted))
+    if (!readGranted(format, multiplanar, asked.fourcc, granted))
         return EINVAL;
     fillWholeBuffer(granted.size);
     return 0;
@@ -355,7 +262,8 @@ bool VideoNode::wouldGrant(const Candidate& asked, bool multiplanar) const {
     const int error = ioctl(VIDIOC_TRY_FMT, &format);
     if (error == ENOTTY)
         return true; // the driver cannot be asked: trying is the only way to find out
-    return error == 0 && readGranted(format, multiplanar, granted) && granted.size == asked.size;
+    return error == 0 && readGranted(format, multiplanar, asked.fourcc, granted) &&
+           granted.size == asked.size;
 }
 
 int64_t VideoNode::exposureNanoseconds() const {

@@ -11,7 +11,6 @@
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace ostrel {
 namespace cameras {
@@ -52,6 +51,11 @@ struct Granted {
     Interval interval;
 };
 
+// Of what a driver says: larger ones are taken for its mistake.
+int sideOf(uint32_t pixels);
+// V4L2_BUF_TYPE_...
+uint32_t bufferType(bool multiplanar);
+
 // Owns the descriptor. Thread-safe as far as the kernel is, that is, every single call.
 class VideoNode {
 public:
@@ -75,16 +79,9 @@ public:
     // The device has left the machine.
     bool isGone() const;
 
-    // All formats on offer, in the driver's order, each once.
-    std::vector<uint32_t> offeredFormats(bool multiplanar) const;
-    // Those that can be converted.
-    std::vector<uint32_t> formats(bool multiplanar) const;
-    // One candidate for each format and size range; a driver that lists no sizes is asked for the wanted one.
-    std::vector<Candidate> candidates(bool multiplanar, const Size& wanted) const;
-
     // Whether setFormat() would give this size, as far as the driver says without doing it.
     bool wouldGrant(const Candidate& asked, bool multiplanar) const;
-    // 0, or errno; EINVAL also when what is granted cannot be converted.
+    // 0, or errno; EINVAL also when what is granted cannot be converted, unless it is the asked format.
     int setFormat(const Candidate& asked, bool multiplanar, Granted& granted) const;
     // Asks for the interval and reads back the granted one. A driver may know no rates at all.
     void setInterval(const Interval& asked, Granted& granted) const;
@@ -99,8 +96,6 @@ public:
 private:
     VideoNode(const std::shared_ptr<KernelCalls>& kernel, const std::string& path);
 
-    std::vector<SizeRange> sizes(uint32_t fourcc) const;
-    Interval interval(uint32_t fourcc, const Size& size) const;
     void fillWholeBuffer(const Size& size) const;
 
     const std::shared_ptr<KernelCalls> kernel_;

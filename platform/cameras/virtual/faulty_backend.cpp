@@ -14,6 +14,7 @@ public:
     bool convert(const pixels::Output& to) override { return frame_->convert(to); }
     FrameFacts facts() const override { return frame_->facts(); }
     bool show(const PictureReader& reader) override { return frame_->show(reader); }
+    bool hasPicture() const override { return frame_->hasPicture(); }
     bool mayBeBroken() const override { return frame_->mayBeBroken(); }
     int rowBytes(int width) const override { return frame_->rowBytes(width) + kPaddingBytes; }
 

@@ -25,6 +25,8 @@ public:
     bool mayBeOpened() const override { return backend_->mayBeOpened(); }
     Error open() override;
     void close() override { backend_->close(); }
+    Error modes(NativeModes& modes) override { return backend_->modes(modes); }
+    std::shared_ptr<Controls> controls() const override { return backend_->controls(); }
     Error admitInput() override;
     Error admitOutput() override;
     Error start(const Request& request, const std::shared_ptr<Outlet>& outlet) override;

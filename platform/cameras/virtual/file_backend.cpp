@@ -8,6 +8,15 @@ namespace cameras {
 
 namespace {
 
+Mode modeOf(const Y4mFormat& format) {
+    Mode mode;
+    mode.format = format.layout.code();
+    mode.size.width = format.layout.width;
+    mode.size.height = format.layout.height;
+    mode.interval = intervalOf(format.framesPerSecond);
+    return mode;
+}
+
 class ClipFrame : public VirtualFrame {
 public:
     ClipFrame(std::shared_ptr<Figures> figures, uint32_t sequence, const Mode& mode,
@@ -42,6 +51,23 @@ Error FileBackend::open() {
     return wrong.empty() ? Error() : Error(wrong);
 }
 
+// The one that the file has.
+Error FileBackend::modes(NativeModes& modes) {
+    std::shared_ptr<Y4mClip> clip = clip_;
+    std::string wrong = known_;
+    if (!clip && wrong.empty())
+        wrong = Y4mClip::open(path_, clip);
+    if (!wrong.empty())
+        return Error(wrong);
+    const Mode own = modeOf(clip->format());
+    NativeMode mode;
+    mode.format = own.format;
+    mode.sizes.least = mode.sizes.most = own.size;
+    mode.intervals = {own.interval, own.interval};
+    modes.push_back(mode);
+    return Error();
+}
+
 Error FileBackend::noFurtherFrame() const {
     return Error(name_ + " found no further frame in its file: it is damaged, or was changed");
 }
@@ -55,13 +81,8 @@ Error FileBackend::start(const Request&, const std::shared_ptr<Outlet>& outlet) 
     finished_ = false;
     pool_ = std::make_shared<pixels::PixelPool>();
     figures_ = outlet->figures();
-    Mode mode;
-    mode.format = format.layout.code();
-    mode.size.width = format.layout.width;
-    mode.size.height = format.layout.height;
-    mode.rate = format.framesPerSecond;
-    figures_->setGranted(mode);
-    mode_ = mode;
+    mode_ = modeOf(format);
+    figures_->setGranted(mode_);
     played_ = 0;
     return Error();
 }

@@ -23,6 +23,7 @@ public:
     bool attached() const override { return true; }
     Error open() override;
     void close() override { clip_.reset(); }
+    Error modes(NativeModes& modes) override;
     Error start(const Request& request, const std::shared_ptr<Outlet>& outlet) override;
     void stop() override;
     // There is nothing to revive, and the file goes on playing.

@@ -5,8 +5,10 @@
 #include "platform/cameras/backend.h"
 #include "platform/cameras/virtual/frame_clock.h"
 #include "platform/cameras/virtual/pattern_painter.h"
+#include "platform/cameras/virtual/stored_controls.h"
 
 #include <memory>
+#include <string>
 
 namespace ostrel {
 namespace cameras {
@@ -14,12 +16,14 @@ namespace cameras {
 // A frame is two numbers until somebody takes it.
 class PatternBackend : public Backend {
 public:
-    PatternBackend(int width, int height, double framesPerSecond)
-        : width_(width), height_(height), framesPerSecond_(framesPerSecond) {}
+    // What it has unless another mode is wished for.
+    PatternBackend(const std::string& name, const Size& size, double framesPerSecond);
 
     bool attached() const override { return true; }
     Error open() override { return Error(); }
     void close() override {}
+    std::shared_ptr<Controls> controls() const override { return controls_; }
+    Error modes(NativeModes& modes) override;
     Error start(const Request& request, const std::shared_ptr<Outlet>& outlet) override;
     void stop() override;
     // There is nothing to revive, and the frames go on counting.
@@ -29,12 +33,14 @@ public:
     int64_t longestPause() override { return clock_->fiveIntervals(); }
 
 private:
-    const int width_;
-    const int height_;
-    const double framesPerSecond_;
+    const std::string name_; // for messages
+    const Size size_;
+    const Interval interval_;
+    const std::shared_ptr<StoredControls> controls_;
     // While it streams:
     std::unique_ptr<FrameClock> clock_;
     Mode mode_;
+    uint32_t markAhead_ = 0;
     std::shared_ptr<PatternPainter> painter_;
     std::shared_ptr<Figures> figures_;
 };

@@ -116,10 +116,10 @@ void drawCode(Canvas& canvas, const pattern::Stamp& stamp) {
     }
 }
 
-void drawMark(Canvas& canvas, uint32_t counter) {
+void drawMark(Canvas& canvas, uint32_t step) {
     const int width = canvas.width();
     const int size = std::max(2, width / 20);
-    const int left = columnLeft(static_cast<int>(counter % MARK_STEPS), MARK_STEPS - 1, width - size);
+    const int left = columnLeft(static_cast<int>(step % MARK_STEPS), MARK_STEPS - 1, width - size);
     canvas.fill(left, bandTop(LANE_TOP, canvas.height()), left + size, bandTop(LANE_BOTTOM, canvas.height()),
                 MARK);
 }
@@ -130,6 +130,18 @@ void drawNumber(Canvas& canvas, int topBand, uint32_t number) {
     const TextPlace place(canvas.width(), canvas.height());
     canvas.text(place.left + LABEL_CHARACTERS * Canvas::ADVANCE * place.scale,
                 bandTop(topBand, canvas.height()), place.scale, digits, WHITE);
+}
+
+void brighten(Canvas& canvas, int by) {
+    uint8_t brighter[256];
+    for (int level = 0; level < 256; ++level)
+        brighter[level] = static_cast<uint8_t>(std::max(0, std::min(level + by, 255)));
+    for (int y = 0; y < canvas.height(); ++y) {
+        uint8_t* const row = canvas.row(y);
+        for (int i = 0; i < canvas.width() * 4; i += 4)
+            for (int colour = 0; colour < 3; ++colour)
+                row[i + colour] = brighter[row[i + colour]];
+    }
 }
 
 } // namespace
@@ -146,38 +158,40 @@ const uint8_t* PatternPainter::background() {
     return background_.data();
 }
 
-void PatternPainter::draw(const uint8_t* background, const pattern::Stamp& stamp, Canvas& canvas) const {
+void PatternPainter::draw(const uint8_t* background, const PatternScene& scene, Canvas& canvas) const {
     const size_t rowBytes = static_cast<size_t>(width_) * 4;
     for (int y = 0; y < height_; ++y)
         std::memcpy(canvas.row(y), background + static_cast<size_t>(y) * rowBytes, rowBytes);
-    drawMark(canvas, stamp.counter);
-    drawNumber(canvas, COUNTER_TOP, stamp.counter);
-    drawNumber(canvas, CLOCK_TOP, stamp.clock);
-    drawCode(canvas, stamp);
+    drawMark(canvas, scene.stamp.counter + scene.markAhead);
+    drawNumber(canvas, COUNTER_TOP, scene.stamp.counter);
+    drawNumber(canvas, CLOCK_TOP, scene.stamp.clock);
+    if (scene.brighter != 0)
+        brighten(canvas, scene.brighter);
+    drawCode(canvas, scene.stamp); // which stays readable
 }
 
-bool PatternPainter::paint(const pattern::Stamp& stamp, uint8_t* bgra, int width, int height, int stride) {
+bool PatternPainter::paint(const PatternScene& scene, uint8_t* bgra, int width, int height, int stride) {
     if (!pixels::sizeIsSane(width, height))
         return false;
     if (width == width_ && height == height_) {
         Canvas canvas(bgra, width, height, stride);
-        draw(background(), stamp, canvas);
+        draw(background(), scene, canvas);
         return true;
     }
-    return show(stamp, [&](const pixels::Picture& native) {
+    return show(scene, [&](const pixels::Picture& native) {
         pixels::scaleBgra({native.planes[0].data, width_, height_, native.planes[0].stride},
                           {pixels::OutputFormat::Bgra, bgra, width, height, stride}, pool_);
     });
 }
 
-bool PatternPainter::show(const pattern::Stamp& stamp,
+bool PatternPainter::show(const PatternScene& scene,
                           const std::function<void(const pixels::Picture&)>& reader) {
     const uint8_t* const still = background();
     const int stride = width_ * 4;
     const size_t bytes = static_cast<size_t>(stride) * static_cast<size_t>(height_);
     const pixels::PixelPool::Block native = pool_.take(bytes);
     Canvas canvas(native.data(), width_, height_, stride);
-    draw(still, stamp, canvas);
+    draw(still, scene, canvas);
     pixels::Picture picture;
     picture.layout = pixels::Layout::Bgrx;
     picture.width = width_;

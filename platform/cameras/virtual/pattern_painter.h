@@ -14,6 +14,13 @@ namespace cameras {
 
 class Canvas;
 
+// One picture of the pattern.
+struct PatternScene {
+    pattern::Stamp stamp;
+    uint32_t markAhead = 0; // steps that the mark is ahead of the counter
+    int brighter = 0;       // -255 to 255, added to every colour but those of the code
+};
+
 // Thread-safe: several captures may draw at the same time. Keeps the part of the picture that stands still,
 // and the memory that scaling needs, from one frame to the next; takes none before the first frame is drawn.
 class PatternPainter {
@@ -22,10 +29,10 @@ public:
 
     // The pattern at its native size, scaled when another size is asked for. False when the size cannot be
     // scaled to.
-    bool paint(const pattern::Stamp& stamp, uint8_t* bgra, int width, int height, int stride);
+    bool paint(const PatternScene& scene, uint8_t* bgra, int width, int height, int stride);
 
     // Shows the pattern at its native size in memory of the pool's. Never false.
-    bool show(const pattern::Stamp& stamp, const std::function<void(const pixels::Picture&)>& reader);
+    bool show(const PatternScene& scene, const std::function<void(const pixels::Picture&)>& reader);
 
     // What it takes its memory from.
     pixels::PixelPool& pool() { return pool_; }
@@ -35,7 +42,7 @@ public:
 
 private:
     const uint8_t* background();
-    void draw(const uint8_t* background, const pattern::Stamp& stamp, Canvas& canvas) const;
+    void draw(const uint8_t* background, const PatternScene& scene, Canvas& canvas) const;
 
     const int width_;
     const int height_;

@@ -10,7 +10,9 @@ namespace {
 
 cameras::StreamingCamera::Identity identityOf(std::string identifier, const std::string& displayName) {
     const std::string& name = displayName.empty() ? identifier : displayName;
-    return {identifier, name, name};
+    cameras::CameraDetails details;
+    details.kind = "virtual";
+    return {identifier, name, name, details};
 }
 
 // Captures carry identifiers as ASCII: a camera with any other would be listed but never found.

@@ -43,7 +43,8 @@ public:
 
 protected:
     std::shared_ptr<cameras::Backend> makeBackend() override {
-        return std::make_shared<cameras::PatternBackend>(width_, height_, framesPerSecond_);
+        return std::make_shared<cameras::PatternBackend>(displayName(), cameras::Size(width_, height_),
+                                                         framesPerSecond_);
     }
 
 private:

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <functional>
 #include <linux/videodev2.h>
+#include <map>
 #include <memory>
 #include <string>
 #include <sys/time.h>
@@ -20,7 +21,30 @@ struct FormatScript {
     std::vector<cameras::SizeRange> sizes; // none: the driver does not list them
     // The same for all sizes; none: not listed. Of a range: the shortest, the longest and the step.
     std::vector<cameras::Interval> intervals;
+    // Where not all sizes have the same.
+    std::function<std::vector<cameras::Interval>(const cameras::Size&)> intervalsOf;
     uint32_t intervalType = V4L2_FRMIVAL_TYPE_DISCRETE;
+};
+
+struct ControlScript {
+    uint32_t id = 0;
+    uint32_t type = V4L2_CTRL_TYPE_INTEGER;
+    std::string name;
+    int64_t minimum = 0, maximum = 255, step = 1, standard = 128; // what it has at first, too
+    std::map<uint32_t, std::string> items;                        // those that a menu has
+    uint32_t flags = 0;
+    // Inactive while another control has another value than these.
+    uint32_t heldBy = 0;
+    std::vector<int64_t> released = {};
+};
+
+// Which of the kernel's calls for controls a driver has.
+enum class ControlCalls {
+    All,
+    WithoutExtended,   // a number for each call, and asking for the next one
+    WithoutNext,       // nor that
+    ExtendedOneByOne,  // G_, S_ and TRY_EXT_CTRLS take one alone
+    ListedNotReadable, // none but those that list
 };
 
 // Sizes and rates as drivers list them. A step of 1 is a continuous range.
@@ -62,7 +86,8 @@ struct DeviceScript {
     std::vector<FormatScript> formats; // at first it has the first format in its first size
     bool knowsRates = true;
 
-    std::function<void(v4l2_pix_format&)> adjust;          // what S_FMT and TRY_FMT grant instead
+    std::function<void(v4l2_pix_format&)> adjust; // what S_FMT and TRY_FMT grant instead
+    std::function<cameras::Interval(const cameras::Interval&)> grantInterval; // the same of S_PARM
     std::function<bool(const v4l2_pix_format&)> bandwidth; // false: STREAMON answers ENOSPC
     uint32_t padding = 0;                                  // bytes at the end of each row
     uint32_t dataOffset = 0; // bytes before the picture, in each plane of the multiplanar interface
@@ -78,6 +103,11 @@ struct DeviceScript {
     int64_t period = 0;
     std::shared_ptr<const std::vector<uint8_t>> picture;          // what stands in all buffers from the start
     std::function<void(uint8_t* bytes, uint32_t sequence)> stamp; // called as such a frame is dequeued
+
+    std::vector<ControlScript> controls; // by their numbers
+    ControlCalls controlCalls = ControlCalls::All;
+    bool tellsOfControls = true;
+    bool takesHeldControls = true; // false: setting one that is inactive answers EIO, as webcams do
 
     // As many drivers do, all calls of the node but poll() run under one lock: while one takes long or is
     // held, the others wait for it.

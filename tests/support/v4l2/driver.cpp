@@ -24,6 +24,8 @@ int64_t monotonicNow() {
 
 Driver::Driver(const DeviceScript& device, Journal& journal)
     : device_(device), journal_(journal), incoming_(device.incoming), timings_(device.incoming) {
+    for (const ControlScript& script : device.controls)
+        controls_.push_back({script, script.standard, std::string()});
     if (device.formats.empty())
         return;
     const FormatScript& first = device.formats.front();
@@ -44,8 +46,8 @@ Driver::~Driver() {
 
 int Driver::open() {
     const int descriptor = ::timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC);
-    descriptors_.push_back(descriptor);
-    arm(descriptor, armed_);
+    handles_[descriptor];
+    rearm();
     return descriptor;
 }
 
@@ -56,7 +58,7 @@ void Driver::close(int descriptor) {
         switchStream(false);
         release();
     }
-    descriptors_.erase(std::remove(descriptors_.begin(), descriptors_.end(), descriptor), descriptors_.end());
+    handles_.erase(descriptor);
     ::close(descriptor);
 }
 
@@ -67,15 +69,15 @@ int Driver::ioctl(int descriptor, unsigned long request, void* argument) {
         return request == VIDIOC_DQBUF ? device_.unpluggedDequeue : ENODEV;
     }
     const int error = command(descriptor, request, argument);
-    return error == ENOTTY ? question(request, argument) : error;
+    return error == ENOTTY ? question(descriptor, request, argument) : error;
 }
 
-short Driver::events(short asked) {
+short Driver::events(int descriptor, short asked) {
     if (gone_)
         return POLLERR | POLLHUP;
     advance();
     rearm();
-    const int ready = (done_.empty() ? 0 : POLLIN) | (told_.empty() ? 0 : POLLPRI);
+    const int ready = (done_.empty() ? 0 : POLLIN) | (handles_[descriptor].told.empty() ? 0 : POLLPRI);
     return static_cast<short>(events_ | (ready & asked) | (streaming_ ? 0 : POLLERR));
 }
 
@@ -99,7 +101,10 @@ int64_t Driver::arrival(uint32_t number) const {
     return started_ ? started_ + (static_cast<int64_t>(number) + 1) * device_.period : 0;
 }
 
-void Driver::arm(int descriptor, int64_t at) const {
+void Driver::arm(int descriptor, Handle& handle, int64_t at) const {
+    if (handle.armed == at)
+        return;
+    handle.armed = at;
     itimerspec when = {};
     when.it_value.tv_sec = at / SECOND;
     when.it_value.tv_nsec = at % SECOND;
@@ -109,15 +114,16 @@ void Driver::arm(int descriptor, int64_t at) const {
 // Lets poll() return now, with the next frame that comes by itself, or not at all.
 void Driver::rearm() {
     int64_t at = NEVER;
-    if (gone_ || events_ || !done_.empty() || !told_.empty())
+    if (gone_ || events_ || !done_.empty())
         at = PAST;
     else if (streaming_ && device_.period && !stalled_)
         at = arrival(sequence_);
-    if (at == armed_)
-        return;
-    armed_ = at;
-    for (const int descriptor : descriptors_)
-        arm(descriptor, at);
+    // Who waits for changes of controls does not wait for frames.
+    for (auto& handle : handles_) {
+        const bool forFrames = handle.second.wantsControls.empty();
+        const int64_t others = gone_ ? PAST : NEVER;
+        arm(handle.first, handle.second, !handle.second.told.empty() ? PAST : forFrames ? at : others);
+    }
 }
 
 } // namespace ostrel::support

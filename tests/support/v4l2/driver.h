@@ -4,7 +4,9 @@
 
 #include "support/v4l2/device_script.h"
 
+#include <map>
 #include <mutex>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -37,12 +39,16 @@ public:
     int ioctl(int descriptor, unsigned long request, void* argument); // 0 or an errno
     void* map(size_t length, long offset);                            // null: no such buffer
     void unmapped(long offset);
-    short events(short asked); // that poll() reports now of those that are asked for
+    short events(int descriptor, short asked); // that poll() reports now of those that are asked for
 
     void unplug();
     void excuse() { excused_ = true; } // it refused to take its buffers back: nobody can do it right
     void setEvents(short events);
     void stall() { stalled_ = true; } // no frame until STREAMON
+    // Somebody else sets a control, or the camera itself.
+    void setControl(uint32_t id, int64_t value) { become(*control(id), value, std::string()); }
+    int64_t controlValue(uint32_t id) { return control(id)->value; }
+    std::string controlText(uint32_t id) { return control(id)->text; }
     // Another signal comes in; of 0 x 0, none. Who has asked for it is told.
     void changeSource(const cameras::Size& size);
     bool feed(const FrameScript& frame);
@@ -70,8 +76,35 @@ private:
         timeval time = {};
     };
 
+    struct Handle { // of one that has the node open
+        int64_t armed = 0;
+        bool wantsSource = false;
+        std::set<uint32_t> wantsControls;
+        std::vector<v4l2_event> told; // not yet fetched
+    };
+    struct ControlState {
+        ControlScript script;
+        int64_t value = 0;
+        std::string text;
+    };
+
+    // driver_controls.cpp
+    int controlQuestion(unsigned long request, void* argument);
+    ControlState* control(uint32_t id);
+    const ControlState* nextControl(uint32_t id);
+    uint32_t flagsOf(const ControlState& control);
+    template <typename Answer>
+    int describeControl(Answer& answer);
+    int describe(v4l2_querymenu& item);
+    int values(v4l2_ext_controls& all, bool set, bool keep);
+    int value(v4l2_ext_control& one, bool set, bool keep);
+    int value(v4l2_control& one, bool set);
+    int check(const ControlState& control, int64_t value);
+    void become(ControlState& control, int64_t value, const std::string& text);
+    int subscribe(Handle& handle, const v4l2_event_subscription& wanted);
+
     // driver_questions.cpp
-    int question(unsigned long request, void* argument);
+    int question(int descriptor, unsigned long request, void* argument);
     int describe(v4l2_capability& caps) const;
     int describe(v4l2_fmtdesc& entry) const;
     int describe(v4l2_frmsizeenum& entry) const;
@@ -85,6 +118,7 @@ private:
 
     // driver_source.cpp
     int sourceQuestion(unsigned long request, void* argument);
+    int eventQuestion(Handle& handle, unsigned long request, void* argument);
     bool isReceiver() const { return timings_.width != 0; }
     bool isLocked() const { return incoming_ == timings_; }
 
@@ -102,12 +136,13 @@ private:
     size_t roomOf(size_t plane) const;
     void write(unsigned buffer, const std::vector<uint8_t>& bytes);
     void advance();
-    void arm(int descriptor, int64_t at) const;
+    void arm(int descriptor, Handle& handle, int64_t at) const;
     void rearm();
 
     const DeviceScript device_;
     Journal& journal_;
-    std::vector<int> descriptors_;
+    std::map<int, Handle> handles_; // by descriptor
+    std::vector<ControlState> controls_;
     bool gone_ = false;
     bool excused_ = false;
     short events_ = 0;
@@ -115,8 +150,6 @@ private:
     cameras::Interval interval_;
 
     cameras::Size incoming_, timings_; // of a receiver: what comes in, and what it is set up for
-    bool tellsOfSource_ = false;       // somebody wants to know
-    std::vector<v4l2_event> told_;     // not yet fetched
 
     int owner_ = -1; // the descriptor that has the buffers
     int memory_ = -1;
@@ -130,7 +163,6 @@ private:
     int64_t started_ = 0;
     uint32_t sequence_ = 0; // the next
     uint64_t lost_ = 0;
-    int64_t armed_ = 0;
 };
 
 int64_t monotonicNow(); // nanoseconds

@@ -143,7 +143,7 @@ void tell(const PictureFormat& granted, v4l2_format& format) {
 
 } // namespace
 
-int Driver::question(unsigned long request, void* argument) {
+int Driver::question(int descriptor, unsigned long request, void* argument) {
     switch (static_cast<uint32_t>(request)) {
     case VIDIOC_QUERYCAP:
         return describe(*static_cast<v4l2_capability*>(argument));
@@ -171,8 +171,13 @@ int Driver::question(unsigned long request, void* argument) {
         return parameters(*static_cast<v4l2_streamparm*>(argument), false);
     case VIDIOC_S_PARM:
         return parameters(*static_cast<v4l2_streamparm*>(argument), true);
-    default:
-        return sourceQuestion(request, argument);
+    case VIDIOC_SUBSCRIBE_EVENT:
+    case VIDIOC_DQEVENT:
+        return eventQuestion(handles_[descriptor], request, argument);
+    default: {
+        const int error = device_.controls.empty() ? ENOTTY : controlQuestion(request, argument);
+        return error == ENOTTY ? sourceQuestion(request, argument) : error;
+    }
     }
 }
 
@@ -230,18 +235,23 @@ int Driver::describe(v4l2_frmsizeenum& entry) const {
 
 int Driver::describe(v4l2_frmivalenum& entry) const {
     const FormatScript* format = listed(entry.pixel_format);
-    if (!format || entry.index >= format->intervals.size())
+    if (!format)
+        return EINVAL;
+    const Size size(static_cast<int>(entry.width), static_cast<int>(entry.height));
+    const std::vector<Interval> intervals =
+        format->intervalsOf ? format->intervalsOf(size) : format->intervals;
+    if (entry.index >= intervals.size())
         return EINVAL;
     entry.type = format->intervalType;
     if (entry.type == V4L2_FRMIVAL_TYPE_DISCRETE) {
-        entry.discrete = fraction(format->intervals[entry.index]);
+        entry.discrete = fraction(intervals[entry.index]);
         return 0;
     }
-    if (entry.index > 0 || format->intervals.size() < 3)
+    if (entry.index > 0 || intervals.size() < 3)
         return EINVAL;
-    entry.stepwise.min = fraction(format->intervals[0]);
-    entry.stepwise.max = fraction(format->intervals[1]);
-    entry.stepwise.step = fraction(format->intervals[2]);
+    entry.stepwise.min = fraction(intervals[0]);
+    entry.stepwise.max = fraction(intervals[1]);
+    entry.stepwise.step = fraction(intervals[2]);
     return 0;
 }
 
@@ -306,6 +316,8 @@ int Driver::parameters(v4l2_streamparm& parameters, bool set) {
     if (set) {
         interval_.numerator = parameters.parm.capture.timeperframe.numerator;
         interval_.denominator = parameters.parm.capture.timeperframe.denominator;
+        if (device_.grantInterval)
+            interval_ = device_.grantInterval(interval_);
     }
     parameters.parm.capture.capability = V4L2_CAP_TIMEPERFRAME;
     parameters.parm.capture.timeperframe = fraction(interval_);

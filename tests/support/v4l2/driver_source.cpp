@@ -1,5 +1,5 @@
-// What comes in at the scripted driver, where it is a receiver's: timings, and the event that tells of
-// others.
+// What comes in at the scripted driver, where it is a receiver's: timings; and the events that tell of
+// changes.
 #include "support/v4l2/driver.h"
 
 #include <algorithm>
@@ -44,33 +44,44 @@ int Driver::sourceQuestion(unsigned long request, void* argument) {
         format_ = granted(format_.type, format_.pix);
         return 0;
     }
-    case VIDIOC_SUBSCRIBE_EVENT: {
-        const auto& wanted = *static_cast<v4l2_event_subscription*>(argument);
-        if (wanted.type != V4L2_EVENT_SOURCE_CHANGE)
-            return EINVAL;
-        tellsOfSource_ = tellsOfSource_ || wanted.id == 0;
-        return 0;
-    }
-    case VIDIOC_DQEVENT:
-        if (told_.empty())
-            return ENOENT;
-        *static_cast<v4l2_event*>(argument) = told_.front();
-        told_.erase(told_.begin());
-        rearm();
-        return 0;
     default:
         return ENOTTY;
     }
 }
 
+int Driver::eventQuestion(Handle& handle, unsigned long request, void* argument) {
+    if (!isReceiver() && (device_.controls.empty() || !device_.tellsOfControls))
+        return ENOTTY;
+    if (static_cast<uint32_t>(request) == VIDIOC_SUBSCRIBE_EVENT)
+        return subscribe(handle, *static_cast<v4l2_event_subscription*>(argument));
+    if (handle.told.empty())
+        return ENOENT;
+    *static_cast<v4l2_event*>(argument) = handle.told.front();
+    handle.told.erase(handle.told.begin());
+    rearm();
+    return 0;
+}
+
+int Driver::subscribe(Handle& handle, const v4l2_event_subscription& wanted) {
+    if (wanted.type == V4L2_EVENT_SOURCE_CHANGE && isReceiver() && wanted.id == 0) {
+        handle.wantsSource = true;
+        return 0;
+    }
+    if (wanted.type != V4L2_EVENT_CTRL || !control(wanted.id))
+        return EINVAL;
+    handle.wantsControls.insert(wanted.id);
+    rearm();
+    return 0;
+}
+
 void Driver::changeSource(const cameras::Size& size) {
     incoming_ = size;
-    if (!tellsOfSource_)
-        return;
     v4l2_event event = {};
     event.type = V4L2_EVENT_SOURCE_CHANGE;
     event.u.src_change.changes = V4L2_EVENT_SRC_CH_RESOLUTION;
-    told_.push_back(event);
+    for (auto& handle : handles_)
+        if (handle.second.wantsSource)
+            handle.second.told.push_back(event);
     rearm();
 }
 

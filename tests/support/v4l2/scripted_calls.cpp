@@ -159,7 +159,7 @@ int ScriptedKernel::tell(pollfd* descriptors, unsigned long count) {
     for (unsigned long i = 0; i < count; ++i) {
         const auto found = open_.find(descriptors[i].fd);
         if (found != open_.end())
-            descriptors[i].revents = found->second.driver->events(descriptors[i].events);
+            descriptors[i].revents = found->second.driver->events(descriptors[i].fd, descriptors[i].events);
         ready += descriptors[i].revents != 0;
     }
     return ready;

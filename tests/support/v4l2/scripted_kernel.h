@@ -40,6 +40,10 @@ public:
     void stall(const std::string& path) { now(path)->stall(); }
     // Another signal comes in at a receiver; of 0 x 0, none.
     void changeSource(const std::string& path, const cameras::Size& size) { now(path)->changeSource(size); }
+    // Somebody else sets a control, or the camera itself.
+    void setControl(const std::string& path, uint32_t id, int64_t value) { now(path)->setControl(id, value); }
+    int64_t controlValue(const std::string& path, uint32_t id) { return now(path)->controlValue(id); }
+    std::string controlText(const std::string& path, uint32_t id) { return now(path)->controlText(id); }
     // False when the driver has no free buffer: the frame is lost, as with real hardware.
     bool feed(const std::string& path, const FrameScript& frame) { return now(path)->feed(frame); }
     // Waits until somebody polls an empty queue, that is, until everything that was fed has been handled.
@@ -70,6 +74,7 @@ protected:
     void* doMmap(size_t length, int descriptor, long offset) override;
     int doMunmap(void* address, size_t length) override;
     int doPoll(pollfd* descriptors, unsigned long count, int milliseconds) override;
+    uint32_t eventsMark() override { return EPOLLIN; } // the timers that stand for nodes have no other
 
     bool isOpen(int descriptor);
 

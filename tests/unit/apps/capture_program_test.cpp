@@ -72,9 +72,39 @@ TEST(CaptureProgram, ListAsJsonHoldsIdNameAndFormats) {
         EXPECT_EQ("Test pattern", camera["name"].toString());
         EXPECT_EQ(3, camera["formats"].toArray().size());
         EXPECT_EQ(1280, camera["formats"].toArray()[2].toObject()["width"].toInt());
+        EXPECT_EQ(QJsonObject({{"kind", "virtual"}}), camera["device"].toObject());
+        EXPECT_EQ(4 * 3, camera["modes"].toArray().size());
+        EXPECT_EQ(640, camera["modes"].toArray()[0].toObject()["width"].toInt());
         return;
     }
     FAIL() << outcome.output.toStdString();
+}
+
+TEST(CaptureProgram, ListShowsTheModesOfEachCamera) {
+    const Outcome outcome = run("/", {"--test-camera", "list", "--modes"});
+    EXPECT_EQ(0, outcome.code);
+    EXPECT_TRUE(outcome.output.contains("Test pattern (ostrel-test-pattern)\n"
+                                        "  BGRA  640x480    30/s 15/s 60/s\n"
+                                        "  BGRA  320x240    30/s 15/s 60/s\n"))
+        << outcome.output.toStdString();
+}
+
+TEST(CaptureProgram, AModeOfTheCameraIsCapturedInOrRefused) {
+    const Outcome watched = run("/", {"watch", "--test-camera", "--mode", "bgra:320x240@60", "-n", "3"});
+    EXPECT_EQ(0, watched.code) << watched.errors;
+    EXPECT_TRUE(watched.output.contains("asked 320x240, granted BGRA 320x240 at 60/s"))
+        << watched.output.toStdString();
+    const Outcome scaled = run("/", {"watch", "--test-camera", "--mode", "@15", "-s", "hd", "-n", "1"});
+    EXPECT_TRUE(scaled.output.contains("asked 1280x720, granted BGRA 1280x720 at 15/s"))
+        << scaled.output.toStdString();
+    Folder folder;
+    const Outcome refused = run(folder.path(), {"snapshot", "--test-camera", "--mode", "MJPG:hd"});
+    EXPECT_EQ(2, refused.code);
+    EXPECT_EQ(
+        "ostrel-camera: Test pattern offers no mode that fits MJPG 1280x720: 'ostrel-camera list --modes' "
+        "shows what it offers\n",
+        refused.errors);
+    EXPECT_EQ(QStringList(), folder.entries());
 }
 
 TEST(CaptureProgram, AMachineWithoutCamerasSaysSoAndHowToGoOn) {

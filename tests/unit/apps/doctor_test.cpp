@@ -279,9 +279,15 @@ TEST(Doctor, ARateFarBelowTheGrantedOnePointsAtTheExposure) {
     trial.arrived = 50;
     EXPECT_EQ(Verdict::Ok, worst(checkStream(trial)));
     trial.arrived = 30;
-    EXPECT_EQ("warning rate: 15.0 frames/s, 30.0 granted: most cameras slow down in poor light | v4l2-ctl -d "
-              "/dev/video0 --list-ctrls (exposure_dynamic_framerate, auto_exposure)",
+    EXPECT_EQ("warning rate: 15.0 frames/s, 30.0 granted: most cameras slow down in poor light | "
+              "ostrel-camera controls -c 'usb-1-at-x' (auto_exposure)",
               text(only(checkStream(trial), Verdict::Warning)));
+    trial.slowsInTheDark = true;
+    EXPECT_EQ(
+        "warning rate: 15.0 frames/s, 30.0 granted: most cameras slow down in poor light | "
+        "ostrel-camera controls -c 'usb-1-at-x' exposure_dynamic_framerate=0 keeps the rate, with darker "
+        "pictures",
+        text(only(checkStream(trial), Verdict::Warning)));
     trial.statistics.grantedRate = 0;
     EXPECT_EQ(Verdict::Ok, worst(checkStream(trial))) << "nothing was promised";
 }
@@ -293,6 +299,31 @@ TEST(Doctor, ABlackPictureIsAWarning) {
         "warning picture: the picture is black: its lens may be covered, its privacy switch on, or this "
         "part of the device an infrared camera | ostrel-camera snapshot --skip 30 -c 'usb-1-at-x'",
         text(only(checkStream(trial), Verdict::Warning)));
+}
+
+TEST(Doctor, APrivacySwitchThatIsOnIsAWarning) {
+    Trial trial = healthy();
+    EXPECT_EQ(0U, checkControls(trial).size()) << "most cameras have no control for it";
+    trial.privacy = true;
+    EXPECT_EQ("warning privacy: the privacy switch is on: the camera sends black pictures or none | open its "
+              "shutter, or press the key that closes it, then run this again",
+              text(only(checkControls(trial), Verdict::Warning)));
+    EXPECT_EQ(Verdict::Warning, worst(checkCamera(machineWith({webcam()}), trial)));
+    trial.privacy = false;
+    EXPECT_EQ("the privacy switch is off", checkControls(trial).front().fact);
+}
+
+TEST(Doctor, TheControlThatLowersTheRateInTheDarkIsTold) {
+    Trial trial = healthy();
+    trial.slowsInTheDark = true;
+    ASSERT_EQ(1U, checkControls(trial).size());
+    EXPECT_EQ("it may take longer exposures in the dark, and fewer frames | ostrel-camera controls -c "
+              "'usb-1-at-x' exposure_dynamic_framerate=0 keeps the rate, with darker pictures",
+              checkControls(trial).front().fact + " | " + checkControls(trial).front().next);
+    EXPECT_EQ(Verdict::Ok, worst(checkControls(trial)));
+    trial.slowsInTheDark = false;
+    EXPECT_EQ("it keeps its rate in the dark", checkControls(trial).front().fact);
+    EXPECT_EQ("", checkControls(trial).front().next);
 }
 
 TEST(Doctor, AnalogInputsStandWithTheCommandThatChangesThem) {

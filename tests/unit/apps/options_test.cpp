@@ -56,6 +56,16 @@ TEST(Options, EveryCommandIsKnown) {
     EXPECT_EQ(Command::Scale, parsed("scale --scale ld a b").command);
 }
 
+TEST(Options, ControlsTakesSettingsAndFiles) {
+    const Options options = parsed("controls -c x brightness=1 focus_auto=off --save a --load b --json");
+    EXPECT_EQ(Command::Controls, options.command);
+    EXPECT_EQ((std::vector<std::string>{"brightness=1", "focus_auto=off"}), options.controls.settings);
+    EXPECT_EQ("a", options.controls.save);
+    EXPECT_EQ("b", options.controls.load);
+    EXPECT_TRUE(options.controls.json);
+    EXPECT_EQ("x", options.camera.camera);
+}
+
 TEST(Options, RecordTakesItsValues) {
     const Options options =
         parsed("record -o x.yuv --size HD -n 5 -t 1.5 --format YUY2 --scale ld --filter none "
@@ -77,6 +87,20 @@ TEST(Options, AMatroskaFileIsAskedForByNameOrBySuffix) {
     EXPECT_TRUE(recordingKindOfPath("a/b.Mkv")->matroska);
     EXPECT_FALSE(recordingKindOfPath("a.mkv.y4m")->matroska);
     EXPECT_FALSE(recordingKindOfPath("mkv"));
+}
+
+TEST(Options, AModeSaysHowLargeFramesAreUnlessASizeIsGiven) {
+    for (const std::string command : {"snapshot", "record", "watch"}) {
+        EXPECT_EQ("1280x720", toString(parsed(command + " --mode MJPG:1280x720@60").size()));
+        EXPECT_EQ("320x240", toString(parsed(command + " --mode hd --size ld").size()));
+        EXPECT_EQ("640x480", toString(parsed(command + " --mode YUYV@15").size()));
+        EXPECT_FALSE(parsed(command).mode);
+    }
+    EXPECT_EQ("MJPG", parsed("watch --mode MJPG").mode->format);
+    EXPECT_EQ(0U,
+              refusal("watch --mode MJPG:fast").find("--mode: 'MJPG:fast' is not a mode: FORMAT:SIZE@RATE"));
+    EXPECT_NE("accepted", refusal("list --mode hd"));
+    EXPECT_TRUE(parsed("list --modes").list.modes);
 }
 
 TEST(Options, DefaultsAreStandardSizeBoxFilterAndNoLimit) {

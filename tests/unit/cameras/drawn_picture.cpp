@@ -246,6 +246,7 @@ void DrawnPicture::put(int x, int y, const Colour& c) {
         bytes({c.g, 0xFF});
         break;
     case Layout::Jpeg:
+    case Layout::Opaque:
         break;
     }
 }

@@ -4,8 +4,13 @@
 #include "base/monotonic_clock.h"
 #include "platform/cameras/v4l2/v4l2_provider.h"
 #include "support/jpeg_pictures.h"
+#include "support/recording_sink.h"
 #include "support/v4l2/scripted_discovery.h"
 #include "support/v4l2/scripted_kernel.h"
+
+#include <ostrel/camera_state.h>
+#include <ostrel/devices.h>
+#include <ostrel/modes.h>
 
 using namespace ostrel;
 using namespace ostrel::support;
@@ -195,4 +200,151 @@ TEST_F(NextV4l2Frame, NodeThatDoesNotOpenIsSaidToWhoWaits) {
     const Capture capture = capturing(V4L2_PIX_FMT_GREY);
     OVideoFrameReader reader(capture);
     EXPECT_TRUE(mentions(reason(reader), "in use by another program"));
+}
+
+namespace {
+
+// Cameras of whose formats none has a picture, listed while the test runs.
+class NativeOnly : public NextV4l2Frame {
+protected:
+    NativeOnly() { listNativeOnlyCameras(true); }
+    ~NativeOnly() override {
+        listNativeOnlyCameras(false);
+        requestVideoMode(identifier, OVideoMode());
+    }
+    // Plugs it in; its identifier, empty when it is not listed.
+    QString plugged(const std::vector<FormatScript>& formats) {
+        device.formats = formats;
+        kernel->plug(path, device);
+        cameras::v4l2::NodeFacts facts;
+        facts.path = path;
+        discovery->add(facts);
+        machine.has(cameras::v4l2::makeProvider(kernel, discovery));
+        const QMap<QString, QString> listed = videoDevices();
+        identifier = listed.isEmpty() ? QString() : listed.keys().at(0);
+        return identifier;
+    }
+    Capture capturing() { return started(identifier.toLatin1().constData()); }
+
+    QString identifier;
+};
+
+} // namespace
+
+TEST_F(NativeOnly, CameraIsListedWhenThatWasAskedForOnly) {
+    listNativeOnlyCameras(false);
+    EXPECT_TRUE(plugged({raw(V4L2_PIX_FMT_SBGGR8, {only(16, 8)})}).isEmpty());
+    listNativeOnlyCameras(true);
+    EXPECT_EQ(videoDevices().size(), 1);
+    listNativeOnlyCameras(false);
+    EXPECT_TRUE(videoDevices().isEmpty());
+}
+
+TEST_F(NativeOnly, CameraWithoutAnyFormatIsNone) {
+    EXPECT_TRUE(plugged({}).isEmpty());
+}
+
+TEST_F(NativeOnly, FramesGoToWhoTakesTheirBytesAndToNobodyElse) {
+    device.padding = 4;
+    ASSERT_FALSE(plugged({raw(V4L2_PIX_FMT_SBGGR8, {only(16, 8)})}).isEmpty());
+    const Capture capture = capturing();
+    OVideoFrameReader bytes(capture), pictures(capture);
+    for (uint32_t number = 1; number <= 3; ++number) {
+        FrameScript fed = numbered((16 + 4) * 8);
+        fed.bytes[0] = static_cast<uint8_t>(number);
+        ASSERT_TRUE(kernel->feed(path, fed));
+        OVideoNativeFrame frame;
+        ASSERT_EQ(nextNativeFrame(bytes, frame, LONG), 1);
+        EXPECT_EQ(utf8Of(frame.format()), "BA81");
+        EXPECT_EQ(frame.width(), 16);
+        EXPECT_EQ(frame.height(), 8);
+        EXPECT_EQ(frame.planes(), 1);
+        EXPECT_EQ(bytesOf(frame), fed.bytes);
+        EXPECT_EQ(frame.facts().number(), number);
+    }
+    EXPECT_TRUE(mentions(reason(pictures), "No picture can be made of BA81"));
+    std::vector<uint8_t> bgra(16 * 8 * 4);
+    QString why;
+    EXPECT_EQ(nextVideoFrame(pictures, bgra.data(), bgra.size(), 64, OVIDEO_PIXELS_BGRA, LONG, nullptr, &why),
+              -1);
+    EXPECT_TRUE(mentions(utf8Of(why), "native frames"));
+    VideoFrame polled;
+    polled.formatId = 0;
+    capture->selfVideoFrame(polled);
+    EXPECT_EQ(polled.formatId, 0) << "nothing comes to who polls";
+    EXPECT_TRUE(OVideoCameraState(identifier).statistics().dropped.isEmpty())
+        << "nobody has tried to convert it";
+    OVideoNativeFrame still;
+    EXPECT_EQ(nextNativeFrame(pictures, still, LONG), 1) << "the reader has not had it yet";
+}
+
+TEST_F(NativeOnly, BytesOfACompressedFilmAreAsManyAsCame) {
+    ASSERT_FALSE(plugged({raw(V4L2_PIX_FMT_H264, {only(16, 8)})}).isEmpty());
+    const Capture capture = capturing();
+    OVideoFrameReader reader(capture);
+    OVideoNativeFrame frame;
+    for (const size_t size : {100u, 3u, 77u}) {
+        const FrameScript fed = numbered(size);
+        ASSERT_TRUE(kernel->feed(path, fed));
+        ASSERT_EQ(nextNativeFrame(reader, frame, LONG), 1);
+        EXPECT_EQ(bytesOf(frame), fed.bytes);
+    }
+    EXPECT_FALSE(OVideoCameraState(identifier).grantedMode().hasPicture());
+}
+
+TEST_F(NativeOnly, EmptyFrameIsDroppedAndCounted) {
+    ASSERT_FALSE(plugged({raw(V4L2_PIX_FMT_H264, {only(16, 8)})}).isEmpty());
+    const Capture capture = capturing();
+    OVideoFrameReader reader(capture);
+    FrameScript empty;
+    empty.bytesUsed = 0;
+    ASSERT_TRUE(kernel->feed(path, empty));
+    ASSERT_TRUE(kernel->feed(path, numbered(9)));
+    OVideoNativeFrame frame;
+    ASSERT_EQ(nextNativeFrame(reader, frame, LONG), 1);
+    EXPECT_EQ(frame.bytesUsed(), 9u);
+    EXPECT_EQ(OVideoCameraState(identifier).statistics().dropped.value(QString::fromLatin1("empty")), 1u);
+}
+
+TEST_F(NativeOnly, FormatIsTakenFromACameraThatHasPicturesWhenItIsWishedFor) {
+    ASSERT_FALSE(
+        plugged({raw(V4L2_PIX_FMT_YUYV, {only(16, 8)}), raw(V4L2_PIX_FMT_SBGGR8, {only(16, 8)})}).isEmpty());
+    {
+        const Capture capture = capturing();
+        EXPECT_EQ(kernel->format(path).pixelformat, V4L2_PIX_FMT_YUYV);
+    }
+    listNativeOnlyCameras(false); // the wish is enough
+    OVideoMode bayer;
+    bayer.setFormat(QString::fromLatin1("BA81"));
+    ASSERT_TRUE(requestVideoMode(identifier, bayer));
+    const Capture capture = capturing();
+    OVideoFrameReader reader(capture);
+    const FrameScript fed = numbered(16 * 8);
+    ASSERT_TRUE(kernel->feed(path, fed));
+    OVideoNativeFrame frame;
+    ASSERT_EQ(nextNativeFrame(reader, frame, LONG), 1);
+    EXPECT_EQ(bytesOf(frame), fed.bytes);
+    EXPECT_EQ(utf8Of(OVideoCameraState(identifier).grantedMode().format()), "BA81");
+}
+
+TEST_F(NativeOnly, FramesThatAreHeldWhenTheStreamStopsKeepTheirBytes) {
+    ASSERT_FALSE(plugged({raw(V4L2_PIX_FMT_SBGGR8, {only(16, 8)})}).isEmpty());
+    const auto camera = cameras::attachedCamera(utf8Of(identifier));
+    const auto sink = std::make_shared<RecordingSink>();
+    ASSERT_FALSE(camera->open());
+    ASSERT_FALSE(camera->start(16, 8, sink));
+    const FrameScript fed = numbered(16 * 8);
+    ASSERT_TRUE(kernel->feed(path, fed));
+    ASSERT_TRUE(sink->waitForFrames(1));
+    const auto held = sink->newest();
+    camera->stop(sink);
+    camera->close();
+    sink->drop();
+    std::vector<uint8_t> shown;
+    EXPECT_TRUE(held->show([&](const cameras::pixels::Picture& picture) {
+        shown.assign(picture.planes[0].data, picture.planes[0].data + picture.planes[0].bytes);
+    }));
+    EXPECT_EQ(shown, fed.bytes);
+    std::vector<uint8_t> bgra(16 * 8 * 4);
+    EXPECT_FALSE(held->convert(bgra.data(), 16, 8, 64));
 }

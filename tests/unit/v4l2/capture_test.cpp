@@ -180,7 +180,7 @@ TEST_F(V4l2CameraTest, CountsWhatWasDeliveredAndTaken) {
     EXPECT_EQ(figures.granted.format, "GREY");
     EXPECT_EQ(figures.granted.size.width, 64);
     EXPECT_EQ(figures.granted.size.height, 48);
-    EXPECT_DOUBLE_EQ(figures.granted.rate, 30);
+    EXPECT_DOUBLE_EQ(figures.granted.rate(), 30);
     EXPECT_EQ(figures.ended, "");
 }
 

@@ -2,6 +2,8 @@
 #include "support/machine.h"
 #include "unit/v4l2/listing_fixture.h"
 
+#include "base/qt_text.h"
+
 #include <ostrel/device_details.h>
 #include <ostrel/device_id.h>
 #include <ostrel/virtual_camera.h>
@@ -101,6 +103,37 @@ TEST_F(DeviceExtensions, ListEachNodeWithItsIdentifierOrTheReasonWhyItHasNone) {
     OVideoNode copy = nodes[0];
     copy = nodes[1];
     EXPECT_EQ(copy.path(), QString("/dev/video1"));
+}
+
+TEST_F(DeviceExtensions, TellWhatIsKnownOfACamerasDevice) {
+    cameras::v4l2::NodeFacts facts = described("/dev/video7", ":capture:", "0000:00:14.0-usb-2");
+    facts.serial = "A\xFF"; // bytes of a maker that knows no UTF-8
+    discovery->add(facts);
+    const OVideoDeviceDetails webcam = videoDeviceDetails(textOf(provider->list().at(0)->identifier()));
+    EXPECT_TRUE(webcam.isAttached());
+    EXPECT_EQ(utf8Of(webcam.kind()), "V4L2");
+    EXPECT_EQ(utf8Of(webcam.node()), "/dev/video7");
+    EXPECT_EQ(utf8Of(webcam.driver()), "uvcvideo");
+    EXPECT_EQ(utf8Of(webcam.bus()), "0000:00:14.0-usb-2");
+    EXPECT_EQ(webcam.vendorID(), 0x046d);
+    EXPECT_EQ(webcam.productID(), 0x0825);
+    EXPECT_EQ(utf8Of(webcam.serialNumber()), "A\xEF\xBF\xBD");
+}
+
+TEST_F(DeviceExtensions, TellWhatTheNodeSaysWhereTheSystemSaysNothing) {
+    addBare("/dev/video0", cameraWith("PCI:0000:03:00.0"));
+    OVideoDeviceDetails details = videoDeviceDetails(textOf(provider->list().at(0)->identifier()));
+    EXPECT_EQ(utf8Of(details.driver()), "scripted");
+    EXPECT_EQ(utf8Of(details.bus()), "PCI:0000:03:00.0");
+    EXPECT_EQ(details.vendorID(), 0);
+    EXPECT_EQ(details.productID(), 0);
+    EXPECT_EQ(utf8Of(details.serialNumber()), "");
+    details = videoDeviceDetails(textOf("nobody"));
+    EXPECT_FALSE(details.isAttached());
+    EXPECT_EQ(utf8Of(details.kind() + details.node() + details.driver() + details.bus()), "");
+    OVideoPushCamera pushed(textOf("push-1"), textOf("Kitchen"));
+    ASSERT_TRUE(pushed.attach());
+    EXPECT_EQ(utf8Of(videoDeviceDetails(textOf("push-1")).kind()), "virtual");
 }
 
 TEST_F(DeviceExtensions, ListNothingWithoutAMachine) {

@@ -84,7 +84,7 @@ TEST_F(FileCamera, TellsTheFilesSizeAndRate) {
     EXPECT_EQ("I420", figures.granted.format);
     EXPECT_EQ(160, figures.granted.size.width);
     EXPECT_EQ(120, figures.granted.size.height);
-    EXPECT_DOUBLE_EQ(30000.0 / 1001, figures.granted.rate);
+    EXPECT_DOUBLE_EQ(30000.0 / 1001, figures.granted.rate());
     used->stop(sink);
 }
 

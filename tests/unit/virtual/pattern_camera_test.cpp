@@ -4,6 +4,7 @@
 #include "base/monotonic_clock.h"
 #include "platform/cameras/virtual/frame_schedule.h"
 
+#include <ostrel/modes.h>
 #include <ostrel/processing.h>
 
 #include <cmath>
@@ -80,7 +81,7 @@ TEST_F(PatternCamera, SaysWhatItRunsAt) {
     EXPECT_EQ("BGRA", figures.granted.format);
     EXPECT_EQ(WIDTH, figures.granted.size.width);
     EXPECT_EQ(HEIGHT, figures.granted.size.height);
-    EXPECT_EQ(1000.0, figures.granted.rate);
+    EXPECT_EQ(1000.0, figures.granted.rate());
     EXPECT_EQ("", figures.ended);
     camera->stop(sink);
     EXPECT_EQ("BGRA", camera->statistics().granted.format) << "the figures stay after the stop";
@@ -163,12 +164,69 @@ TEST(PatternCameraLimits, SizesAreClampedAndMadeEven) {
 }
 
 TEST(PatternCameraLimits, RatesAreClamped) {
-    EXPECT_EQ(1000, granted(320, 240, 1e9).granted.rate);
-    EXPECT_EQ(1000, granted(320, 240, std::numeric_limits<double>::infinity()).granted.rate);
-    EXPECT_EQ(0.001, granted(320, 240, 0).granted.rate);
-    EXPECT_EQ(0.001, granted(320, 240, -30).granted.rate);
-    EXPECT_EQ(0.001, granted(320, 240, std::nan("")).granted.rate);
-    EXPECT_EQ(29.97, granted(320, 240, 29.97).granted.rate);
+    EXPECT_EQ(1000, granted(320, 240, 1e9).granted.rate());
+    EXPECT_EQ(1000, granted(320, 240, std::numeric_limits<double>::infinity()).granted.rate());
+    EXPECT_EQ(0.001, granted(320, 240, 0).granted.rate());
+    EXPECT_EQ(0.001, granted(320, 240, -30).granted.rate());
+    EXPECT_EQ(0.001, granted(320, 240, std::nan("")).granted.rate());
+    EXPECT_EQ(29.97, granted(320, 240, 29.97).granted.rate());
+}
+
+// "640x480 at 60" of a stream with this wish; the reason where it is refused.
+std::string grantedMode(const OVideoMode& wish) {
+    OVideoTestPatternCamera source(QString::fromLatin1("modes"), QString::fromLatin1("Modes"), 352, 288, 24);
+    EXPECT_TRUE(source.attach());
+    QString why;
+    if (!requestVideoMode(source.uniqueID(), wish, &why))
+        return why.toUtf8().constData();
+    const auto camera = listed("modes");
+    const auto sink = std::make_shared<RecordingSink>();
+    uint32_t decoded = 0;
+    sink->onFrame = [&](const RecordingSink::FramePointer& frame) { decoded += read(frame).decoded; };
+    EXPECT_FALSE(camera->open());
+    EXPECT_FALSE(camera->start(160, 120, sink));
+    EXPECT_TRUE(sink->waitForFrames(2));
+    const cameras::Mode granted = camera->statistics().granted;
+    camera->close();
+    EXPECT_GE(decoded, 2u);
+    requestVideoMode(source.uniqueID(), OVideoMode());
+    return std::to_string(granted.size.width) + 'x' + std::to_string(granted.size.height) + " at " +
+           QString::number(granted.rate()).toStdString();
+}
+
+OVideoMode wishFor(int width, int height, uint32_t rate, const char* format = "") {
+    OVideoMode wish;
+    wish.setSize(width, height);
+    wish.setInterval(rate ? 1 : 0, rate);
+    wish.setFormat(QString::fromLatin1(format));
+    return wish;
+}
+
+TEST(PatternCameraModes, WithoutAWishItKeepsItsOwn) {
+    EXPECT_EQ(grantedMode(OVideoMode()), "352x288 at 24");
+    EXPECT_EQ(grantedMode(wishFor(0, 0, 0, "BGRA")), "352x288 at 24");
+}
+
+TEST(PatternCameraModes, WhatAWishLeavesOpenStaysItsOwn) {
+    EXPECT_EQ(grantedMode(wishFor(640, 480, 0)), "640x480 at 24");
+    EXPECT_EQ(grantedMode(wishFor(0, 0, 60)), "352x288 at 60");
+    EXPECT_EQ(grantedMode(wishFor(0, 1080, 15)), "1920x1080 at 15");
+}
+
+TEST(PatternCameraModes, OthersThanItOffersAreRefused) {
+    EXPECT_EQ(grantedMode(wishFor(641, 480, 0)), "Modes offers no mode that fits 641x480");
+    EXPECT_EQ(grantedMode(wishFor(0, 0, 120)), "Modes offers no mode that fits at 120/s");
+    EXPECT_EQ(grantedMode(wishFor(0, 0, 0, "YUYV")), "Modes offers no mode that fits YUYV");
+}
+
+TEST(PatternCameraModes, AreItsOwnSizeAndRateAndAFewOthersEachOnce) {
+    OVideoTestPatternCamera source(QString::fromLatin1("modes"), QString::fromLatin1("Modes"), 640, 480, 30);
+    ASSERT_TRUE(source.attach());
+    const QList<OVideoMode> modes = videoModes(source.uniqueID());
+    ASSERT_EQ(modes.size(), 4 * 3);
+    EXPECT_EQ(modes[0].width(), 640);
+    EXPECT_EQ(modes[0].framesPerSecond(), 30);
+    EXPECT_TRUE(modes[0].hasPicture());
 }
 
 TEST(FrameSchedule, DoesNotDriftInAYear) {

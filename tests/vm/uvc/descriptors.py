@@ -85,7 +85,8 @@ def stream_header():
 
 
 def control_header():
-    camera = sized(u8(CLASS_SPECIFIC, 2, CAMERA_TERMINAL) + u16(0x0201) + bytes(8) + u8(3, 0, 0, 0))
+    # Exposure: mode, priority over the rate, time; focus: where, automatic.
+    camera = sized(u8(CLASS_SPECIFIC, 2, CAMERA_TERMINAL) + u16(0x0201) + bytes(8) + u8(3, 0x2e, 0, 2))
     processing = sized(u8(CLASS_SPECIFIC, 5, PROCESSING_UNIT, CAMERA_TERMINAL) + u16(0) + u8(2, 1, 0, 0))  # brightness
     output = sized(u8(CLASS_SPECIFIC, 3, OUTPUT_TERMINAL) + u16(0x0101) + u8(0, PROCESSING_UNIT, 0))
     units = camera + processing + output

@@ -1,0 +1,111 @@
+// ostrel-camera controls run as a program, on the test camera.
+#include "program.h"
+
+#include <gtest/gtest.h>
+
+#include <QtCore/QFile>
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+
+namespace {
+
+using namespace apptests;
+
+const QStringList CONTROLS = {"controls", "--test-camera"};
+
+QJsonObject brightness(const QByteArray& json) {
+    for (const QJsonValue& value : QJsonDocument::fromJson(json).array())
+        if (value.toObject()["name"].toString() == "brightness")
+            return value.toObject();
+    return QJsonObject();
+}
+
+TEST(ControlsProgram, ShowsATable) {
+    const Outcome outcome = run("/", CONTROLS);
+    EXPECT_EQ(0, outcome.code);
+    EXPECT_EQ("NAME           VALUE  DEFAULT  RANGE     STATE\n"
+              "brightness     128    128      0 to 255\n"
+              "pattern_speed  1      1        0 to 10\n",
+              outcome.output.toStdString());
+    EXPECT_EQ("", outcome.errors);
+}
+
+TEST(ControlsProgram, WritesJsonWithTheValueThatItHasSet) {
+    const Outcome outcome = run("/", CONTROLS + QStringList{"--json", "brightness=40"});
+    EXPECT_EQ(0, outcome.code) << outcome.errors;
+    const QJsonObject control = brightness(outcome.output);
+    EXPECT_EQ(40, control["value"].toInt());
+    EXPECT_EQ(128, control["default"].toInt());
+    EXPECT_EQ(0x00980900, control["id"].toInt());
+    EXPECT_EQ("integer", control["type"].toString());
+    EXPECT_EQ("Brightness", control["label"].toString());
+    EXPECT_FALSE(control["inactive"].toBool(true));
+}
+
+TEST(ControlsProgram, SavesAndLoadsByIdentifierAndLeavesOtherCamerasInTheFile) {
+    const Folder folder;
+    QFile file(folder.file("desk.json"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(
+        "{\"other\": {\"name\": \"Other\", \"controls\": [{\"id\": 1, \"name\": \"x\", \"value\": 2}]}}");
+    file.close();
+    Outcome outcome = run(folder.path(), CONTROLS + QStringList{"brightness=77", "--save", "desk.json"});
+    EXPECT_EQ(0, outcome.code) << outcome.errors;
+    EXPECT_EQ("", outcome.output.toStdString());
+    const QJsonObject saved = QJsonDocument::fromJson(folder.read("desk.json")).object();
+    EXPECT_EQ(QStringList({"ostrel-test-pattern", "other"}), saved.keys());
+    EXPECT_EQ(2, saved["other"].toObject()["controls"].toArray()[0].toObject()["value"].toInt());
+
+    outcome = run(folder.path(), CONTROLS + QStringList{"--load", "desk.json", "--json"});
+    EXPECT_EQ(0, outcome.code) << outcome.errors;
+    EXPECT_EQ(77, brightness(outcome.output)["value"].toInt());
+}
+
+TEST(ControlsProgram, SaysWhatCouldNotBeLoadedAndSetsTheRest) {
+    const Folder folder;
+    QFile file(folder.file("desk.json"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("{\"ostrel-test-pattern\": {\"controls\": ["
+               "{\"id\": 1, \"name\": \"sparkle\", \"value\": 2},"
+               "{\"id\": 9963776, \"name\": \"brightness\", \"value\": 9}]}}");
+    file.close();
+    Outcome outcome = run(folder.path(), CONTROLS + QStringList{"--load", "desk.json", "--json"});
+    EXPECT_EQ(9, outcome.code);
+    EXPECT_EQ("ostrel-camera: the camera has no control sparkle\n", outcome.errors);
+    EXPECT_EQ(9, brightness(outcome.output)["value"].toInt());
+    outcome = run(folder.path(), {"controls", "--play", "nothing.y4m"});
+    EXPECT_EQ(7, outcome.code);
+}
+
+TEST(ControlsProgram, RefusesInOneLine) {
+    const struct {
+        QStringList arguments;
+        int code;
+        const char* line;
+    } cases[] = {
+        {{"brightness"}, 2, "ostrel-camera: 'brightness' is no setting: write NAME=VALUE\n"},
+        {{"brightness=dark"}, 2, "ostrel-camera: 'dark' is no value of brightness: 0 to 255, default\n"},
+        {{"brightness=auto"}, 2, "ostrel-camera: brightness has no automatic mode\n"},
+        {{"brightnes=1"},
+         9,
+         "ostrel-camera: the camera has no control 'brightnes'; did you mean 'brightness'?\n"},
+        {{"zoom=1"},
+         9,
+         "ostrel-camera: the camera has no control 'zoom': it has brightness, pattern_speed\n"},
+        {{"brightness=256"}, 9, "ostrel-camera: Brightness of Test pattern takes 0 to 255\n"},
+        {{"brightness=1", "brightness=2"},
+         9,
+         "ostrel-camera: Brightness of Test pattern is to be set twice at once\n"},
+        {{"--load", "no-such-file"},
+         7,
+         "ostrel-camera: cannot read no-such-file: No such file or directory\n"},
+    };
+    for (const auto& one : cases) {
+        const Outcome outcome = run("/", CONTROLS + one.arguments);
+        EXPECT_EQ(one.code, outcome.code) << one.line;
+        EXPECT_EQ(one.line, outcome.errors);
+    }
+}
+
+} // namespace
