@@ -1,7 +1,7 @@
 #include "platform/cameras/v4l2/examination.h"
 
 #include "platform/cameras/messages.h"
-#include "platform/cameras/v4l2/pixel_format.h"
+#include "platform/cameras/pixels/pixel_format.h"
 #include "platform/cameras/v4l2/video_node.h"
 
 #include <algorithm>
@@ -51,7 +51,7 @@ std::string reasonOf(NodeKind kind) {
 
 // What a format is that cannot be converted; null where its four characters have to do.
 const char* meaningOf(uint32_t fourcc) {
-    const std::string name = fourccText(fourcc);
+    const std::string name = pixels::fourccText(fourcc);
     const auto isOneOf = [&name](std::initializer_list<const char*> names) {
         return std::find(names.begin(), names.end(), name) != names.end();
     };
@@ -86,7 +86,7 @@ std::string unusableFormats(const std::vector<uint32_t>& formats) {
     for (size_t i = 0; i < formats.size(); ++i) {
         const char* const meaning = meaningOf(formats[i]);
         const char* const next = i + 1 < formats.size() ? meaningOf(formats[i + 1]) : nullptr;
-        text += fourccText(formats[i]);
+        text += pixels::fourccText(formats[i]);
         // Said once for a row of the same.
         if (meaning && meaning != next)
             text += std::string(" (") + meaning + ')';

@@ -2,8 +2,9 @@
 
 #include "base/monotonic_clock.h"
 #include "platform/cameras/messages.h"
+#include "platform/cameras/pixels/pixel_format.h"
+#include "platform/cameras/start_attempts.h"
 #include "platform/cameras/v4l2/examination.h"
-#include "platform/cameras/v4l2/pixel_format.h"
 #include "platform/cameras/v4l2/signal_source.h"
 
 #include <algorithm>
@@ -25,12 +26,6 @@ const int kMostFailuresInARow = 10;
 
 // A driver that is always ready must not keep the frames from being delivered.
 const int kMostFramesAtOnce = 64;
-
-// A refusal that another format or size may escape: no room on the bus, no memory, a mode that the driver
-// offers but does not have.
-bool mayFareBetter(int error) {
-    return error == ENOSPC || error == EIO || error == ENOMEM || error == EINVAL;
-}
 
 } // namespace
 
@@ -65,14 +60,7 @@ void V4l2Backend::close() {
 
 // The best first. What a running stream must not lose is left out.
 std::vector<Candidate> V4l2Backend::candidatesFor(const Request& request) const {
-    std::vector<Candidate> candidates = ranked(node_->candidates(multiplanar_, request.size), request.size);
-    candidates.erase(std::remove_if(candidates.begin(), candidates.end(),
-                                    [&](const Candidate& one) {
-                                        return one.interval.known() &&
-                                               one.interval.rate() < request.leastRate - 0.5;
-                                    }),
-                     candidates.end());
-    return candidates;
+    return ranked(node_->candidates(multiplanar_, request.size), request.size, request.leastRate);
 }
 
 Error V4l2Backend::start(const Request& request, const std::shared_ptr<Outlet>& outlet) {
@@ -83,27 +71,20 @@ Error V4l2Backend::start(const Request& request, const std::shared_ptr<Outlet>& 
                                : noUsableFormat(where_, unusableFormats(node_->offeredFormats(multiplanar_)));
     figures_ = outlet->figures();
     figures_->setWay("V4L2 (" + path_ + ")");
-    std::vector<Refusal> refusals;
-    for (const Candidate& candidate : candidates) {
-        const char* step = "";
-        const int error = tryToStart(candidate, request, step);
-        if (!error)
-            return Error();
-        refusals.push_back({fourccText(candidate.fourcc), candidate.size, step, error});
-        if (!mayFareBetter(error) || node_->isGone())
-            break;
-    }
-    return node_->isGone() ? unplugged(where_) : startFailed(where_, refusals);
+    return startFirst(
+        where_, candidates,
+        [&](const Candidate& candidate, std::string& step) { return tryToStart(candidate, request, step); },
+        [&] { return node_->isGone(); });
 }
 
 // 0, or the errno of the step that failed; nothing of the driver's is held then.
-int V4l2Backend::tryToStart(const Candidate& candidate, const Request& request, const char*& step) {
+int V4l2Backend::tryToStart(const Candidate& candidate, const Request& request, std::string& step) {
     Granted granted;
     step = "VIDIOC_S_FMT";
     if (const int error = node_->setFormat(candidate, multiplanar_, granted))
         return error;
     node_->setInterval(candidate.interval, granted);
-    if (granted.interval.known() && granted.interval.rate() < request.leastRate - 0.5) {
+    if (isSlower(granted.interval, request.leastRate)) {
         step = "VIDIOC_S_PARM";
         return EINVAL; // granted more slowly than it was offered
     }
@@ -114,7 +95,7 @@ int V4l2Backend::tryToStart(const Candidate& candidate, const Request& request, 
     sequenceKnown_ = false;
     failuresInARow_ = 0;
     Mode mode;
-    mode.format = fourccText(granted.fourcc);
+    mode.format = pixels::fourccText(granted.fourcc);
     mode.size = granted.size;
     mode.rate = granted.interval.rate();
     figures_->setGranted(mode);

@@ -33,7 +33,7 @@ public:
 
 private:
     std::vector<Candidate> candidatesFor(const Request& request) const;
-    int tryToStart(const Candidate& candidate, const Request& request, const char*& step);
+    int tryToStart(const Candidate& candidate, const Request& request, std::string& step);
     Error drain(bool broken, Arrival& arrival);
     Error dequeueFailed(int error, bool broken);
     bool isTheLast(const Filled& filled) const;

@@ -1,7 +1,8 @@
 #include "platform/cameras/v4l2/video_node.h"
 
 #include "base/limits.h"
-#include "platform/cameras/v4l2/pixel_format.h"
+#include "platform/cameras/pixels/pixel_format.h"
+#include "platform/cameras/v4l2/colour_encoding.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -111,8 +112,8 @@ v4l2_format requestOf(const Candidate& asked, bool multiplanar) {
         pix.width = static_cast<uint32_t>(asked.size.width);
         pix.height = static_cast<uint32_t>(asked.size.height);
         pix.field = V4L2_FIELD_NONE;
-        PixelFormat known;
-        if (formatOf(asked.fourcc, known))
+        pixels::PixelFormat known;
+        if (pixels::formatOf(asked.fourcc, known))
             pix.num_planes = static_cast<uint8_t>(known.memoryPlanes);
     } else {
         v4l2_pix_format& pix = format.fmt.pix;
@@ -127,8 +128,8 @@ v4l2_format requestOf(const Candidate& asked, bool multiplanar) {
 
 // Whether a format can be had by this interface: the one for single planes has no words for several.
 bool isUsable(uint32_t fourcc, bool multiplanar) {
-    PixelFormat format;
-    return formatOf(fourcc, format) && (multiplanar || format.memoryPlanes == 1);
+    pixels::PixelFormat format;
+    return pixels::formatOf(fourcc, format) && (multiplanar || format.memoryPlanes == 1);
 }
 
 // Everything else is a whole picture in one piece, or half pictures one by one.
@@ -150,9 +151,9 @@ int strideOf(uint32_t stride, size_t least) {
 }
 
 bool readFormat(uint32_t fourcc, uint32_t width, uint32_t height, uint32_t field, Granted& granted) {
-    PixelFormat format;
+    pixels::PixelFormat format;
     if (width == 0 || height == 0 || width > kLargestSide || height > kLargestSide ||
-        !formatOf(fourcc, format))
+        !pixels::formatOf(fourcc, format))
         return false;
     granted.fourcc = fourcc;
     granted.layout = format.layout;
@@ -319,8 +320,8 @@ Interval VideoNode::interval(uint32_t fourcc, const Size& frame) const {
 std::vector<Candidate> VideoNode::candidates(bool multiplanar, const Size& wanted) const {
     std::vector<Candidate> result;
     for (const uint32_t fourcc : formats(multiplanar)) {
-        PixelFormat format;
-        formatOf(fourcc, format);
+        pixels::PixelFormat format;
+        pixels::formatOf(fourcc, format);
         Candidate candidate;
         candidate.fourcc = fourcc;
         candidate.cost = pixels::decodeCost(format.layout);

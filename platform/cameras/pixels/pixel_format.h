@@ -1,6 +1,6 @@
-// The kernel's pixel formats in our words.
-#ifndef OSTREL_PLATFORM_CAMERAS_V4L2_PIXEL_FORMAT_H
-#define OSTREL_PLATFORM_CAMERAS_V4L2_PIXEL_FORMAT_H
+// Pixel formats by the four characters that the kernel knows them by, in our words.
+#ifndef OSTREL_PLATFORM_CAMERAS_PIXELS_PIXEL_FORMAT_H
+#define OSTREL_PLATFORM_CAMERAS_PIXELS_PIXEL_FORMAT_H
 
 #include "platform/cameras/pixels/picture.h"
 
@@ -9,10 +9,10 @@
 
 namespace ostrel {
 namespace cameras {
-namespace v4l2 {
+namespace pixels {
 
 struct PixelFormat {
-    pixels::Layout layout = pixels::Layout::Bgrx;
+    Layout layout = Layout::Bgrx;
     int memoryPlanes = 1; // blocks of memory for each picture: one, or one for each plane of the layout
 };
 
@@ -22,10 +22,7 @@ bool formatOf(uint32_t fourcc, PixelFormat& format);
 // The four characters, bytes that are not printable as '?', without the blanks at the end.
 std::string fourccText(uint32_t fourcc);
 
-// From the colour fields of a v4l2_pix_format: each may be 0, "default".
-pixels::YuvMatrix matrixOf(uint32_t colorspace, uint32_t encoding, uint32_t quantization);
-
-} // namespace v4l2
+} // namespace pixels
 } // namespace cameras
 } // namespace ostrel
 

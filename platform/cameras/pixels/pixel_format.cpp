@@ -1,13 +1,10 @@
-#include "platform/cameras/v4l2/pixel_format.h"
+#include "platform/cameras/pixels/pixel_format.h"
 
 #include <linux/videodev2.h>
 
 namespace ostrel {
 namespace cameras {
-namespace v4l2 {
-
-using pixels::Layout;
-using pixels::YuvMatrix;
+namespace pixels {
 
 namespace {
 
@@ -64,24 +61,6 @@ std::string fourccText(uint32_t fourcc) {
     return text;
 }
 
-YuvMatrix matrixOf(uint32_t colorspace, uint32_t encoding, uint32_t quantization) {
-    if (encoding == V4L2_YCBCR_ENC_DEFAULT)
-        encoding = V4L2_MAP_YCBCR_ENC_DEFAULT(colorspace);
-    if (quantization == V4L2_QUANTIZATION_DEFAULT)
-        quantization = V4L2_MAP_QUANTIZATION_DEFAULT(false, colorspace, encoding);
-    const bool full = quantization == V4L2_QUANTIZATION_FULL_RANGE;
-    switch (encoding) {
-    case V4L2_YCBCR_ENC_709:
-    case V4L2_YCBCR_ENC_XV709:
-        return full ? YuvMatrix::Bt709Full : YuvMatrix::Bt709;
-    case V4L2_YCBCR_ENC_BT2020:
-    case V4L2_YCBCR_ENC_BT2020_CONST_LUM:
-        return full ? YuvMatrix::Bt2020Full : YuvMatrix::Bt2020;
-    default:
-        return full ? YuvMatrix::Bt601Full : YuvMatrix::Bt601;
-    }
-}
-
-} // namespace v4l2
+} // namespace pixels
 } // namespace cameras
 } // namespace ostrel

@@ -1,6 +1,6 @@
 // A frame that reads a driver's buffer in place.
-#ifndef OSTREL_PLATFORM_CAMERAS_V4L2_BUFFER_FRAME_H
-#define OSTREL_PLATFORM_CAMERAS_V4L2_BUFFER_FRAME_H
+#ifndef OSTREL_PLATFORM_CAMERAS_BUFFER_FRAME_H
+#define OSTREL_PLATFORM_CAMERAS_BUFFER_FRAME_H
 
 #include "platform/cameras/camera.h"
 #include "platform/cameras/figures.h"
@@ -13,16 +13,23 @@
 
 namespace ostrel {
 namespace cameras {
-namespace v4l2 {
 
-class BufferQueue;
+class BufferFrame;
+
+// Whose buffers frames read. Thread-safe.
+class BufferOwner {
+public:
+    virtual ~BufferOwner() = default;
+    // The frame reads its buffer no more. Called by its destructor.
+    virtual void dropped(BufferFrame& frame, unsigned index) = 0;
+};
 
 // Thread-safe.
 class BufferFrame : public CameraFrame {
 public:
-    // The picture's bytes belong to buffer `index` of the queue, which gets it back when the frame is
+    // The picture's bytes belong to buffer `index` of the owner, which gets it back when the frame is
     // dropped.
-    BufferFrame(const std::shared_ptr<BufferQueue>& queue, unsigned index, const pixels::Picture& picture,
+    BufferFrame(const std::shared_ptr<BufferOwner>& owner, unsigned index, const pixels::Picture& picture,
                 FrameFacts facts, const std::shared_ptr<pixels::PixelPool>& pool,
                 const std::shared_ptr<Figures>& figures);
     ~BufferFrame() override;
@@ -36,7 +43,7 @@ public:
     void detach();
 
 private:
-    const std::shared_ptr<BufferQueue> queue_;
+    const std::shared_ptr<BufferOwner> owner_;
     const unsigned index_;
     const pixels::Layout layout_;
     const FrameFacts facts_;
@@ -49,7 +56,6 @@ private:
     bool readable_ = true;
 };
 
-} // namespace v4l2
 } // namespace cameras
 } // namespace ostrel
 

@@ -1,25 +1,23 @@
-#include "platform/cameras/v4l2/buffer_frame.h"
+#include "platform/cameras/buffer_frame.h"
 
 #include "platform/cameras/pixels/convert.h"
-#include "platform/cameras/v4l2/buffer_queue.h"
 
 #include <mutex>
 #include <new>
 
 namespace ostrel {
 namespace cameras {
-namespace v4l2 {
 
-BufferFrame::BufferFrame(const std::shared_ptr<BufferQueue>& queue, unsigned index,
+BufferFrame::BufferFrame(const std::shared_ptr<BufferOwner>& owner, unsigned index,
                          const pixels::Picture& picture, FrameFacts facts,
                          const std::shared_ptr<pixels::PixelPool>& pool,
                          const std::shared_ptr<Figures>& figures)
-    : queue_(queue), index_(index), layout_(picture.layout), facts_(std::move(facts)), pool_(pool),
+    : owner_(owner), index_(index), layout_(picture.layout), facts_(std::move(facts)), pool_(pool),
       figures_(figures), picture_(picture) {}
 
 BufferFrame::~BufferFrame() {
-    // First of all, while every member is whole: the queue may be turning this frame into a copy right now.
-    queue_->dropped(*this, index_);
+    // First of all, while every member is whole: the owner may be turning this frame into a copy right now.
+    owner_->dropped(*this, index_);
 }
 
 bool BufferFrame::convert(const pixels::Output& to) {
@@ -55,6 +53,5 @@ void BufferFrame::detach() {
     }
 }
 
-} // namespace v4l2
 } // namespace cameras
 } // namespace ostrel
