@@ -11,6 +11,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace ostrel {
 namespace cameras {
@@ -63,6 +64,9 @@ public:
     // At once. UTF-8, unique, the same after re-plugging; a name is never empty.
     virtual std::string identifier() const = 0;
     virtual std::string displayName() const = 0;
+    // At once. The numbers (st_rdev) of the device nodes behind it: two cameras with one in common are the
+    // same. Empty where there is none.
+    virtual std::vector<uint64_t> devices() const { return std::vector<uint64_t>(); }
 
     virtual Error open() = 0;
     // Stops what still runs and gives back every descriptor, thread and buffer.

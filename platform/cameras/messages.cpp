@@ -83,6 +83,25 @@ Error unplugged(const std::string& where) {
     return Error(where + " was unplugged", ENODEV);
 }
 
+Error pipeWireFailed(const std::string& where, int number, bool isOpen) {
+    if (isGone(number))
+        return unplugged(where);
+    if (number == EPIPE || number == EHOSTDOWN)
+        return Error(where + " cannot be reached: PipeWire has ended", number);
+    if (number == ETIMEDOUT)
+        return Error("PipeWire, which has " + where + ", does not answer", number);
+    if (number == ENOLINK)
+        return Error("PipeWire " +
+                         std::string(isOpen ? "has " + where + " open, but" : "offers " + where + ", but") +
+                         " nobody connects this program with it: is a session manager (wireplumber) running?",
+                     number);
+    return Error("PipeWire cannot start " + where + ": " + reason(number), number);
+}
+
+Error refusedByBothWays(const Error& first, const Error& other) {
+    return Error(first.text + "; and by another way: " + other.text, first.code);
+}
+
 Error notOpen(const std::string& where) {
     return Error(where + " is not open");
 }

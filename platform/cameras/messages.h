@@ -30,6 +30,11 @@ Error noUsableFormat(const std::string& where, const std::string& why);
 Error startFailed(const std::string& where, const std::vector<Refusal>& refusals);
 Error streamFailed(const std::string& where, int number);
 Error unplugged(const std::string& where);
+// A camera that PipeWire offers. `isOpen`: PipeWire itself has its device open at present. ENOLINK: nobody
+// has connected it.
+Error pipeWireFailed(const std::string& where, int number, bool isOpen);
+// Neither by the first way nor by another that there is.
+Error refusedByBothWays(const Error& first, const Error& other);
 Error notOpen(const std::string& where);
 Error beingStopped(const std::string& where);
 Error noThread(const std::string& where);

@@ -36,7 +36,8 @@ public:
     struct Identity {
         std::string identifier;
         std::string displayName;
-        std::string where; // for messages: "HD Webcam (/dev/video0)"
+        std::string where;                  // for messages: "HD Webcam (/dev/video0)"
+        std::vector<uint64_t> devices = {}; // numbers (st_rdev) of its device nodes
     };
 
     StreamingCamera(Identity identity, std::shared_ptr<Backend> backend,
@@ -45,6 +46,7 @@ public:
 
     std::string identifier() const override { return identity_.identifier; }
     std::string displayName() const override { return identity_.displayName; }
+    std::vector<uint64_t> devices() const override { return identity_.devices; }
     Error open() override;
     void close() override;
     Error admitInput() override;

@@ -1,10 +1,11 @@
 #include "platform/cameras/v4l2/v4l2_backend.h"
 
 #include "base/monotonic_clock.h"
+#include "platform/cameras/fallback_backend.h"
 #include "platform/cameras/messages.h"
 #include "platform/cameras/pixels/pixel_format.h"
 #include "platform/cameras/start_attempts.h"
-#include "platform/cameras/v4l2/examination.h"
+#include "platform/cameras/unusable_formats.h"
 #include "platform/cameras/v4l2/signal_source.h"
 
 #include <algorithm>
@@ -92,7 +93,7 @@ int V4l2Backend::tryToStart(const Candidate& candidate, const Request& request, 
     if (const int error = queue->open(step))
         return error;
     queue_ = queue;
-    sequenceKnown_ = false;
+    gaps_ = SequenceGaps();
     failuresInARow_ = 0;
     Mode mode;
     mode.format = pixels::fourccText(granted.fourcc);
@@ -151,7 +152,7 @@ Error V4l2Backend::drain(bool broken, Arrival& arrival) {
         }
         arrival.signOfLife = true;
         failuresInARow_ = 0;
-        countLost(filled.sequence);
+        figures_->countLost(gaps_.before(filled.sequence));
         if (!accept(filled)) {
             queue_->requeue(filled.index);
             continue;
@@ -208,15 +209,6 @@ bool V4l2Backend::accept(const Filled& filled) {
     return fault == pixels::Fault::None;
 }
 
-void V4l2Backend::countLost(uint32_t sequence) {
-    // Numbers wrap, may start anywhere, and some drivers leave them at zero or begin again.
-    const uint32_t gap = sequence - lastSequence_ - 1;
-    if (sequenceKnown_ && gap != 0 && gap < 0x80000000u)
-        figures_->countLost(gap);
-    sequenceKnown_ = true;
-    lastSequence_ = sequence;
-}
-
 Error V4l2Backend::ended(int error) const {
     // A driver that has lost its device stops its queues first, which looks like a wrong call from here.
     return node_->isGone() ? unplugged(where_) : streamFailed(where_, error);
@@ -236,8 +228,13 @@ std::shared_ptr<StreamingCamera> makeCamera(const std::shared_ptr<KernelCalls>& 
                                             const NodeFacts& facts, const std::string& identifier,
                                             const std::string& displayName) {
     const std::string where = displayName + " (" + facts.path + ")";
-    return std::make_shared<StreamingCamera>(StreamingCamera::Identity{identifier, displayName, where},
-                                             std::make_shared<V4l2Backend>(kernel, discovery, facts, where));
+    auto node = std::make_shared<V4l2Backend>(kernel, discovery, facts, where);
+    std::vector<uint64_t> devices;
+    if (facts.device != 0)
+        devices.push_back(facts.device);
+    return std::make_shared<StreamingCamera>(
+        StreamingCamera::Identity{identifier, displayName, where, devices},
+        std::make_shared<FallbackBackend>(std::move(node), facts.device));
 }
 
 } // namespace v4l2

@@ -144,12 +144,6 @@ pixels::Fields fieldsOf(uint32_t field) {
     }
 }
 
-// Zero, and what some drivers leave there, means rows without padding.
-int strideOf(uint32_t stride, size_t least) {
-    return std::max(static_cast<int>(least),
-                    static_cast<int>(std::min<uint32_t>(stride, kLargestSide * 4 * 2)));
-}
-
 bool readFormat(uint32_t fourcc, uint32_t width, uint32_t height, uint32_t field, Granted& granted) {
     pixels::PixelFormat format;
     if (width == 0 || height == 0 || width > kLargestSide || height > kLargestSide ||
@@ -168,7 +162,7 @@ bool readGranted(const v4l2_pix_format& pix, Granted& granted) {
         return false;
     granted.multiplanar = false;
     const int least = pixels::minimumStride(granted.layout, granted.size.width);
-    granted.strides[0] = strideOf(pix.bytesperline, static_cast<size_t>(least));
+    granted.strides[0] = pixels::saneStride(pix.bytesperline, static_cast<size_t>(least));
     const bool extended = pix.priv == V4L2_PIX_FMT_PRIV_MAGIC;
     granted.matrix = matrixOf(pix.colorspace, extended ? pix.ycbcr_enc : 0, extended ? pix.quantization : 0);
     return true;
@@ -180,11 +174,11 @@ bool readGranted(const v4l2_pix_format_mplane& pix, Granted& granted) {
         return false;
     granted.multiplanar = true;
     const int least = pixels::minimumStride(granted.layout, granted.size.width);
-    granted.strides[0] = strideOf(pix.plane_fmt[0].bytesperline, static_cast<size_t>(least));
+    granted.strides[0] = pixels::saneStride(pix.plane_fmt[0].bytesperline, static_cast<size_t>(least));
     for (unsigned plane = 1; plane < granted.memoryPlanes; ++plane) {
         const pixels::PlaneShape rows = pixels::planeShape(granted.layout, static_cast<int>(plane),
                                                            granted.size.width, granted.size.height);
-        granted.strides[plane] = strideOf(pix.plane_fmt[plane].bytesperline, rows.rowBytes);
+        granted.strides[plane] = pixels::saneStride(pix.plane_fmt[plane].bytesperline, rows.rowBytes);
     }
     granted.matrix = matrixOf(pix.colorspace, pix.ycbcr_enc, pix.quantization);
     return true;

@@ -2,7 +2,7 @@
 #include "apps/camera/doctor/checks.h"
 #include "apps/camera/doctor/finding.h"
 #include "platform/cameras/messages.h"
-#include "platform/cameras/v4l2/examination.h"
+#include "platform/cameras/unusable_formats.h"
 
 #include <gtest/gtest.h>
 
@@ -208,11 +208,11 @@ TEST(Doctor, OtherRefusalsKeepTheirWords) {
 TEST(Doctor, FormatsWithoutAPictureAreNamed) {
     Node node = webcam();
     node.camera.clear();
-    node.reason = cameras::v4l2::unusableFormats({0x31384142}); // BA81
+    node.reason = cameras::unusableFormats({0x31384142}); // BA81
     EXPECT_EQ("warning formats: Webcam (/dev/video0) offers only BA81 (raw Bayer): needs libcamera, for "
               "example through PipeWire | v4l2-ctl -d /dev/video0 --list-formats-ext",
               text(only(checkFormats(machineWith({node})), Verdict::Warning)));
-    node.reason = cameras::v4l2::unusableFormats({});
+    node.reason = cameras::unusableFormats({});
     EXPECT_EQ(1U, checkFormats(machineWith({node})).size());
     node.reason = "delivers data about pictures, not pictures (metadata)";
     EXPECT_EQ(0U, checkFormats(machineWith({node})).size());
