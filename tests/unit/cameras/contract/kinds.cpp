@@ -6,6 +6,10 @@
 #include "support/machine.h"
 #include "support/v4l2/scripted_discovery.h"
 #include "support/v4l2/scripted_kernel.h"
+#ifdef OSTREL_PIPEWIRE
+#include "platform/cameras/pipewire/pipewire_provider.h"
+#include "support/pipewire/session.h"
+#endif
 
 #include <ostrel/virtual_camera.h>
 
@@ -14,6 +18,7 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <poll.h>
 #include <thread>
 #include <unistd.h>
@@ -192,6 +197,32 @@ private:
     std::thread feeder_;
 };
 
+#ifdef OSTREL_PIPEWIRE
+// A daemon, a session manager and a camera that are programs of their own. The first two serve all tests of
+// this process.
+class PipeWire : public Kind {
+public:
+    PipeWire() {
+        static const support::PipeWireSession session;
+        static_cast<void>(session);
+    }
+    std::shared_ptr<cameras::Camera> plug() override {
+        program_.reset();
+        program_ = std::make_unique<support::PipeWireCamera>(
+            "Camera", std::vector<std::string>{"format=GREY", "sizes=64x48", "rates=1000"});
+        const auto all = provider_->list();
+        return all.empty() ? nullptr : all.front();
+    }
+    void unplug() override { program_->unplug(); }
+    bool streams() override { return program_->streams(); }
+
+private:
+    std::unique_ptr<support::PipeWireCamera> program_;
+    const std::shared_ptr<cameras::CameraProvider> provider_ =
+        cameras::pipewire::makeProvider(std::make_shared<cameras::pipewire::Remote>());
+};
+#endif
+
 template <typename One>
 std::unique_ptr<Kind> make() {
     return std::make_unique<One>();
@@ -200,8 +231,16 @@ std::unique_ptr<Kind> make() {
 } // namespace
 
 std::vector<KindOfCamera> kindsOfCameras() {
-    return {
+    std::vector<KindOfCamera> kinds = {
         {"V4l2", make<ScriptedV4l2>}, {"Pattern", make<Pattern>}, {"File", make<File>}, {"Push", make<Push>}};
+#ifdef OSTREL_PIPEWIRE
+    const std::string missing = support::PipeWireSession::missing();
+    if (missing.empty())
+        kinds.push_back({"PipeWire", make<PipeWire>});
+    else
+        std::cerr << "Cameras through PipeWire are not tested: " << missing << "\n";
+#endif
+    return kinds;
 }
 
 bool Contract::becomesStreaming(bool expected) const {
