@@ -16,15 +16,15 @@ const int kWantedBuffers = 5;
 const int kFewestBuffers = 2;
 const int kMostBuffers = 16;
 
-// "error set output format: -16 (Device or resource busy)": the number, or EIO where there is none.
-int errnoIn(const char* words) {
+// "error set output format: -16 (Device or resource busy)": the number, where there is one.
+int errnoIn(const char* words, int otherwise) {
     for (const char* at = words ? std::strchr(words, '-') : nullptr; at; at = std::strchr(at + 1, '-')) {
         char* end = nullptr;
         const long number = std::strtol(at + 1, &end, 10);
         if (number > 0 && number < 4096 && end[0] == ' ' && end[1] == '(')
             return static_cast<int>(number);
     }
-    return EIO;
+    return otherwise;
 }
 
 } // namespace
@@ -150,13 +150,14 @@ void CaptureStream::linkCame(uint32_t link, uint32_t, uint32_t to) {
 
 void CaptureStream::onLinkInfo(void* data, const pw_link_info* info) {
     if (info->state == PW_LINK_STATE_ERROR)
-        static_cast<CaptureStream*>(data)->end(errnoIn(info->error));
+        static_cast<CaptureStream*>(data)->end(errnoIn(info->error, EIO));
 }
 
 void CaptureStream::onStateChanged(void* data, pw_stream_state, pw_stream_state state, const char* error) {
     auto& self = *static_cast<CaptureStream*>(data);
     if (state == PW_STREAM_STATE_ERROR) {
-        self.end(errnoIn(error));
+        // Of a camera that was stopped a moment ago session managers say that there is none.
+        self.end(errnoIn(error, EAGAIN));
     } else if (state == PW_STREAM_STATE_UNCONNECTED) {
         self.end(ENODEV);
     } else if (state == PW_STREAM_STATE_STREAMING) {

@@ -30,7 +30,8 @@ public:
     // it is. Waits for nothing. 0 or errno.
     int begin(const Candidate& picture);
     // Until the camera runs. 0, or errno: EBUSY in use, ENODEV the camera has left, EPIPE the daemon has
-    // gone, ETIMEDOUT nobody connected it by that time of CLOCK_MONOTONIC.
+    // gone, EAGAIN the session manager would not connect it now, ETIMEDOUT nobody connected it by that time
+    // of CLOCK_MONOTONIC.
     int wait(int64_t deadline);
     // Why it has ended by itself; 0 while it has not.
     int ended() const;

@@ -8,7 +8,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <poll.h>
+#include <thread>
 
 namespace ostrel {
 namespace cameras {
@@ -21,6 +23,10 @@ const int kTimeoutMilliseconds = 1000;
 
 // A camera whose driver has to wake the hardware takes its time until the first picture is due.
 const int64_t kPatience = 5 * NANOSECONDS_PER_SECOND;
+
+// A session manager that has just taken a camera apart gives it out again when it is done with that.
+const int64_t kManagersPatience = NANOSECONDS_PER_SECOND;
+const std::chrono::milliseconds kPause(20);
 
 } // namespace
 
@@ -74,17 +80,24 @@ Error PipewireBackend::start(const Request& request, const std::shared_ptr<Outle
         where_, best,
         [&](const Candidate& candidate, std::string& step) { return tryToStart(candidate, request, step); },
         [&] { return isGone(); });
-    return refused.code == ENOLINK || refused.code == ETIMEDOUT || refused.code == EPIPE
-               ? failed(refused.code)
-               : refused;
+    const bool saysLittle = refused.code == ENOLINK || refused.code == EAGAIN || refused.code == ETIMEDOUT ||
+                            refused.code == EPIPE;
+    return saysLittle ? failed(refused.code == EAGAIN ? ENOLINK : refused.code) : refused;
 }
 
 int PipewireBackend::tryToStart(const Candidate& candidate, const Request& request, std::string& step) {
-    auto stream = std::make_unique<CaptureStream>(connection_, node_.id, node_.serial, figures_);
     step = "PipeWire";
-    int error = stream->begin(candidate);
-    if (!error)
-        error = stream->wait(monotonicNanoseconds() + kPatience);
+    const int64_t begin = monotonicNanoseconds();
+    std::unique_ptr<CaptureStream> stream;
+    int error = EAGAIN;
+    while (error == EAGAIN && !isGone() && monotonicNanoseconds() < begin + kManagersPatience) {
+        if (stream)
+            std::this_thread::sleep_for(kPause);
+        stream = std::make_unique<CaptureStream>(connection_, node_.id, node_.serial, figures_);
+        error = stream->begin(candidate);
+        if (!error)
+            error = stream->wait(begin + kPatience);
+    }
     if (error == ETIMEDOUT && remote_->ask(*connection_) == 0)
         error = ENOLINK; // the daemon is well
     if (!error && isSlower(stream->granted().interval, request.leastRate))
@@ -138,7 +151,8 @@ Error PipewireBackend::next(const StopSignal& stop, Arrival& arrival) {
     const int ready = ::poll(descriptors, 2, kTimeoutMilliseconds);
     if (stop.raised() || (ready < 0 && errno == EINTR))
         return Error();
-    if (const int error = stream_->ended())
+    // A start anew that the session manager has refused is silence, and will be tried again.
+    if (const int error = stream_->ended(); error != 0 && error != EAGAIN)
         return error == ENODEV && !isGone() ? failed(EIO) : failed(error);
     if (ready <= 0 || descriptors[0].revents == 0)
         return Error(); // silence, or woken
