@@ -16,7 +16,8 @@ const int kWantedBuffers = 5;
 const int kFewestBuffers = 2;
 const int kMostBuffers = 16;
 
-// "error set output format: -16 (Device or resource busy)": the number, where there is one.
+} // namespace
+
 int errnoIn(const char* words, int otherwise) {
     for (const char* at = words ? std::strchr(words, '-') : nullptr; at; at = std::strchr(at + 1, '-')) {
         char* end = nullptr;
@@ -26,8 +27,6 @@ int errnoIn(const char* words, int otherwise) {
     }
     return otherwise;
 }
-
-} // namespace
 
 CaptureStream::CaptureStream(std::shared_ptr<Connection> connection, uint32_t node, std::string serial,
                              std::shared_ptr<Figures> figures)

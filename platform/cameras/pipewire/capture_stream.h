@@ -15,6 +15,9 @@ namespace ostrel {
 namespace cameras {
 namespace pipewire {
 
+// Of "error set output format: -16 (Device or resource busy)" the number, where there is one.
+int errnoIn(const char* words, int otherwise);
+
 // begin(), wait() and the end belong to one thread at a time.
 class CaptureStream : private Watcher {
 public:

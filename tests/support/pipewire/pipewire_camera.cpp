@@ -6,7 +6,6 @@
 //   path=/dev/...   the kernel's node that this camera is said to be
 //   role=Screen     instead of Camera
 //   lie=offset|size|stride|negative|short|empty|corrupted   what is wrong in the description of each picture
-//   lie=busy        it refuses every picture
 // Every byte of a raw picture is the low byte of the frame's number. It says on its standard output what
 // becomes of it ("streaming", "granted 640x480"), and hears on its standard input:
 //   size WxH        offer this one from now on
@@ -121,10 +120,6 @@ void onParamChanged(void* data, uint32_t id, const spa_pod* param) {
         rate = info.framerate;
     }
     camera.rate = rate.denom && rate.num ? rate.num / rate.denom : 30;
-    if (camera.lie == "busy") {
-        pw_stream_set_error(camera.stream, -EBUSY, "another program has the hardware");
-        return;
-    }
     std::printf("granted %ux%u at %u\n", camera.granted.width, camera.granted.height, camera.rate);
     const int blocks = camera.separate ? static_cast<int>(camera.format->planes.size()) : 1;
     const uint32_t bytes = camera.separate ? planeBytes(camera, 0) : pictureBytes(camera);

@@ -14,17 +14,21 @@ namespace ostrel::support {
 
 namespace {
 
+using cameras::pipewire::CameraNode;
 using cameras::pipewire::Connection;
 using cameras::pipewire::Remote;
+
+[[noreturn]] void hung(const std::string& what) {
+    std::fprintf(stderr, "%s\n", what.c_str());
+    std::abort();
+}
 
 template <typename Condition>
 void await(const std::string& what, Condition condition) {
     const auto limit = std::chrono::steady_clock::now() + HANG;
     while (!condition()) {
-        if (std::chrono::steady_clock::now() > limit) {
-            std::fprintf(stderr, "%s\n", what.c_str());
-            std::abort();
-        }
+        if (std::chrono::steady_clock::now() > limit)
+            hung(what);
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
 }
@@ -91,22 +95,26 @@ PipeWireCamera::PipeWireCamera(const std::string& name, const std::vector<std::s
           all.insert(all.end(), words.begin(), words.end());
           return all;
       }()) {
-    await("no camera " + name, [this] { return isListed(); });
-}
-
-bool PipeWireCamera::isListed() const {
+    // Another of the same name may be there: this one says that it is, and is the newest then.
+    if (!program_.waitForLine("paused"))
+        hung("no camera " + name);
     const auto connection = look();
-    if (!connection)
-        return false;
-    for (const auto& camera : connection->cameras())
-        if (camera.name == name_)
-            return true;
-    return false;
+    unsigned long newest = 0;
+    for (const auto& camera : connection ? connection->cameras() : std::vector<CameraNode>())
+        if (camera.name == name_ && std::stoul(camera.serial) >= newest) {
+            newest = std::stoul(camera.serial);
+            serial_ = camera.serial;
+        }
+    if (serial_.empty())
+        hung("no camera " + name + " is listed");
 }
 
 void PipeWireCamera::unplug() {
     program_.end(SIGKILL);
-    await("a camera that does not leave", [this] { return !isListed(); });
+    await("a camera that does not leave", [this] {
+        const auto connection = look();
+        return !connection || !connection->has(serial_);
+    });
 }
 
 } // namespace ostrel::support

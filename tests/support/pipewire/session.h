@@ -49,9 +49,8 @@ public:
     bool streams() { return program_.runs() && program_.newest() == "streaming"; }
 
 private:
-    bool isListed() const;
-
     const std::string name_;
+    std::string serial_; // empty until it is listed
     Program program_;
 };
 

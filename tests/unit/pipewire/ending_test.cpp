@@ -2,6 +2,7 @@
 #include "unit/pipewire/pipewire_test.h"
 
 #include "base/monotonic_clock.h"
+#include "platform/cameras/pipewire/capture_stream.h"
 #include "platform/cameras/stall_watch.h"
 
 #include <cerrno>
@@ -137,11 +138,14 @@ TEST_F(PipeWireEnding, ADaemonThatDoesNotAnswerRefusesInWords) {
     session.daemon().kill(SIGCONT);
 }
 
-TEST_F(PipeWireEnding, HardwareThatAnotherProgramHasIsInUse) {
-    const PipeWireCamera one("one", {"lie=busy"});
-    const cameras::Error refused = start("one");
-    EXPECT_EQ(refused.code, EBUSY) << refused.text;
-    EXPECT_TRUE(contains(refused.text, "is in use by another program")) << refused.text;
+// Only a driver's refusal arrives as a number within words.
+TEST(PipeWireErrors, TheNumberIsReadFromTheWordsOfALink) {
+    using cameras::pipewire::errnoIn;
+    EXPECT_EQ(errnoIn("error set output format: -16 (Device or resource busy)", EIO), EBUSY);
+    EXPECT_EQ(errnoIn("v4l2-source: error set input format: -28 (No space left on device)", EIO), ENOSPC);
+    EXPECT_EQ(errnoIn("no node available", EAGAIN), EAGAIN);
+    EXPECT_EQ(errnoIn("-1234567890123 (what)", EIO), EIO);
+    EXPECT_EQ(errnoIn(nullptr, EIO), EIO);
 }
 
 } // namespace ostrel::tests
