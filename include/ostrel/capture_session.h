@@ -17,10 +17,10 @@
 @public
     uint32_t m_capturedFrameCounter; // frames since the start; read it with a relaxed atomic load
 @protected
-    std::string m_cameraId;           // UTF-8
-    int64_t m_width;                  // pixels
-    int64_t m_height;                 // pixels
-    CVBufferRef m_lastCapturedFrame;  // retained
+    std::string m_cameraId;          // UTF-8
+    int64_t m_width;                 // pixels
+    int64_t m_height;                // pixels
+    CVBufferRef m_lastCapturedFrame; // retained
     NSAutoreleasePool* pool;
     QTCaptureSession* session;
     QTCaptureDeviceInput* input;
@@ -41,7 +41,8 @@
 - (void)stopObjCapture;
 
 // Copies the newest frame to buffer. size: in, the bytes that buffer holds; out, the bytes copied: all of
-// them when the frame has exactly that size (rows of width * 4 bytes: B, G, R, A), else 0 with buffer untouched.
+// them when the frame has exactly that size (rows of width * 4 bytes: B, G, R, A), else 0 with buffer
+// untouched.
 - (void)videoFrame:(char*)buffer withSize:(int64_t*)size;
 
 // Called by the framework on its delivery thread.

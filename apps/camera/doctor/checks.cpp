@@ -15,6 +15,7 @@ Findings checkMachine(const Machine& machine) {
     append(all, checkPermissions(machine));
     append(all, checkFormats(machine));
     append(all, checkControllers(machine));
+    append(all, checkPipeWire(machine));
     return all;
 }
 
