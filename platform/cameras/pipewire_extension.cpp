@@ -1,6 +1,7 @@
 // The extension that tells of PipeWire and takes a connection to it.
 #include <ostrel/pipewire.h>
 
+#include "base/qt_text.h"
 #include "base/shared_object.h"
 #include "platform/cameras/messages.h"
 #include "platform/cameras/registry.h"
@@ -19,14 +20,6 @@
 #include <string>
 
 namespace ostrel {
-
-namespace {
-
-QString text(const std::string& utf8) {
-    return QString::fromUtf8(utf8.data(), static_cast<int>(utf8.size()));
-}
-
-} // namespace
 
 struct OVideoPipeWirePrivate {
     OVideoPipeWire::State state = OVideoPipeWire::NOT_BUILT;
@@ -94,14 +87,14 @@ bool setPipeWireRemote(int descriptor, QString* why) {
         own = ::fcntl(descriptor, F_DUPFD_CLOEXEC, 0);
         if (own < 0) {
             if (why)
-                *why = text(reasonOf(errno));
+                *why = textOf(reasonOf(errno));
             return false;
         }
     }
     const int error =
         cameras::pipewire::processRemote()->handOver(own, monotonicNanoseconds() + NANOSECONDS_PER_SECOND);
     if (error && why)
-        *why = text(reasonOf(error));
+        *why = textOf(reasonOf(error));
     return error == 0;
 }
 
@@ -115,7 +108,7 @@ void look(OVideoPipeWirePrivate&) {}
 
 bool setPipeWireRemote(int, QString* why) {
     if (why)
-        *why = text("this library was built without PipeWire");
+        *why = textOf("this library was built without PipeWire");
     return false;
 }
 
@@ -138,11 +131,11 @@ OVideoPipeWire::State OVideoPipeWire::state() const {
 }
 
 QString OVideoPipeWire::where() const {
-    return text(d->where);
+    return textOf(d->where);
 }
 
 QString OVideoPipeWire::version() const {
-    return text(d->version);
+    return textOf(d->version);
 }
 
 bool OVideoPipeWire::hasSessionManager() const {
