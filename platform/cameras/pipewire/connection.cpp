@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 #include <unistd.h>
 
 namespace ostrel {
@@ -32,6 +33,26 @@ bool is(const char* type, const char* interface) {
 // Programs that connect cameras with who wants them.
 bool isSessionManager(const std::string& program) {
     return program.compare(0, 11, "WirePlumber") == 0 || program == "pipewire-media-session";
+}
+
+// libpipewire cannot be thrown through. What there is no memory for stays unknown.
+template <typename Body>
+void guarded(Body body) noexcept {
+    try {
+        body();
+    } catch (const std::bad_alloc&) {
+    }
+}
+
+template <typename Value>
+std::unique_ptr<Value> taken(std::map<uint32_t, std::unique_ptr<Value>>& from, uint32_t id) {
+    std::unique_ptr<Value> result;
+    const auto found = from.find(id);
+    if (found != from.end()) {
+        result = std::move(found->second);
+        from.erase(found);
+    }
+    return result;
 }
 
 std::chrono::steady_clock::time_point timePoint(int64_t monotonic) {
@@ -142,9 +163,11 @@ void Connection::tell(Tell tellOne) {
 
 void Connection::onCoreInfo(void* data, const pw_core_info* info) {
     auto& self = *static_cast<Connection*>(data);
-    const std::lock_guard<std::mutex> lock(self.mutex_);
-    if (info->version)
-        self.version_ = info->version;
+    guarded([&] {
+        const std::lock_guard<std::mutex> lock(self.mutex_);
+        if (info->version)
+            self.version_ = info->version;
+    });
 }
 
 void Connection::onDone(void* data, uint32_t id, int sequence) {
@@ -165,30 +188,33 @@ void Connection::onError(void* data, uint32_t id, int, int result, const char*) 
         self.over_ = true;
         self.changed_.notify_all();
     }
-    self.tell([](Watcher& watcher) { watcher.connectionLost(); });
+    guarded([&] { self.tell([](Watcher& watcher) { watcher.connectionLost(); }); });
 }
 
 void Connection::onGlobal(void* data, uint32_t id, uint32_t, const char* type, uint32_t,
                           const spa_dict* properties) {
-    auto& self = *static_cast<Connection*>(data);
+    guarded([&] { static_cast<Connection*>(data)->take(id, type, properties); });
+}
+
+void Connection::take(uint32_t id, const char* type, const spa_dict* properties) {
     if (is(type, PW_TYPE_INTERFACE_Node)) {
         if (text(properties, PW_KEY_MEDIA_CLASS) != "Video/Source")
             return;
         if (text(properties, PW_KEY_MEDIA_ROLE) == "Camera")
-            return self.bindNode(id, properties);
-        const std::lock_guard<std::mutex> lock(self.mutex_);
-        self.sources_.insert(id);
+            return bindNode(id, properties);
+        const std::lock_guard<std::mutex> lock(mutex_);
+        sources_.insert(id);
     } else if (is(type, PW_TYPE_INTERFACE_Link)) {
         const Link link = {number(properties, PW_KEY_LINK_OUTPUT_NODE),
                            number(properties, PW_KEY_LINK_INPUT_NODE)};
         {
-            const std::lock_guard<std::mutex> lock(self.mutex_);
-            self.links_[id] = link;
+            const std::lock_guard<std::mutex> lock(mutex_);
+            links_[id] = link;
         }
-        self.tell([&](Watcher& watcher) { watcher.linkCame(id, link.from, link.to); });
+        tell([&](Watcher& watcher) { watcher.linkCame(id, link.from, link.to); });
     } else if (is(type, PW_TYPE_INTERFACE_Client) && isSessionManager(text(properties, PW_KEY_APP_NAME))) {
-        const std::lock_guard<std::mutex> lock(self.mutex_);
-        self.managers_.insert(id);
+        const std::lock_guard<std::mutex> lock(mutex_);
+        managers_.insert(id);
     }
 }
 
@@ -197,19 +223,19 @@ void Connection::onGlobalRemove(void* data, uint32_t id) {
     std::unique_ptr<Bound> node, device; // whose end calls libpipewire
     {
         const std::lock_guard<std::mutex> lock(self.mutex_);
-        node.swap(self.nodes_[id]);
-        self.nodes_.erase(id);
-        device.swap(self.devices_[id]);
-        self.devices_.erase(id);
+        node = taken(self.nodes_, id);
+        device = taken(self.devices_, id);
         self.links_.erase(id);
         self.sources_.erase(id);
         self.managers_.erase(id);
     }
     if (!node)
         return;
-    self.tell([&](Watcher& watcher) {
-        watcher.nodeLeft(id);
-        watcher.camerasChanged();
+    guarded([&] {
+        self.tell([&](Watcher& watcher) {
+            watcher.nodeLeft(id);
+            watcher.camerasChanged();
+        });
     });
 }
 
@@ -254,7 +280,10 @@ void Connection::bindDevice(uint32_t id) {
 }
 
 void Connection::onNodeInfo(void* data, const pw_node_info* info) {
-    auto& node = *static_cast<Bound*>(data);
+    guarded([&] { describe(*static_cast<Bound*>(data), info); });
+}
+
+void Connection::describe(Bound& node, const pw_node_info* info) {
     uint32_t device = SPA_ID_INVALID;
     {
         const std::lock_guard<std::mutex> lock(node.connection.mutex_);
@@ -272,14 +301,18 @@ void Connection::onNodeInfo(void* data, const pw_node_info* info) {
 
 void Connection::onDeviceInfo(void* data, const pw_device_info* info) {
     auto& device = *static_cast<Bound*>(data);
-    const std::lock_guard<std::mutex> lock(device.connection.mutex_);
-    device.deviceNumbers = text(info->props, "device.devids");
+    guarded([&] {
+        const std::lock_guard<std::mutex> lock(device.connection.mutex_);
+        device.deviceNumbers = text(info->props, "device.devids");
+    });
 }
 
 void Connection::onNodeParam(void* data, int, uint32_t, uint32_t, uint32_t, const spa_pod* param) {
     auto& node = *static_cast<Bound*>(data);
-    const std::lock_guard<std::mutex> lock(node.connection.mutex_);
-    addOffers(param, node.offers, node.formats);
+    guarded([&] {
+        const std::lock_guard<std::mutex> lock(node.connection.mutex_);
+        addOffers(param, node.offers, node.formats);
+    });
 }
 
 // The daemon answers in order: with the answer to this everything has arrived that it said before.

@@ -91,7 +91,9 @@ private:
     explicit Connection(const Library& library);
     int begin(int descriptor);
     int roundTrip(int64_t deadline);
+    void take(uint32_t id, const char* type, const spa_dict* properties);
     void bindNode(uint32_t id, const spa_dict* properties);
+    static void describe(Bound& node, const pw_node_info* info);
     void bindDevice(uint32_t id);
     template <typename Tell>
     void tell(Tell tellOne);
