@@ -301,6 +301,8 @@ void Connection::describe(Bound& node, const pw_node_info* info) {
 
 void Connection::onDeviceInfo(void* data, const pw_device_info* info) {
     auto& device = *static_cast<Bound*>(data);
+    if (!(info->change_mask & PW_DEVICE_CHANGE_MASK_PROPS))
+        return;
     guarded([&] {
         const std::lock_guard<std::mutex> lock(device.connection.mutex_);
         device.deviceNumbers = text(info->props, "device.devids");
