@@ -16,7 +16,7 @@ from chart import bars, histogram, lines
 
 FLOOR = "floor"
 HABITS = ["taken", "polled at 60 Hz", "polled at 10 Hz", "not polled"]
-PEERS = ["OpenCV VideoCapture", "OpenCV, as 32 bits", "GStreamer v4l2src", "ffmpeg v4l2"]
+PEERS = ["OpenCV VideoCapture", "OpenCV, as 32 bits", "GStreamer v4l2src", "GStreamer pipewiresrc", "ffmpeg v4l2"]
 
 
 def read(path):
