@@ -198,11 +198,11 @@ TEST_F(PipeWireCapture, AThousandStartsLeaveNothingBehind) {
     };
     run(20);
     const auto before = testing_support::processFigures();
-    run(OSTREL_TEST_STARTS);
+    run(OSTREL_TEST_TIMES);
     const auto after = testing_support::processFigures();
     EXPECT_EQ(after.descriptors, before.descriptors);
     EXPECT_EQ(after.threads, before.threads);
-    EXPECT_LT(after.heapBytes, before.heapBytes + OSTREL_TEST_STARTS * 500); // libpipewire keeps some
+    EXPECT_LT(after.heapBytes, before.heapBytes + OSTREL_TEST_TIMES * 500); // libpipewire keeps some
 }
 
 } // namespace ostrel::tests
