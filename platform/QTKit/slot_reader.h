@@ -2,6 +2,7 @@
 #ifndef OSTREL_PLATFORM_QTKIT_SLOT_READER_H
 #define OSTREL_PLATFORM_QTKIT_SLOT_READER_H
 
+#include "base/wake_descriptor.h"
 #include "platform/QTKit/frame_slot.h"
 #include "platform/QTKit/slot_frame.h"
 
@@ -48,7 +49,7 @@ private:
     uint64_t got_ = 0; // serial number
     // Under the slot's lock:
     uint64_t had_ = 0; // serial number
-    int descriptor_ = -1;
+    std::unique_ptr<WakeDescriptor> wake_; // once it was asked for
     bool readable_ = false;
 };
 
