@@ -8,15 +8,21 @@ install(TARGETS ostrelvideounix EXPORT OstrelVideoUnixTargets
 # Headers
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/ostrel" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
   COMPONENT development FILES_MATCHING PATTERN "*.h")
-if(NOT APPLE)
-  # The published framework names, for Objective-C++ clients of capture_session.h.
-  set(_frameworks "${PROJECT_SOURCE_DIR}/platform/QTKit" "${PROJECT_SOURCE_DIR}/platform/CoreVideo")
-  if(OSTREL_FOUNDATION STREQUAL "own")
-    list(APPEND _frameworks "${PROJECT_SOURCE_DIR}/platform/Foundation")
-  endif()
-  install(DIRECTORY ${_frameworks} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/ostrel/framework" COMPONENT development
-    FILES_MATCHING PATTERN "QT*.h" PATTERN "CoreVideo.h" PATTERN "NS*.h" PATTERN "Foundation.h")
+# The published framework names, for Objective-C++ clients of capture_session.h: those that the system does not have.
+set(_frameworks)
+if(OSTREL_QTKIT STREQUAL "own")
+  list(APPEND _frameworks QTKit)
 endif()
+if(NOT APPLE)
+  list(APPEND _frameworks CoreVideo)
+endif()
+if(OSTREL_FOUNDATION STREQUAL "own")
+  list(APPEND _frameworks Foundation)
+endif()
+foreach(_framework IN LISTS _frameworks)
+  install(DIRECTORY "${PROJECT_SOURCE_DIR}/platform/${_framework}/include/${_framework}"
+    DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/ostrel/framework" COMPONENT development)
+endforeach()
 
 # find_package(OstrelVideoUnix)
 install(EXPORT OstrelVideoUnixTargets NAMESPACE Ostrel:: DESTINATION "${_cmake_dir}" COMPONENT development)

@@ -8,7 +8,7 @@ clang=$(command -v clang++ || command -v clang++-14 || true)
 [ -n "$clang" ] || { echo "clang++ is not installed (Debian: package clang)" >&2; exit 1; }
 
 switches=(-fsyntax-only -x objective-c++ -std=c++11 -fobjc-runtime=macosx-10.9 -fno-objc-arc -fexceptions
-    -fobjc-exceptions -Wall -Wextra -Wshadow -Werror -Itests/syntax/mac -Iinclude -I. -Iplatform)
+    -fobjc-exceptions -Wall -Wextra -Wshadow -Werror -Itests/syntax/mac -Iinclude -I. -Iplatform/CoreVideo/include -Iplatform/QTKit/include)
 
 shopt -s nullglob
 sources=(capture/*.mm devices/*.mm)
