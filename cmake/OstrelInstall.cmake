@@ -48,8 +48,16 @@ install(FILES "${PROJECT_SOURCE_DIR}/capture/leaks.supp" "${PROJECT_SOURCE_DIR}/
 # Debian's policy forbids a path in the program.
 foreach(tool ostrel-camera ostrel-viewer)
   if(TARGET ${tool})
-    set_target_properties(${tool} PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
-    install(TARGETS ${tool} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tools)
+    if(NOT APPLE)
+      set(_place "$ORIGIN/..")
+    elseif(tool STREQUAL "ostrel-viewer") # a bundle: ostrel-viewer.app/Contents/MacOS/ostrel-viewer
+      set(_place "@loader_path/../../../..")
+    else()
+      set(_place "@loader_path/..")
+    endif()
+    set_target_properties(${tool} PROPERTIES INSTALL_RPATH "${_place}/${CMAKE_INSTALL_LIBDIR}")
+    install(TARGETS ${tool} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tools
+      BUNDLE DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tools)
     install(FILES "${PROJECT_SOURCE_DIR}/docs/man/${tool}.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1"
       COMPONENT tools)
     install(FILES "${PROJECT_SOURCE_DIR}/docs/completion/${tool}"

@@ -51,6 +51,7 @@ struct Node {
 };
 
 struct Machine {
+    bool tellsOfNodes = true; // false where cameras are no files, and everything below is unknown
     bool container = false; // this program runs in one
     std::vector<UsbVideo> usb;
     std::vector<Node> nodes;

@@ -176,8 +176,10 @@ void generate(Session* session) {
         else if (trouble == Trouble::InUse)
             code = AVErrorDeviceInUseByAnotherApplication;
     }
-    if (trouble == Trouble::OpenRaises)
+    if (trouble == Trouble::OpenRaises) {
+        [super dealloc];
         ostrelRaise(@"the initialiser has raised an exception");
+    }
     if (code) {
         if (outError)
             *outError = [NSError errorWithDomain:@"AVFoundationErrorDomain" code:code userInfo:nil];
