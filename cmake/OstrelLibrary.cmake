@@ -2,9 +2,6 @@
 set(OSTREL_PARTS ostrel_base ostrel_processing ostrel_devices ostrel_capture ostrel_next_frame)
 if(OSTREL_QTKIT STREQUAL "own")
   list(APPEND OSTREL_PARTS ostrel_cameras ostrel_framework)
-  if(APPLE)
-    list(APPEND OSTREL_PARTS ostrel_avfoundation)
-  endif()
 endif()
 
 add_library(ostrelvideounix SHARED)

@@ -4,6 +4,7 @@
 #ifndef OSTREL_TESTS_SYNTAX_FOUNDATION_H
 #define OSTREL_TESTS_SYNTAX_FOUNDATION_H
 
+#include <stdbool.h>
 #include <stddef.h>
 #include <stdint.h>
 
