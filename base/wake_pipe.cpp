@@ -8,8 +8,8 @@ namespace ostrel {
 
 namespace {
 
-// A program that is started at this very moment may inherit it: there is no call that makes such a pipe in one
-// step everywhere.
+// A program that is started at this very moment may inherit it: there is no call that makes such a pipe in
+// one step everywhere.
 bool setUp(int descriptor) {
     const int flags = ::fcntl(descriptor, F_GETFL);
     return flags >= 0 && ::fcntl(descriptor, F_SETFL, flags | O_NONBLOCK) == 0 &&

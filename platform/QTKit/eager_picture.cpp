@@ -1,6 +1,6 @@
-// The system's pixel buffers cannot be told to make their picture when they are locked. The frame is copied even
-// where its size fits: its memory is one of the few blocks that the camera has, its rows may be padded, and
-// nobody vouches for its fourth byte.
+// The system's pixel buffers cannot be told to make their picture when they are locked. The frame is copied
+// even where its size fits: its memory is one of the few blocks that the camera has, its rows may be padded,
+// and nobody vouches for its fourth byte.
 #include "platform/QTKit/captured_picture.h"
 
 #include <new>

@@ -33,7 +33,8 @@ private:
 bool isReadableWithin(int descriptor, int64_t nanoseconds) {
     pollfd one = {descriptor, POLLIN, 0};
 #if defined(__APPLE__) // no ppoll() there
-    const int64_t milliseconds = (nanoseconds + NANOSECONDS_PER_MILLISECOND - 1) / NANOSECONDS_PER_MILLISECOND;
+    const int64_t milliseconds =
+        (nanoseconds + NANOSECONDS_PER_MILLISECOND - 1) / NANOSECONDS_PER_MILLISECOND;
     return ::poll(&one, 1, static_cast<int>(std::min<int64_t>(milliseconds, INT_MAX))) > 0;
 #else
     timespec wait = {};

@@ -41,7 +41,8 @@ Error openFailed(const std::string& where, int number) {
 Error notPermitted(const std::string& where, bool restricted) {
     const std::string page = "System Settings, Privacy & Security, Camera";
     if (restricted)
-        return Error("Whoever manages this Mac does not let programs use " + where + " (" + page + ')', EACCES);
+        return Error("Whoever manages this Mac does not let programs use " + where + " (" + page + ')',
+                     EACCES);
     return Error("No permission to use " + where + ": allow it in " + page +
                      ", for this program or for the terminal that started it, and start it again",
                  EACCES);
@@ -114,7 +115,8 @@ std::string stalledForGood(const std::string& where, int restarts) {
 }
 
 std::string permissionAwaited(const std::string& where) {
-    return where + " sends no frames until the system's question, whether this program may use cameras, is answered";
+    return where +
+           " sends no frames until the system's question, whether this program may use cameras, is answered";
 }
 
 std::string interrupted(const std::string& where) {

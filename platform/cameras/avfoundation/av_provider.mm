@@ -88,8 +88,7 @@ std::vector<std::shared_ptr<Camera>> AvProvider::list() {
         const std::string identifier = textOf([device uniqueID]);
         const auto before = known_.find(identifier);
         const bool same = before != known_.end() && before->second.device == device;
-        const auto added =
-            now.emplace(identifier, same ? before->second : Known{device, makeCamera(device)});
+        const auto added = now.emplace(identifier, same ? before->second : Known{device, makeCamera(device)});
         if (added.second)
             cameras.push_back(added.first->second.camera);
         return true;

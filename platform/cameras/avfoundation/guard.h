@@ -30,8 +30,7 @@ inline std::string textOf(NSString* text) {
 // Empty when the work was done without an exception.
 template <typename Work>
 std::string guarded(Work work) {
-    NSString* const raised =
-        ostrelGuarded([](void* context) { (*static_cast<Work*>(context))(); }, &work);
+    NSString* const raised = ostrelGuarded([](void* context) { (*static_cast<Work*>(context))(); }, &work);
     if (!raised)
         return std::string();
     const std::string what = textOf(raised);

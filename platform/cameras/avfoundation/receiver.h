@@ -6,9 +6,9 @@
 
 #import <AVFoundation/AVFoundation.h>
 
-// The framework holds neither its delegates nor its observers, and may call a delegate once more for each frame
-// that was on the way when it was taken back: whoever lets go of a receiver does so on its queue, behind them.
-// Calls may come on any thread.
+// The framework holds neither its delegates nor its observers, and may call a delegate once more for each
+// frame that was on the way when it was taken back: whoever lets go of a receiver does so on its queue,
+// behind them. Calls may come on any thread.
 @interface OstrelFrameReceiver : NSObject <AVCaptureVideoDataOutputSampleBufferDelegate> {
 @private
     std::shared_ptr<ostrel::cameras::avfoundation::Inbox> inbox;

@@ -80,7 +80,9 @@ std::vector<Observation> observersOf(NSString* name, id object) {
 }
 
 - (void)postNotificationName:(NSString*)aName object:(id)anObject userInfo:(NSDictionary*)aUserInfo {
-    NSNotification* const note = [[NSNotification alloc] initWithName:aName object:anObject userInfo:aUserInfo];
+    NSNotification* const note = [[NSNotification alloc] initWithName:aName
+                                                               object:anObject
+                                                             userInfo:aUserInfo];
     for (const Observation& one : observersOf(aName, anObject)) {
         [one.observer performSelector:one.selector withObject:note];
         [one.observer release];

@@ -12,7 +12,8 @@ using namespace ostrel::support::avfoundation;
 
 NSString* const AVCaptureSessionRuntimeErrorNotification = @"AVCaptureSessionRuntimeErrorNotification";
 NSString* const AVCaptureSessionWasInterruptedNotification = @"AVCaptureSessionWasInterruptedNotification";
-NSString* const AVCaptureSessionInterruptionEndedNotification = @"AVCaptureSessionInterruptionEndedNotification";
+NSString* const AVCaptureSessionInterruptionEndedNotification =
+    @"AVCaptureSessionInterruptionEndedNotification";
 NSString* const AVCaptureSessionErrorKey = @"AVCaptureSessionErrorKey";
 
 struct opaqueCMSampleBuffer {
@@ -64,7 +65,8 @@ CVPixelBufferRef makePicture(const Format& format, unsigned char grey,
     const size_t width = static_cast<size_t>(format.sentWidth ? format.sentWidth : format.width);
     const size_t height = static_cast<size_t>(format.sentHeight ? format.sentHeight : format.height);
     const size_t stride = width * 4 + 64;
-    auto* const backing = new Backing{std::vector<unsigned char>(stride * (height - 1) + width * 4, 0xee), count};
+    auto* const backing =
+        new Backing{std::vector<unsigned char>(stride * (height - 1) + width * 4, 0xee), count};
     for (size_t y = 0; y < height; ++y) {
         unsigned char* const row = backing->bytes.data() + y * stride;
         std::memset(row, grey, width * 4);
@@ -95,8 +97,8 @@ void callDelegate(void* context) {
 }
 
 struct Session {
-    AVCaptureDeviceInput* input = nil;       // retained
-    AVCaptureVideoDataOutput* output = nil;  // retained
+    AVCaptureDeviceInput* input = nil;      // retained
+    AVCaptureVideoDataOutput* output = nil; // retained
     std::atomic<bool> running{false}, stopping{false};
     std::mutex mutex;
     std::condition_variable changed;
@@ -120,7 +122,8 @@ void enqueue(AVCaptureVideoDataOutput* output, CVPixelBufferRef picture) {
         return;
     }
     ++target->waiting;
-    dispatch_async_f(target->queue, new Call{target, target->delegate, [output retain], {picture}}, callDelegate);
+    dispatch_async_f(target->queue, new Call{target, target->delegate, [output retain], { picture }},
+                     callDelegate);
 }
 
 void sendFrame(AVCaptureDevice* device, AVCaptureVideoDataOutput* output, int number) {
@@ -358,7 +361,8 @@ void generate(Session* session) {
     return [self own]->running ? YES : NO;
 }
 - (void)fail:(const char*)why {
-    NSDictionary* const words = [NSDictionary dictionaryWithObject:text(why) forKey:NSLocalizedDescriptionKey];
+    NSDictionary* const words = [NSDictionary dictionaryWithObject:text(why)
+                                                            forKey:NSLocalizedDescriptionKey];
     NSError* const error = [NSError errorWithDomain:@"AVFoundationErrorDomain" code:-11800 userInfo:words];
     post(AVCaptureSessionRuntimeErrorNotification, self,
          [NSDictionary dictionaryWithObject:error forKey:AVCaptureSessionErrorKey]);

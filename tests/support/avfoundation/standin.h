@@ -18,9 +18,9 @@ namespace ostrel::support::avfoundation {
 struct Format {
     int width = 640; // pixels
     int height = 480;
-    double rate = 30;                // frames a second
-    uint32_t subtype = 0x34323076;   // "420v"
-    bool refused = false;            // setActiveFormat: raises an exception
+    double rate = 30;                  // frames a second
+    uint32_t subtype = 0x34323076;     // "420v"
+    bool refused = false;              // setActiveFormat: raises an exception
     int sentWidth = 0, sentHeight = 0; // of the frames, where it is not the format's
 };
 
@@ -31,19 +31,19 @@ struct Device {
     std::vector<Format> formats = {Format()};
     int64_t period = 5000000; // nanoseconds from frame to frame
     int startMilliseconds = 5;
-    int nilFrames = 0;        // every so-many-th sample has no picture; 0: none
-    unsigned char grey = 77;  // of all pixels
+    int nilFrames = 0;       // every so-many-th sample has no picture; 0: none
+    unsigned char grey = 77; // of all pixels
 };
 
 enum class Trouble {
     None,
-    StartRaises,   // startRunning raises an exception
-    StartFails,    // startRunning returns, and the session does not run
-    OpenRaises,    // the input's initialiser raises one
-    InUse,         // the input is refused: another program has the camera
-    NotAdmitted,   // canAddInput: says no
-    NotLocked,     // lockForConfiguration: says no
-    Silence        // the session runs and sends nothing
+    StartRaises, // startRunning raises an exception
+    StartFails,  // startRunning returns, and the session does not run
+    OpenRaises,  // the input's initialiser raises one
+    InUse,       // the input is refused: another program has the camera
+    NotAdmitted, // canAddInput: says no
+    NotLocked,   // lockForConfiguration: says no
+    Silence      // the session runs and sends nothing
 };
 
 // All thread-safe. Every test begins with reset(): no devices, allowed, no trouble.

@@ -17,11 +17,11 @@ namespace ostrel::support::avfoundation {
 // A plugged device, until it is unplugged and for whoever still holds it.
 struct DeviceState {
     Device script;
-    NSArray* formats = nil;                // retained
-    AVCaptureDeviceFormat* active = nil;   // one of them
+    NSArray* formats = nil;              // retained
+    AVCaptureDeviceFormat* active = nil; // one of them
     int locks = 0;
-    bool connected = true; // as the program sees it
-    bool present = true;   // as it is
+    bool connected = true;         // as the program sees it
+    bool present = true;           // as it is
     const void* session = nullptr; // that runs
 };
 

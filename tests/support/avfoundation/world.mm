@@ -165,6 +165,8 @@ std::string leftBehind() {
         if (number)
             all += std::to_string(number) + what;
     };
+    for (AVCaptureDevice* device : world().plugged)
+        count(stateOf(device).locks, " locks ");
     count(world().sessions, " sessions ");
     count(world().inputs, " inputs ");
     count(world().outputs, " outputs ");

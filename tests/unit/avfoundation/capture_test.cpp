@@ -92,7 +92,9 @@ TEST_F(AvCapture, DeniedPermissionIsTheCamerasReason) {
     standin::setAuthorization(2);
     const Capture capture = started(320, 240);
     EXPECT_TRUE(becomes([] {
-        return OVideoCameraState(QString::fromLatin1("A")).whyNoFrames().contains(QString::fromLatin1("System Settings"));
+        return OVideoCameraState(QString::fromLatin1("A"))
+            .whyNoFrames()
+            .contains(QString::fromLatin1("System Settings"));
     }));
 }
 

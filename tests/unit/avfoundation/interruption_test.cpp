@@ -1,4 +1,5 @@
 // Permission, interruptions, stalls and unplugging.
+#include "base/monotonic_clock.h"
 #include "unit/avfoundation/fixture.h"
 
 #include <cerrno>
@@ -30,7 +31,8 @@ TEST_F(AvPermission, DeniedAndRestrictedAreReasonsThatNameTheSettingsPage) {
         const Error refused = camera->open();
         EXPECT_EQ(refused.code, EACCES);
         EXPECT_NE(refused.text.find("Camera"), std::string::npos);
-        EXPECT_NE(refused.text.find("System Settings, Privacy & Security, Camera"), std::string::npos) << refused.text;
+        EXPECT_NE(refused.text.find("System Settings, Privacy & Security, Camera"), std::string::npos)
+            << refused.text;
         EXPECT_EQ(refused.text.find("manages this Mac") != std::string::npos, answer == RESTRICTED);
     }
     standin::setAuthorization(AUTHORIZED);
@@ -79,6 +81,9 @@ TEST_F(AvInterruption, IsSaidAndNoStallAndOverWhenTheSystemSaysSo) {
     standin::interruptSession("A", true);
     standin::setTrouble(Trouble::Silence);
     EXPECT_TRUE(becomes([&] { return stalled().find("interrupted") != std::string::npos; }));
+    std::this_thread::sleep_for(std::chrono::milliseconds(1300)); // longer than a wait for a frame
+    EXPECT_EQ(camera->statistics().restarts, 0u);
+    cameras::StallWatch::leastPause = 60 * NANOSECONDS_PER_SECOND;
     standin::interruptSession("A", false);
     standin::setTrouble(Trouble::None);
     EXPECT_TRUE(becomes([&] { return stalled().empty(); }));

@@ -10,7 +10,9 @@ using standin::Trouble;
 
 class AvStart : public AvFoundationTest {
 protected:
-    AvStart() { device.formats = {format(1920, 1080), format(640, 480), format(1280, 720), format(640, 480, 15)}; }
+    AvStart() {
+        device.formats = {format(1920, 1080), format(640, 480), format(1280, 720), format(640, 480, 15)};
+    }
 };
 
 // Unless the device is locked until it runs, the framework goes back to its first format.

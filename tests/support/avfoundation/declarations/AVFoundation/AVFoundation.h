@@ -3,9 +3,9 @@
 #define OSTREL_TESTS_AVFOUNDATION_AVFOUNDATION_H
 
 #import <CoreMedia/CoreMedia.h>
+#import <dispatch/dispatch.h>
 #import <Foundation/Foundation.h>
 #import <Foundation/NSNotification.h>
-#import <dispatch/dispatch.h>
 
 #ifdef __cplusplus
 extern "C" {

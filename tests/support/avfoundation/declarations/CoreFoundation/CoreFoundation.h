@@ -20,7 +20,8 @@ extern const CFStringRef kCFRunLoopDefaultMode;
 CFRunLoopRef CFRunLoopGetCurrent(void);
 CFRunLoopRef CFRunLoopGetMain(void);
 CFStringRef CFRunLoopCopyCurrentMode(CFRunLoopRef loop);
-CFRunLoopRunResult CFRunLoopRunInMode(CFStringRef mode, CFTimeInterval seconds, Boolean returnAfterSourceHandled);
+CFRunLoopRunResult CFRunLoopRunInMode(CFStringRef mode, CFTimeInterval seconds,
+                                      Boolean returnAfterSourceHandled);
 void CFRelease(CFTypeRef object);
 
 #ifdef __cplusplus

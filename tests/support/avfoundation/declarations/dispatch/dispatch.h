@@ -1,4 +1,5 @@
-// Grand Central Dispatch by its published names: what the library uses of it, in the forms that need no blocks.
+// Grand Central Dispatch by its published names: what the library uses of it, in the forms that need no
+// blocks.
 #ifndef OSTREL_TESTS_AVFOUNDATION_DISPATCH_H
 #define OSTREL_TESTS_AVFOUNDATION_DISPATCH_H
 
