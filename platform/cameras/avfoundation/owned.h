@@ -9,23 +9,23 @@ namespace cameras {
 namespace avfoundation {
 
 // An object with one reference, which it takes over. Nil is an object too.
-template <typename Class>
+template <typename Object>
 class Owned {
 public:
-    explicit Owned(Class* object = nil) : object_(object) {}
+    explicit Owned(Object* object = nil) : object_(object) {}
     ~Owned() { [object_ release]; }
     Owned(const Owned&) = delete;
     Owned& operator=(const Owned&) = delete;
 
-    Class* get() const { return object_; }
-    void reset(Class* object = nil) {
-        Class* const before = object_;
+    Object* get() const { return object_; }
+    void reset(Object* object = nil) {
+        Object* const before = object_;
         object_ = object;
         [before release];
     }
 
 private:
-    Class* object_;
+    Object* object_;
 };
 
 // For threads that may have none. Bound to its scope.
