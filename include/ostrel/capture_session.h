@@ -3,6 +3,8 @@
 #ifndef OSTREL_CAPTURE_SESSION_H
 #define OSTREL_CAPTURE_SESSION_H
 
+#include <ostrel/export.h>
+
 #import <CoreVideo/CoreVideo.h>
 #import <Foundation/Foundation.h>
 #import <QTKit/QTKit.h>
@@ -13,6 +15,7 @@
 // Frames arrive on the framework's delivery thread; every other method belongs to the client. Manual
 // reference counting. setCamera, startObjCapture, stopObjCapture and the last release are not synchronised
 // with each other; videoFrame may run beside the delivery.
+OSTREL_EXPORT
 @interface VideoCaptureThreadObj : NSObject {
 @public
     uint32_t m_capturedFrameCounter; // frames since the start; read it with a relaxed atomic load

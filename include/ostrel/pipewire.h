@@ -31,7 +31,7 @@ OSTREL_EXPORT bool setPipeWireRemote(int descriptor, QString* why = 0);
 class OSTREL_EXPORT OVideoPipeWire {
 public:
     enum State {
-        NOT_BUILT = 0,  // this library was built without it, or the system brings its own QTKit
+        NOT_BUILT = 0,  // this library was built without it, as on macOS
         NO_DAEMON = 1,  // nobody listens where it should
         NO_LIBRARY = 2, // there is a daemon, but no libpipewire on this machine
         SILENT = 3,     // it does not answer; it is asked again after five seconds

@@ -109,8 +109,11 @@ void Delivery::callDelegate(const std::shared_ptr<cameras::CameraFrame>& frame) 
         [pool release];
         return; // a frame lost for want of memory; the next one may do better
     }
-    [delegate captureOutput:output_ didOutputVideoFrame:buffer withSampleBuffer:nil fromConnection:nil];
+    if (buffer)
+        [delegate captureOutput:output_ didOutputVideoFrame:buffer withSampleBuffer:nil fromConnection:nil];
     [pool release];
+    if (!buffer)
+        return; // a broken picture, and none before it that could be shown
     CVBufferRelease(buffer);
     slot_->put(slotted);
 }

@@ -38,6 +38,16 @@ Error openFailed(const std::string& where, int number) {
     return Error("Cannot open " + where + ": " + reason(number), number);
 }
 
+Error notPermitted(const std::string& where, bool restricted) {
+    const std::string page = "System Settings, Privacy & Security, Camera";
+    if (restricted)
+        return Error("Whoever manages this Mac does not let programs use " + where + " (" + page + ')',
+                     EACCES);
+    return Error("No permission to use " + where + ": allow it in " + page +
+                     ", for this program or for the terminal that started it, and start it again",
+                 EACCES);
+}
+
 Error notACamera(const std::string& where) {
     return Error(where + " is not a device that pictures can be captured from");
 }
@@ -121,6 +131,15 @@ std::string stalled(const std::string& where) {
 std::string stalledForGood(const std::string& where, int restarts) {
     return where + " sends no frames, also after " + std::to_string(restarts) +
            " restarts: plug it in again, or try another cable or port";
+}
+
+std::string permissionAwaited(const std::string& where) {
+    return where +
+           " sends no frames until the system's question, whether this program may use cameras, is answered";
+}
+
+std::string interrupted(const std::string& where) {
+    return where + " sends no frames: the system has interrupted it for another use";
 }
 
 std::string sharedAsItIs(const std::string& where, const Size& running, const Size& wanted,

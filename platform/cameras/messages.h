@@ -23,6 +23,8 @@ struct Refusal {
 
 // `where` names the camera and its node: "HD Webcam (/dev/video0)". `number` is the errno.
 Error openFailed(const std::string& where, int number);
+// The user has refused it, or must not grant it.
+Error notPermitted(const std::string& where, bool restricted);
 Error notACamera(const std::string& where);
 // `why`: "offers only H264 (a compressed film, ...)"
 Error noUsableFormat(const std::string& where, const std::string& why);
@@ -42,6 +44,8 @@ Error noThread(const std::string& where);
 // What is said of a stream that runs.
 std::string stalled(const std::string& where);
 std::string stalledForGood(const std::string& where, int restarts);
+std::string permissionAwaited(const std::string& where);
+std::string interrupted(const std::string& where);
 std::string sharedAsItIs(const std::string& where, const Size& running, const Size& wanted, const Error& why);
 
 // "640x480"

@@ -63,7 +63,8 @@ struct PipeWire {
 };
 
 struct Machine {
-    bool container = false; // this program runs in one
+    bool tellsOfNodes = true; // false where cameras are no files, and everything below is unknown
+    bool container = false;   // this program runs in one
     std::vector<UsbVideo> usb;
     std::vector<Node> nodes;
     PipeWire pipeWire;

@@ -88,6 +88,13 @@ std::string text(const Finding& finding) {
            (finding.next.empty() ? "" : " | " + finding.next);
 }
 
+TEST(Doctor, SaysNothingOfAMachineWhereCamerasAreNoFiles) {
+    Machine mac;
+    EXPECT_EQ(checkMachine(mac).at(0).verdict, Verdict::Problem) << "no camera is attached";
+    mac.tellsOfNodes = false;
+    EXPECT_TRUE(checkMachine(mac).empty());
+}
+
 TEST(Doctor, AHealthyCameraHasNoWarning) {
     const Machine machine = machineWith({webcam()});
     Findings all = checkMachine(machine);

@@ -1,5 +1,9 @@
 #include "unit/cameras/contract/kinds.h"
 
+#ifdef OSTREL_TEST_AVFOUNDATION
+#include "platform/cameras/avfoundation/av_provider.h"
+#include "support/avfoundation/standin.h"
+#endif
 #include "platform/cameras/registry.h"
 #include "platform/cameras/v4l2/v4l2_backend.h"
 #include "platform/cameras/virtual/virtual_provider.h"
@@ -118,6 +122,42 @@ private:
     bool plugged_ = false;
 };
 
+#ifdef OSTREL_TEST_AVFOUNDATION
+namespace standin = support::avfoundation;
+
+class AvFoundation : public Kind {
+public:
+    AvFoundation() { standin::reset(); }
+    ~AvFoundation() override { standin::reset(); }
+    std::shared_ptr<cameras::Camera> plug() override {
+        standin::Device device;
+        device.identifier = "identifier";
+        device.formats = {standin::Format(), standin::Format()};
+        device.formats[0].width = 64;
+        device.formats[0].height = 48;
+        device.period = kPeriod;
+        device.startMilliseconds = 1;
+        device.nilFrames = 10;
+        standin::plug(device);
+        const auto cameras = provider_->list();
+        return cameras.empty() ? nullptr : cameras[0];
+    }
+    void unplug() override {
+        standin::unplug("identifier");
+        provider_->list(); // lets go of it
+    }
+    bool streams() override { return standin::isStreaming("identifier"); }
+    bool breakDown() override {
+        standin::failSession("identifier", "the camera is too hot");
+        return true;
+    }
+    std::string leftBehind() override { return standin::leftBehind(); }
+
+private:
+    const std::shared_ptr<cameras::CameraProvider> provider_ = cameras::avfoundation::makeProvider();
+};
+#endif
+
 int threadsNamed(const std::string& expected) {
     int count = 0;
     for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
@@ -231,8 +271,13 @@ std::unique_ptr<Kind> make() {
 } // namespace
 
 std::vector<KindOfCamera> kindsOfCameras() {
-    std::vector<KindOfCamera> kinds = {
-        {"V4l2", make<ScriptedV4l2>}, {"Pattern", make<Pattern>}, {"File", make<File>}, {"Push", make<Push>}};
+    std::vector<KindOfCamera> kinds = {{"V4l2", make<ScriptedV4l2>},
+#ifdef OSTREL_TEST_AVFOUNDATION
+                                       {"AvFoundation", make<AvFoundation>},
+#endif
+                                       {"Pattern", make<Pattern>},
+                                       {"File", make<File>},
+                                       {"Push", make<Push>}};
 #ifdef OSTREL_PIPEWIRE
     const std::string missing = support::PipeWireSession::missing();
     if (missing.empty())

@@ -41,6 +41,9 @@ enum {
     kCVPixelFormatType_32BGRA = 0x42475241 // 'BGRA': bytes B, G, R, A
 };
 
+// A lock flag: the pixels will be left as they are.
+enum { kCVPixelBufferLock_ReadOnly = 1 };
+
 // Keys of a dictionary of pixel buffer attributes; the values are NSNumbers.
 OSTREL_EXPORT extern const CFStringRef kCVPixelBufferPixelFormatTypeKey;
 OSTREL_EXPORT extern const CFStringRef kCVPixelBufferWidthKey;  // pixels

@@ -2,6 +2,8 @@
 #ifndef OSTREL_QTKIT_QTCAPTURESESSION_H
 #define OSTREL_QTKIT_QTCAPTURESESSION_H
 
+#include <ostrel/export.h>
+
 #import <Foundation/Foundation.h>
 
 @class QTCaptureInput;
@@ -10,6 +12,7 @@
 struct QTCaptureSessionState;
 
 // Thread-safe. Inputs and outputs are retained.
+OSTREL_EXPORT
 @interface QTCaptureSession : NSObject {
 @private
     struct QTCaptureSessionState* state;

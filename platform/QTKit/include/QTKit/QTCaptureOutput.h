@@ -2,12 +2,15 @@
 #ifndef OSTREL_QTKIT_QTCAPTUREOUTPUT_H
 #define OSTREL_QTKIT_QTCAPTUREOUTPUT_H
 
+#include <ostrel/export.h>
+
 #import <CoreVideo/CoreVideo.h>
 #import <Foundation/Foundation.h>
 
 @class QTCaptureConnection;
 @class QTSampleBuffer;
 
+OSTREL_EXPORT
 @interface QTCaptureOutput : NSObject
 @end
 
@@ -15,6 +18,7 @@ struct QTCaptureOutputState;
 
 // Delivers pixel buffers to its delegate. Settings other than the delegate are read when the session starts
 // the camera, which it does as soon as it has an input and an output.
+OSTREL_EXPORT
 @interface QTCaptureDecompressedVideoOutput : QTCaptureOutput {
 @private
     struct QTCaptureOutputState* state;

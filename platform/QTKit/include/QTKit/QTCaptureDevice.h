@@ -20,6 +20,7 @@ struct QTCaptureDeviceState;
 
 // Thread-safe. Objects live as long as the process, one for each identifier: they may be kept without being
 // retained, and a camera that is plugged in again is the same object.
+OSTREL_EXPORT
 @interface QTCaptureDevice : NSObject {
 @private
     struct QTCaptureDeviceState* state;
