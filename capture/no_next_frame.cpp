@@ -51,7 +51,9 @@ int OVideoFrameFacts::nativeHeight() const {
 }
 
 OVideoFrameReader::OVideoFrameReader(const QSharedPointer<OVideoCaptureUnix>&) : d(0) {}
-OVideoFrameReader::~OVideoFrameReader() {}
+OVideoFrameReader::~OVideoFrameReader() {
+    (void)d; // nothing ever is behind it
+}
 int OVideoFrameReader::descriptor() {
     return -1;
 }

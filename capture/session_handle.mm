@@ -2,7 +2,7 @@
 
 #import <ostrel/capture_session.h>
 
-#if !defined(__APPLE__)
+#if !defined(OSTREL_SYSTEM_QTKIT)
 #include "platform/QTKit/frame_slot.h"
 #include "platform/QTKit/owner_scope.h"
 #endif
@@ -16,7 +16,7 @@ VideoCaptureThreadObj* objectOf(SessionObject* handle) {
     return reinterpret_cast<VideoCaptureThreadObj*>(handle);
 }
 
-#if defined(__APPLE__)
+#if defined(OSTREL_SYSTEM_QTKIT)
 struct OwnerScope {
     explicit OwnerScope(const void*) {}
 };

@@ -13,6 +13,15 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(THREADS_PREFER_PTHREAD_FLAG ON)
 find_package(Threads REQUIRED)
 
+# The root of the sources, for includes in quotes. On a file system that does not tell letters' cases apart a compiler
+# that looked there for <version> would find the file VERSION.
+if(APPLE)
+  set(OSTREL_ROOT)
+  add_compile_options("SHELL:-iquote \"${PROJECT_SOURCE_DIR}\"")
+else()
+  set(OSTREL_ROOT "${PROJECT_SOURCE_DIR}")
+endif()
+
 add_library(ostrel_settings INTERFACE)
 target_link_libraries(ostrel_settings INTERFACE Threads::Threads)
 target_compile_options(ostrel_settings INTERFACE -Wall -Wextra -Wshadow
@@ -47,6 +56,6 @@ function(ostrel_add_part name standard)
   add_library(${name} OBJECT ${ARGN})
   ostrel_cxx_standard(${name} ${standard})
   target_include_directories(${name} PUBLIC
-    "${PROJECT_SOURCE_DIR}/include" "${PROJECT_SOURCE_DIR}")
+    "${PROJECT_SOURCE_DIR}/include" ${OSTREL_ROOT})
   target_link_libraries(${name} PUBLIC ostrel_settings ${OSTREL_QT}::Core)
 endfunction()

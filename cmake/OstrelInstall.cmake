@@ -9,15 +9,21 @@ install(TARGETS ostrelvideounix EXPORT OstrelVideoUnixTargets
 # Headers
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/ostrel" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}"
   COMPONENT development FILES_MATCHING PATTERN "*.h" PATTERN "camera_c.h" EXCLUDE)
-if(NOT APPLE)
-  # The published framework names, for Objective-C++ clients of capture_session.h.
-  set(_frameworks "${PROJECT_SOURCE_DIR}/platform/QTKit" "${PROJECT_SOURCE_DIR}/platform/CoreVideo")
-  if(OSTREL_FOUNDATION STREQUAL "own")
-    list(APPEND _frameworks "${PROJECT_SOURCE_DIR}/platform/Foundation")
-  endif()
-  install(DIRECTORY ${_frameworks} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/ostrel/framework" COMPONENT development
-    FILES_MATCHING PATTERN "QT*.h" PATTERN "CoreVideo.h" PATTERN "NS*.h" PATTERN "Foundation.h")
+# The published framework names, for Objective-C++ clients of capture_session.h: those that the system does not have.
+set(_frameworks)
+if(OSTREL_QTKIT STREQUAL "own")
+  list(APPEND _frameworks QTKit)
 endif()
+if(NOT APPLE)
+  list(APPEND _frameworks CoreVideo)
+endif()
+if(OSTREL_FOUNDATION STREQUAL "own")
+  list(APPEND _frameworks Foundation)
+endif()
+foreach(_framework IN LISTS _frameworks)
+  install(DIRECTORY "${PROJECT_SOURCE_DIR}/platform/${_framework}/include/${_framework}"
+    DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/ostrel/framework" COMPONENT development)
+endforeach()
 
 # find_package(OstrelVideoUnix)
 install(EXPORT OstrelVideoUnixTargets NAMESPACE Ostrel:: DESTINATION "${_cmake_dir}" COMPONENT development)
@@ -43,8 +49,16 @@ install(FILES "${PROJECT_SOURCE_DIR}/capture/leaks.supp" "${PROJECT_SOURCE_DIR}/
 # Debian's policy forbids a path in the program.
 foreach(tool ostrel-camera ostrel-viewer)
   if(TARGET ${tool})
-    set_target_properties(${tool} PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
-    install(TARGETS ${tool} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tools)
+    if(NOT APPLE)
+      set(_place "$ORIGIN/..")
+    elseif(tool STREQUAL "ostrel-viewer") # a bundle: ostrel-viewer.app/Contents/MacOS/ostrel-viewer
+      set(_place "@loader_path/../../../..")
+    else()
+      set(_place "@loader_path/..")
+    endif()
+    set_target_properties(${tool} PROPERTIES INSTALL_RPATH "${_place}/${CMAKE_INSTALL_LIBDIR}")
+    install(TARGETS ${tool} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tools
+      BUNDLE DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tools)
     install(FILES "${PROJECT_SOURCE_DIR}/docs/man/${tool}.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1"
       COMPONENT tools)
     install(FILES "${PROJECT_SOURCE_DIR}/docs/completion/${tool}"

@@ -1,6 +1,6 @@
 # The shared library, made of the parts.
 set(OSTREL_PARTS ostrel_base ostrel_processing ostrel_devices ostrel_capture ostrel_next_frame)
-if(NOT APPLE)
+if(OSTREL_QTKIT STREQUAL "own")
   list(APPEND OSTREL_PARTS ostrel_cameras ostrel_framework)
 endif()
 

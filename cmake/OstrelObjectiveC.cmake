@@ -15,19 +15,39 @@ endif()
 enable_language(OBJC)
 enable_language(OBJCXX)
 
-# Foundation: the system's on Apple; elsewhere the part that the library needs is its own (platform/Foundation), or
-# GNUstep base, for programs that use that themselves.
-set(OSTREL_FOUNDATION own CACHE STRING "Foundation to build with where the system has none: own or gnustep")
-set_property(CACHE OSTREL_FOUNDATION PROPERTY STRINGS own gnustep)
-
+# The frameworks that the library is written against: Foundation, CoreVideo and QTKit by their published names. Each of
+# ours has an include root to itself, since it would hide the system's where that is the one to use.
 add_library(ostrel_foundation INTERFACE)
+
+# QTKit left macOS with 10.15. Our own serves everywhere else; the system's is there for Macs that still have it.
+set(OSTREL_QTKIT own CACHE STRING "QTKit to build with: own, or the system's on macOS before 10.15 (system)")
+set_property(CACHE OSTREL_QTKIT PROPERTY STRINGS own system)
+if(OSTREL_QTKIT STREQUAL "own")
+  target_include_directories(ostrel_foundation INTERFACE "${PROJECT_SOURCE_DIR}/platform/QTKit/include")
+elseif(NOT APPLE OR NOT OSTREL_QTKIT STREQUAL "system")
+  message(FATAL_ERROR "OSTREL_QTKIT is own or, on macOS, system, not ${OSTREL_QTKIT}")
+endif()
+
 if(APPLE)
-  target_link_libraries(ostrel_foundation INTERFACE
-    "-framework Foundation" "-framework QTKit" "-framework CoreVideo")
+  set(OSTREL_FOUNDATION system) # and CoreVideo
   target_compile_options(ostrel_foundation INTERFACE
     "$<$<COMPILE_LANGUAGE:OBJC,OBJCXX>:-fno-objc-arc>")
+  target_link_libraries(ostrel_foundation INTERFACE "-framework Foundation" "-framework CoreVideo")
+  if(OSTREL_QTKIT STREQUAL "system")
+    target_compile_definitions(ostrel_foundation INTERFACE OSTREL_SYSTEM_QTKIT)
+    target_link_libraries(ostrel_foundation INTERFACE "-framework QTKit")
+  else()
+    target_link_libraries(ostrel_foundation INTERFACE
+      "-framework CoreFoundation" "-framework CoreMedia" "-framework AVFoundation")
+  endif()
   return()
 endif()
+target_include_directories(ostrel_foundation INTERFACE "${PROJECT_SOURCE_DIR}/platform/CoreVideo/include")
+
+# Foundation: the part that the library needs is its own (platform/Foundation), or GNUstep base is taken, for programs
+# that use that themselves.
+set(OSTREL_FOUNDATION own CACHE STRING "Foundation to build with where the system has none: own or gnustep")
+set_property(CACHE OSTREL_FOUNDATION PROPERTY STRINGS own gnustep)
 
 set(_sysroot)
 if(CMAKE_SYSROOT)
@@ -44,7 +64,7 @@ target_compile_options(ostrel_foundation INTERFACE
   "$<$<COMPILE_LANGUAGE:OBJCXX>:-fobjc-call-cxx-cdtors>")
 
 if(OSTREL_FOUNDATION STREQUAL "own")
-  target_include_directories(ostrel_foundation INTERFACE "${PROJECT_SOURCE_DIR}/platform" "${PROJECT_SOURCE_DIR}/include")
+  target_include_directories(ostrel_foundation INTERFACE "${PROJECT_SOURCE_DIR}/platform/Foundation/include" "${PROJECT_SOURCE_DIR}/include")
   target_link_libraries(ostrel_foundation INTERFACE $<TARGET_OBJECTS:ostrel_own_foundation>)
 elseif(OSTREL_FOUNDATION STREQUAL "gnustep")
   find_path(GNUSTEP_INCLUDE_DIR Foundation/Foundation.h PATH_SUFFIXES GNUstep REQUIRED)

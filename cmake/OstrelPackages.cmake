@@ -75,12 +75,15 @@ file(WRITE "${PROJECT_BINARY_DIR}/package/shlibs"
   "libostrelvideounix ${PROJECT_VERSION_MAJOR} libostrelvideounix1 (>= ${PROJECT_VERSION})\n")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA
   "${PROJECT_BINARY_DIR}/package/triggers" "${PROJECT_BINARY_DIR}/package/shlibs")
+# Loaded where it is installed.
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_SUGGESTS "libpipewire-0.3-0")
 set(CPACK_COMPONENT_LIBRARY_DESCRIPTION "camera capture, frame conversion and scaling
 Lists the cameras of a machine, captures frames from one of them, hands out
 the newest when asked, converts between the BGRA, RGB24, YUY2 and I420 pixel
 layouts and scales between 320x240, 640x480 and 1280x720.
 
-Works with V4L2 cameras and with virtual cameras made by the program.")
+Works with V4L2 cameras, with those that PipeWire offers, and with virtual
+cameras made by the program.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libostrelvideounix-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)

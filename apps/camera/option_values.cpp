@@ -77,7 +77,7 @@ double secondsValue(const std::string& text) {
     const std::size_t letters = text.find_first_not_of("0123456789.");
     const std::string unit = letters == std::string::npos ? "" : text.substr(letters);
     double value = 0;
-    if (parseWhole(text.substr(0, letters), value))
+    if (parseDecimal(text.substr(0, letters), value))
         for (const auto& known : UNITS)
             if (unit == known.unit && value > 0 && value * known.seconds <= LONGEST_SECONDS)
                 return value * known.seconds;

@@ -1,5 +1,6 @@
 #include "apps/camera/y4m.h"
 
+#include "apps/common/text.h"
 #include "base/y4m_header.h"
 
 #include <algorithm>
@@ -59,7 +60,7 @@ std::optional<Rate> parseRate(const std::string& text) {
         return plausible(rate) ? std::optional<Rate>(rate) : std::nullopt;
     }
     double value = 0;
-    if (!parseNumber(text, value) || !(value >= Y4M_LEAST_RATE && value <= Y4M_GREATEST_RATE))
+    if (!parseDecimal(text, value) || !(value >= Y4M_LEAST_RATE && value <= Y4M_GREATEST_RATE))
         return std::nullopt;
     return nearestRate(value);
 }

@@ -4,6 +4,7 @@
 #include <QtCore/QVector>
 
 #include <cstdio>
+#include <locale>
 #include <sstream>
 #include <wchar.h>
 
@@ -32,6 +33,15 @@ std::string fixed(double value, int decimals) {
     char text[64];
     std::snprintf(text, sizeof text, "%.*f", decimals, value);
     return text;
+}
+
+// Not std::from_chars(), which has no fractions in the standard library of macOS.
+bool parseDecimal(const std::string& text, double& number) {
+    if (text.empty() || text[0] == '+' || text.find_first_not_of("0123456789.eE+-") != std::string::npos)
+        return false;
+    std::istringstream from(text);
+    from.imbue(std::locale::classic());
+    return from >> number && from.peek() == std::istringstream::traits_type::eof();
 }
 
 std::string counted(unsigned long long number, const std::string& noun) {

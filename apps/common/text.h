@@ -11,6 +11,8 @@ std::string toLower(const std::string& text); // ASCII letters
 std::string join(const std::vector<std::string>& parts, const std::string& between);
 std::string quoted(const std::string& text); // 'text', made printable
 std::string fixed(double value, int decimals);
+// A number such as 30, 29.97 or 1e3 and nothing else, whatever the locale is.
+bool parseDecimal(const std::string& text, double& number);
 
 // "1 frame", "2 frames": the plural is the noun with an s.
 std::string counted(unsigned long long number, const std::string& noun);

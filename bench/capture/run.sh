@@ -34,6 +34,7 @@ for _ in $(seq "$rounds"); do
         on_timed_camera $layout 1280 720
     done
 done
+"$here/pipewire.sh" "$programs" "$programs/../../tests/support/pipewire/pipewire_camera" "$rounds"
 python3 "$here/../report/startup.py" 21 "nothing=$programs/bench_startup_nothing" "load QtCore=$programs/bench_startup_qt" \
     "load Foundation=$programs/bench_startup_foundation" "load the library=$programs/bench_startup_library"
 if [ "${VM:-1}" != 0 ]; then

@@ -18,7 +18,7 @@ FLOOR = "floor"
 HABITS = ["taken", "polled at 60 Hz", "polled at 120 Hz", "polled at 10 Hz", "not polled"]
 PIXELS = ["BGRA", "BGR", "grey"]
 POLLED, WAITING, WAITING_24 = "library, polled", "library, waiting", "library, waiting, 24 bits"
-PEERS_32 = ["OpenCV, as 32 bits", "GStreamer v4l2src", "ffmpeg v4l2"]
+PEERS_32 = ["OpenCV, as 32 bits", "GStreamer v4l2src", "GStreamer pipewiresrc", "ffmpeg v4l2"]
 PEERS_24 = ["OpenCV VideoCapture"]
 
 

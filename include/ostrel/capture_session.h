@@ -3,6 +3,8 @@
 #ifndef OSTREL_CAPTURE_SESSION_H
 #define OSTREL_CAPTURE_SESSION_H
 
+#include <ostrel/export.h>
+
 #import <CoreVideo/CoreVideo.h>
 #import <Foundation/Foundation.h>
 #import <QTKit/QTKit.h>
@@ -13,14 +15,15 @@
 // Frames arrive on the framework's delivery thread; every other method belongs to the client. Manual
 // reference counting. setCamera, startObjCapture, stopObjCapture and the last release are not synchronised
 // with each other; videoFrame may run beside the delivery.
+OSTREL_EXPORT
 @interface VideoCaptureThreadObj : NSObject {
 @public
     uint32_t m_capturedFrameCounter; // frames since the start; read it with a relaxed atomic load
 @protected
-    std::string m_cameraId;           // UTF-8
-    int64_t m_width;                  // pixels
-    int64_t m_height;                 // pixels
-    CVBufferRef m_lastCapturedFrame;  // retained
+    std::string m_cameraId;          // UTF-8
+    int64_t m_width;                 // pixels
+    int64_t m_height;                // pixels
+    CVBufferRef m_lastCapturedFrame; // retained
     NSAutoreleasePool* pool;
     QTCaptureSession* session;
     QTCaptureDeviceInput* input;
@@ -41,7 +44,8 @@
 - (void)stopObjCapture;
 
 // Copies the newest frame to buffer. size: in, the bytes that buffer holds; out, the bytes copied: all of
-// them when the frame has exactly that size (rows of width * 4 bytes: B, G, R, A), else 0 with buffer untouched.
+// them when the frame has exactly that size (rows of width * 4 bytes: B, G, R, A), else 0 with buffer
+// untouched.
 - (void)videoFrame:(char*)buffer withSize:(int64_t*)size;
 
 // Called by the framework on its delivery thread.

@@ -48,7 +48,7 @@ public:
     OVideoNode& operator=(const OVideoNode& other);
     ~OVideoNode();
 
-    QString path() const;     // "/dev/video0"
+    QString path() const;     // "/dev/video0"; of a camera that only PipeWire has, "pipewire:" and its name
     QString name() const;     // never empty
     QString uniqueID() const; // the camera's, as videoDevices() has it; empty when the node is no camera
     // Why it is no camera, and what would help where something does; of a camera, what stands against its

@@ -1,4 +1,4 @@
-// The camera's own bytes, unconverted (Linux; where the system brings its own QTKit the call answers -1).
+// The camera's own bytes, unconverted (over the system's own QTKit the call answers -1).
 #ifndef OSTREL_NATIVE_FRAME_H
 #define OSTREL_NATIVE_FRAME_H
 

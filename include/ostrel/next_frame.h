@@ -1,5 +1,5 @@
-// Waiting for the frames of a capture, with a time limit or by a descriptor, instead of polling (Linux; where
-// the system brings its own QTKit the calls answer -1 and say so).
+// Waiting for the frames of a capture, with a time limit or by a descriptor, instead of polling (where the
+// library is built over the system's own QTKit the calls answer -1 and say so).
 #ifndef OSTREL_NEXT_FRAME_H
 #define OSTREL_NEXT_FRAME_H
 

@@ -2,7 +2,7 @@
 #ifndef OSTREL_PLATFORM_COREVIDEO_PIXEL_BUFFER_H
 #define OSTREL_PLATFORM_COREVIDEO_PIXEL_BUFFER_H
 
-#include "platform/CoreVideo/CoreVideo.h"
+#include <CoreVideo/CoreVideo.h>
 
 #include <atomic>
 #include <memory>

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <sys/eventfd.h>
-#include <unistd.h>
 
 namespace ostrel {
 
@@ -16,8 +14,6 @@ SlotReader::SlotReader(std::shared_ptr<FrameSlot> slot) : slot_(std::move(slot))
 SlotReader::~SlotReader() {
     FrameSlot::Lock lock(slot_->mutex_);
     slot_->readers_.erase(std::find(slot_->readers_.begin(), slot_->readers_.end(), this));
-    if (descriptor_ >= 0)
-        ::close(descriptor_);
 }
 
 SlotReader::Found SlotReader::take(int64_t until, Taken& taken) {
@@ -49,24 +45,25 @@ void SlotReader::putBack(const SlotFrame& frame) {
 
 int SlotReader::descriptor() {
     FrameSlot::Lock lock(slot_->mutex_);
-    if (descriptor_ < 0) {
-        descriptor_ = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    if (!wake_) {
+        auto fresh = std::make_unique<WakeDescriptor>();
+        if (!fresh->valid())
+            return -1;
+        wake_ = std::move(fresh);
         updateDescriptor();
     }
-    return descriptor_;
+    return wake_->descriptor();
 }
 
 void SlotReader::updateDescriptor() {
     const bool readable = slot_->over_ || hasNews();
-    if (descriptor_ < 0 || readable == readable_)
+    if (!wake_ || readable == readable_)
         return;
     readable_ = readable;
-    if (readable) {
-        ::eventfd_write(descriptor_, 1);
-    } else {
-        eventfd_t count = 0;
-        ::eventfd_read(descriptor_, &count);
-    }
+    if (readable)
+        wake_->set();
+    else
+        wake_->clear();
 }
 
 } // namespace ostrel

@@ -2,6 +2,7 @@
 #ifndef OSTREL_PLATFORM_QTKIT_SLOT_READER_H
 #define OSTREL_PLATFORM_QTKIT_SLOT_READER_H
 
+#include "base/wake_descriptor.h"
 #include "platform/QTKit/frame_slot.h"
 #include "platform/QTKit/slot_frame.h"
 
@@ -47,8 +48,8 @@ private:
     const std::shared_ptr<FrameSlot> slot_;
     uint64_t got_ = 0; // serial number
     // Under the slot's lock:
-    uint64_t had_ = 0; // serial number
-    int descriptor_ = -1;
+    uint64_t had_ = 0;                     // serial number
+    std::unique_ptr<WakeDescriptor> wake_; // once it was asked for
     bool readable_ = false;
 };
 

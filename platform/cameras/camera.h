@@ -14,6 +14,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace ostrel {
 namespace cameras {
@@ -70,6 +71,9 @@ public:
     virtual std::string identifier() const = 0;
     virtual std::string displayName() const = 0;
     virtual CameraDetails details() const { return CameraDetails(); }
+    // At once. The numbers (st_rdev) of the device nodes behind it: two cameras with one in common are the
+    // same. Empty where there is none.
+    virtual std::vector<uint64_t> devices() const { return std::vector<uint64_t>(); }
 
     // All that is on offer: at once, as it was when the camera was opened, while it is open or being opened
     // or closed; else the hardware is asked. An error where it is not known, or not all of it.

@@ -7,9 +7,7 @@
 #include <poll.h>
 #include <pthread.h>
 #include <signal.h>
-#include <sys/eventfd.h>
 #include <system_error>
-#include <unistd.h>
 
 namespace ostrel {
 namespace cameras {
@@ -32,27 +30,38 @@ private:
     sigset_t before_;
 };
 
-} // namespace
-
-StopSignal::StopSignal() : descriptor_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
-
-StopSignal::~StopSignal() {
-    if (descriptor_ >= 0)
-        ::close(descriptor_);
+bool isReadableWithin(int descriptor, int64_t nanoseconds) {
+    pollfd one = {descriptor, POLLIN, 0};
+#if defined(__APPLE__) // no ppoll() there
+    const int64_t milliseconds =
+        (nanoseconds + NANOSECONDS_PER_MILLISECOND - 1) / NANOSECONDS_PER_MILLISECOND;
+    return ::poll(&one, 1, static_cast<int>(std::min<int64_t>(milliseconds, INT_MAX))) > 0;
+#else
+    timespec wait = {};
+    wait.tv_sec = static_cast<time_t>(std::min<int64_t>(nanoseconds / NANOSECONDS_PER_SECOND, INT_MAX));
+    wait.tv_nsec = static_cast<long>(nanoseconds % NANOSECONDS_PER_SECOND);
+    return ::ppoll(&one, 1, &wait, nullptr) > 0;
+#endif
 }
+
+// At most 15 characters, else it fails harmlessly.
+void setThreadName(const char* name) {
+#if defined(__APPLE__)
+    ::pthread_setname_np(name);
+#else
+    ::pthread_setname_np(::pthread_self(), name);
+#endif
+}
+
+} // namespace
 
 void StopSignal::raise() {
     raised_.store(true, std::memory_order_release);
     wake();
 }
 
-void StopSignal::wake() const {
-    ::eventfd_write(descriptor_, 1);
-}
-
 void StopSignal::clearWake() const {
-    eventfd_t count = 0;
-    ::eventfd_read(descriptor_, &count);
+    wake_.clear();
     if (raised()) // meanwhile: nobody will wake again
         wake();
 }
@@ -62,11 +71,7 @@ bool StopSignal::sleepUntil(int64_t time) const {
         const int64_t left = time - monotonicNanoseconds();
         if (left <= 0)
             break;
-        timespec wait = {};
-        wait.tv_sec = static_cast<time_t>(std::min<int64_t>(left / NANOSECONDS_PER_SECOND, INT_MAX));
-        wait.tv_nsec = static_cast<long>(left % NANOSECONDS_PER_SECOND);
-        pollfd descriptor = {descriptor_, POLLIN, 0};
-        if (::ppoll(&descriptor, 1, &wait, nullptr) > 0)
+        if (isReadableWithin(descriptor(), left))
             break;
     }
     return raised();
@@ -82,7 +87,7 @@ bool DeliveryThread::start(const char* name, Body body) {
     signal_ = signal; // before the body runs: it may stop itself
     try {
         thread_ = std::thread([signal, name, body = std::move(body)] {
-            ::pthread_setname_np(::pthread_self(), name); // at most 15 characters, else it fails harmlessly
+            setThreadName(name);
             body(*signal);
         });
     } catch (const std::system_error&) {

@@ -2,6 +2,8 @@
 #ifndef OSTREL_PLATFORM_CAMERAS_DELIVERY_THREAD_H
 #define OSTREL_PLATFORM_CAMERAS_DELIVERY_THREAD_H
 
+#include "base/wake_descriptor.h"
+
 #include <atomic>
 #include <functional>
 #include <memory>
@@ -13,28 +15,27 @@ namespace cameras {
 // Tells the body of a delivery thread that it should return.
 class StopSignal {
 public:
-    StopSignal();
-    ~StopSignal();
+    StopSignal() = default;
     StopSignal(const StopSignal&) = delete;
     StopSignal& operator=(const StopSignal&) = delete;
 
-    bool valid() const { return descriptor_ >= 0; }
+    bool valid() const { return wake_.valid(); }
     bool raised() const { return raised_.load(std::memory_order_acquire); }
     // Readable as soon as the signal is raised or woken: to be polled beside the camera's own descriptor.
-    int descriptor() const { return descriptor_; }
+    int descriptor() const { return wake_.descriptor(); }
     // Sleeps until the given time of CLOCK_MONOTONIC in nanoseconds, or until raised or woken. Returns
     // raised().
     bool sleepUntil(int64_t time) const;
     void raise();
 
     // Makes the descriptor readable, so that whoever waits looks around; not a stop.
-    void wake() const;
+    void wake() const { wake_.set(); }
     // The thread has looked around: the next wait is one again, unless the signal was raised.
     void clearWake() const;
 
 private:
     std::atomic<bool> raised_{false};
-    int descriptor_;
+    const WakeDescriptor wake_;
 };
 
 // Owns the thread. start() and stop() are not synchronised with each other: their owner holds its own lock.

@@ -113,5 +113,16 @@ std::vector<Candidate> ranked(std::vector<Candidate> candidates, const Size& wan
     return candidates;
 }
 
+std::vector<Candidate> ranked(std::vector<Candidate> candidates, const Size& wanted, double leastRate) {
+    candidates.erase(std::remove_if(candidates.begin(), candidates.end(),
+                                    [&](const Candidate& one) { return isSlower(one.interval, leastRate); }),
+                     candidates.end());
+    return ranked(std::move(candidates), wanted);
+}
+
+bool isSlower(const Interval& interval, double leastRate) {
+    return interval.known() && interval.rate() < leastRate - 0.5;
+}
+
 } // namespace cameras
 } // namespace ostrel

@@ -53,6 +53,10 @@ struct Candidate {
 
 // Best first.
 std::vector<Candidate> ranked(std::vector<Candidate> candidates, const Size& wanted);
+// The same without those that are known to give fewer frames a second than must not be given up.
+std::vector<Candidate> ranked(std::vector<Candidate> candidates, const Size& wanted, double leastRate);
+// Whether it gives fewer. What gives nobody knows how many does not.
+bool isSlower(const Interval& interval, double leastRate);
 
 } // namespace cameras
 } // namespace ostrel

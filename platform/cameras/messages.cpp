@@ -59,6 +59,16 @@ Error openFailed(const std::string& where, int number) {
     return Error("Cannot open " + where + ": " + reason(number), number);
 }
 
+Error notPermitted(const std::string& where, bool restricted) {
+    const std::string page = "System Settings, Privacy & Security, Camera";
+    if (restricted)
+        return Error("Whoever manages this Mac does not let programs use " + where + " (" + page + ')',
+                     EACCES);
+    return Error("No permission to use " + where + ": allow it in " + page +
+                     ", for this program or for the terminal that started it, and start it again",
+                 EACCES);
+}
+
 Error notACamera(const std::string& where) {
     return Error(where + " is not a device that pictures can be captured from");
 }
@@ -115,6 +125,25 @@ Error modesUntold(const std::string& where, int number) {
 
 Error notYetAsked(const std::string& where) {
     return Error(where + " is being opened, and its modes are not known yet", EAGAIN);
+}
+
+Error pipeWireFailed(const std::string& where, int number, bool isOpen) {
+    if (isGone(number))
+        return unplugged(where);
+    if (number == EPIPE || number == EHOSTDOWN)
+        return Error(where + " cannot be reached: PipeWire has ended", number);
+    if (number == ETIMEDOUT)
+        return Error("PipeWire, which has " + where + ", does not answer", number);
+    if (number == ENOLINK)
+        return Error("PipeWire " +
+                         std::string(isOpen ? "has " + where + " open, but" : "offers " + where + ", but") +
+                         " nobody connects this program with it: is a session manager (wireplumber) running?",
+                     number);
+    return Error("PipeWire cannot start " + where + ": " + reason(number), number);
+}
+
+Error refusedByBothWays(const Error& first, const Error& other) {
+    return Error(first.text + "; and by another way: " + other.text, first.code);
 }
 
 Error notOpen(const std::string& where) {
@@ -193,6 +222,15 @@ std::string stalled(const std::string& where) {
 std::string stalledForGood(const std::string& where, int restarts) {
     return where + " sends no frames, also after " + std::to_string(restarts) +
            " restarts: plug it in again, or try another cable or port";
+}
+
+std::string permissionAwaited(const std::string& where) {
+    return where +
+           " sends no frames until the system's question, whether this program may use cameras, is answered";
+}
+
+std::string interrupted(const std::string& where) {
+    return where + " sends no frames: the system has interrupted it for another use";
 }
 
 std::string sharedAsItIs(const std::string& where, const Size& running, const Size& wanted,

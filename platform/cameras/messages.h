@@ -25,6 +25,8 @@ struct Refusal {
 
 // `where` names the camera and its node: "HD Webcam (/dev/video0)". `number` is the errno.
 Error openFailed(const std::string& where, int number);
+// The user has refused it, or must not grant it.
+Error notPermitted(const std::string& where, bool restricted);
 Error notACamera(const std::string& where);
 // `why`: "offers only H264 (a compressed film, ...)"
 Error noUsableFormat(const std::string& where, const std::string& why);
@@ -36,6 +38,11 @@ Error modeNotOffered(const std::string& where, const ModeWish& wish);
 // The errno with which a driver broke off.
 Error modesUntold(const std::string& where, int number);
 Error notYetAsked(const std::string& where);
+// A camera that PipeWire offers. `isOpen`: PipeWire itself has its device open at present. ENOLINK: nobody
+// has connected it.
+Error pipeWireFailed(const std::string& where, int number, bool isOpen);
+// Neither by the first way nor by another that there is.
+Error refusedByBothWays(const Error& first, const Error& other);
 Error notOpen(const std::string& where);
 Error beingStopped(const std::string& where);
 Error noThread(const std::string& where);
@@ -56,6 +63,8 @@ Error controlsHalfSet(const Error& why, const std::vector<std::string>& set);
 // What is said of a stream that runs.
 std::string stalled(const std::string& where);
 std::string stalledForGood(const std::string& where, int restarts);
+std::string permissionAwaited(const std::string& where);
+std::string interrupted(const std::string& where);
 std::string sharedAsItIs(const std::string& where, const Size& running, const Size& wanted, const Error& why);
 
 // "MJPG 1280x720 at 60/s", of what is wished for.

@@ -12,6 +12,8 @@
 namespace ostrel {
 namespace cameras {
 
+class Backend;
+
 class CameraProvider {
 public:
     virtual ~CameraProvider() = default;
@@ -23,6 +25,11 @@ public:
     virtual std::unique_ptr<ChangeWatch> watch() { return nullptr; }
     // Every device that might be a camera of this kind, in the same order.
     virtual std::vector<NodeReport> nodes() { return std::vector<NodeReport>(); }
+    // Other ways to a camera that this kind may have, by the number (st_rdev) of a device node of it: for who
+    // is refused by the first.
+    virtual std::vector<std::shared_ptr<Backend>> waysTo(uint64_t /*device*/) {
+        return std::vector<std::shared_ptr<Backend>>();
+    }
 };
 
 using Providers = std::vector<std::shared_ptr<CameraProvider>>;

@@ -2,7 +2,9 @@
 
 #include "platform/cameras/change_watch.h"
 
+#include <algorithm>
 #include <mutex>
+#include <set>
 
 namespace ostrel {
 namespace cameras {
@@ -38,6 +40,18 @@ std::vector<std::shared_ptr<Camera>> attachedCameras() {
     std::vector<std::shared_ptr<Camera>> result;
     for (const auto& provider : currentProviders())
         append(result, provider->list());
+    std::set<uint64_t> known;
+    result.erase(std::remove_if(result.begin(), result.end(),
+                                [&](const std::shared_ptr<Camera>& camera) {
+                                    const std::vector<uint64_t> devices = camera->devices();
+                                    const bool isKnown =
+                                        std::any_of(devices.begin(), devices.end(), [&](uint64_t device) {
+                                            return known.count(device) != 0;
+                                        });
+                                    known.insert(devices.begin(), devices.end());
+                                    return isKnown;
+                                }),
+                 result.end());
     return result;
 }
 
@@ -52,6 +66,20 @@ std::vector<NodeReport> machineNodes() {
     std::vector<NodeReport> result;
     for (const auto& provider : currentProviders())
         append(result, provider->nodes());
+    std::set<uint64_t> known; // the cameras that one kind has reported, which no other need report
+    result.erase(std::remove_if(result.begin(), result.end(),
+                                [&](const NodeReport& report) {
+                                    return report.device != 0 && !report.identifier.empty() &&
+                                           !known.insert(report.device).second;
+                                }),
+                 result.end());
+    return result;
+}
+
+std::vector<std::shared_ptr<Backend>> waysTo(uint64_t device) {
+    std::vector<std::shared_ptr<Backend>> result;
+    for (const auto& provider : currentProviders())
+        append(result, provider->waysTo(device));
     return result;
 }
 

@@ -37,7 +37,8 @@ public:
         std::string identifier;
         std::string displayName;
         std::string where; // for messages: "HD Webcam (/dev/video0)"
-        CameraDetails details;
+        CameraDetails details = {};
+        std::vector<uint64_t> devices = {}; // numbers (st_rdev) of its device nodes
     };
 
     StreamingCamera(Identity identity, std::shared_ptr<Backend> backend,
@@ -47,6 +48,7 @@ public:
     std::string identifier() const override { return identity_.identifier; }
     std::string displayName() const override { return identity_.displayName; }
     CameraDetails details() const override { return identity_.details; }
+    std::vector<uint64_t> devices() const override { return identity_.devices; }
     Error modes(NativeModes& modes) override;
     Error open() override;
     void close() override;

@@ -13,6 +13,7 @@ Finding checkNodes(const Machine& machine);        // "nodes"
 Findings checkPermissions(const Machine& machine); // "permission"
 Findings checkFormats(const Machine& machine);     // "formats": nodes of which no format can be used
 Findings checkControllers(const Machine& machine); // "libcamera": cameras that others must set up
+Findings checkPipeWire(const Machine& machine);    // "pipewire"
 
 // Of one camera.
 Finding checkStart(const Machine& machine, const Trial& trial); // "start", "busy" or "bandwidth"

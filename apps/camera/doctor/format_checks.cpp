@@ -35,10 +35,20 @@ Findings checkControllers(const Machine& machine) {
         return {};
     const std::string which = paths.size() == 1 ? paths.front() + " is a part"
                                                 : paths.front() + " to " + paths.back() + " are parts";
+    const std::string of = which + " of a camera that needs libcamera";
+    const std::string nodes = " (media controller, " + counted(paths.size(), "node") + ")";
+    const PipeWire& pipeWire = machine.pipeWire;
+    if (pipeWire.added > 0)
+        return {{"libcamera", Verdict::Ok, of + ", as PipeWire offers it" + nodes, {}, {}}};
+    if (pipeWire.state == PipeWire::State::Connected)
+        return {{"libcamera",
+                 Verdict::Warning,
+                 of + ", and PipeWire shows none" + nodes,
+                 "sudo apt-get install libspa-0.2-libcamera, then systemctl --user restart wireplumber",
+                 {}}};
     return {{"libcamera",
              Verdict::Warning,
-             which + " of a camera that needs libcamera, for example through PipeWire (media controller, " +
-                 counted(paths.size(), "node") + ")",
+             of + ", for example through PipeWire" + nodes,
              "cam --list (in the package libcamera-tools) shows whether libcamera knows it",
              {}}};
 }

@@ -50,10 +50,24 @@ struct Node {
     AnalogInput input;
 };
 
+// The daemon that has the cameras of this session, those without a video node included.
+struct PipeWire {
+    enum class State { NotBuilt, NoDaemon, NoLibrary, Silent, Connected };
+
+    State state = State::NotBuilt;
+    std::string where; // its socket
+    std::string version;
+    bool sessionManager = false;
+    int cameras = 0, otherSources = 0;
+    int added = 0; // cameras without a video node in the listing
+};
+
 struct Machine {
-    bool container = false; // this program runs in one
+    bool tellsOfNodes = true; // false where cameras are no files, and everything below is unknown
+    bool container = false;   // this program runs in one
     std::vector<UsbVideo> usb;
     std::vector<Node> nodes;
+    PipeWire pipeWire;
 
     const Node* nodeOf(const std::string& camera) const; // null for cameras without a node
 };

@@ -4,6 +4,7 @@
 #include "apps/camera/video_nodes.h"
 
 #include <ostrel/device_details.h>
+#include <ostrel/pipewire.h>
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
@@ -110,6 +111,35 @@ Node examine(const OVideoNode& listed) {
     return node;
 }
 
+PipeWire::State stateOf(OVideoPipeWire::State state) {
+    switch (state) {
+    case OVideoPipeWire::NOT_BUILT:
+        break;
+    case OVideoPipeWire::NO_DAEMON:
+        return PipeWire::State::NoDaemon;
+    case OVideoPipeWire::NO_LIBRARY:
+        return PipeWire::State::NoLibrary;
+    case OVideoPipeWire::SILENT:
+        return PipeWire::State::Silent;
+    case OVideoPipeWire::CONNECTED:
+        return PipeWire::State::Connected;
+    }
+    return PipeWire::State::NotBuilt;
+}
+
+PipeWire pipeWireNow() {
+    const OVideoPipeWire seen;
+    PipeWire result;
+    result.state = stateOf(seen.state());
+    result.where = seen.where().toStdString();
+    result.version = seen.version().toStdString();
+    result.sessionManager = seen.hasSessionManager();
+    result.cameras = seen.cameras();
+    result.otherSources = seen.otherSources();
+    result.added = seen.addedCameras();
+    return result;
+}
+
 } // namespace
 
 Machine thisMachine() {
@@ -118,7 +148,9 @@ Machine thisMachine() {
     machine.usb = usbVideoDevices(std::string());
     const QList<OVideoNode> nodes = videoNodes();
     for (const OVideoNode& node : nodes)
-        machine.nodes.push_back(examine(node));
+        if (node.path().startsWith('/')) // the others are PipeWire's alone
+            machine.nodes.push_back(examine(node));
+    machine.pipeWire = pipeWireNow();
     return machine;
 }
 

@@ -72,6 +72,10 @@ const Node* Machine::nodeOf(const std::string& camera) const {
 }
 
 Finding checkNodes(const Machine& machine) {
+    const auto added = static_cast<unsigned long long>(machine.pipeWire.added);
+    if (machine.nodes.empty() && added > 0)
+        return {
+            "nodes", Verdict::Ok, "no video node; " + counted(added, "camera") + " through PipeWire", {}, {}};
     if (machine.nodes.empty())
         return withoutNodes(machine);
     const auto cameras = std::count_if(machine.nodes.begin(), machine.nodes.end(),
@@ -79,7 +83,9 @@ Finding checkNodes(const Machine& machine) {
     Finding finding{"nodes", Verdict::Ok, {}, {}, {}};
     finding.fact = counted(machine.nodes.size(), "video node") + ", " +
                    counted(static_cast<unsigned long long>(cameras), "camera");
-    if (cameras == 0) {
+    if (added > 0)
+        finding.fact += ", " + std::to_string(added) + " more through PipeWire";
+    if (cameras == 0 && added == 0) {
         finding.verdict = Verdict::Problem;
         finding.fact = "no camera: none of " + counted(machine.nodes.size(), "video node") + " is one";
         finding.next = "ostrel-camera list --all";

@@ -1,3 +1,4 @@
+// DEVICE "pipewire" stands for the camera that PipeWire has.
 #include "bench/capture/peers/peer.h"
 
 #include <cstring>
@@ -15,7 +16,7 @@ public:
         const std::string raw =
             "video/x-raw,format=" + std::string(request.layout == "YUYV" ? "YUY2" : request.layout);
         const std::string text =
-            "v4l2src device=" + request.device + " ! " +
+            (request.device == "pipewire" ? "pipewiresrc" : "v4l2src device=" + request.device) + " ! " +
             (request.layout == "MJPG" ? "image/jpeg" + size + " ! jpegdec" : raw + size) +
             " ! videoconvert ! video/x-raw,format=BGRA ! "
             "appsink name=sink sync=false max-buffers=1 drop=true";
@@ -59,7 +60,8 @@ private:
 
 int main(int argc, char** argv) {
     gst_init(nullptr, nullptr);
-    return bench::runPeer("GStreamer v4l2src", argc, argv, [](const bench::Request& request) -> bench::Peer* {
-        return new GStreamer(request);
-    });
+    const bool pipeWire = argc > 1 && std::strcmp(argv[1], "pipewire") == 0;
+    return bench::runPeer(
+        pipeWire ? "GStreamer pipewiresrc" : "GStreamer v4l2src", argc, argv,
+        [](const bench::Request& request) -> bench::Peer* { return new GStreamer(request); });
 }

@@ -149,6 +149,11 @@ int minimumStride(Layout layout, int width) {
     return static_cast<int>(halved ? (row + pair - 1) / pair * pair : row);
 }
 
+int saneStride(uint32_t told, size_t least) {
+    const auto most = static_cast<uint32_t>(LARGEST_SIDE) * 4 * 2;
+    return std::max(static_cast<int>(least), static_cast<int>(std::min(told, most)));
+}
+
 size_t neededBytes(Layout layout, int width, int height, int stride) {
     if (layout == Layout::Jpeg || layout == Layout::Opaque)
         return 1;

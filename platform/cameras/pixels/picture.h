@@ -98,6 +98,9 @@ size_t bytesOfPlane(const Picture& picture, int plane);
 //
 // The length of a row of the first plane without padding; 0 for Jpeg and Opaque.
 int minimumStride(Layout layout, int width);
+// What a driver says of its rows, within reason: zero, and what some leave there, means rows without padding.
+// `least`: what a row needs.
+int saneStride(uint32_t told, size_t least);
 // How many bytes a picture takes from its first to its last. Padding behind the last row is not asked for:
 // some drivers count it in, others do not. 1 for Jpeg and Opaque.
 size_t neededBytes(Layout layout, int width, int height, int stride);

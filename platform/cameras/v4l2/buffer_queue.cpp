@@ -3,8 +3,7 @@
 #include "platform/cameras/v4l2/buffer_queue.h"
 
 #include "base/monotonic_clock.h"
-#include "platform/cameras/v4l2/buffer_frame.h"
-#include "platform/cameras/v4l2/pixel_format.h"
+#include "platform/cameras/pixels/pixel_format.h"
 
 #include <algorithm>
 #include <array>
@@ -73,7 +72,7 @@ uint32_t BufferQueue::type() const {
     return granted_.multiplanar ? V4L2_BUF_TYPE_VIDEO_CAPTURE_MPLANE : V4L2_BUF_TYPE_VIDEO_CAPTURE;
 }
 
-int BufferQueue::open(const char*& step) {
+int BufferQueue::open(std::string& step) {
     std::lock_guard<std::mutex> lock(mutex_);
     step = "VIDIOC_REQBUFS";
     int error = request();
@@ -246,7 +245,7 @@ FrameFacts BufferQueue::factsOf(const Filled& filled) const {
     facts.time = filled.time != 0 ? filled.time : monotonicNanoseconds();
     if (filled.time != 0)
         facts.source = filled.startOfExposure ? TimeSource::StartOfExposure : TimeSource::EndOfFrame;
-    facts.format = fourccText(granted_.fourcc);
+    facts.format = pixels::fourccText(granted_.fourcc);
     facts.size = granted_.size;
     return facts;
 }

@@ -2,7 +2,7 @@
 #ifndef OSTREL_PLATFORM_CAMERAS_V4L2_BUFFER_QUEUE_H
 #define OSTREL_PLATFORM_CAMERAS_V4L2_BUFFER_QUEUE_H
 
-#include "platform/cameras/camera.h"
+#include "platform/cameras/buffer_frame.h"
 #include "platform/cameras/figures.h"
 #include "platform/cameras/pixels/pixel_pool.h"
 #include "platform/cameras/v4l2/video_node.h"
@@ -16,8 +16,6 @@
 namespace ostrel {
 namespace cameras {
 namespace v4l2 {
-
-class BufferFrame;
 
 // A buffer that the driver has filled and that is ours until it is requeued.
 struct Filled {
@@ -35,15 +33,15 @@ struct Filled {
 };
 
 // Thread-safe. Frames keep the queue's memory alive, but neither its mappings nor the device beyond close().
-class BufferQueue : public std::enable_shared_from_this<BufferQueue> {
+class BufferQueue : public BufferOwner, public std::enable_shared_from_this<BufferQueue> {
 public:
     BufferQueue(const std::shared_ptr<VideoNode>& node, const Granted& granted,
                 const std::shared_ptr<Figures>& figures);
-    ~BufferQueue();
+    ~BufferQueue() override;
 
     // Takes buffers from the driver, maps and queues them and switches the stream on. After a failure
     // everything is as before. The number is the errno; `step` names the call.
-    int open(const char*& step);
+    int open(std::string& step);
     // Turns what frames still hold into memory of their own, switches the stream off, unmaps and frees.
     // Waits for conversions in progress.
     void close();
@@ -64,8 +62,6 @@ public:
     const Granted& granted() const { return granted_; }
 
 private:
-    friend class BufferFrame;
-
     enum class Place { Driver, Ours, Refused };
     struct Mapping {
         void* address = nullptr;
@@ -86,7 +82,7 @@ private:
     unsigned count(Place place) const;
     uint32_t type() const;
     FrameFacts factsOf(const Filled& filled) const;
-    void dropped(BufferFrame& frame, unsigned index);
+    void dropped(BufferFrame& frame, unsigned index) override;
 
     mutable std::mutex mutex_;
     std::shared_ptr<VideoNode> node_; // null once closed

@@ -33,9 +33,6 @@ Examination examine(const std::shared_ptr<KernelCalls>& kernel, const NodeFacts&
 // first node, since the others are mostly metadata.
 Examination withoutAnswer(const NodeFacts& facts, const std::string& reason);
 
-// Why nothing can be done with a node that offers these formats and no other.
-std::string unusableFormats(const std::vector<uint32_t>& formats);
-
 } // namespace v4l2
 } // namespace cameras
 } // namespace ostrel

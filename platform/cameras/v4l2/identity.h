@@ -13,12 +13,6 @@ namespace ostrel {
 namespace cameras {
 namespace v4l2 {
 
-// Every byte but letters, digits and . _ : - becomes %XX, two upper-case hexadecimal digits.
-std::string asciiSafe(const std::string& bytes);
-
-// Valid UTF-8: bytes that are none become U+FFFD, control characters blanks; blanks at both ends go.
-std::string validUtf8(const std::string& bytes);
-
 // The first of the texts that is not empty once it is valid.
 std::string displayName(const std::string& name, const std::string& card, const std::string& driver);
 

@@ -1,6 +1,6 @@
 #include "platform/cameras/v4l2/offers.h"
 
-#include "platform/cameras/v4l2/pixel_format.h"
+#include "platform/cameras/pixels/pixel_format.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -160,11 +160,13 @@ Size wishedOr(const Size& wished, const Size& size) {
 std::vector<uint32_t> formatsFor(const std::vector<uint32_t>& offered, bool multiplanar,
                                  const Request& request, bool nativeOnly) {
     const std::string& wished = request.wish.format;
-    const auto isUsable = [multiplanar](uint32_t fourcc) { return isConvertible(fourcc, multiplanar); };
+    const auto isUsable = [multiplanar](uint32_t fourcc) {
+        return pixels::isConvertible(fourcc, multiplanar);
+    };
     const bool noPicture = std::none_of(offered.begin(), offered.end(), isUsable);
     std::vector<uint32_t> result;
     for (const uint32_t fourcc : offered) {
-        const bool named = wished == fourccText(fourcc);
+        const bool named = wished == pixels::fourccText(fourcc);
         if (named || (wished.empty() && (isUsable(fourcc) || (noPicture && nativeOnly))))
             result.push_back(fourcc);
     }
@@ -172,8 +174,8 @@ std::vector<uint32_t> formatsFor(const std::vector<uint32_t>& offered, bool mult
 }
 
 int costOf(uint32_t fourcc) {
-    PixelFormat format;
-    return formatOf(fourcc, format) ? pixels::decodeCost(format.layout) : 0;
+    pixels::PixelFormat format;
+    return pixels::formatOf(fourcc, format) ? pixels::decodeCost(format.layout) : 0;
 }
 
 } // namespace
@@ -190,8 +192,8 @@ int offeredModes(const VideoNode& node, bool multiplanar, NativeModes& modes) {
     Questions questions(node, multiplanar);
     for (const uint32_t fourcc : questions.formats()) {
         NativeMode mode;
-        mode.format = fourccText(fourcc);
-        mode.hasPicture = isConvertible(fourcc, multiplanar);
+        mode.format = pixels::fourccText(fourcc);
+        mode.hasPicture = pixels::isConvertible(fourcc, multiplanar);
         std::vector<SizeRange> sizes = questions.sizes(fourcc);
         if (sizes.empty())
             sizes.push_back(SizeRange());

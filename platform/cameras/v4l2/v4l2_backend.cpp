@@ -1,11 +1,14 @@
 #include "platform/cameras/v4l2/v4l2_backend.h"
 
 #include "base/monotonic_clock.h"
+#include "platform/cameras/fallback_backend.h"
 #include "platform/cameras/messages.h"
+#include "platform/cameras/pixels/pixel_format.h"
+#include "platform/cameras/start_attempts.h"
+#include "platform/cameras/unusable_formats.h"
 #include "platform/cameras/v4l2/controls.h"
 #include "platform/cameras/v4l2/examination.h"
 #include "platform/cameras/v4l2/offers.h"
-#include "platform/cameras/v4l2/pixel_format.h"
 #include "platform/cameras/v4l2/signal_source.h"
 #include "platform/cameras/wishes.h"
 
@@ -28,12 +31,6 @@ const int kMostFailuresInARow = 10;
 
 // A driver that is always ready must not keep the frames from being delivered.
 const int kMostFramesAtOnce = 64;
-
-// A refusal that another format or size may escape: no room on the bus, no memory, a mode that the driver
-// offers but does not have.
-bool mayFareBetter(int error) {
-    return error == ENOSPC || error == EIO || error == ENOMEM || error == EINVAL;
-}
 
 } // namespace
 
@@ -83,13 +80,8 @@ Error V4l2Backend::modes(NativeModes& modes) {
 
 // The best first. What a running stream must not lose is left out.
 std::vector<Candidate> V4l2Backend::candidatesFor(const Request& request) const {
-    std::vector<Candidate> all =
-        ranked(candidates(*node_, multiplanar_, request, nativeOnlyIsListed()), request.size);
-    const auto isSlow = [&request](const Candidate& one) {
-        return one.interval.known() && one.interval.rate() < request.leastRate - 0.5;
-    };
-    all.erase(std::remove_if(all.begin(), all.end(), isSlow), all.end());
-    return all;
+    return ranked(candidates(*node_, multiplanar_, request, nativeOnlyIsListed()), request.size,
+                  request.leastRate);
 }
 
 Error V4l2Backend::start(const Request& request, const std::shared_ptr<Outlet>& outlet) {
@@ -99,17 +91,10 @@ Error V4l2Backend::start(const Request& request, const std::shared_ptr<Outlet>& 
         return nothingFits(request);
     figures_ = outlet->figures();
     figures_->setWay("V4L2 (" + path_ + ")");
-    std::vector<Refusal> refusals;
-    for (const Candidate& candidate : found) {
-        const char* step = "";
-        const int error = tryToStart(candidate, request, step);
-        if (!error)
-            return Error();
-        refusals.push_back({fourccText(candidate.fourcc), candidate.size, step, error});
-        if (!mayFareBetter(error) || node_->isGone())
-            break;
-    }
-    return node_->isGone() ? unplugged(where_) : startFailed(where_, refusals);
+    return startFirst(
+        where_, found,
+        [&](const Candidate& candidate, std::string& step) { return tryToStart(candidate, request, step); },
+        [&] { return node_->isGone(); });
 }
 
 Error V4l2Backend::nothingFits(const Request& request) const {
@@ -121,13 +106,13 @@ Error V4l2Backend::nothingFits(const Request& request) const {
 }
 
 // 0, or the errno of the step that failed; nothing of the driver's is held then.
-int V4l2Backend::tryToStart(const Candidate& candidate, const Request& request, const char*& step) {
+int V4l2Backend::tryToStart(const Candidate& candidate, const Request& request, std::string& step) {
     Granted granted;
     step = "VIDIOC_S_FMT";
     if (const int error = node_->setFormat(candidate, multiplanar_, granted))
         return error;
     node_->setInterval(candidate.interval, granted);
-    if (granted.interval.known() && granted.interval.rate() < request.leastRate - 0.5) {
+    if (isSlower(granted.interval, request.leastRate)) {
         step = "VIDIOC_S_PARM";
         return EINVAL; // granted more slowly than it was offered
     }
@@ -135,10 +120,10 @@ int V4l2Backend::tryToStart(const Candidate& candidate, const Request& request, 
     if (const int error = queue->open(step))
         return error;
     queue_ = queue;
-    sequenceKnown_ = false;
+    gaps_ = SequenceGaps();
     failuresInARow_ = 0;
     Mode mode;
-    mode.format = fourccText(granted.fourcc);
+    mode.format = pixels::fourccText(granted.fourcc);
     mode.size = granted.size;
     mode.interval = granted.interval;
     mode.hasPicture = granted.layout != pixels::Layout::Opaque;
@@ -195,7 +180,7 @@ Error V4l2Backend::drain(bool broken, Arrival& arrival) {
         }
         arrival.signOfLife = true;
         failuresInARow_ = 0;
-        countLost(filled.sequence);
+        figures_->countLost(gaps_.before(filled.sequence));
         if (!accept(filled)) {
             queue_->requeue(filled.index);
             continue;
@@ -252,15 +237,6 @@ bool V4l2Backend::accept(const Filled& filled) {
     return fault == pixels::Fault::None;
 }
 
-void V4l2Backend::countLost(uint32_t sequence) {
-    // Numbers wrap, may start anywhere, and some drivers leave them at zero or begin again.
-    const uint32_t gap = sequence - lastSequence_ - 1;
-    if (sequenceKnown_ && gap != 0 && gap < 0x80000000u)
-        figures_->countLost(gap);
-    sequenceKnown_ = true;
-    lastSequence_ = sequence;
-}
-
 Error V4l2Backend::ended(int error) const {
     // A driver that has lost its device stops its queues first, which looks like a wrong call from here.
     return node_->isGone() ? unplugged(where_) : streamFailed(where_, error);
@@ -280,9 +256,13 @@ std::shared_ptr<StreamingCamera> makeCamera(const std::shared_ptr<KernelCalls>& 
                                             const NodeFacts& facts, const std::string& identifier,
                                             const std::string& displayName, const NodeTexts& texts) {
     const std::string where = displayName + " (" + facts.path + ")";
+    auto node = std::make_shared<V4l2Backend>(kernel, discovery, facts, where);
+    std::vector<uint64_t> devices;
+    if (facts.device != 0)
+        devices.push_back(facts.device);
     return std::make_shared<StreamingCamera>(
-        StreamingCamera::Identity{identifier, displayName, where, detailsOf(facts, texts)},
-        std::make_shared<V4l2Backend>(kernel, discovery, facts, where));
+        StreamingCamera::Identity{identifier, displayName, where, detailsOf(facts, texts), devices},
+        std::make_shared<FallbackBackend>(std::move(node), facts.device));
 }
 
 } // namespace v4l2

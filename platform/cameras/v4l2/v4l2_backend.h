@@ -2,6 +2,7 @@
 #ifndef OSTREL_PLATFORM_CAMERAS_V4L2_V4L2_BACKEND_H
 #define OSTREL_PLATFORM_CAMERAS_V4L2_V4L2_BACKEND_H
 
+#include "platform/cameras/sequence_gaps.h"
 #include "platform/cameras/streaming_camera.h"
 #include "platform/cameras/v4l2/buffer_queue.h"
 #include "platform/cameras/v4l2/discovery.h"
@@ -39,12 +40,11 @@ private:
     Error openNode(std::shared_ptr<VideoNode>& opened, bool& multiplanar) const;
     Error nothingFits(const Request& request) const;
     std::vector<Candidate> candidatesFor(const Request& request) const;
-    int tryToStart(const Candidate& candidate, const Request& request, const char*& step);
+    int tryToStart(const Candidate& candidate, const Request& request, std::string& step);
     Error drain(bool broken, Arrival& arrival);
     Error dequeueFailed(int error, bool broken);
     bool isTheLast(const Filled& filled) const;
     bool accept(const Filled& filled);
-    void countLost(uint32_t sequence);
     Error ended(int error) const;
 
     const std::shared_ptr<KernelCalls> kernel_;
@@ -58,8 +58,7 @@ private:
     bool multiplanar_ = false;
     std::shared_ptr<Figures> figures_;   // of the running stream
     std::shared_ptr<BufferQueue> queue_; // while it streams
-    bool sequenceKnown_ = false;
-    uint32_t lastSequence_ = 0;
+    SequenceGaps gaps_;
     int failuresInARow_ = 0;
 };
 

@@ -1,7 +1,8 @@
 #include "platform/cameras/v4l2/video_node.h"
 
 #include "base/limits.h"
-#include "platform/cameras/v4l2/pixel_format.h"
+#include "platform/cameras/pixels/pixel_format.h"
+#include "platform/cameras/v4l2/colour_encoding.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -97,8 +98,8 @@ v4l2_format requestOf(const Candidate& asked, bool multiplanar) {
         pix.width = static_cast<uint32_t>(asked.size.width);
         pix.height = static_cast<uint32_t>(asked.size.height);
         pix.field = V4L2_FIELD_NONE;
-        PixelFormat known;
-        if (formatOf(asked.fourcc, known))
+        pixels::PixelFormat known;
+        if (pixels::formatOf(asked.fourcc, known))
             pix.num_planes = static_cast<uint8_t>(known.memoryPlanes);
     } else {
         v4l2_pix_format& pix = format.fmt.pix;
@@ -123,19 +124,13 @@ pixels::Fields fieldsOf(uint32_t field) {
     }
 }
 
-// Zero, and what some drivers leave there, means rows without padding.
-int strideOf(uint32_t stride, size_t least) {
-    return std::max(static_cast<int>(least),
-                    static_cast<int>(std::min<uint32_t>(stride, kLargestSide * 4 * 2)));
-}
-
 // A format without a picture is what was asked for, or a mistake.
 bool readFormat(uint32_t fourcc, uint32_t width, uint32_t height, uint32_t field, uint32_t asked,
                 Granted& granted) {
-    PixelFormat format;
+    pixels::PixelFormat format;
     format.layout = pixels::Layout::Opaque;
     if (width == 0 || height == 0 || width > kLargestSide || height > kLargestSide ||
-        (!formatOf(fourcc, format) && fourcc != asked))
+        (!pixels::formatOf(fourcc, format) && fourcc != asked))
         return false;
     granted.fourcc = fourcc;
     granted.layout = format.layout;
@@ -151,7 +146,7 @@ bool readGranted(const v4l2_pix_format& pix, uint32_t asked, Granted& granted) {
         return false;
     granted.multiplanar = false;
     const int least = pixels::minimumStride(granted.layout, granted.size.width);
-    granted.strides[0] = strideOf(pix.bytesperline, static_cast<size_t>(least));
+    granted.strides[0] = pixels::saneStride(pix.bytesperline, static_cast<size_t>(least));
     const bool extended = pix.priv == V4L2_PIX_FMT_PRIV_MAGIC;
     granted.matrix = matrixOf(pix.colorspace, extended ? pix.ycbcr_enc : 0, extended ? pix.quantization : 0);
     return true;
@@ -163,11 +158,11 @@ bool readGranted(const v4l2_pix_format_mplane& pix, uint32_t asked, Granted& gra
         return false;
     granted.multiplanar = true;
     const int least = pixels::minimumStride(granted.layout, granted.size.width);
-    granted.strides[0] = strideOf(pix.plane_fmt[0].bytesperline, static_cast<size_t>(least));
+    granted.strides[0] = pixels::saneStride(pix.plane_fmt[0].bytesperline, static_cast<size_t>(least));
     for (unsigned plane = 1; plane < granted.memoryPlanes; ++plane) {
         const pixels::PlaneShape rows = pixels::planeShape(granted.layout, static_cast<int>(plane),
                                                            granted.size.width, granted.size.height);
-        granted.strides[plane] = strideOf(pix.plane_fmt[plane].bytesperline, rows.rowBytes);
+        granted.strides[plane] = pixels::saneStride(pix.plane_fmt[plane].bytesperline, rows.rowBytes);
     }
     granted.matrix = matrixOf(pix.colorspace, pix.ycbcr_enc, pix.quantization);
     return true;

@@ -2,7 +2,7 @@
 #include "apps/camera/doctor/checks.h"
 #include "apps/camera/doctor/finding.h"
 #include "platform/cameras/messages.h"
-#include "platform/cameras/v4l2/examination.h"
+#include "platform/cameras/unusable_formats.h"
 
 #include <gtest/gtest.h>
 
@@ -86,6 +86,13 @@ std::string text(const Finding& finding) {
     const char* const words[] = {"ok", "warning", "problem"};
     return std::string(words[static_cast<int>(finding.verdict)]) + " " + finding.check + ": " + finding.fact +
            (finding.next.empty() ? "" : " | " + finding.next);
+}
+
+TEST(Doctor, SaysNothingOfAMachineWhereCamerasAreNoFiles) {
+    Machine mac;
+    EXPECT_EQ(checkMachine(mac).at(0).verdict, Verdict::Problem) << "no camera is attached";
+    mac.tellsOfNodes = false;
+    EXPECT_TRUE(checkMachine(mac).empty());
 }
 
 TEST(Doctor, AHealthyCameraHasNoWarning) {
@@ -208,14 +215,66 @@ TEST(Doctor, OtherRefusalsKeepTheirWords) {
 TEST(Doctor, FormatsWithoutAPictureAreNamed) {
     Node node = webcam();
     node.camera.clear();
-    node.reason = cameras::v4l2::unusableFormats({0x31384142}); // BA81
+    node.reason = cameras::unusableFormats({0x31384142}); // BA81
     EXPECT_EQ("warning formats: Webcam (/dev/video0) offers only BA81 (raw Bayer): needs libcamera, for "
               "example through PipeWire | v4l2-ctl -d /dev/video0 --list-formats-ext",
               text(only(checkFormats(machineWith({node})), Verdict::Warning)));
-    node.reason = cameras::v4l2::unusableFormats({});
+    node.reason = cameras::unusableFormats({});
     EXPECT_EQ(1U, checkFormats(machineWith({node})).size());
     node.reason = "delivers data about pictures, not pictures (metadata)";
     EXPECT_EQ(0U, checkFormats(machineWith({node})).size());
+}
+
+TEST(Doctor, PipeWireIsWellOrTheStepThatMendsItIsNamed) {
+    Machine machine = machineWith({webcam()});
+    EXPECT_EQ(0U, checkPipeWire(machine).size()) << "the library was built without it";
+    PipeWire& pipeWire = machine.pipeWire;
+    pipeWire.where = "/run/user/1000/pipewire-0";
+    pipeWire.state = PipeWire::State::NoDaemon;
+    EXPECT_EQ("ok pipewire: no daemon at /run/user/1000/pipewire-0: cameras with a video node only",
+              text(only(checkPipeWire(machine), Verdict::Ok)));
+    pipeWire.state = PipeWire::State::NoLibrary;
+    EXPECT_EQ("warning pipewire: a daemon runs, but its library is not installed | sudo apt-get install "
+              "libpipewire-0.3-0",
+              text(only(checkPipeWire(machine), Verdict::Warning)));
+    pipeWire.state = PipeWire::State::Silent;
+    EXPECT_EQ("warning pipewire: the daemon at /run/user/1000/pipewire-0 does not answer | systemctl --user "
+              "restart pipewire",
+              text(only(checkPipeWire(machine), Verdict::Warning)));
+    pipeWire.state = PipeWire::State::Connected;
+    pipeWire.version = "1.4.2";
+    EXPECT_EQ("warning pipewire: PipeWire 1.4.2 runs without a session manager: no camera of it starts | "
+              "systemctl --user start wireplumber",
+              text(only(checkPipeWire(machine), Verdict::Warning)));
+    pipeWire.sessionManager = true;
+    pipeWire.otherSources = 1;
+    EXPECT_EQ("ok pipewire: PipeWire 1.4.2 offers 0 cameras, and 1 source of other pictures",
+              text(only(checkPipeWire(machine), Verdict::Ok)));
+    pipeWire.cameras = 2;
+    pipeWire.added = 1;
+    EXPECT_EQ("ok pipewire: PipeWire 1.4.2 offers 2 cameras, 1 of them without a video node",
+              text(only(checkPipeWire(machine), Verdict::Ok)));
+    EXPECT_EQ("ok nodes: 1 video node, 1 camera, 1 more through PipeWire", text(checkNodes(machine)));
+    machine.nodes.clear();
+    EXPECT_EQ("ok nodes: no video node; 1 camera through PipeWire", text(checkNodes(machine)));
+}
+
+TEST(Doctor, PartsOfACameraThatPipeWireOffersAreNoWarning) {
+    Node node = webcam();
+    node.camera.clear();
+    node.reason = "is a part of a camera that other programs must set up (media controller): needs libcamera";
+    Machine machine = machineWith({node});
+    machine.pipeWire.state = PipeWire::State::Connected;
+    EXPECT_EQ(
+        "warning libcamera: /dev/video0 is a part of a camera that needs libcamera, and PipeWire shows none "
+        "(media controller, 1 node) | sudo apt-get install libspa-0.2-libcamera, then systemctl --user "
+        "restart wireplumber",
+        text(only(checkControllers(machine), Verdict::Warning)));
+    machine.pipeWire.added = 1;
+    EXPECT_EQ(
+        "ok libcamera: /dev/video0 is a part of a camera that needs libcamera, as PipeWire offers it (media "
+        "controller, 1 node)",
+        text(only(checkControllers(machine), Verdict::Ok)));
 }
 
 TEST(Doctor, TheManyNodesOfAMediaControllerAreOneWarning) {

@@ -5,6 +5,7 @@
 #include "base/monotonic_clock.h"
 #include "platform/QTKit/frame_slot.h"
 #include "platform/QTKit/slot_reader.h"
+#include "support/eager_pictures.h"
 
 #include <thread>
 
@@ -296,7 +297,7 @@ TEST_F(NextFrame, PushedColoursComeAsBgrAndGrey) {
     ASSERT_EQ(nextVideoFrame(reader, bgr, sizeof bgr, 6, OVIDEO_PIXELS_BGR, 0, &facts), 1);
     for (int i = 0; i < 12; ++i)
         EXPECT_EQ(bgr[i], bgra[i / 3 * 4 + i % 3]) << i;
-    EXPECT_EQ(camera.framesTaken(), 1u);
+    EXPECT_EQ(camera.framesTaken(), support::PICTURES_ARE_EAGER ? 2u : 1u);
     EXPECT_EQ(facts.number(), 1u);
     EXPECT_EQ(facts.sequence(), 0u);
     EXPECT_EQ(facts.timeSource(), OVideoFrameFacts::ARRIVAL);
@@ -335,7 +336,7 @@ TEST_F(NextFrame, NativeBytesAreThoseThatWerePushed) {
     EXPECT_EQ(frame.bytesPerLine(3), 0);
     EXPECT_EQ(std::vector<uint8_t>(frame.data(), frame.data() + frame.bytesUsed()), i420);
     EXPECT_EQ(frame.facts().number(), 1u);
-    EXPECT_EQ(camera.framesTaken(), 0u);
+    EXPECT_EQ(camera.framesTaken(), support::PICTURES_ARE_EAGER ? 1u : 0u);
     VideoFrame shown;
     EXPECT_EQ(nextVideoFrame(reader, shown, 0), 0); // one place for both
 }

@@ -1,5 +1,5 @@
 // Every pixel format that is taken, from the driver's code for it to the colours, through both interfaces.
-#include "platform/cameras/v4l2/pixel_format.h"
+#include "platform/cameras/pixels/pixel_format.h"
 #include "unit/v4l2/camera_fixture.h"
 
 #include <cstdlib>
@@ -92,7 +92,7 @@ protected:
         frame = sink->newest();
     }
     void expectColours(const Colours& colours) {
-        SCOPED_TRACE(cameras::v4l2::fourccText(colours.fourcc));
+        SCOPED_TRACE(cameras::pixels::fourccText(colours.fourcc));
         std::shared_ptr<CameraFrame> frame;
         captureInto(frame, colours);
         EXPECT_TRUE(shows(frame, colours.grey));

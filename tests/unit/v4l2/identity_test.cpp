@@ -1,3 +1,4 @@
+#include "platform/cameras/device_texts.h"
 #include "platform/cameras/v4l2/identity.h"
 
 #include <gtest/gtest.h>
@@ -5,6 +6,7 @@
 namespace ostrel {
 namespace tests {
 
+using cameras::validUtf8;
 using namespace cameras::v4l2;
 
 namespace {

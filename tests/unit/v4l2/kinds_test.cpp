@@ -1,4 +1,5 @@
 // Which nodes are cameras, and what is said of those that are none.
+#include "platform/cameras/unusable_formats.h"
 #include "platform/cameras/v4l2/examination.h"
 #include "unit/v4l2/listing_fixture.h"
 
@@ -187,7 +188,7 @@ TEST_F(ListingTest, NamesTheFormatsOfANodeThatOffersNoUsableOne) {
 }
 
 TEST(UnusableFormats, AreToldApart) {
-    using cameras::v4l2::unusableFormats;
+    using cameras::unusableFormats;
     EXPECT_EQ(unusableFormats({V4L2_PIX_FMT_SBGGR8}),
               "offers only BA81 (raw Bayer): needs libcamera, for example through PipeWire");
     EXPECT_EQ(unusableFormats({V4L2_PIX_FMT_SRGGB10P, V4L2_PIX_FMT_SGRBG12}),

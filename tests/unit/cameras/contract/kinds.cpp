@@ -1,11 +1,19 @@
 #include "unit/cameras/contract/kinds.h"
 
+#ifdef OSTREL_TEST_AVFOUNDATION
+#include "platform/cameras/avfoundation/av_provider.h"
+#include "support/avfoundation/standin.h"
+#endif
 #include "platform/cameras/registry.h"
 #include "platform/cameras/v4l2/v4l2_provider.h"
 #include "platform/cameras/virtual/virtual_provider.h"
 #include "support/machine.h"
 #include "support/v4l2/scripted_discovery.h"
 #include "support/v4l2/scripted_kernel.h"
+#ifdef OSTREL_PIPEWIRE
+#include "platform/cameras/pipewire/pipewire_provider.h"
+#include "support/pipewire/session.h"
+#endif
 
 #include <ostrel/virtual_camera.h>
 
@@ -14,6 +22,7 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <poll.h>
 #include <thread>
 #include <unistd.h>
@@ -115,6 +124,42 @@ private:
     bool plugged_ = false;
 };
 
+#ifdef OSTREL_TEST_AVFOUNDATION
+namespace standin = support::avfoundation;
+
+class AvFoundation : public Kind {
+public:
+    AvFoundation() { standin::reset(); }
+    ~AvFoundation() override { standin::reset(); }
+    std::shared_ptr<cameras::Camera> plug() override {
+        standin::Device device;
+        device.identifier = "identifier";
+        device.formats = {standin::Format(), standin::Format()};
+        device.formats[0].width = 64;
+        device.formats[0].height = 48;
+        device.period = kPeriod;
+        device.startMilliseconds = 1;
+        device.nilFrames = 10;
+        standin::plug(device);
+        const auto cameras = provider_->list();
+        return cameras.empty() ? nullptr : cameras[0];
+    }
+    void unplug() override {
+        standin::unplug("identifier");
+        provider_->list(); // lets go of it
+    }
+    bool streams() override { return standin::isStreaming("identifier"); }
+    bool breakDown() override {
+        standin::failSession("identifier", "the camera is too hot");
+        return true;
+    }
+    std::string leftBehind() override { return standin::leftBehind(); }
+
+private:
+    const std::shared_ptr<cameras::CameraProvider> provider_ = cameras::avfoundation::makeProvider();
+};
+#endif
+
 int threadsNamed(const std::string& expected) {
     int count = 0;
     for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
@@ -194,6 +239,32 @@ private:
     std::thread feeder_;
 };
 
+#ifdef OSTREL_PIPEWIRE
+// A daemon, a session manager and a camera that are programs of their own. The first two serve all tests of
+// this process.
+class PipeWire : public Kind {
+public:
+    PipeWire() {
+        static const support::PipeWireSession session;
+        static_cast<void>(session);
+    }
+    std::shared_ptr<cameras::Camera> plug() override {
+        program_.reset();
+        program_ = std::make_unique<support::PipeWireCamera>(
+            "Camera", std::vector<std::string>{"format=GREY", "sizes=64x48", "rates=1000"});
+        const auto all = provider_->list();
+        return all.empty() ? nullptr : all.front();
+    }
+    void unplug() override { program_->unplug(); }
+    bool streams() override { return program_->streams(); }
+
+private:
+    std::unique_ptr<support::PipeWireCamera> program_;
+    const std::shared_ptr<cameras::CameraProvider> provider_ =
+        cameras::pipewire::makeProvider(std::make_shared<cameras::pipewire::Remote>());
+};
+#endif
+
 template <typename One>
 std::unique_ptr<Kind> make() {
     return std::make_unique<One>();
@@ -202,8 +273,21 @@ std::unique_ptr<Kind> make() {
 } // namespace
 
 std::vector<KindOfCamera> kindsOfCameras() {
-    return {
-        {"V4l2", make<ScriptedV4l2>}, {"Pattern", make<Pattern>}, {"File", make<File>}, {"Push", make<Push>}};
+    std::vector<KindOfCamera> kinds = {{"V4l2", make<ScriptedV4l2>},
+#ifdef OSTREL_TEST_AVFOUNDATION
+                                       {"AvFoundation", make<AvFoundation>},
+#endif
+                                       {"Pattern", make<Pattern>},
+                                       {"File", make<File>},
+                                       {"Push", make<Push>}};
+#ifdef OSTREL_PIPEWIRE
+    const std::string missing = support::PipeWireSession::missing();
+    if (missing.empty())
+        kinds.push_back({"PipeWire", make<PipeWire>});
+    else
+        std::cerr << "Cameras through PipeWire are not tested: " << missing << "\n";
+#endif
+    return kinds;
 }
 
 bool Contract::becomesStreaming(bool expected) const {

@@ -1,0 +1,31 @@
+// A descriptor that one thread makes readable for others that poll.
+#ifndef OSTREL_BASE_WAKE_DESCRIPTOR_H
+#define OSTREL_BASE_WAKE_DESCRIPTOR_H
+
+namespace ostrel {
+
+// Thread-safe. An eventfd where there is one (wake_eventfd.cpp), else a pipe (wake_pipe.cpp).
+class WakeDescriptor {
+public:
+    WakeDescriptor();
+    ~WakeDescriptor();
+
+    // False when the system had no descriptor to give: the other calls do nothing then.
+    bool valid() const { return m_reader >= 0; }
+    // For poll() alone. -1 when there is none.
+    int descriptor() const { return m_reader; }
+    // Readable from now on, until it is cleared. Never blocks.
+    void set() const;
+    void clear() const;
+
+private:
+    WakeDescriptor(const WakeDescriptor&);
+    WakeDescriptor& operator=(const WakeDescriptor&);
+
+    int m_reader;
+    int m_writer; // the same one for an eventfd
+};
+
+} // namespace ostrel
+
+#endif

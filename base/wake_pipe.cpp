@@ -1,0 +1,54 @@
+// For systems without eventfd.
+#include "base/wake_descriptor.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace ostrel {
+
+namespace {
+
+// A program that is started at this very moment may inherit it: there is no call that makes such a pipe in
+// one step everywhere.
+bool setUp(int descriptor) {
+    const int flags = ::fcntl(descriptor, F_GETFL);
+    return flags >= 0 && ::fcntl(descriptor, F_SETFL, flags | O_NONBLOCK) == 0 &&
+           ::fcntl(descriptor, F_SETFD, FD_CLOEXEC) == 0;
+}
+
+} // namespace
+
+WakeDescriptor::WakeDescriptor() : m_reader(-1), m_writer(-1) {
+    int ends[2] = {-1, -1};
+    if (::pipe(ends) != 0)
+        return;
+    if (!setUp(ends[0]) || !setUp(ends[1])) {
+        ::close(ends[0]);
+        ::close(ends[1]);
+        return;
+    }
+    m_reader = ends[0];
+    m_writer = ends[1];
+}
+
+WakeDescriptor::~WakeDescriptor() {
+    if (!valid())
+        return;
+    ::close(m_reader);
+    ::close(m_writer);
+}
+
+// A pipe that is full is readable already.
+void WakeDescriptor::set() const {
+    const char byte = 0;
+    const ssize_t written = valid() ? ::write(m_writer, &byte, 1) : 0;
+    (void)written;
+}
+
+void WakeDescriptor::clear() const {
+    char bytes[256];
+    while (valid() && ::read(m_reader, bytes, sizeof bytes) == static_cast<ssize_t>(sizeof bytes)) {
+    }
+}
+
+} // namespace ostrel

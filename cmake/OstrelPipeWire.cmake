@@ -1,0 +1,15 @@
+# Cameras through PipeWire, by its headers alone: the library is loaded where a machine has it. Sets OSTREL_PIPEWIRE_FOUND
+# and OSTREL_PIPEWIRE_INCLUDE_DIRS.
+set(OSTREL_PIPEWIRE AUTO CACHE STRING "Cameras through PipeWire: AUTO (where its headers are), ON or OFF")
+set_property(CACHE OSTREL_PIPEWIRE PROPERTY STRINGS AUTO ON OFF)
+set(OSTREL_PIPEWIRE_FOUND FALSE)
+if(OSTREL_PIPEWIRE AND NOT APPLE)
+  find_path(PIPEWIRE_INCLUDE_DIR pipewire/pipewire.h PATH_SUFFIXES pipewire-0.3)
+  find_path(SPA_INCLUDE_DIR spa/pod/pod.h PATH_SUFFIXES spa-0.2)
+  if(PIPEWIRE_INCLUDE_DIR AND SPA_INCLUDE_DIR)
+    set(OSTREL_PIPEWIRE_FOUND TRUE)
+    set(OSTREL_PIPEWIRE_INCLUDE_DIRS "${PIPEWIRE_INCLUDE_DIR}" "${SPA_INCLUDE_DIR}")
+  elseif(NOT OSTREL_PIPEWIRE STREQUAL "AUTO")
+    message(FATAL_ERROR "PipeWire's headers are missing: install libpipewire-0.3-dev, or set OSTREL_PIPEWIRE to OFF")
+  endif()
+endif()

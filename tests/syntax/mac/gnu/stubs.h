@@ -1,0 +1,1 @@
+// glibc chooses another file by the processor, which is not the one that its headers are installed for.
