@@ -8,6 +8,14 @@ here=$(cd "$(dirname "$0")" && pwd)
 programs=$(realpath -e "$1")
 rounds=${ROUNDS:-5}
 
+# in_python ostrel|cv2 LAYOUT WIDTH HEIGHT
+in_python() {
+    TIMED_CAMERA="/dev/video90 $2 $3 $4 30" PYTHONPATH="$here/../../bindings/python" PYTHONDONTWRITEBYTECODE=1 \
+        LD_LIBRARY_PATH="$programs/python" \
+        timeout 60 /usr/bin/python3 "$here/peers/python.py" "$1" /dev/video90 "$3" "$4" "$2" 30 90 2>/dev/null ||
+        echo "$1 cannot read $2 at $3x$4 in Python" >&2
+}
+
 # on_timed_camera LAYOUT WIDTH HEIGHT - every way of reading the camera, one after the other.
 on_timed_camera() {
     local peer
@@ -20,6 +28,8 @@ on_timed_camera() {
             timeout 60 "$programs/bench_peer_$peer" /dev/video90 "$2" "$3" "$1" 30 45 2>/dev/null ||
             echo "$peer cannot read $1 at $2x$3" >&2
     done
+    in_python ostrel "$@"
+    LD_PRELOAD="$programs/bench_timed_camera.so" in_python cv2 "$@"
 }
 
 "$programs/bench_capture" costs "$rounds"

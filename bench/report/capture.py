@@ -141,6 +141,24 @@ def ages(results, folder):
                   for camera, values in cameras.items()])
 
 
+def python(results):
+    """Beside the same in C++: waiting for 24 bits."""
+    cameras = {}
+    for entry in of_kind(results, "peer"):
+        if "where" not in entry:
+            cameras.setdefault(entry["camera"], {}).setdefault(entry["contender"], []).append(entry["microseconds"])
+    rows = []
+    for camera, entries in cameras.items():
+        if not {"library, waiting, 24 bits", "Python, ostrel", "Python, cv2"} <= entries.keys():
+            continue
+        native, ours, opencv = (statistics.median(entries[name])
+                                for name in ("library, waiting, 24 bits", "Python, ostrel", "Python, cv2"))
+        rows.append([camera, f"{native:.0f}", f"{ours:.0f}", f"{ours - 1.05 * native:.0f}", f"{opencv:.0f}",
+                     f"{opencv / ours:.2f}"])
+    return table(["camera at 30 Hz", "C++, us", "Python, us", "Python - 1.05 C++, us", "cv2.VideoCapture, us",
+                  "cv2.VideoCapture / Python"], rows) if rows else ""
+
+
 def growth(results, folder):
     listings, captures = of_kind(results, "listing"), of_kind(results, "captures")
     if not listings or not captures:
@@ -209,7 +227,8 @@ def main():
         sys.exit(__doc__)
     results, folder = read(sys.argv[1]), sys.argv[2]
     tables = {"costs": costs(results, folder), "waiting": waiting(results, folder),
-              "ages": ages(results, folder), "peers": peers(results, folder), "growth": growth(results, folder),
+              "ages": ages(results, folder), "peers": peers(results, folder), "python": python(results),
+              "growth": growth(results, folder),
               "latency": latency(results, folder), "memory": memory(results),
               "startup": startup(results)}
     for name, text in tables.items():

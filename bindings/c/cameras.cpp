@@ -1,4 +1,5 @@
 // Listing cameras and nodes, and finding the one that is meant.
+#include "bindings/c/camera_items.h"
 #include "bindings/c/lists.h"
 
 #include "base/qt_text.h"
@@ -13,10 +14,6 @@ namespace c {
 namespace {
 
 using Cameras = QMap<QString, QString>; // identifier -> name
-
-struct CameraItem {
-    QString id, name;
-};
 
 void describe(const CameraItem& camera, ostrel_camera_info& info) {
     copyText(camera.id, info.id);
@@ -71,11 +68,7 @@ using namespace ostrel::c;
 extern "C" int ostrel_cameras(ostrel_handle* list, size_t* count, char* why, size_t why_bytes) {
     return call(why, why_bytes, [&] {
         const ListAnswer answer(list, count);
-        std::vector<CameraItem> items;
-        const Cameras cameras = videoDevices();
-        for (Cameras::const_iterator camera = cameras.begin(); camera != cameras.end(); ++camera)
-            items.push_back({camera.key(), camera.value()});
-        return answer.give(std::move(items));
+        return answer.give(itemsOf(videoDevices()));
     });
 }
 

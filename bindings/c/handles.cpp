@@ -83,3 +83,13 @@ extern "C" int ostrel_close(ostrel_handle handle, char* why, size_t why_bytes) {
         return OSTREL_OK;
     });
 }
+
+extern "C" int ostrel_wait(ostrel_handle handle, int32_t timeout_ms, char* why, size_t why_bytes) {
+    return ostrel::c::call(why, why_bytes, [&]() -> int {
+        const std::shared_ptr<ostrel::c::Object> object = ostrel::c::objectOf(handle);
+        const ostrel::c::Turn turn(*object);
+        const int answer =
+            ostrel::c::waitUnlessClosed(*object, timeout_ms, [&](int slice) { return object->wait(slice); });
+        return answer == 0 ? OSTREL_NOTHING : OSTREL_OK;
+    });
+}

@@ -27,6 +27,12 @@ public:
     // Readable while there is something to wait for; -1 when there is none. Under its turn.
     virtual int descriptor() { throw Failure(OSTREL_BAD_HANDLE, "Nothing can be waited for by this handle"); }
 
+    // Waits for something to take: 1, 0 when the time is over; throws when nothing will come (any more).
+    // Under its turn.
+    virtual int wait(int /*timeoutMs*/) {
+        throw Failure(OSTREL_BAD_HANDLE, "Nothing can be waited for by this handle");
+    }
+
     std::atomic<bool> closed{false};
     std::mutex turn; // of calls that only one thread at a time may make
 };

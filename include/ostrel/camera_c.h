@@ -80,6 +80,30 @@ OSTREL_C_API int ostrel_node_at(ostrel_handle list, size_t index, ostrel_node_in
    where none or several fit; why names those there are. */
 OSTREL_C_API int ostrel_find(const char* text, ostrel_camera_info* camera, char* why, size_t why_bytes);
 
+/* Plugging: which cameras came and went, for one who knows of those that were there when it was made. */
+OSTREL_C_API int ostrel_monitor(ostrel_handle* monitor, char* why, size_t why_bytes);
+/* A list of the cameras that its owner knows of: at first, then as changed by what was taken. */
+OSTREL_C_API int ostrel_monitor_cameras(ostrel_handle monitor, ostrel_handle* list, size_t* count, char* why,
+                                        size_t why_bytes);
+/* Waits until there may be something to take, by a monitor or by a watch of controls. Negative times wait for
+   ever. OSTREL_NOTHING when the time, in milliseconds, is over; OSTREL_OVER when it will never be. */
+OSTREL_C_API int ostrel_wait(ostrel_handle handle, int32_t timeout_ms, char* why, size_t why_bytes);
+
+enum { OSTREL_ADDED = 1, OSTREL_REMOVED = 2 };
+
+typedef struct ostrel_change_info {
+    size_t size;
+    int32_t kind;
+    char id[1024];
+    char name[256];
+} ostrel_change_info;
+
+/* A list of what has changed since the call before, removals first; it may be empty. */
+OSTREL_C_API int ostrel_take_changes(ostrel_handle monitor, ostrel_handle* list, size_t* count, char* why,
+                                     size_t why_bytes);
+OSTREL_C_API int ostrel_change_at(ostrel_handle list, size_t index, ostrel_change_info* change, char* why,
+                                  size_t why_bytes);
+
 /* --- Capturing ----------------------------------------------------------------------------------------- */
 
 /* Bytes of a pixel, top row first, as everywhere in this header. */
@@ -189,6 +213,105 @@ typedef struct ostrel_state_info {
 
 /* Answers at once, also while the camera is being opened and after a start that failed. */
 OSTREL_C_API int ostrel_state(const char* id, ostrel_state_info* state, char* why, size_t why_bytes);
+
+/* --- Details and modes --------------------------------------------------------------------------------- */
+
+typedef struct ostrel_details_info {
+    size_t size;
+    int32_t attached; /* else nothing is known */
+    int32_t vendor;   /* of USB and PCI devices */
+    int32_t product;
+    char kind[64];   /* "V4L2", "virtual"; others may come */
+    char node[256];  /* "/dev/video0" */
+    char driver[64]; /* of the kernel */
+    char bus[256];   /* where it is plugged in */
+    char serial[512];
+} ostrel_details_info;
+
+OSTREL_C_API int ostrel_details(const char* id, ostrel_details_info* details, char* why, size_t why_bytes);
+
+/* A mode that a camera offers; of a range of sizes or intervals, its largest size and its shortest interval.
+   0 where the driver does not say. Or a wish for a mode, in which what is empty or 0 means any: of a wish the
+   format, the size and the interval count. */
+typedef struct ostrel_mode_info {
+    size_t size;
+    uint32_t interval_numerator; /* from frame to frame, in seconds as a fraction */
+    uint32_t interval_denominator;
+    uint32_t longest_numerator; /* the longest of a range; else the same */
+    uint32_t longest_denominator;
+    int32_t has_picture; /* without one there are only native frames */
+    int32_t width, height;
+    int32_t least_width,
+        least_height; /* the smallest of a range, and from size to size; else the same, and 0 */
+    int32_t step_width, step_height;
+    char format[20]; /* "MJPG" */
+} ostrel_mode_info;
+
+/* A list of what the camera offers. The hardware is asked unless this process has it open. Where a driver
+   broke off why says so, beside what it had told until then; OSTREL_REFUSED where nothing is known. */
+OSTREL_C_API int ostrel_modes(const char* id, ostrel_handle* list, size_t* count, char* why,
+                              size_t why_bytes);
+OSTREL_C_API int ostrel_mode_at(ostrel_handle list, size_t index, ostrel_mode_info* mode, char* why,
+                                size_t why_bytes);
+/* From now on streams of this camera are started in such a mode, in this process. Null: in any, as at first.
+   OSTREL_REFUSED when the camera offers none that fits. */
+OSTREL_C_API int ostrel_request_mode(const char* id, const ostrel_mode_info* wish, char* why,
+                                     size_t why_bytes);
+OSTREL_C_API int ostrel_requested_mode(const char* id, ostrel_mode_info* wish, char* why, size_t why_bytes);
+/* Whether cameras that have native frames alone (raw Bayer, depth, H.264) are listed; at first they are not.
+ */
+OSTREL_C_API int ostrel_list_native_only(int32_t list, char* why, size_t why_bytes);
+
+/* --- Controls ------------------------------------------------------------------------------------------ */
+
+/* V4L2's numbers; more may come. */
+enum {
+    OSTREL_INTEGER = 1,
+    OSTREL_BOOLEAN = 2,
+    OSTREL_MENU = 3,
+    OSTREL_BUTTON = 4, /* has no value; setting it, to anything, presses it */
+    OSTREL_INTEGER64 = 5,
+    OSTREL_TEXT = 7, /* minimum and maximum are those of its length */
+    OSTREL_BITMASK = 8,
+    OSTREL_INTEGER_MENU = 9
+};
+
+/* Numbers and units are V4L2's. */
+typedef struct ostrel_control_info {
+    size_t size;
+    int64_t minimum, maximum, step, default_value;
+    int64_t value;
+    uint32_t id;        /* V4L2_CID_... */
+    uint32_t automatic; /* the control that may have the say over this one; 0: none is known */
+    int32_t type;
+    int32_t items; /* of menus: how many there are */
+    int32_t has_value;
+    int32_t inactive;    /* another setting has the say for the time being */
+    int32_t read_only;   /* cannot be set */
+    int32_t is_volatile; /* the camera changes it by itself, so that no watch tells */
+    int32_t grabbed;     /* cannot be set for now */
+    char name[64];       /* the driver's, for people */
+    char text[1024];     /* of OSTREL_TEXT */
+} ostrel_control_info;
+
+/* These reach the hardware and may take as long as it does. A list of the camera's controls with their
+   values; why says it when there are none. */
+OSTREL_C_API int ostrel_controls(const char* id, ostrel_handle* list, size_t* count, char* why,
+                                 size_t why_bytes);
+OSTREL_C_API int ostrel_control_at(ostrel_handle list, size_t index, ostrel_control_info* control, char* why,
+                                   size_t why_bytes);
+/* The item-th item of a menu: the value by which it is set, and its name. */
+OSTREL_C_API int ostrel_control_item(ostrel_handle list, size_t index, size_t item, int64_t* value,
+                                     char* name, size_t name_bytes, char* why, size_t why_bytes);
+/* Sets count controls at once: all, or none where the driver can do that. texts may be null when none of them
+   has a text, and so may each of its pointers. OSTREL_REFUSED with the reason. */
+OSTREL_C_API int ostrel_set_controls(const char* id, const uint32_t* controls, const int64_t* values,
+                                     const char* const* texts, size_t count, char* why, size_t why_bytes);
+/* Sees the controls of one camera change, whoever changes them. ostrel_wait() waits by it. */
+OSTREL_C_API int ostrel_watch_controls(const char* id, ostrel_handle* watch, char* why, size_t why_bytes);
+/* A list, as of ostrel_controls(), of those that changed since the call before. */
+OSTREL_C_API int ostrel_take_controls(ostrel_handle watch, ostrel_handle* list, size_t* count, char* why,
+                                      size_t why_bytes);
 
 /* --- Cameras without hardware -------------------------------------------------------------------------- */
 

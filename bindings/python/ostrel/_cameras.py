@@ -5,8 +5,9 @@ import ctypes
 from dataclasses import dataclass
 from typing import Dict, List, Tuple
 
+from ._errors import NoSuchCamera
 from ._library import call, items
-from ._structs import CameraStruct, NodeStruct, StateStruct
+from ._structs import CameraStruct, DetailsStruct, NodeStruct, StateStruct
 
 
 @dataclass(frozen=True)
@@ -25,6 +26,19 @@ class Node:
     name: str
     id: str
     reason: str
+
+
+@dataclass(frozen=True)
+class Details:
+    """A camera's device. Texts are empty, and numbers 0, where there is nothing to say."""
+
+    kind: str
+    node: str
+    driver: str
+    bus: str
+    vendor: int
+    product: int
+    serial: str
 
 
 @dataclass(frozen=True)
@@ -67,6 +81,16 @@ def find(text: str) -> CameraInfo:
     camera = CameraStruct()
     call("find", text.encode(), ctypes.byref(camera))
     return CameraInfo(**camera.values())
+
+
+def details(id: str) -> Details:
+    """What is known of the device of the camera with this identifier. Raises NoSuchCamera."""
+    answer = DetailsStruct()
+    call("details", id.encode(), ctypes.byref(answer))
+    values = answer.values()
+    if not values.pop("attached"):
+        raise NoSuchCamera(f"No attached camera has the identifier {id}")
+    return Details(**values)
 
 
 def state(id: str) -> State:

@@ -6,10 +6,12 @@ import threading
 from dataclasses import dataclass
 from typing import Any, AsyncIterator, Iterator, List, Optional, Tuple, Union
 
-from ._cameras import CameraInfo, State, cameras, find, state
+from ._cameras import CameraInfo, Details, State, cameras, details, find, state
+from ._controls import Controls
 from ._errors import Closed, NoSuchCamera, error_of
 from ._frames import Frame, Memory
 from ._library import NOTHING, OK, TOO_SMALL, Handle, function
+from ._modes import Mode, modes, request_mode
 from ._structs import FrameStruct, NativeStruct
 from ._virtual import VirtualCamera
 from ._waiting import Deadline, Readable
@@ -63,7 +65,8 @@ class Camera:
 
     which: what ostrel.find() takes, one of ostrel.cameras(), a virtual camera, or None for the first there is.
     size: width and height of the frames, whatever the camera's own are. channels: 3 for B, G, R; 4 for B, G, R, A;
-    1 for grey. timeout: seconds to wait for a frame, None for ever.
+    1 for grey. timeout: seconds to wait for a frame, None for ever. mode: one of ostrel.modes(), or a wish such as
+    ostrel.Mode(format="MJPG", fps=60), that the camera is to use from now on.
 
     Capturing begins at once and ends with close(), with the end of a with statement, or when the object is let go
     of. Any thread may use it; of several that read, each frame goes to one.
@@ -76,6 +79,7 @@ class Camera:
         *,
         channels: int = 3,
         timeout: Optional[float] = None,
+        mode: Optional[Mode] = None,
     ) -> None:
         if channels not in _LAYOUTS:
             raise ValueError("channels is 3 for B, G, R, 4 for B, G, R, A, or 1 for grey")
@@ -84,6 +88,8 @@ class Camera:
         self.timeout = timeout
         width, height = size
         self._layout = _LAYOUTS[channels]
+        if mode is not None:
+            request_mode(self.id, mode)
         self._handle = Handle("start", self.id.encode(), width, height)
         self._readable = Readable(self._handle)
         self._memory = Memory((height, width) if channels == 1 else (height, width, channels))
@@ -106,6 +112,21 @@ class Camera:
     def state(self) -> State:
         """How the camera is doing, and why no frames come."""
         return state(self.id)
+
+    @property
+    def details(self) -> Details:
+        """What is known of its device."""
+        return details(self.id)
+
+    @property
+    def modes(self) -> List[Mode]:
+        """What the camera offers; it is captured in the best of them for the size that was asked for."""
+        return modes(self.id)
+
+    @property
+    def controls(self) -> Controls:
+        """Brightness, exposure, focus and the like: camera.controls["brightness"] = 40."""
+        return Controls(self.id)
 
     def fileno(self) -> int:
         """For select and its kin: readable while poll() has something to say."""

@@ -1,10 +1,11 @@
 """The calls of libostrelcamera. While one of them runs other Python threads run too."""
 from __future__ import annotations
 
+import contextlib
 import ctypes
 import weakref
-from ctypes import POINTER, c_char_p, c_double, c_int32, c_size_t, c_uint32, c_uint64, c_void_p
-from typing import Any, Callable, List, Type, TypeVar
+from ctypes import POINTER, c_char_p, c_double, c_int32, c_int64, c_size_t, c_uint32, c_uint64, c_void_p
+from typing import Any, Callable, Iterator, List, Tuple, Type, TypeVar
 
 from ._errors import error_of
 from ._structs import Sized
@@ -25,6 +26,22 @@ _CALLS: Any = {
     "camera_at": [_HANDLE, c_size_t, _STRUCT],
     "nodes": [_TO_HANDLE, _TO_COUNT],
     "node_at": [_HANDLE, c_size_t, _STRUCT],
+    "details": [_TEXT, _STRUCT],
+    "modes": [_TEXT, _TO_HANDLE, _TO_COUNT],
+    "mode_at": [_HANDLE, c_size_t, _STRUCT],
+    "request_mode": [_TEXT, _STRUCT],
+    "requested_mode": [_TEXT, _STRUCT],
+    "controls": [_TEXT, _TO_HANDLE, _TO_COUNT],
+    "control_at": [_HANDLE, c_size_t, _STRUCT],
+    "control_item": [_HANDLE, c_size_t, c_size_t, POINTER(c_int64), c_char_p, c_size_t],
+    "set_controls": [_TEXT, POINTER(c_uint32), POINTER(c_int64), POINTER(c_char_p), c_size_t],
+    "watch_controls": [_TEXT, _TO_HANDLE],
+    "take_controls": [_HANDLE, _TO_HANDLE, _TO_COUNT],
+    "monitor": [_TO_HANDLE],
+    "monitor_cameras": [_HANDLE, _TO_HANDLE, _TO_COUNT],
+    "take_changes": [_HANDLE, _TO_HANDLE, _TO_COUNT],
+    "change_at": [_HANDLE, c_size_t, _STRUCT],
+    "wait": [_HANDLE, c_int32],
     "find": [_TEXT, _STRUCT],
     "start": [_TEXT, c_int32, c_int32, _TO_HANDLE],
     "descriptor": [_HANDLE, POINTER(c_int32)],
@@ -93,18 +110,25 @@ class Handle:
 Struct = TypeVar("Struct", bound=Sized)
 
 
-def items(of: str, at: str, struct: Type[Struct], *arguments: Any) -> List[Struct]:
-    """Asks for a list by one call and for each of its items by another."""
+@contextlib.contextmanager
+def listed(of: str, *arguments: Any) -> Iterator[Tuple[int, int]]:
+    """A list that a call of this name answers: its handle, and how many items there are."""
     handle, count = c_uint64(), c_size_t()
     call(of, *arguments, ctypes.byref(handle), ctypes.byref(count))
     try:
-        answers = []
-        for index in range(count.value):
-            answers.append(struct())
-            call(at, handle, index, ctypes.byref(answers[-1]))
-        return answers
+        yield handle.value, count.value
     finally:
         _close(handle.value)
+
+
+def items(of: str, at: str, struct: Type[Struct], *arguments: Any) -> List[Struct]:
+    """Asks for a list by one call and for each of its items by another."""
+    answers = []
+    with listed(of, *arguments) as (handle, count):
+        for index in range(count):
+            answers.append(struct())
+            call(at, handle, index, ctypes.byref(answers[-1]))
+    return answers
 
 
 def version() -> str:

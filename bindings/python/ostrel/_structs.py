@@ -99,3 +99,66 @@ class StateStruct(Sized):
         ("captured_by", c_char * 256),
         ("drops", c_char * 2048),
     ]
+
+
+class ChangeStruct(Sized):
+    _fields_ = [("size", c_size_t), ("kind", c_int32), ("id", c_char * 1024), ("name", c_char * 256)]
+
+
+class DetailsStruct(Sized):
+    _fields_ = [
+        ("size", c_size_t),
+        ("attached", c_int32),
+        ("vendor", c_int32),
+        ("product", c_int32),
+        ("kind", c_char * 64),
+        ("node", c_char * 256),
+        ("driver", c_char * 64),
+        ("bus", c_char * 256),
+        ("serial", c_char * 512),
+    ]
+
+
+class ModeStruct(Sized):
+    interval_numerator: int
+    interval_denominator: int
+    width: int
+    height: int
+    format: bytes
+    _fields_ = [
+        ("size", c_size_t),
+        ("interval_numerator", c_uint32),
+        ("interval_denominator", c_uint32),
+        ("longest_numerator", c_uint32),
+        ("longest_denominator", c_uint32),
+        ("has_picture", c_int32),
+        ("width", c_int32),
+        ("height", c_int32),
+        ("least_width", c_int32),
+        ("least_height", c_int32),
+        ("step_width", c_int32),
+        ("step_height", c_int32),
+        ("format", c_char * 20),
+    ]
+
+
+class ControlStruct(Sized):
+    _fields_ = [
+        ("size", c_size_t),
+        ("minimum", c_int64),
+        ("maximum", c_int64),
+        ("step", c_int64),
+        ("default_value", c_int64),
+        ("value", c_int64),
+        ("id", c_uint32),
+        ("automatic", c_uint32),
+        ("type", c_int32),
+        ("items", c_int32),
+        ("has_value", c_int32),
+        ("inactive", c_int32),
+        ("read_only", c_int32),
+        ("is_volatile", c_int32),
+        ("grabbed", c_int32),
+        ("name", c_char * 64),
+        ("text", c_char * 1024),
+    ]

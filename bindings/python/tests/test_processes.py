@@ -28,6 +28,21 @@ def test_ctrl_c_ends_a_waiting_loop_at_once():
     assert program.returncode == -signal.SIGINT and "KeyboardInterrupt" in errors
 
 
+def test_ctrl_c_ends_the_waiting_of_a_monitor_at_once():
+    program = run(
+        "import ostrel\n"
+        "with ostrel.monitor() as monitor:\n"
+        "    print('waiting', flush=True)\n"
+        "    for change in monitor: pass\n"
+    )
+    assert program.stdout.readline() == "waiting\n"
+    time.sleep(0.3)
+    sent = time.monotonic()
+    program.send_signal(signal.SIGINT)
+    program.communicate(timeout=PATIENCE)
+    assert time.monotonic() - sent < 2 and program.returncode == -signal.SIGINT
+
+
 def test_calls_after_a_fork_are_refused_and_the_parent_goes_on():
     program = run(
         "import os, ostrel\n"

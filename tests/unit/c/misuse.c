@@ -255,6 +255,44 @@ static void everything_at_once(void) {
     REFUSED(OSTREL_BAD_HANDLE, ostrel_close(shared_camera, WHY));
 }
 
+static void extensions(ostrel_handle capture) {
+    size_t count;
+    ostrel_handle list, monitor;
+    const uint32_t control = 1;
+    const int64_t value = 1;
+    ostrel_mode_info mode = {sizeof mode, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, ""};
+    ostrel_control_info info = {sizeof info, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, "", ""};
+    REFUSED(OSTREL_BAD_ARGUMENT, ostrel_details("misused", NULL, WHY));
+    REFUSED(OSTREL_BAD_ARGUMENT, ostrel_modes("misused", NULL, &count, WHY));
+    REFUSED(OSTREL_REFUSED, ostrel_modes("no such camera", &list, &count, WHY));
+    mode.width = mode.height = 8;
+    REFUSED(OSTREL_REFUSED, ostrel_request_mode("no such camera", &mode, WHY));
+    REFUSED(OSTREL_BAD_ARGUMENT, ostrel_request_mode(NULL, &mode, WHY));
+    memset(mode.format, 'x', sizeof mode.format); /* without an end */
+    REFUSED(OSTREL_REFUSED, ostrel_request_mode("misused", &mode, WHY));
+    mode.size = 4;
+    REFUSED(OSTREL_BAD_ARGUMENT, ostrel_request_mode("misused", &mode, WHY));
+    REFUSED(OSTREL_BAD_ARGUMENT, ostrel_requested_mode("misused", &mode, WHY));
+    REFUSED(OSTREL_BAD_ARGUMENT, ostrel_controls("misused", NULL, NULL, WHY));
+    CHECK(ostrel_controls("no such camera", &list, &count, WHY) == OSTREL_OK && count == 0 && why[0]);
+    REFUSED(OSTREL_NOTHING, ostrel_control_at(list, 0, &info, WHY));
+    mode.size = sizeof mode;
+    REFUSED(OSTREL_BAD_HANDLE, ostrel_mode_at(list, 0, &mode, WHY));
+    CHECK(ostrel_close(list, WHY) == OSTREL_OK);
+    REFUSED(OSTREL_BAD_ARGUMENT, ostrel_set_controls("misused", NULL, &value, NULL, 1, WHY));
+    REFUSED(OSTREL_BAD_ARGUMENT, ostrel_set_controls("misused", &control, NULL, NULL, 1, WHY));
+    REFUSED(OSTREL_REFUSED, ostrel_set_controls("misused", &control, &value, NULL, 1, WHY));
+    REFUSED(OSTREL_REFUSED, ostrel_watch_controls("no such camera", &list, WHY));
+    REFUSED(OSTREL_BAD_HANDLE, ostrel_wait(capture, 0, WHY));
+    REFUSED(OSTREL_BAD_HANDLE, ostrel_wait(0, -1, WHY));
+    REFUSED(OSTREL_BAD_ARGUMENT, ostrel_monitor(NULL, WHY));
+    CHECK(ostrel_monitor(&monitor, WHY) == OSTREL_OK);
+    REFUSED(OSTREL_BAD_ARGUMENT, ostrel_take_changes(monitor, NULL, NULL, WHY));
+    REFUSED(OSTREL_BAD_HANDLE, ostrel_take_controls(monitor, &list, &count, WHY));
+    CHECK(ostrel_close(monitor, WHY) == OSTREL_OK);
+    REFUSED(OSTREL_BAD_HANDLE, ostrel_wait(monitor, -1, WHY));
+}
+
 static void words_that_do_not_fit(void) {
     char small[20];
     ostrel_handle capture;
@@ -284,6 +322,7 @@ int main(void) {
     closed_handles();
     handles_closed_by_other_threads();
     everything_at_once();
+    extensions(capture);
     words_that_do_not_fit();
     CHECK(ostrel_close(camera, WHY) == OSTREL_OK);
     CHECK(ostrel_close(capture, WHY) == OSTREL_OK);
