@@ -59,7 +59,8 @@ public:
         std::vector<std::shared_ptr<Camera>> result;
         for (const CameraNode& node : cameras())
             result.push_back(std::make_shared<StreamingCamera>(
-                StreamingCamera::Identity{identifierOf(node), nameOf(node), whereOf(node), {}, devicesOf(node)},
+                StreamingCamera::Identity{identifierOf(node), nameOf(node), whereOf(node), CameraDetails(),
+                                          devicesOf(node)},
                 std::make_shared<PipewireBackend>(remote_, node, whereOf(node))));
         return result;
     }
