@@ -168,7 +168,7 @@ void AvBackend::followSize(const Size& size) {
 int64_t AvBackend::longestPause() {
     if (unanswered_ || inbox_->isInterrupted())
         return 0;
-    const double rate = figures_->granted().rate;
+    const double rate = figures_->granted().rate();
     return rate > 0 ? static_cast<int64_t>(5 * static_cast<double>(NANOSECONDS_PER_SECOND) / rate) : 1;
 }
 

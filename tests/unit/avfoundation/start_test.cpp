@@ -23,7 +23,7 @@ TEST_F(AvStart, TakesTheSmallestFormatThatCoversTheRequestAtFullRate) {
     const cameras::Mode granted = camera->statistics().granted;
     EXPECT_EQ(granted.size, cameras::Size(640, 480));
     EXPECT_EQ(granted.format, "420v");
-    EXPECT_DOUBLE_EQ(granted.rate, 30);
+    EXPECT_DOUBLE_EQ(granted.rate(), 30);
     EXPECT_EQ(camera->statistics().by, "AVFoundation");
     EXPECT_EQ(standin::activeWidth("A"), 640);
 }

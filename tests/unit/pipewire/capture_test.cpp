@@ -73,7 +73,7 @@ TEST_F(PipeWireCapture, TheSizeAndTheRateAreChosenAsForANode) {
         const auto granted = camera->statistics().granted;
         EXPECT_EQ(granted.size.width, each.granted) << each.width;
         EXPECT_EQ(granted.format, "YUYV");
-        EXPECT_EQ(granted.rate, 30) << "the slowest that is enough";
+        EXPECT_EQ(granted.rate(), 30) << "the slowest that is enough";
         EXPECT_EQ(camera->statistics().by, "PipeWire (one)");
         camera->close();
     }
