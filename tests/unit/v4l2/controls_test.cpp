@@ -1,6 +1,8 @@
 // Listing and setting the controls of V4L2 cameras: types, rules and order.
 #include "unit/v4l2/controls_fixture.h"
 
+#include <ostrel/modes.h>
+
 #include <algorithm>
 #include <thread>
 
@@ -219,6 +221,24 @@ TEST_F(ControlsTest, HoldNoLockThatACaptureOrAQuestionNeeds) {
     EXPECT_EQ(camera->statistics().delivered, 0u);
     gate->open();
     slow.join();
+}
+
+TEST_F(ControlsTest, AndModesDoNotWaitForEachOther) {
+    device.oneCallAtATime = false; // nor does the driver make them wait
+    plug();
+    for (const unsigned long request : {VIDIOC_QUERY_EXT_CTRL, VIDIOC_ENUM_FMT}) {
+        const auto gate = kernel->hold(path, request);
+        const bool isOfModes = request == VIDIOC_ENUM_FMT;
+        std::thread slow([&] { isOfModes ? videoModes(id).size() : videoControls(id).size(); });
+        gate->awaitArrivals(1);
+        if (isOfModes)
+            EXPECT_EQ(set(QList<OVideoControl>() << with(BRIGHTNESS, 9)), "");
+        else
+            EXPECT_EQ(videoModes(id).size(), 1);
+        gate->open();
+        slow.join();
+    }
+    EXPECT_EQ(now(BRIGHTNESS), 9);
 }
 
 TEST_F(ControlsTest, OfACameraThatHasLeftAreNotThere) {
