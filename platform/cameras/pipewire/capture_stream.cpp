@@ -38,11 +38,18 @@ CaptureStream::~CaptureStream() {
     const Library& library = connection_->library();
     const Connection::Lock loop(*connection_);
     connection_->remove(this);
+    if (!stream_)
+        return;
+    const uint32_t own = library.pw_stream_get_node_id(stream_);
     // While the loop runs: it waits for the callback in progress on the data thread.
-    if (stream_)
-        library.pw_stream_destroy(stream_);
-    if (link_)
-        library.pw_proxy_destroy(link_);
+    library.pw_stream_destroy(stream_);
+    if (!link_)
+        return;
+    library.pw_proxy_destroy(link_);
+    // Buffers on their way to or from a consumer that leaves are lost to the camera until it gets new ones.
+    // The session manager sees to that after some seconds, and a few starts before then would leave it
+    // without any.
+    connection_->suspend(node_, own);
 }
 
 int CaptureStream::begin(const Candidate& picture) {

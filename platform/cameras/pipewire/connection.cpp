@@ -415,6 +415,22 @@ int Connection::ask(const std::string& serial, int64_t deadline, std::vector<Off
     return 0;
 }
 
+void Connection::suspend(uint32_t node, uint32_t consumer) {
+    pw_proxy* proxy = nullptr;
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        const auto found = nodes_.find(node);
+        const bool inUse = std::any_of(links_.begin(), links_.end(), [&](const auto& link) {
+            return link.second.from == node && link.second.to != consumer;
+        });
+        if (over_ || found == nodes_.end() || inUse)
+            return;
+        proxy = found->second->proxy;
+    }
+    const spa_command command = SPA_NODE_COMMAND_INIT(SPA_NODE_COMMAND_Suspend);
+    pw_node_send_command(reinterpret_cast<pw_node*>(proxy), &command);
+}
+
 int Connection::consumers(uint32_t node) const {
     const std::lock_guard<std::mutex> lock(mutex_);
     return static_cast<int>(std::count_if(links_.begin(), links_.end(),

@@ -79,6 +79,8 @@ public:
     };
     pw_core* core() { return core_; }
     pw_proxy* bind(uint32_t id, const char* type, uint32_t version);
+    // Has the node let go of its buffers and its hardware, unless it has consumers besides the one given.
+    void suspend(uint32_t node, uint32_t consumer);
     void add(Watcher* watcher) { watchers_.insert(watcher); }
     void remove(Watcher* watcher) { watchers_.erase(watcher); }
 

@@ -2,6 +2,7 @@
 
 #include "support/gate.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -106,6 +107,11 @@ bool Program::waitForLine(const std::string& begin) {
 std::string Program::newest() {
     const std::lock_guard<std::mutex> lock(mutex_);
     return lines_.empty() ? std::string() : lines_.back();
+}
+
+long Program::linesOf(const std::string& text) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return std::count(lines_.begin(), lines_.end(), text);
 }
 
 bool isInstalled(const std::string& name) {

@@ -26,8 +26,9 @@ public:
 
     // Waits for a line on its standard output that begins so; those before are passed over by the next wait.
     bool waitForLine(const std::string& begin);
-    // The newest line.
+    // The newest line, and how many there were so far of one text.
     std::string newest();
+    long linesOf(const std::string& text);
 
 private:
     void read(int descriptor);

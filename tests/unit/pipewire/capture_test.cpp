@@ -100,7 +100,7 @@ TEST_F(PipeWireCapture, AFormatWithoutAPictureIsNamed) {
 }
 
 TEST_F(PipeWireCapture, TwoConsumersShareThePictureOfTheFirst) {
-    const PipeWireCamera one("one");
+    PipeWireCamera one("one");
     ASSERT_EQ(start("one", 640, 480).text, "");
     ASSERT_TRUE(sink->waitForFrames(2));
     const auto other = listed("one"); // an object of its own, as another program would have it
@@ -117,7 +117,15 @@ TEST_F(PipeWireCapture, TwoConsumersShareThePictureOfTheFirst) {
     ASSERT_EQ(camera->start(1280, 720, third).text, "");
     ASSERT_TRUE(third->waitForFrames(2));
     EXPECT_NE(camera->statistics().shared.find("is shared at 640x480"), std::string::npos);
+    // Whoever leaves takes nothing from who stays.
+    for (int i = 0; i < 20; ++i) {
+        other->close();
+        ASSERT_EQ(other->open().text, "");
+        ASSERT_EQ(other->start(640, 480, second).text, "");
+    }
     other->close();
+    EXPECT_TRUE(sink->waitForMoreFrames(20));
+    EXPECT_EQ(one.program().linesOf("streaming"), 1) << "the camera was never stopped";
 }
 
 TEST_F(PipeWireCapture, AJoinWidensACameraThatNobodyElseUses) {
@@ -185,6 +193,19 @@ TEST_F(PipeWireCapture, WhatAProgramLiesAboutItsPicturesIsNotBelieved) {
         }
 }
 
+// Of each capture that ends some buffers are with the consumer; a camera gets them back for the next.
+TEST_F(PipeWireCapture, StartsThatFollowEachOtherAtOnceAllHaveFrames) {
+    const PipeWireCamera one("one", {"sizes=64x48", "rates=200"});
+    for (int i = 0; i < 30; ++i) {
+        sink = std::make_shared<RecordingSink>();
+        ASSERT_EQ(start("one", 64, 48).text, "") << i;
+        if (i % 2) {
+            ASSERT_TRUE(sink->waitForFrames(1)) << i;
+        }
+        camera->close();
+    }
+}
+
 TEST_F(PipeWireCapture, AThousandStartsLeaveNothingBehind) {
     const PipeWireCamera one("one", {"sizes=64x48", "rates=200"});
     const auto run = [&](int times) {
@@ -194,6 +215,7 @@ TEST_F(PipeWireCapture, AThousandStartsLeaveNothingBehind) {
             camera->stop(fresh);
             camera->stop(sink);
             camera->close();
+            sink->drop(); // a frame that came in time keeps a descriptor
         }
     };
     run(20);
