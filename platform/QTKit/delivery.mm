@@ -113,8 +113,8 @@ void Delivery::callDelegate(const std::shared_ptr<cameras::CameraFrame>& frame) 
     if (buffer)
         [delegate captureOutput:output_ didOutputVideoFrame:buffer withSampleBuffer:nil fromConnection:nil];
     [pool release];
-    if (!buffer)
-        return; // a broken picture, and none before it that could be shown
+    if (!buffer && frame->hasPicture())
+        return; // a broken one, and none before it that could be shown
     CVBufferRelease(buffer);
     slot_->put(slotted);
 }
