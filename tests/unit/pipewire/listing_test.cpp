@@ -131,7 +131,10 @@ TEST_F(PipeWireListing, AThousandListingsLeaveNothingBehind) {
     const auto after = testing_support::processFigures();
     EXPECT_EQ(after.descriptors, before.descriptors);
     EXPECT_EQ(after.threads, before.threads);
-    EXPECT_LT(after.heapBytes, before.heapBytes + OSTREL_TEST_TIMES * 64);
+    // The last connection may be about to end.
+    EXPECT_TRUE(comesTrue([&before] {
+        return testing_support::processFigures().heapBytes < before.heapBytes + OSTREL_TEST_TIMES * 64;
+    }));
 }
 
 } // namespace ostrel::tests
