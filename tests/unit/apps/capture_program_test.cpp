@@ -235,11 +235,11 @@ TEST(CaptureProgram, NoFrameInTimeLeavesNoFileAndAnOldOneAsItWas) {
 
     Folder folder;
     const QStringList arguments = {
-        "snapshot", "--play", videos.file("slow.y4m"), "--skip", "1", "--timeout", "0.2", "--size", "ld"};
+        "snapshot", "--play", videos.file("slow.y4m"), "--skip", "1", "--timeout", "1", "--size", "ld"};
     const Outcome outcome = run(folder.path(), arguments);
     EXPECT_EQ(6, outcome.code);
     EXPECT_EQ(
-        "ostrel-camera: no frame from 'slow.y4m' within 0.2 s: check its cable and privacy switch, or allow "
+        "ostrel-camera: no frame from 'slow.y4m' within 1 s: check its cable and privacy switch, or allow "
         "more time with --timeout; 'ostrel-camera doctor' examines it\n",
         outcome.errors);
     EXPECT_EQ(QStringList(), folder.entries());

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cerrno>
 #include <thread>
+#include <utility>
 
 namespace ostrel {
 namespace tests {
@@ -78,9 +79,8 @@ TEST_F(JoiningTest, AJoinThatWantsMoreGetsIt) {
 }
 
 TEST_F(JoiningTest, AJoinFromInsideACallGetsMoreOnceTheCallHasReturned) {
-    std::atomic<bool> joined{false};
-    sink->onFrame = [&](const RecordingSink::FramePointer&) {
-        if (!joined.exchange(true)) {
+    sink->onFrame = [this, joined = false](const RecordingSink::FramePointer&) mutable {
+        if (!std::exchange(joined, true)) {
             EXPECT_EQ(camera->start(128, 96, second).text, "");
         }
     };
