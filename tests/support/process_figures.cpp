@@ -24,12 +24,21 @@ size_t residentBytes() {
     return resident * static_cast<size_t>(sysconf(_SC_PAGESIZE));
 }
 
+void countMappings(ProcessFigures& figures) {
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);) {
+        ++figures.mappings;
+        figures.sharedMappings += line.compare(line.find(' ') + 4, 1, "s") == 0; // "7f..-7f.. rw-s ..."
+    }
+}
+
 } // namespace
 
 ProcessFigures processFigures() {
     ProcessFigures figures;
     figures.threads = entriesOf("/proc/self/task");
     figures.descriptors = entriesOf("/proc/self/fd") - 1; // without the one that reads the directory
+    countMappings(figures);
     const struct mallinfo2 heap = mallinfo2();
     figures.heapBytes = heap.uordblks + heap.hblkhd;
     figures.residentBytes = residentBytes();

@@ -10,8 +10,10 @@ namespace testing_support {
 struct ProcessFigures {
     size_t threads = 0;
     size_t descriptors = 0;
-    size_t heapBytes = 0;     // in use, as malloc counts them
-    size_t residentBytes = 0; // of the whole process
+    size_t mappings = 0;       // of memory, all of them
+    size_t sharedMappings = 0; // those shared with other processes
+    size_t heapBytes = 0;      // in use, as malloc counts them
+    size_t residentBytes = 0;  // of the whole process
 };
 
 ProcessFigures processFigures();

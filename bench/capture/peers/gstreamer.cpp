@@ -1,4 +1,4 @@
-// DEVICE "pipewire" stands for the camera that PipeWire has.
+// DEVICE is a video node, or "pipewire:" and the name of a camera there.
 #include "bench/capture/peers/peer.h"
 
 #include <cstring>
@@ -8,6 +8,18 @@
 
 namespace {
 
+const char kPipeWire[] = "pipewire:";
+
+bool isPipeWire(const std::string& device) {
+    return device.compare(0, std::strlen(kPipeWire), kPipeWire) == 0;
+}
+
+// Session managers connect nothing with a source that names no target.
+std::string source(const std::string& device) {
+    return isPipeWire(device) ? "pipewiresrc target-object=" + device.substr(std::strlen(kPipeWire))
+                              : "v4l2src device=" + device;
+}
+
 class GStreamer : public bench::Peer {
 public:
     explicit GStreamer(const bench::Request& request) {
@@ -16,7 +28,7 @@ public:
         const std::string raw =
             "video/x-raw,format=" + std::string(request.layout == "YUYV" ? "YUY2" : request.layout);
         const std::string text =
-            (request.device == "pipewire" ? "pipewiresrc" : "v4l2src device=" + request.device) + " ! " +
+            source(request.device) + " ! " +
             (request.layout == "MJPG" ? "image/jpeg" + size + " ! jpegdec" : raw + size) +
             " ! videoconvert ! video/x-raw,format=BGRA ! "
             "appsink name=sink sync=false max-buffers=1 drop=true";
@@ -60,7 +72,7 @@ private:
 
 int main(int argc, char** argv) {
     gst_init(nullptr, nullptr);
-    const bool pipeWire = argc > 1 && std::strcmp(argv[1], "pipewire") == 0;
+    const bool pipeWire = argc > 1 && isPipeWire(argv[1]);
     return bench::runPeer(
         pipeWire ? "GStreamer pipewiresrc" : "GStreamer v4l2src", argc, argv,
         [](const bench::Request& request) -> bench::Peer* { return new GStreamer(request); });

@@ -10,10 +10,8 @@
 #include <fcntl.h>
 #include <linux/dma-buf.h>
 #include <new>
-#include <sys/eventfd.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace ostrel {
 namespace cameras {
@@ -57,20 +55,8 @@ size_t bytesOf(const spa_data& data) {
 } // namespace
 
 StreamBuffers::StreamBuffers(const Library& library, std::shared_ptr<Figures> figures)
-    : library_(library), figures_(std::move(figures)), pool_(std::make_shared<pixels::PixelPool>()),
-      descriptor_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+    : library_(library), figures_(std::move(figures)), pool_(std::make_shared<pixels::PixelPool>()) {
     buffers_.reserve(kMostBuffers);
-}
-
-StreamBuffers::~StreamBuffers() {
-    if (descriptor_ >= 0)
-        ::close(descriptor_);
-}
-
-void StreamBuffers::wake() const {
-    const uint64_t one = 1;
-    const ssize_t written = ::write(descriptor_, &one, sizeof one);
-    static_cast<void>(written); // refused only when it is readable anyway
 }
 
 void StreamBuffers::setStream(pw_stream* stream) {
@@ -253,9 +239,7 @@ bool StreamBuffers::accept(const Buffer& buffer, const pixels::Picture& picture)
 
 void StreamBuffers::take(bool shared, Arrival& arrival, Granted& granted) {
     const std::lock_guard<std::mutex> lock(mutex_);
-    uint64_t wakes = 0;
-    const ssize_t size = ::read(descriptor_, &wakes, sizeof wakes);
-    static_cast<void>(size); // nothing to read where nobody woke
+    wake_.clear();
     if (!stream_ || newest_ == kNone)
         return;
     const size_t index = newest_;

@@ -2,6 +2,7 @@
 #ifndef OSTREL_PLATFORM_CAMERAS_PIPEWIRE_STREAM_BUFFERS_H
 #define OSTREL_PLATFORM_CAMERAS_PIPEWIRE_STREAM_BUFFERS_H
 
+#include "base/wake_descriptor.h"
 #include "platform/cameras/backend.h"
 #include "platform/cameras/buffer_frame.h"
 #include "platform/cameras/pipewire/camera_node.h"
@@ -26,11 +27,10 @@ namespace pipewire {
 class StreamBuffers : public BufferOwner, public std::enable_shared_from_this<StreamBuffers> {
 public:
     StreamBuffers(const Library& library, std::shared_ptr<Figures> figures);
-    ~StreamBuffers() override;
 
     // Readable while a frame waits, and after wake(), until take().
-    int descriptor() const { return descriptor_; }
-    void wake() const;
+    int descriptor() const { return wake_.descriptor(); }
+    void wake() const { wake_.set(); }
 
     // By the stream's callbacks: buffers of the picture that was granted last come, fill and go.
     void setStream(pw_stream* stream);
@@ -76,7 +76,7 @@ private:
     const Library& library_;
     const std::shared_ptr<Figures> figures_;
     const std::shared_ptr<pixels::PixelPool> pool_;
-    const int descriptor_;
+    const WakeDescriptor wake_;
 
     std::mutex mutex_; // of the rest
     pw_stream* stream_ = nullptr;

@@ -1,6 +1,7 @@
 // Pictures, sizes and rates, and what another program makes of them.
 #include "unit/pipewire/pipewire_test.h"
 
+#include "platform/cameras/messages.h"
 #include "platform/cameras/pixels/picture.h"
 #include "support/jpeg_pictures.h"
 #include "support/process_figures.h"
@@ -153,6 +154,36 @@ TEST_F(PipeWireCapture, FramesThatAreHeldOutliveANewFormat) {
     EXPECT_EQ(camera->statistics().granted.size.width, 320);
 }
 
+TEST_F(PipeWireCapture, FramesAndNewFormatsNeedTheMappingsOfTheFirst) {
+    const auto alone = testing_support::processFigures();
+    PipeWireCamera one("one", {"sizes=640x480", "rates=200"});
+    ASSERT_EQ(start("one", 640, 480).text, "");
+    const auto take = [&](int frames) {
+        for (int i = 0; i < frames; ++i) {
+            ASSERT_TRUE(sink->waitForMoreFrames(1));
+            ASSERT_TRUE(isEven(sink->newest(), 64, 48));
+        }
+    };
+    take(50);
+    const auto first = testing_support::processFigures();
+    EXPECT_GT(first.sharedMappings, alone.sharedMappings) << "the camera's memory";
+    take(500);
+    const auto later = testing_support::processFigures();
+    EXPECT_EQ(later.sharedMappings, first.sharedMappings);
+    EXPECT_LT(later.mappings, first.mappings + 50) << "the heap's may come and go";
+    for (const std::string size : {"320x240", "640x480", "320x240", "640x480"}) {
+        const FramePointer held = sink->newest();
+        one.program().tell("size " + size);
+        ASSERT_TRUE(comesTrue([&] { return cameras::text(sink->newest()->facts().size) == size; }));
+        EXPECT_TRUE(isEven(held, 64, 48));
+    }
+    EXPECT_EQ(testing_support::processFigures().sharedMappings, first.sharedMappings);
+    const FramePointer held = sink->newest();
+    camera->close();
+    EXPECT_EQ(testing_support::processFigures().sharedMappings, alone.sharedMappings) << "with a frame held";
+    EXPECT_TRUE(isEven(held, 64, 48));
+}
+
 TEST_F(PipeWireCapture, MoreFramesThanBuffersCanBeHeld) {
     const PipeWireCamera one("one", {"sizes=64x48", "rates=200"});
     sink->keepAll = true;
@@ -224,6 +255,7 @@ TEST_F(PipeWireCapture, AThousandStartsLeaveNothingBehind) {
     const auto after = testing_support::processFigures();
     EXPECT_EQ(after.descriptors, before.descriptors);
     EXPECT_EQ(after.threads, before.threads);
+    EXPECT_EQ(after.sharedMappings, before.sharedMappings);
     EXPECT_LT(after.heapBytes, before.heapBytes + OSTREL_TEST_TIMES * 500); // libpipewire keeps some
 }
 
