@@ -1,11 +1,11 @@
 #!/bin/bash
-# abi.sh BASELINE... - programs that were built with an earlier release run with the installed library: nothing of what
+# abi.sh BASELINE... - programs that were built with an earlier release run with the installed libraries: nothing of what
 # the baselines hold is gone or has another shape. New names are welcome. Private types, and those of others, are left
 # out: which Qt it was does not matter.
 #
 # A baseline is made at a release, in that release's source folder, and never changed afterwards. LIBRARY was built with
 # debug information:
-#   tests/install/abi.sh --dump LIBRARY >tests/install/abi-VERSION.xz
+#   tests/install/abi.sh --dump LIBRARY.so >tests/install/LIBRARY-VERSION.abi.xz
 set -euo pipefail
 
 if [ "${1:-}" = --dump ]; then
@@ -21,8 +21,8 @@ cat >"$work/private" <<'END'
 END
 [ $# -gt 0 ] || fail "no baseline"
 for baseline in "$@"; do
-    name=$(basename "$baseline" .xz)
+    name=$(basename "$baseline" .abi.xz)
     xz -dc "$baseline" >"$work/$name.abi"
     abidiff --exported-interfaces-only --no-added-syms --suppressions "$work/private" "$work/$name.abi" \
-        "$TREE/$LIBDIR/libostrelvideounix.so" || fail "it is not compatible with $name"
+        "$TREE/$LIBDIR/${name%-*}.so" || fail "it is not compatible with $name"
 done
