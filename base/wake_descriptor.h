@@ -16,7 +16,8 @@ public:
     int descriptor() const { return m_reader; }
     // Readable from now on, until it is cleared. Never blocks.
     void set() const;
-    void clear() const;
+    // Whether it was readable.
+    bool clear() const;
 
 private:
     WakeDescriptor(const WakeDescriptor&);

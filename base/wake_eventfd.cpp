@@ -16,9 +16,9 @@ void WakeDescriptor::set() const {
     ::eventfd_write(m_writer, 1);
 }
 
-void WakeDescriptor::clear() const {
+bool WakeDescriptor::clear() const {
     eventfd_t count = 0;
-    ::eventfd_read(m_reader, &count);
+    return ::eventfd_read(m_reader, &count) == 0;
 }
 
 } // namespace ostrel

@@ -45,10 +45,15 @@ void WakeDescriptor::set() const {
     (void)written;
 }
 
-void WakeDescriptor::clear() const {
+bool WakeDescriptor::clear() const {
     char bytes[256];
-    while (valid() && ::read(m_reader, bytes, sizeof bytes) == static_cast<ssize_t>(sizeof bytes)) {
-    }
+    bool any = false;
+    ssize_t count = 0;
+    do {
+        count = valid() ? ::read(m_reader, bytes, sizeof bytes) : 0;
+        any = any || count > 0;
+    } while (count == static_cast<ssize_t>(sizeof bytes));
+    return any;
 }
 
 } // namespace ostrel

@@ -1,9 +1,9 @@
 #include "platform/cameras/change_watch.h"
 
+#include "base/wake_descriptor.h"
+
 #include <algorithm>
 #include <mutex>
-#include <sys/eventfd.h>
-#include <unistd.h>
 #include <vector>
 
 namespace ostrel {
@@ -19,28 +19,22 @@ public:
     explicit Watch(const std::shared_ptr<Watches>& watches) : watches_(watches) {
         std::lock_guard<std::mutex> lock(watches_->mutex);
         watches_->all.push_back(this);
-        descriptor_ = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     }
     ~Watch() override {
         std::lock_guard<std::mutex> lock(watches_->mutex);
         watches_->all.erase(std::find(watches_->all.begin(), watches_->all.end(), this));
-        if (descriptor_ >= 0)
-            ::close(descriptor_);
     }
     Watch(const Watch&) = delete;
     Watch& operator=(const Watch&) = delete;
 
-    int descriptor() const override { return descriptor_; }
-    bool changed() override {
-        eventfd_t count = 0;
-        return ::eventfd_read(descriptor_, &count) == 0;
-    }
+    int descriptor() const override { return wake_.descriptor(); }
+    bool changed() override { return wake_.clear(); }
 
-    void wake() { ::eventfd_write(descriptor_, 1); }
+    void wake() { wake_.set(); }
 
 private:
     const std::shared_ptr<Watches> watches_;
-    int descriptor_ = -1;
+    const WakeDescriptor wake_;
 };
 
 ChangeSignal::ChangeSignal() : watches_(std::make_shared<Watches>()) {}

@@ -1,13 +1,12 @@
 #include "platform/cameras/virtual/stored_controls.h"
 
+#include "base/wake_descriptor.h"
 #include "platform/cameras/messages.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <set>
-#include <sys/eventfd.h>
-#include <unistd.h>
 
 namespace ostrel {
 namespace cameras {
@@ -21,27 +20,24 @@ struct StoredControls::State {
 
 class StoredControls::Watch : public ControlWatch {
 public:
-    Watch(std::shared_ptr<State> state, int descriptor, std::string where)
-        : state_(std::move(state)), descriptor_(descriptor), where_(std::move(where)) {}
+    Watch(std::shared_ptr<State> state, std::string where)
+        : state_(std::move(state)), where_(std::move(where)) {}
     ~Watch() override {
-        {
-            const std::lock_guard<std::mutex> lock(state_->mutex);
-            std::vector<Watch*>& all = state_->watches;
-            all.erase(std::remove(all.begin(), all.end(), this), all.end());
-        }
-        ::close(descriptor_);
+        const std::lock_guard<std::mutex> lock(state_->mutex);
+        std::vector<Watch*>& all = state_->watches;
+        all.erase(std::remove(all.begin(), all.end(), this), all.end());
     }
     Watch(const Watch&) = delete;
     Watch& operator=(const Watch&) = delete;
 
-    int descriptor() const override { return descriptor_; }
+    bool valid() const { return wake_.valid(); }
+    int descriptor() const override { return wake_.descriptor(); }
 
     Error take(std::vector<Control>& changed) override {
         const std::lock_guard<std::mutex> lock(state_->mutex);
         if (state_->gone)
             return unplugged(where_); // and stays readable
-        eventfd_t count;
-        ::eventfd_read(descriptor_, &count);
+        wake_.clear();
         for (const Control& control : state_->controls)
             if (changed_.count(control.id))
                 changed.push_back(control);
@@ -54,11 +50,11 @@ public:
         changed_.insert(id);
         wake();
     }
-    void wake() const { ::eventfd_write(descriptor_, 1); }
+    void wake() const { wake_.set(); }
 
 private:
     const std::shared_ptr<State> state_;
-    const int descriptor_;
+    const WakeDescriptor wake_;
     const std::string where_;
     std::set<uint32_t> changed_;
 };
@@ -99,10 +95,9 @@ Error StoredControls::set(const std::vector<Control>& wanted) {
 }
 
 Error StoredControls::watch(std::unique_ptr<ControlWatch>& watch) {
-    const int descriptor = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    if (descriptor < 0)
-        return controlsRefused(where_, errno);
-    auto fresh = std::make_unique<Watch>(state_, descriptor, where_);
+    auto fresh = std::make_unique<Watch>(state_, where_);
+    if (!fresh->valid())
+        return controlsRefused(where_, EMFILE);
     const std::lock_guard<std::mutex> lock(state_->mutex);
     state_->watches.push_back(fresh.get());
     if (state_->gone)

@@ -24,7 +24,7 @@ TEST(Wake, ReadableFromTheFirstSetUntilItIsCleared) {
     wake.set();
     wake.set();
     EXPECT_TRUE(isReadable(wake));
-    wake.clear();
+    EXPECT_TRUE(wake.clear());
     EXPECT_FALSE(isReadable(wake));
     wake.set();
     EXPECT_TRUE(isReadable(wake));
@@ -32,7 +32,7 @@ TEST(Wake, ReadableFromTheFirstSetUntilItIsCleared) {
 
 TEST(Wake, ClearingWhatIsNotSetReturnsAtOnce) {
     const WakeDescriptor wake;
-    wake.clear();
+    EXPECT_FALSE(wake.clear());
     EXPECT_FALSE(isReadable(wake));
 }
 
@@ -42,7 +42,7 @@ TEST(Wake, SettingItAnyNumberOfTimesDoesNotBlockAndOneClearTakesAllBack) {
     for (int i = 0; i < 100000; ++i)
         wake.set();
     EXPECT_TRUE(isReadable(wake));
-    wake.clear();
+    EXPECT_TRUE(wake.clear());
     EXPECT_FALSE(isReadable(wake));
 }
 
