@@ -1,6 +1,7 @@
 #include "platform/cameras/v4l2/node_watch.h"
 
 #include "platform/cameras/descriptor_set.h"
+#include "platform/cameras/ticker.h"
 #include "platform/cameras/v4l2/udev.h"
 
 #include <cerrno>
@@ -10,7 +11,6 @@
 #include <sys/inotify.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
-#include <sys/timerfd.h>
 #include <unistd.h>
 
 namespace ostrel {
@@ -18,8 +18,6 @@ namespace cameras {
 namespace v4l2 {
 
 namespace {
-
-const time_t kBetweenLooks = 1; // seconds
 
 const char* const kLoopbacks = "/sys/devices/virtual/video4linux";
 const char* const kUdevRuns = "/run/udev/control";
@@ -128,30 +126,6 @@ private:
     UdevMonitor monitor_;
 };
 
-class Looks {
-public:
-    Looks() : descriptor_(::timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK)) {}
-
-    int descriptor() const { return descriptor_.number(); }
-
-    bool changed() {
-        uint64_t times = 0;
-        return ::read(descriptor_.number(), &times, sizeof(times)) > 0;
-    }
-    void switchOn(bool on) {
-        if (on == on_)
-            return;
-        itimerspec time = {};
-        time.it_value.tv_sec = time.it_interval.tv_sec = on ? kBetweenLooks : 0;
-        ::timerfd_settime(descriptor_.number(), 0, &time, nullptr);
-        on_ = on;
-    }
-
-private:
-    const Descriptor descriptor_;
-    bool on_ = false;
-};
-
 class NodeWatch : public ChangeWatch {
 public:
     explicit NodeWatch(const NodeSources& sources) : sources_(sources), inotify_(sources.folder) {
@@ -166,7 +140,7 @@ public:
     bool changed() override {
         bool any = inotify_.changed();
         any = udev_.changed() || any;
-        any = looks_.changed() || any;
+        any = looks_.clear() || any;
         lookWhereNobodyTells();
         return any;
     }
@@ -180,7 +154,7 @@ private:
     const NodeSources sources_;
     Inotify inotify_;
     UdevMessages udev_;
-    Looks looks_;
+    Ticker looks_;
     DescriptorSet set_; // after what is in it
     bool complete_ = false;
 };
