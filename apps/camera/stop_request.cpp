@@ -1,11 +1,10 @@
 #include "apps/camera/stop_request.h"
 
+#include "base/wake_descriptor.h"
+
 #include <atomic>
 #include <cerrno>
 #include <csignal>
-#include <cstdint>
-#include <sys/eventfd.h>
-#include <unistd.h>
 
 namespace ostrel::apps::cli {
 
@@ -14,14 +13,15 @@ namespace {
 const int SIGNALS[] = {SIGINT, SIGTERM, SIGHUP};
 
 std::atomic<int> noted{0};
-std::atomic<int> wake{-1}; // an eventfd
-static_assert(std::atomic<int>::is_always_lock_free, "a signal handler uses them");
+std::atomic<const WakeDescriptor*> wake{nullptr};
+static_assert(std::atomic<int>::is_always_lock_free && std::atomic<WakeDescriptor*>::is_always_lock_free,
+              "a signal handler uses them");
 
 void note(int signal) {
     const int before = errno;
-    const uint64_t one = 1;
     noted = signal;
-    (void)!write(wake, &one, sizeof one);
+    if (const WakeDescriptor* const waiting = wake)
+        waiting->set();
     errno = before;
 }
 
@@ -29,7 +29,10 @@ void note(int signal) {
 
 StopRequest::StopRequest() {
     noted = 0;
-    wake = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    // One for all requests, and never closed: a handler may still be running when its request ends.
+    static const WakeDescriptor* const kept = new WakeDescriptor;
+    kept->clear();
+    wake = kept;
     for (const int signal : SIGNALS) {
         struct sigaction before = {};
         sigaction(signal, nullptr, &before);
@@ -49,9 +52,7 @@ StopRequest::~StopRequest() {
         if (current.sa_handler == note)
             std::signal(signal, SIG_DFL);
     }
-    const int descriptor = wake.exchange(-1);
-    if (descriptor >= 0)
-        close(descriptor);
+    wake = nullptr;
 }
 
 int StopRequest::signal() const {
@@ -59,7 +60,7 @@ int StopRequest::signal() const {
 }
 
 int StopRequest::descriptor() const {
-    return wake;
+    return wake.load()->descriptor();
 }
 
 } // namespace ostrel::apps::cli

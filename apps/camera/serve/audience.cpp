@@ -1,17 +1,8 @@
 #include "apps/camera/serve/audience.h"
 
 #include <algorithm>
-#include <sys/eventfd.h>
-#include <unistd.h>
 
 namespace ostrel::apps::cli {
-
-Audience::Audience() : joined_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
-
-Audience::~Audience() {
-    if (joined_ >= 0)
-        ::close(joined_);
-}
 
 Audience::Place Audience::join(std::function<void()> sleep, std::function<void()> wake) {
     const std::lock_guard<std::mutex> lock(mutex_);
@@ -19,8 +10,7 @@ Audience::Place Audience::join(std::function<void()> sleep, std::function<void()
     looker.sleep = std::move(sleep);
     looker.wake = std::move(wake);
     looker.failures = failures_;
-    const uint64_t one = 1;
-    (void)!write(joined_, &one, sizeof one);
+    joined_.set();
     return lookers_.insert(lookers_.end(), std::move(looker));
 }
 
@@ -56,8 +46,7 @@ std::size_t Audience::size() const {
 }
 
 void Audience::settle() {
-    uint64_t count = 0;
-    (void)!read(joined_, &count, sizeof count);
+    joined_.clear();
 }
 
 void Audience::publish(std::string jpeg, int64_t captureTime, double rate) {

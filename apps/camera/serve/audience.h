@@ -3,6 +3,7 @@
 #define OSTREL_APPS_CAMERA_SERVE_AUDIENCE_H
 
 #include "apps/common/size.h"
+#include "base/wake_descriptor.h"
 
 #include <cstdint>
 #include <functional>
@@ -45,8 +46,7 @@ public:
     };
     using Place = std::list<Looker>::iterator;
 
-    Audience();
-    ~Audience();
+    Audience() = default;
     Audience(const Audience&) = delete;
     Audience& operator=(const Audience&) = delete;
 
@@ -64,7 +64,7 @@ public:
     // How many look for whom it is not over.
     std::size_t size() const;
     // For poll(): readable once somebody has joined since settle().
-    int descriptor() const { return joined_; }
+    int descriptor() const { return joined_.descriptor(); }
     void settle();
 
     void publish(std::string jpeg, int64_t captureTime, double rate);
@@ -86,7 +86,7 @@ private:
     LiveFacts facts_;
     uint64_t failures_ = 0;
     bool closed_ = false;
-    int joined_; // an eventfd
+    WakeDescriptor joined_;
 };
 
 } // namespace ostrel::apps::cli

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <fcntl.h>
 #include <microhttpd.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -33,7 +34,11 @@ int64_t monotonicNow() {
 // A socket that is closed unless somebody takes it.
 class Socket {
 public:
-    Socket() : descriptor_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)) {}
+    // Not every system makes one with these flags in one step.
+    Socket() : descriptor_(socket(AF_INET, SOCK_STREAM, 0)) {
+        fcntl(descriptor_, F_SETFD, FD_CLOEXEC);
+        fcntl(descriptor_, F_SETFL, O_NONBLOCK);
+    }
     ~Socket() {
         if (descriptor_ >= 0)
             close(descriptor_);
