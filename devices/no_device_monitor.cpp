@@ -24,7 +24,9 @@ QString OVideoDeviceChange::name() const {
 }
 
 OVideoDeviceMonitor::OVideoDeviceMonitor() : d(0) {}
-OVideoDeviceMonitor::~OVideoDeviceMonitor() {}
+OVideoDeviceMonitor::~OVideoDeviceMonitor() {
+    (void)d; // nothing ever is behind it
+}
 QMap<QString, QString> OVideoDeviceMonitor::cameras() const {
     return QMap<QString, QString>();
 }
