@@ -2,9 +2,9 @@
 
 #include "base/fast_enumeration.h"
 #include "platform/cameras/avfoundation/av_backend.h"
+#include "platform/cameras/avfoundation/device_watch.h"
 #include "platform/cameras/avfoundation/guard.h"
-
-#import <CoreFoundation/CoreFoundation.h>
+#include "platform/cameras/avfoundation/main_loop.h"
 
 #include <dlfcn.h>
 #include <map>
@@ -15,19 +15,6 @@ namespace cameras {
 namespace avfoundation {
 
 namespace {
-
-// The framework notices what is plugged in and pulled out when the main run loop turns. A console program has
-// none that does, so it is turned once, if this is the main thread.
-void turnIdleMainLoop() {
-    const CFRunLoopRef main = CFRunLoopGetMain();
-    if (CFRunLoopGetCurrent() != main)
-        return;
-    if (const CFStringRef mode = CFRunLoopCopyCurrentMode(main)) {
-        CFRelease(mode); // it is turning
-        return;
-    }
-    CFRunLoopRunInMode(kCFRunLoopDefaultMode, 0, true);
-}
 
 // A name that some of the supported systems have and some of the SDKs declare; nil where there is none.
 NSString* ifPublished(const char* name) {
@@ -62,6 +49,7 @@ NSArray* attachedDevices() {
 class AvProvider : public CameraProvider {
 public:
     std::vector<std::shared_ptr<Camera>> list() override;
+    std::unique_ptr<ChangeWatch> watch() override { return watchDevices(); }
 
 private:
     struct Known {

@@ -1,3 +1,5 @@
+#include "support/avfoundation/state.h"
+
 #import <Foundation/NSNotification.h>
 
 #include <algorithm>
@@ -59,6 +61,11 @@ std::vector<Observation> observersOf(NSString* name, id object) {
 }
 
 } // namespace
+
+int ostrel::support::avfoundation::observations() {
+    const std::lock_guard<std::mutex> lock(g_mutex);
+    return static_cast<int>(g_observations.size());
+}
 
 @implementation NSNotificationCenter
 

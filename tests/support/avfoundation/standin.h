@@ -66,7 +66,7 @@ bool isStreaming(const std::string& identifier);
 int activeWidth(const std::string& identifier);
 // Calls that delegates got after they had been taken back.
 int lateCalls();
-// Sessions, inputs and outputs that nobody has let go of; waits a while for queues to run empty.
+// Sessions, inputs, outputs and observers that nobody has let go of; waits a while for queues to run empty.
 std::string leftBehind();
 // Wrong uses, in words.
 std::vector<std::string> misuse();

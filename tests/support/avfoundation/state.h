@@ -42,6 +42,7 @@ using WorldLock = std::lock_guard<std::recursive_mutex>;
 DeviceState& stateOf(AVCaptureDevice* device);
 const Format& scriptOf(AVCaptureDeviceFormat* format);
 void noteMisuse(const std::string& what);
+int observations(); // of notifications, by observers that have not been taken back
 // The program sees what has come and gone.
 void updateList();
 AVCaptureDevice* deviceWith(const std::string& identifier); // plugged; nil when there is none

@@ -171,6 +171,7 @@ std::string leftBehind() {
     count(world().inputs, " inputs ");
     count(world().outputs, " outputs ");
     count(liveQueues(), " queues ");
+    count(observations(), " observations ");
     return all;
 }
 

@@ -129,7 +129,10 @@ namespace standin = support::avfoundation;
 
 class AvFoundation : public Kind {
 public:
-    AvFoundation() { standin::reset(); }
+    AvFoundation() {
+        standin::reset();
+        standin::setLoopTurning(true);
+    }
     ~AvFoundation() override { standin::reset(); }
     std::shared_ptr<cameras::Camera> plug() override {
         standin::Device device;
@@ -141,12 +144,12 @@ public:
         device.startMilliseconds = 1;
         device.nilFrames = 10;
         standin::plug(device);
-        const auto cameras = provider_->list();
+        const auto cameras = cameras::attachedCameras();
         return cameras.empty() ? nullptr : cameras[0];
     }
     void unplug() override {
         standin::unplug("identifier");
-        provider_->list(); // lets go of it
+        cameras::attachedCameras(); // so that the listing lets go of it
     }
     bool streams() override { return standin::isStreaming("identifier"); }
     bool breakDown() override {
@@ -156,7 +159,7 @@ public:
     std::string leftBehind() override { return standin::leftBehind(); }
 
 private:
-    const std::shared_ptr<cameras::CameraProvider> provider_ = cameras::avfoundation::makeProvider();
+    const support::Machine machine_{cameras::avfoundation::makeProvider()};
 };
 #endif
 
