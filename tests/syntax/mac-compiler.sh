@@ -90,7 +90,7 @@ for architecture in arm64 x86_64; do
         "$nm" -m --defined-only "$folder/$architecture"/*.o 2>/dev/null | grep -v private |
             sed -n 's/.*external _OBJC_CLASS_\$_\(.*\)/exports class \1/p'
         "$nm" -u "$folder/$architecture"/*.o 2>/dev/null | sed 's/^ *U *//' |
-            sed -n 's/^_OBJC_CLASS_\$_\(.*\)/uses class \1/p; s/^_\(\(kCV\|CV\|CM\|CF\|kCF\|AV\|dispatch_\|NS\)[A-Za-z_]*\)$/uses \1/p'
+            sed -n 's/^_OBJC_CLASS_\$_\(.*\)/uses class \1/p; s/^_\(\(kCV\|kCM\|CV\|CM\|CF\|kCF\|AV\|dispatch_\|NS\)[A-Za-z_]*\)$/uses \1/p'
     } | grep -v 'uses class \(QTCapture\|VideoCapture\|Ostrel\)' | sort -u >"$found"
     diff tests/syntax/mac-symbols.txt "$found" || {
         echo "the classes and framework names of the $architecture objects differ from tests/syntax/mac-symbols.txt" >&2

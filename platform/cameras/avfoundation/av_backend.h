@@ -23,6 +23,7 @@ public:
     bool attached() const override;
     Error open() override;
     void close() override;
+    Error modes(NativeModes& modes) override;
     Error start(const Request& request, const std::shared_ptr<Outlet>& outlet) override;
     void stop() override;
     bool canServeBetter(const Request& request) override;

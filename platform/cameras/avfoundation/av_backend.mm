@@ -5,6 +5,7 @@
 #include "platform/cameras/messages.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <poll.h>
 
 namespace ostrel {
@@ -75,15 +76,24 @@ void AvBackend::close() {
     input_.reset();
 }
 
+Error AvBackend::modes(NativeModes& modes) {
+    const Pool pool;
+    addModes(device_.get(), modes);
+    return Error();
+}
+
 Error AvBackend::start(const Request& request, const std::shared_ptr<Outlet>& outlet) {
     const Pool pool;
     if (Error why = refused())
         return why;
+    const std::vector<Offer> offers = offersFor(request, device_.get());
+    if (offers.empty() && !request.wish.any())
+        return attached() ? modeNotOffered(where_, request.wish) : unplugged(where_);
     const auto inbox = std::make_shared<Inbox>(outlet->figures());
     if (!inbox->valid())
         return Error(where_ + " could not be started: " + reason(EMFILE), EMFILE);
     auto session = std::make_unique<AvSession>(device_.get(), input_.get());
-    const std::string why = session->start(offersFor(request, device_.get()), inbox);
+    const std::string why = session->start(offers, inbox);
     if (!why.empty())
         return failed("Cannot start", why);
     figures_ = outlet->figures();
@@ -172,12 +182,34 @@ int64_t AvBackend::longestPause() {
     return rate > 0 ? static_cast<int64_t>(5 * static_cast<double>(NANOSECONDS_PER_SECOND) / rate) : 1;
 }
 
+namespace {
+
+// The number behind a word of a model's name; 0 where it has none.
+int numberBehind(const std::string& word, const std::string& model) {
+    const size_t place = model.find(word);
+    return place == std::string::npos ? 0 : std::atoi(model.c_str() + place + word.size());
+}
+
+// A USB camera's model is "UVC Camera VendorID_1133 ProductID_2093"; of others nobody is told more than a
+// name.
+CameraDetails detailsOf(AVCaptureDevice* device) {
+    const std::string model = textOf([device modelID]);
+    CameraDetails details;
+    details.kind = "AVFoundation";
+    details.vendor = numberBehind("VendorID_", model);
+    details.product = numberBehind("ProductID_", model);
+    return details;
+}
+
+} // namespace
+
 std::shared_ptr<StreamingCamera> makeCamera(AVCaptureDevice* device) {
     const std::string identifier = textOf([device uniqueID]);
     const std::string name = textOf([device localizedName]);
     const std::string shown = name.empty() ? identifier : name;
-    return std::make_shared<StreamingCamera>(StreamingCamera::Identity{identifier, shown, shown},
-                                             std::make_shared<AvBackend>(device, shown));
+    return std::make_shared<StreamingCamera>(
+        StreamingCamera::Identity{identifier, shown, shown, detailsOf(device)},
+        std::make_shared<AvBackend>(device, shown));
 }
 
 } // namespace avfoundation

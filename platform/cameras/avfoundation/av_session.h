@@ -32,6 +32,7 @@ public:
 private:
     std::string connect();
     void chooseFormat(const std::vector<Offer>& offers);
+    void choosePace(const CMTime& frameDuration);
 
     const Owned<AVCaptureDevice> device_;
     const Owned<AVCaptureDeviceInput> input_;

@@ -60,8 +60,16 @@ std::string AvSession::connect() {
 
 void AvSession::chooseFormat(const std::vector<Offer>& offers) {
     for (const Offer& offer : offers)
-        if (guarded([&] { [device_.get() setActiveFormat:offer.format]; }).empty())
+        if (guarded([&] { [device_.get() setActiveFormat:offer.format]; }).empty()) {
+            choosePace(offer.frameDuration);
             return;
+        }
+}
+
+// Invalid ones take back what an earlier stream asked for: a format that stays keeps it.
+void AvSession::choosePace(const CMTime& frameDuration) {
+    guarded([&] { [device_.get() setActiveVideoMinFrameDuration:frameDuration]; });
+    guarded([&] { [device_.get() setActiveVideoMaxFrameDuration:frameDuration]; });
 }
 
 std::string AvSession::start(const std::vector<Offer>& offers, const std::shared_ptr<Inbox>& inbox) {

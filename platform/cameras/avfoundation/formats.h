@@ -13,12 +13,17 @@ namespace cameras {
 namespace avfoundation {
 
 struct Offer {
-    Candidate candidate; // with the shortest interval
+    Candidate candidate; // with the wished interval, else the shortest
     AVCaptureDeviceFormat* format;
+    CMTime frameDuration; // invalid: the system's own
 };
 
-// The best first; what is slower than the request bears is left out. The formats are the device's.
+// Of what fits the wish the best first; what is slower than the request bears is left out. The formats are
+// the device's.
 std::vector<Offer> offersFor(const Request& request, AVCaptureDevice* device);
+
+// All of them, each with each of its ranges of rates. The system makes pictures of any.
+void addModes(AVCaptureDevice* device, NativeModes& modes);
 
 // What the device has been given.
 Mode activeMode(AVCaptureDevice* device);

@@ -37,12 +37,14 @@ int costOf(uint32_t subtype) {
     }
 }
 
+// As in the other kinds of camera, without blanks at the end.
 std::string textOf(uint32_t subtype) {
     std::string text;
     for (int shift = 24; shift >= 0; shift -= 8) {
         const uint32_t character = subtype >> shift & 0xff;
         text += character >= ' ' && character <= '~' ? static_cast<char>(character) : '?';
     }
+    text.erase(text.find_last_not_of(' ') + 1);
     return text;
 }
 
@@ -55,13 +57,38 @@ Interval intervalOf(const CMTime& time) {
     return interval;
 }
 
-double highestRate(AVCaptureDeviceFormat* format) {
-    double highest = 0;
-    forEachObject([format videoSupportedFrameRateRanges], [&](id range) {
-        highest = std::max(highest, [static_cast<AVFrameRateRange*>(range) maxFrameRate]);
+// To the digit: the device takes no duration that is outside its ranges by the least bit, and rates are
+// rounded.
+std::vector<IntervalRange> rangesOf(AVCaptureDeviceFormat* format) {
+    std::vector<IntervalRange> ranges;
+    forEachObject([format videoSupportedFrameRateRanges], [&](id one) {
+        AVFrameRateRange* const range = one;
+        ranges.push_back({intervalOf([range minFrameDuration]), intervalOf([range maxFrameDuration])});
         return true;
     });
-    return highest;
+    return ranges;
+}
+
+Interval shortest(const std::vector<IntervalRange>& ranges) {
+    Interval found;
+    for (const IntervalRange& range : ranges)
+        if (range.shortest.rate() > found.rate())
+            found = range.shortest;
+    return found;
+}
+
+// False when the format has none that fits the wish. Where nobody wishes, it is the system's affair.
+bool choosePace(const std::vector<IntervalRange>& ranges, const Interval& wished, Offer& offer) {
+    offer.frameDuration = kCMTimeInvalid;
+    offer.candidate.interval = shortest(ranges);
+    if (!wished.known())
+        return true;
+    if (!chooseInterval(ranges, wished, offer.candidate.interval))
+        return false;
+    const Interval& chosen = offer.candidate.interval;
+    if (chosen.denominator <= INT32_MAX)
+        offer.frameDuration = CMTimeMake(chosen.numerator, static_cast<int32_t>(chosen.denominator));
+    return true;
 }
 
 Size sizeOf(AVCaptureDeviceFormat* format) {
@@ -72,24 +99,47 @@ Size sizeOf(AVCaptureDeviceFormat* format) {
 } // namespace
 
 std::vector<Offer> offersFor(const Request& request, AVCaptureDevice* device) {
-    std::vector<AVCaptureDeviceFormat*> formats;
+    std::vector<Offer> fitting;
     std::vector<Candidate> candidates;
     forEachObject([device formats], [&](id one) {
-        AVCaptureDeviceFormat* const format = one;
-        Candidate candidate;
-        candidate.fourcc = static_cast<uint32_t>(formats.size()); // by which it is found again
-        candidate.size = sizeOf(format);
-        candidate.interval = cameras::intervalOf(highestRate(format));
-        candidate.cost = costOf(CMFormatDescriptionGetMediaSubType([format formatDescription]));
-        formats.push_back(format);
-        if (pixels::sizeIsSane(candidate.size.width, candidate.size.height))
-            candidates.push_back(candidate);
+        Offer offer = {Candidate(), one, kCMTimeInvalid};
+        const uint32_t subtype = CMFormatDescriptionGetMediaSubType([offer.format formatDescription]);
+        const Size size = sizeOf(offer.format);
+        offer.candidate.fourcc = static_cast<uint32_t>(fitting.size()); // by which it is found again
+        offer.candidate.size = size;
+        offer.candidate.cost = costOf(subtype);
+        const ModeWish& wish = request.wish;
+        const bool fits = pixels::sizeIsSane(size.width, size.height) && offers({size, size}, wish.size) &&
+                          (wish.format.empty() || wish.format == textOf(subtype));
+        if (fits && choosePace(rangesOf(offer.format), wish.interval, offer)) {
+            fitting.push_back(offer);
+            candidates.push_back(offer.candidate);
+        }
         return true;
     });
     std::vector<Offer> offers;
     for (const Candidate& candidate : ranked(std::move(candidates), request.size, request.leastRate))
-        offers.push_back({candidate, formats[candidate.fourcc]});
+        offers.push_back(fitting[candidate.fourcc]);
     return offers;
+}
+
+void addModes(AVCaptureDevice* device, NativeModes& modes) {
+    forEachObject([device formats], [&](id one) {
+        AVCaptureDeviceFormat* const format = one;
+        NativeMode mode;
+        mode.format = textOf(CMFormatDescriptionGetMediaSubType([format formatDescription]));
+        mode.sizes.least = mode.sizes.most = sizeOf(format);
+        if (!pixels::sizeIsSane(mode.sizes.most.width, mode.sizes.most.height))
+            return true;
+        std::vector<IntervalRange> ranges = rangesOf(format);
+        if (ranges.empty())
+            ranges.push_back(IntervalRange());
+        for (const IntervalRange& range : ranges) {
+            mode.intervals = range;
+            modes.push_back(mode);
+        }
+        return true;
+    });
 }
 
 Mode activeMode(AVCaptureDevice* device) {

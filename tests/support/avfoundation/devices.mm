@@ -27,21 +27,72 @@ FourCharCode CMFormatDescriptionGetMediaSubType(CMFormatDescriptionRef descripti
     return description->script.subtype;
 }
 
+const CMTime kCMTimeInvalid = {};
+
+CMTime CMTimeMake(int64_t value, int32_t timescale) {
+    return {value, timescale, 1, 0};
+}
+
+namespace {
+
+struct Range {
+    CMTime shortest, longest;
+};
+
+CMTime durationAt(double rate) {
+    return CMTimeMake(1000, static_cast<int32_t>(std::lround(rate * 1000)));
+}
+
+std::vector<Range> rangesOf(const Format& script) {
+    std::vector<Range> ranges = {{durationAt(script.rate), durationAt(script.slowest)}};
+    for (const double rate : script.otherRates)
+        ranges.push_back({durationAt(rate), durationAt(rate)});
+    return ranges;
+}
+
+bool isShorter(const CMTime& one, const CMTime& other) {
+    return one.value * other.timescale < other.value * one.timescale;
+}
+
+bool isOffered(const CMTime& duration, const Format& script) {
+    if (!duration.flags)
+        return true;
+    const std::vector<Range> ranges = rangesOf(script);
+    return std::any_of(ranges.begin(), ranges.end(), [&](const Range& range) {
+        return !isShorter(duration, range.shortest) && !isShorter(range.longest, duration);
+    });
+}
+
+void setDuration(AVCaptureDevice* device, CMTime DeviceState::*duration, const CMTime& value) {
+    bool raises = false;
+    {
+        const WorldLock lock(world().mutex);
+        DeviceState& own = stateOf(device);
+        raises = own.locks == 0 || !isOffered(value, scriptOf(own.active));
+        if (!raises)
+            own.*duration = value;
+    }
+    if (raises)
+        ostrelRaise(@"-[AVCaptureDevice setActiveVideoFrameDuration:] Unsupported frame duration");
+}
+
+} // namespace
+
 @implementation AVFrameRateRange
-- (id)initWithRate:(double)rate {
+- (id)initWithRange:(const Range&)range {
     if ((self = [super init]))
-        state = new double(rate);
+        state = new Range(range);
     return self;
 }
 - (void)dealloc {
-    delete static_cast<double*>(state);
+    delete static_cast<Range*>(state);
     [super dealloc];
 }
-- (double)minFrameRate {
-    return 1;
+- (CMTime)minFrameDuration {
+    return static_cast<Range*>(state)->shortest;
 }
-- (double)maxFrameRate {
-    return *static_cast<double*>(state);
+- (CMTime)maxFrameDuration {
+    return static_cast<Range*>(state)->longest;
 }
 @end
 
@@ -59,9 +110,10 @@ FourCharCode CMFormatDescriptionGetMediaSubType(CMFormatDescriptionRef descripti
     return static_cast<opaqueCMFormatDescription*>(state);
 }
 - (NSArray*)videoSupportedFrameRateRanges {
-    const double rate = [self formatDescription]->script.rate;
-    AVFrameRateRange* const range = [[[AVFrameRateRange alloc] initWithRate:rate] autorelease];
-    return [NSArray arrayWithObject:range];
+    NSMutableArray* const ranges = [NSMutableArray array];
+    for (const Range& one : rangesOf([self formatDescription]->script))
+        [ranges addObject:[[[AVFrameRateRange alloc] initWithRange:one] autorelease]];
+    return ranges;
 }
 @end
 
@@ -110,7 +162,7 @@ const Format& ostrel::support::avfoundation::scriptOf(AVCaptureDeviceFormat* for
     return text(stateOf(self).script.name);
 }
 - (NSString*)modelID {
-    return @"UVC Camera VendorID_1452 ProductID_34304";
+    return text(stateOf(self).script.model);
 }
 - (BOOL)isConnected {
     const WorldLock lock(world().mutex);
@@ -128,17 +180,24 @@ const Format& ostrel::support::avfoundation::scriptOf(AVCaptureDeviceFormat* for
     {
         const WorldLock lock(world().mutex);
         raises = stateOf(self).locks == 0 || scriptOf(format).refused;
-        if (!raises)
+        if (!raises && stateOf(self).active != format) {
             stateOf(self).active = format;
+            stateOf(self).shortest = stateOf(self).longest = kCMTimeInvalid;
+        }
     }
     if (raises)
         ostrelRaise(@"-[AVCaptureDevice setActiveFormat:] Unsupported format");
 }
 - (CMTime)activeVideoMinFrameDuration {
     const WorldLock lock(world().mutex);
-    CMTime shortest = {1000, 0, 1, 0};
-    shortest.timescale = static_cast<int32_t>(std::lround(scriptOf(stateOf(self).active).rate * 1000));
-    return shortest;
+    const DeviceState& own = stateOf(self);
+    return own.shortest.flags ? own.shortest : durationAt(scriptOf(own.active).rate);
+}
+- (void)setActiveVideoMinFrameDuration:(CMTime)duration {
+    setDuration(self, &DeviceState::shortest, duration);
+}
+- (void)setActiveVideoMaxFrameDuration:(CMTime)duration {
+    setDuration(self, &DeviceState::longest, duration);
 }
 - (BOOL)lockForConfiguration:(NSError**)outError {
     const WorldLock lock(world().mutex);

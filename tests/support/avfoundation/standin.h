@@ -3,7 +3,9 @@
 //   - what was on a queue when a session stopped still reaches the delegate, and a little more besides
 //   - rows are padded, the last one is not; the fourth byte is anything
 //   - a session's frames stop coming while its clients hold more than eight buffers
-//   - setters raise exceptions where they may; a start takes its time
+//   - setters raise exceptions where they may, for a rate that is next to one on offer, too; a start takes
+//   its
+//     time
 //   - the list of devices stands still until the main run loop turns, where it is told to
 //   - what is plugged in again is a new object; the old one never connects again
 #ifndef OSTREL_TESTS_SUPPORT_AVFOUNDATION_STANDIN_H
@@ -18,7 +20,9 @@ namespace ostrel::support::avfoundation {
 struct Format {
     int width = 640; // pixels
     int height = 480;
-    double rate = 30;                  // frames a second
+    double rate = 30;                  // frames a second, at most and unless others are asked for
+    double slowest = 1;                // of any rate up to that
+    std::vector<double> otherRates;    // single ones, beside those
     uint32_t subtype = 0x34323076;     // "420v"
     bool refused = false;              // setActiveFormat: raises an exception
     int sentWidth = 0, sentHeight = 0; // of the frames, where it is not the format's
@@ -33,6 +37,7 @@ struct Device {
     int startMilliseconds = 5;
     int nilFrames = 0;       // every so-many-th sample has no picture; 0: none
     unsigned char grey = 77; // of all pixels
+    std::string model = "UVC Camera VendorID_1452 ProductID_34304";
 };
 
 enum class Trouble {

@@ -19,6 +19,7 @@ struct DeviceState {
     Device script;
     NSArray* formats = nil;              // retained
     AVCaptureDeviceFormat* active = nil; // one of them
+    CMTime shortest = {}, longest = {};  // between frames, where the format's own are not kept
     int locks = 0;
     bool connected = true;         // as the program sees it
     bool present = true;           // as it is

@@ -50,8 +50,8 @@ enum {
 @private
     void* state;
 }
-- (double)minFrameRate;
-- (double)maxFrameRate;
+- (CMTime)minFrameDuration;
+- (CMTime)maxFrameDuration;
 @end
 
 @interface AVCaptureDeviceFormat : NSObject {
@@ -75,6 +75,8 @@ enum {
 - (AVCaptureDeviceFormat*)activeFormat;
 - (void)setActiveFormat:(AVCaptureDeviceFormat*)format;
 - (CMTime)activeVideoMinFrameDuration;
+- (void)setActiveVideoMinFrameDuration:(CMTime)duration;
+- (void)setActiveVideoMaxFrameDuration:(CMTime)duration;
 - (BOOL)lockForConfiguration:(NSError**)outError;
 - (void)unlockForConfiguration;
 @end

@@ -28,6 +28,9 @@ typedef struct {
 } CMTime;
 #pragma pack(pop)
 
+extern const CMTime kCMTimeInvalid;
+
+CMTime CMTimeMake(int64_t value, int32_t timescale);
 CVImageBufferRef CMSampleBufferGetImageBuffer(CMSampleBufferRef sample);
 CMVideoDimensions CMVideoFormatDescriptionGetDimensions(CMVideoFormatDescriptionRef description);
 FourCharCode CMFormatDescriptionGetMediaSubType(CMFormatDescriptionRef description);
