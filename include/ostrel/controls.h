@@ -1,4 +1,5 @@
-// A camera's own controls: brightness, exposure, focus and the like (Linux).
+// A camera's own controls: brightness, exposure, focus and the like (over the system's own QTKit there are
+// none).
 #ifndef OSTREL_CONTROLS_H
 #define OSTREL_CONTROLS_H
 

@@ -24,7 +24,7 @@ public:
     ~OVideoDeviceDetails();
 
     bool isAttached() const; // else nothing is known
-    QString kind() const;    // by what it is captured from: "V4L2", "virtual"; others may come
+    QString kind() const;    // by what it is captured from: "V4L2", "AVFoundation", "virtual"; more may come
     QString node() const;    // "/dev/video0"
     QString driver() const;  // of the kernel, "uvcvideo"
     QString bus() const;     // where it is plugged in, "0000:00:14.0-usb-2", "PCI:0000:03:00.0"

@@ -1,4 +1,4 @@
-// The native modes of a camera, and which of them captures use (Linux).
+// The native modes of a camera, and which of them captures use (over the system's own QTKit none are told).
 #ifndef OSTREL_MODES_H
 #define OSTREL_MODES_H
 
