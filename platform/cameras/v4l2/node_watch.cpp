@@ -2,15 +2,14 @@
 
 #include "platform/cameras/descriptor_set.h"
 #include "platform/cameras/v4l2/udev.h"
+#include "platform/cameras/watch_sources.h"
 
 #include <cerrno>
 #include <cstring>
 #include <fstream>
 #include <sstream>
-#include <sys/inotify.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
-#include <sys/timerfd.h>
 #include <unistd.h>
 
 namespace ostrel {
@@ -19,25 +18,8 @@ namespace v4l2 {
 
 namespace {
 
-const time_t kBetweenLooks = 1; // seconds
-
 const char* const kLoopbacks = "/sys/devices/virtual/video4linux";
 const char* const kUdevRuns = "/run/udev/control";
-
-class Descriptor {
-public:
-    explicit Descriptor(int number) : number_(number) {}
-    ~Descriptor() {
-        if (number_ >= 0)
-            ::close(number_);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    int number() const { return number_; }
-
-private:
-    const int number_;
-};
 
 // Whether the kernel itself makes the nodes in the folder.
 bool isFilledByKernel(const std::string& folder) {
@@ -56,44 +38,6 @@ bool isFilledByKernel(const std::string& folder) {
     }
     return false;
 }
-
-class Inotify {
-public:
-    // Nothing is told where the folder is missing or the system has no watch left.
-    explicit Inotify(const std::string& folder) : descriptor_(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK)) {
-        const uint32_t events = IN_CREATE | IN_DELETE | IN_ATTRIB | IN_MOVED_FROM | IN_MOVED_TO | IN_ONLYDIR;
-        watches_ = ::inotify_add_watch(descriptor_.number(), folder.c_str(), events) >= 0;
-    }
-
-    bool watches() const { return watches_; }
-    int descriptor() const { return descriptor_.number(); }
-
-    // Whether any event since the call before has to do with a video node.
-    bool changed() {
-        bool any = false;
-        alignas(inotify_event) char buffer[4096];
-        ssize_t bytes = 0;
-        while ((bytes = ::read(descriptor_.number(), buffer, sizeof(buffer))) > 0) {
-            for (ssize_t at = 0; at < bytes;) {
-                const auto* event = reinterpret_cast<const inotify_event*>(buffer + at);
-                any = isOfInterest(*event) || any;
-                at += static_cast<ssize_t>(sizeof(inotify_event) + event->len);
-            }
-        }
-        return any;
-    }
-
-private:
-    bool isOfInterest(const inotify_event& event) {
-        if (event.mask & IN_IGNORED) // the folder has gone
-            watches_ = false;
-        const bool lost = event.mask & (IN_Q_OVERFLOW | IN_IGNORED);
-        return lost || (event.len > 0 && std::strncmp(event.name, "video", 5) == 0);
-    }
-
-    const Descriptor descriptor_;
-    bool watches_ = false;
-};
 
 // What udev says once its rules have run.
 class UdevMessages {
@@ -128,33 +72,14 @@ private:
     UdevMonitor monitor_;
 };
 
-class Looks {
-public:
-    Looks() : descriptor_(::timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK)) {}
-
-    int descriptor() const { return descriptor_.number(); }
-
-    bool changed() {
-        uint64_t times = 0;
-        return ::read(descriptor_.number(), &times, sizeof(times)) > 0;
-    }
-    void switchOn(bool on) {
-        if (on == on_)
-            return;
-        itimerspec time = {};
-        time.it_value.tv_sec = time.it_interval.tv_sec = on ? kBetweenLooks : 0;
-        ::timerfd_settime(descriptor_.number(), 0, &time, nullptr);
-        on_ = on;
-    }
-
-private:
-    const Descriptor descriptor_;
-    bool on_ = false;
-};
+bool isVideoNode(const char* name) {
+    return std::strncmp(name, "video", 5) == 0;
+}
 
 class NodeWatch : public ChangeWatch {
 public:
-    explicit NodeWatch(const NodeSources& sources) : sources_(sources), inotify_(sources.folder) {
+    explicit NodeWatch(const NodeSources& sources)
+        : sources_(sources), inotify_(sources.folder, isVideoNode) {
         complete_ = set_.add(looks_.descriptor());
         complete_ = (set_.add(inotify_.descriptor()) || !inotify_.watches()) && complete_;
         set_.add(udev_.descriptor());
@@ -178,7 +103,7 @@ private:
     }
 
     const NodeSources sources_;
-    Inotify inotify_;
+    FolderEvents inotify_;
     UdevMessages udev_;
     Looks looks_;
     DescriptorSet set_; // after what is in it
