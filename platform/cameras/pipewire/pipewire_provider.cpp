@@ -47,6 +47,13 @@ std::string nameOf(const CameraNode& node) {
     return "Camera";
 }
 
+CameraDetails detailsOf(const CameraNode& node) {
+    CameraDetails details = node.details;
+    details.kind = "PipeWire";
+    details.node = validUtf8(node.name);
+    return details;
+}
+
 std::string whereOf(const CameraNode& node) {
     return nameOf(node) + " (PipeWire)";
 }
@@ -59,7 +66,7 @@ public:
         std::vector<std::shared_ptr<Camera>> result;
         for (const CameraNode& node : cameras())
             result.push_back(std::make_shared<StreamingCamera>(
-                StreamingCamera::Identity{identifierOf(node), nameOf(node), whereOf(node), CameraDetails(),
+                StreamingCamera::Identity{identifierOf(node), nameOf(node), whereOf(node), detailsOf(node),
                                           devicesOf(node)},
                 std::make_shared<PipewireBackend>(remote_, node, whereOf(node))));
         return result;
