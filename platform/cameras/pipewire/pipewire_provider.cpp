@@ -1,6 +1,7 @@
 #include "platform/cameras/pipewire/pipewire_provider.h"
 
 #include "platform/cameras/device_texts.h"
+#include "platform/cameras/pipewire/daemon_watch.h"
 #include "platform/cameras/pipewire/pipewire_backend.h"
 #include "platform/cameras/streaming_camera.h"
 
@@ -71,6 +72,8 @@ public:
                 std::make_shared<PipewireBackend>(remote_, node, whereOf(node))));
         return result;
     }
+
+    std::unique_ptr<ChangeWatch> watch() override { return watchDaemon(remote_); }
 
     std::vector<NodeReport> nodes() override {
         std::vector<NodeReport> result;
