@@ -118,6 +118,15 @@ Error modeNotOffered(const std::string& where, const ModeWish& wish) {
     return Error(where + " offers no mode that fits " + text(wish));
 }
 
+Error runsInAnotherMode(const std::string& where, const Mode& running, const ModeWish& wish) {
+    ModeWish runs;
+    runs.format = running.format;
+    runs.size = running.size;
+    runs.interval = running.interval;
+    return Error(where + " runs for another program as " + text(runs) + ", which does not fit " + text(wish),
+                 EBUSY);
+}
+
 Error modesUntold(const std::string& where, int number) {
     return isGone(number) ? unplugged(where)
                           : Error(where + " did not tell all of its modes: " + reason(number), number);

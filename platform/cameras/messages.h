@@ -35,6 +35,8 @@ Error startFailed(const std::string& where, const std::vector<Refusal>& refusals
 Error streamFailed(const std::string& where, int number);
 Error unplugged(const std::string& where);
 Error modeNotOffered(const std::string& where, const ModeWish& wish);
+// For another program, which has to stop first.
+Error runsInAnotherMode(const std::string& where, const Mode& running, const ModeWish& wish);
 // The errno with which a driver broke off.
 Error modesUntold(const std::string& where, int number);
 Error notYetAsked(const std::string& where);

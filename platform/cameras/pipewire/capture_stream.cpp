@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <vector>
 
 namespace ostrel {
 namespace cameras {
@@ -52,7 +53,7 @@ CaptureStream::~CaptureStream() {
     connection_->suspend(node_, own);
 }
 
-int CaptureStream::begin(const Candidate& picture) {
+int CaptureStream::begin(const Candidate& picture, const ModeWish& wish) {
     if (buffers_->descriptor() < 0)
         return EMFILE;
     const Library& library = connection_->library();
@@ -82,8 +83,7 @@ int CaptureStream::begin(const Candidate& picture) {
 
     uint8_t memory[4096];
     spa_pod_builder builder = SPA_POD_BUILDER_INIT(memory, sizeof memory);
-    const spa_pod* offers[] = {exactly(builder, picture), anyRaw(builder, picture.size),
-                               anyJpeg(builder, picture.size)};
+    std::vector<const spa_pod*> words = wordsFor(builder, picture, wish);
     // DONT_RECONNECT: without it the session manager answers a camera that has left with another camera.
     // RT_PROCESS: the data thread calls by itself. Without it, old versions pass the call on to the loop,
     // where it may still wait when the stream is destroyed.
@@ -91,7 +91,7 @@ int CaptureStream::begin(const Candidate& picture) {
         stream_, PW_DIRECTION_INPUT, PW_ID_ANY,
         static_cast<pw_stream_flags>(PW_STREAM_FLAG_AUTOCONNECT | PW_STREAM_FLAG_DONT_RECONNECT |
                                      PW_STREAM_FLAG_MAP_BUFFERS | PW_STREAM_FLAG_RT_PROCESS),
-        offers, 3);
+        words.data(), static_cast<uint32_t>(words.size()));
     return result < 0 ? -result : 0;
 }
 

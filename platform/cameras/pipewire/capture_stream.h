@@ -30,8 +30,8 @@ public:
     CaptureStream& operator=(const CaptureStream&) = delete;
 
     // Asks for the picture, which is one of the node's offers; what a node that runs already has is taken as
-    // it is. Waits for nothing. 0 or errno.
-    int begin(const Candidate& picture);
+    // it is if it fits the wish. Waits for nothing. 0 or errno.
+    int begin(const Candidate& picture, const ModeWish& wish);
     // Until the camera runs. 0, or errno: EBUSY in use, ENODEV the camera has left, EPIPE the daemon has
     // gone, EAGAIN the session manager would not connect it now, ETIMEDOUT nobody connected it by that time
     // of CLOCK_MONOTONIC.

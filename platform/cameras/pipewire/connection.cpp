@@ -16,11 +16,6 @@ namespace pipewire {
 
 namespace {
 
-std::string text(const spa_dict* properties, const char* key) {
-    const char* const value = properties ? spa_dict_lookup(properties, key) : nullptr;
-    return value ? value : "";
-}
-
 uint32_t number(const spa_dict* properties, const char* key) {
     const std::string digits = text(properties, key);
     return digits.empty() ? SPA_ID_INVALID : static_cast<uint32_t>(std::strtoul(digits.c_str(), nullptr, 10));
@@ -77,8 +72,8 @@ struct Connection::Bound {
     CameraNode camera; // of a node
     uint32_t device = SPA_ID_INVALID;
     std::string deviceNumbers; // of a device
-    std::vector<Offer> offers; // of a node, as they come
-    std::vector<uint32_t> formats;
+    CameraDetails details;
+    std::map<int, std::vector<Offer>> answers; // of a node, as they come, by the number of the question
 };
 
 Connection::Connection(const Library& library) : library_(library) {}
@@ -293,6 +288,7 @@ void Connection::describe(Bound& node, const pw_node_info* info) {
         node.camera.name = text(info->props, PW_KEY_NODE_NAME);
         node.camera.description = text(info->props, PW_KEY_NODE_DESCRIPTION);
         node.camera.v4l2Path = text(info->props, "api.v4l2.path");
+        node.camera.details = readDetails(info->props);
         device = node.device = number(info->props, PW_KEY_DEVICE_ID);
     }
     node.connection.bindDevice(device);
@@ -304,16 +300,22 @@ void Connection::onDeviceInfo(void* data, const pw_device_info* info) {
     if (!(info->change_mask & PW_DEVICE_CHANGE_MASK_PROPS))
         return;
     guarded([&] {
-        const std::lock_guard<std::mutex> lock(device.connection.mutex_);
-        device.deviceNumbers = text(info->props, "device.devids");
+        {
+            const std::lock_guard<std::mutex> lock(device.connection.mutex_);
+            device.deviceNumbers = text(info->props, "device.devids");
+            device.details = readDetails(info->props);
+        }
+        device.connection.tell([](Watcher& watcher) { watcher.camerasChanged(); });
     });
 }
 
-void Connection::onNodeParam(void* data, int, uint32_t, uint32_t, uint32_t, const spa_pod* param) {
+void Connection::onNodeParam(void* data, int question, uint32_t, uint32_t, uint32_t, const spa_pod* param) {
     auto& node = *static_cast<Bound*>(data);
     guarded([&] {
         const std::lock_guard<std::mutex> lock(node.connection.mutex_);
-        addOffers(param, node.offers, node.formats);
+        const auto answer = node.answers.find(question);
+        if (answer != node.answers.end())
+            addOffers(param, answer->second);
     });
 }
 
@@ -352,8 +354,10 @@ std::vector<CameraNode> Connection::cameras() const {
     for (const auto& node : nodes_) {
         all.push_back(node.second->camera);
         const auto device = devices_.find(node.second->device);
-        if (device != devices_.end())
+        if (device != devices_.end()) {
             all.back().deviceNumbers = device->second->deviceNumbers;
+            complete(all.back().details, device->second->details);
+        }
     }
     return all;
 }
@@ -384,35 +388,35 @@ bool Connection::isOver() const {
     return over_;
 }
 
-int Connection::ask(const std::string& serial, int64_t deadline, std::vector<Offer>& offers,
-                    std::vector<uint32_t>& all) {
+int Connection::ask(const std::string& serial, int64_t deadline, std::vector<Offer>& offers) {
     uint32_t id = SPA_ID_INVALID;
+    int question = 0;
     {
-        const Lock loop(*this); // so that the node stays
-        pw_node* node = nullptr;
+        const Lock loop(*this); // so that the node stays, and no answer comes before it is expected
+        Bound* node = nullptr;
         {
             const std::lock_guard<std::mutex> lock(mutex_);
             for (const auto& one : nodes_)
                 if (one.second->camera.serial == serial) {
                     id = one.first;
-                    node = reinterpret_cast<pw_node*>(one.second->proxy);
-                    one.second->offers.clear();
-                    one.second->formats.clear();
+                    node = one.second.get();
                 }
         }
         if (!node)
             return ENODEV;
-        pw_node_enum_params(node, 0, SPA_PARAM_EnumFormat, 0, UINT32_MAX, nullptr);
+        question = pw_node_enum_params(reinterpret_cast<pw_node*>(node->proxy), 0, SPA_PARAM_EnumFormat, 0,
+                                       UINT32_MAX, nullptr);
+        const std::lock_guard<std::mutex> lock(mutex_);
+        node->answers[question].clear();
     }
-    if (const int error = roundTrip(deadline))
-        return error;
+    int error = roundTrip(deadline);
     const std::lock_guard<std::mutex> lock(mutex_);
     const auto node = nodes_.find(id);
     if (node == nodes_.end())
-        return ENODEV;
-    offers = node->second->offers;
-    all = node->second->formats;
-    return 0;
+        return error ? error : ENODEV;
+    offers = std::move(node->second->answers[question]);
+    node->second->answers.erase(question);
+    return error;
 }
 
 void Connection::suspend(uint32_t node, uint32_t consumer) {

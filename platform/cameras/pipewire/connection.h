@@ -4,6 +4,7 @@
 
 #include "platform/cameras/pipewire/camera_node.h"
 #include "platform/cameras/pipewire/library.h"
+#include "platform/cameras/pipewire/video_formats.h"
 
 #include <condition_variable>
 #include <cstdint>
@@ -54,10 +55,8 @@ public:
     std::string version() const; // of the daemon
     bool isOver() const;         // the daemon has gone
 
-    // Asks a node for the formats that it offers: those that can be converted, and the names of all. 0 or
-    // errno: ENODEV when there is no such node.
-    int ask(const std::string& serial, int64_t deadline, std::vector<Offer>& offers,
-            std::vector<uint32_t>& all);
+    // Asks a node for the formats that it offers. 0 or errno: ENODEV when there is no such node.
+    int ask(const std::string& serial, int64_t deadline, std::vector<Offer>& offers);
     // How many other programs and streams get this node's pictures at present.
     int consumers(uint32_t node) const;
 
@@ -107,7 +106,7 @@ private:
                          const spa_dict* properties);
     static void onGlobalRemove(void* data, uint32_t id);
     static void onNodeInfo(void* data, const pw_node_info* info);
-    static void onNodeParam(void* data, int, uint32_t, uint32_t, uint32_t, const spa_pod* param);
+    static void onNodeParam(void* data, int question, uint32_t, uint32_t, uint32_t, const spa_pod* param);
     static void onDeviceInfo(void* data, const pw_device_info* info);
 
     const Library& library_;

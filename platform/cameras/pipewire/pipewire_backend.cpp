@@ -5,6 +5,7 @@
 #include "platform/cameras/pixels/pixel_format.h"
 #include "platform/cameras/start_attempts.h"
 #include "platform/cameras/unusable_formats.h"
+#include "platform/cameras/wishes.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -27,6 +28,24 @@ const int64_t kPatience = 5 * NANOSECONDS_PER_SECOND;
 // A session manager that has just taken a camera apart gives it out again when it is done with that.
 const int64_t kManagersPatience = NANOSECONDS_PER_SECOND;
 const std::chrono::milliseconds kPause(20);
+
+Mode modeOf(const Granted& granted) {
+    Mode mode;
+    mode.format = pixels::fourccText(granted.fourcc);
+    mode.size = granted.size;
+    mode.interval = granted.interval;
+    mode.hasPicture = granted.layout != pixels::Layout::Opaque;
+    return mode;
+}
+
+// Whatever is asked for, a node that runs gives what it has.
+bool fits(const Mode& mode, const ModeWish& wish) {
+    NativeMode native;
+    native.format = mode.format;
+    native.sizes.least = native.sizes.most = mode.size;
+    native.intervals = {mode.interval, mode.interval};
+    return offers(native, wish);
+}
 
 } // namespace
 
@@ -66,26 +85,52 @@ void PipewireBackend::close() {
     connection.swap(connection_);
 }
 
+Error PipewireBackend::modes(NativeModes& modes) {
+    const std::shared_ptr<Connection> connection = connection_ ? connection_ : remote_->ask();
+    if (!connection)
+        return failed(errno);
+    std::vector<Offer> offers;
+    const int error = connection->ask(node_.serial, monotonicNanoseconds() + kPatience, offers);
+    addModes(offers, modes);
+    return error ? failed(error) : Error();
+}
+
+// The best first. What a running stream must not lose is left out.
+std::vector<Candidate> PipewireBackend::candidatesFor(const Request& request) const {
+    return ranked(candidates(offers_, request, nativeOnlyIsListed()), request.size, request.leastRate);
+}
+
+Error PipewireBackend::nothingFits(const Request& request) const {
+    if (!request.wish.any())
+        return modeNotOffered(where_, request.wish);
+    return noUsableFormat(where_, unusableFormats(formatsOf(offers_)));
+}
+
 Error PipewireBackend::start(const Request& request, const std::shared_ptr<Outlet>& outlet) {
-    const int error = connection_->ask(node_.serial, monotonicNanoseconds() + kPatience, offers_, formats_);
+    const int error = connection_->ask(node_.serial, monotonicNanoseconds() + kPatience, offers_);
     if (error)
         return failed(error);
-    const std::vector<Candidate> best =
-        ranked(candidates(offers_, request.size), request.size, request.leastRate);
+    const std::vector<Candidate> best = candidatesFor(request);
     if (best.empty())
-        return noUsableFormat(where_, unusableFormats(formats_));
+        return nothingFits(request);
     figures_ = outlet->figures();
     figures_->setWay("PipeWire (" + node_.name + ")");
+    Mode running; // of a camera that somebody else has
     const Error refused = startFirst(
         where_, best,
-        [&](const Candidate& candidate, std::string& step) { return tryToStart(candidate, request, step); },
+        [&](const Candidate& candidate, std::string& step) {
+            return tryToStart(candidate, request, step, running);
+        },
         [&] { return isGone(); });
+    if (refused && running.size.width != 0)
+        return runsInAnotherMode(where_, running, request.wish);
     const bool saysLittle = refused.code == ENOLINK || refused.code == EAGAIN || refused.code == ETIMEDOUT ||
                             refused.code == EPIPE;
     return saysLittle ? failed(refused.code == EAGAIN ? ENOLINK : refused.code) : refused;
 }
 
-int PipewireBackend::tryToStart(const Candidate& candidate, const Request& request, std::string& step) {
+int PipewireBackend::tryToStart(const Candidate& candidate, const Request& request, std::string& step,
+                                Mode& running) {
     step = "PipeWire";
     const int64_t begin = monotonicNanoseconds();
     std::unique_ptr<CaptureStream> stream;
@@ -94,7 +139,7 @@ int PipewireBackend::tryToStart(const Candidate& candidate, const Request& reque
         if (stream)
             std::this_thread::sleep_for(kPause);
         stream = std::make_unique<CaptureStream>(connection_, node_.id, node_.serial, figures_);
-        error = stream->begin(candidate);
+        error = stream->begin(candidate, request.wish);
         if (!error)
             error = stream->wait(begin + kPatience);
     }
@@ -102,6 +147,10 @@ int PipewireBackend::tryToStart(const Candidate& candidate, const Request& reque
         error = ENOLINK; // the daemon is well
     if (!error && isSlower(stream->granted().interval, request.leastRate))
         error = EINVAL;
+    if (!error && !fits(modeOf(stream->granted()), request.wish)) {
+        running = modeOf(stream->granted());
+        error = EBUSY;
+    }
     if (error)
         return error;
     stream_ = std::move(stream);
@@ -110,12 +159,8 @@ int PipewireBackend::tryToStart(const Candidate& candidate, const Request& reque
 }
 
 void PipewireBackend::announce(const Granted& granted) {
-    Mode mode;
-    mode.format = pixels::fourccText(granted.fourcc);
-    mode.size = granted.size;
-    mode.interval = granted.interval;
-    figures_->setGranted(mode);
-    announced_ = mode;
+    announced_ = modeOf(granted);
+    figures_->setGranted(announced_);
 }
 
 void PipewireBackend::stop() {
@@ -127,20 +172,20 @@ bool PipewireBackend::canServeBetter(const Request& request) {
     if (stream_->isShared())
         return false;
     const Size running = announced_.size;
-    const std::vector<Candidate> all = candidates(offers_, request.size);
+    const std::vector<Candidate> all = candidatesFor(request);
     return std::any_of(all.begin(), all.end(), [&](const Candidate& one) {
-        return !isSlower(one.interval, request.leastRate) && one.size.width >= running.width &&
-               one.size.height >= running.height && !(one.size == running);
+        return one.size.width >= running.width && one.size.height >= running.height && !(one.size == running);
     });
 }
 
 // The stream is made anew and not waited for: a stop must not wait for a daemon that says nothing.
 Error PipewireBackend::restart(const Request& request, const std::shared_ptr<Outlet>&) {
     stop();
-    const std::vector<Candidate> best =
-        ranked(candidates(offers_, request.size), request.size, request.leastRate);
+    const std::vector<Candidate> best = candidatesFor(request);
+    if (best.empty())
+        return nothingFits(request);
     auto stream = std::make_unique<CaptureStream>(connection_, node_.id, node_.serial, figures_);
-    if (const int error = stream->begin(best.front()))
+    if (const int error = stream->begin(best.front(), request.wish))
         return failed(error);
     stream_ = std::move(stream);
     return Error();

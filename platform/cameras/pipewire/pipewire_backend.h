@@ -23,6 +23,7 @@ public:
     bool attached() const override;
     Error open() override;
     void close() override;
+    Error modes(NativeModes& modes) override;
     Error start(const Request& request, const std::shared_ptr<Outlet>& outlet) override;
     void stop() override;
     bool canServeBetter(const Request& request) override;
@@ -32,7 +33,9 @@ public:
     int64_t longestPause() override;
 
 private:
-    int tryToStart(const Candidate& candidate, const Request& request, std::string& step);
+    std::vector<Candidate> candidatesFor(const Request& request) const;
+    Error nothingFits(const Request& request) const;
+    int tryToStart(const Candidate& candidate, const Request& request, std::string& step, Mode& running);
     void announce(const Granted& granted);
     bool isOpenAtPipeWire() const;
     bool isGone() const;
@@ -45,8 +48,7 @@ private:
     mutable std::mutex mutex_;               // of the pointer alone
     std::shared_ptr<Connection> connection_; // while it is open
 
-    std::vector<Offer> offers_;
-    std::vector<uint32_t> formats_;         // the names of all that are offered
+    std::vector<Offer> offers_;             // as they were at the start
     std::shared_ptr<Figures> figures_;      // of the running stream
     std::unique_ptr<CaptureStream> stream_; // while it runs
     Mode announced_;

@@ -1,6 +1,7 @@
 #include "platform/cameras/pipewire/pipewire_provider.h"
 
 #include "platform/cameras/device_texts.h"
+#include "platform/cameras/pipewire/daemon_watch.h"
 #include "platform/cameras/pipewire/pipewire_backend.h"
 #include "platform/cameras/streaming_camera.h"
 
@@ -47,6 +48,13 @@ std::string nameOf(const CameraNode& node) {
     return "Camera";
 }
 
+CameraDetails detailsOf(const CameraNode& node) {
+    CameraDetails details = node.details;
+    details.kind = "PipeWire";
+    details.node = validUtf8(node.name);
+    return details;
+}
+
 std::string whereOf(const CameraNode& node) {
     return nameOf(node) + " (PipeWire)";
 }
@@ -59,11 +67,13 @@ public:
         std::vector<std::shared_ptr<Camera>> result;
         for (const CameraNode& node : cameras())
             result.push_back(std::make_shared<StreamingCamera>(
-                StreamingCamera::Identity{identifierOf(node), nameOf(node), whereOf(node), CameraDetails(),
+                StreamingCamera::Identity{identifierOf(node), nameOf(node), whereOf(node), detailsOf(node),
                                           devicesOf(node)},
                 std::make_shared<PipewireBackend>(remote_, node, whereOf(node))));
         return result;
     }
+
+    std::unique_ptr<ChangeWatch> watch() override { return watchDaemon(remote_); }
 
     std::vector<NodeReport> nodes() override {
         std::vector<NodeReport> result;

@@ -11,10 +11,10 @@ namespace cameras {
 namespace pipewire {
 
 std::shared_ptr<Connection> Remote::ask() {
-    int error = 0;
-    std::shared_ptr<Connection> connection = this->connection(error);
-    if (connection)
-        error = ask(*connection);
+    std::shared_ptr<Connection> connection = connect();
+    if (!connection)
+        return nullptr;
+    const int error = ask(*connection);
     if (!error)
         return connection;
     connection.reset();
@@ -23,23 +23,28 @@ std::shared_ptr<Connection> Remote::ask() {
 }
 
 int Remote::ask(Connection& connection) {
-    const int64_t now = monotonicNanoseconds();
-    if (now < silentUntil_)
+    if (isSilent())
         return ETIMEDOUT;
-    const int error = connection.settle(now + patience);
-    if (error == ETIMEDOUT)
+    const int error = connection.settle(monotonicNanoseconds() + patience);
+    if (error == ETIMEDOUT) {
         silentUntil_ = monotonicNanoseconds() + kLeftOutFor;
+        changes_.raise();
+    }
     return error;
 }
 
-std::shared_ptr<Connection> Remote::connection(int& error) {
+bool Remote::isSilent() const {
+    return monotonicNanoseconds() < silentUntil_;
+}
+
+std::shared_ptr<Connection> Remote::connect() {
     const std::lock_guard<std::mutex> lock(mutex_);
     if (given_) {
-        error = given_->isOver() ? EPIPE : 0;
-        return error ? nullptr : given_;
+        errno = EPIPE;
+        return given_->isOver() ? nullptr : given_;
     }
-    if (monotonicNanoseconds() < silentUntil_) {
-        error = ETIMEDOUT;
+    if (isSilent()) {
+        errno = ETIMEDOUT;
         return nullptr;
     }
     std::shared_ptr<Connection> shared = shared_.lock();
@@ -47,18 +52,16 @@ std::shared_ptr<Connection> Remote::connection(int& error) {
         return shared;
     const int descriptor = connectToDaemon();
     if (descriptor < 0) {
-        error = -descriptor;
+        errno = -descriptor;
         return nullptr;
     }
     const Library* const library = load_();
     if (!library) {
         ::close(descriptor);
-        error = ENOPKG;
+        errno = ENOPKG;
         return nullptr;
     }
     shared = Connection::make(*library, descriptor);
-    if (!shared)
-        error = errno;
     shared_ = shared;
     return shared;
 }
@@ -78,8 +81,11 @@ int Remote::handOver(int descriptor, int64_t deadline) {
             return error;
     }
     silentUntil_ = 0;
-    const std::lock_guard<std::mutex> lock(mutex_);
-    given_.swap(given);
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        given_.swap(given);
+    }
+    changes_.raise();
     return 0;
 }
 

@@ -2,6 +2,7 @@
 #ifndef OSTREL_PLATFORM_CAMERAS_PIPEWIRE_REMOTE_H
 #define OSTREL_PLATFORM_CAMERAS_PIPEWIRE_REMOTE_H
 
+#include "platform/cameras/change_watch.h"
 #include "platform/cameras/pipewire/connection.h"
 
 #include <atomic>
@@ -35,14 +36,20 @@ public:
     // For who has one already and wants to know what has changed. 0 or errno, as above.
     int ask(Connection& connection);
 
+    // A connection as it is, without waiting for what comes by it: null with errno set, as above.
+    std::shared_ptr<Connection> connect();
+    // Whether it did not answer lately, and is left out.
+    bool isSilent() const;
+    // Raised when it falls silent and when something was handed over; and by whoever hears of its cameras.
+    ChangeSignal& changes() { return changes_; }
+
     // Takes the descriptor; -1: the session's daemon again. 0 or errno, and then everything is as before.
     int handOver(int descriptor, int64_t deadline);
     bool isHandedOver() const;
 
 private:
-    std::shared_ptr<Connection> connection(int& error);
-
     const Load load_;
+    ChangeSignal changes_;
     std::atomic<int64_t> silentUntil_{0}; // of CLOCK_MONOTONIC
     mutable std::mutex mutex_; // of the rest; held while a connection is made, which waits for nobody
     std::weak_ptr<Connection> shared_;

@@ -5,8 +5,8 @@
 #include "base/wake_descriptor.h"
 #include "platform/cameras/backend.h"
 #include "platform/cameras/buffer_frame.h"
-#include "platform/cameras/pipewire/camera_node.h"
 #include "platform/cameras/pipewire/library.h"
+#include "platform/cameras/pipewire/video_formats.h"
 #include "platform/cameras/pixels/pixel_pool.h"
 #include "platform/cameras/sequence_gaps.h"
 

@@ -1,6 +1,7 @@
 #include "platform/cameras/v4l2/node_watch.h"
 
 #include "platform/cameras/descriptor_set.h"
+#include "platform/cameras/folder_events.h"
 #include "platform/cameras/ticker.h"
 #include "platform/cameras/v4l2/udev.h"
 
@@ -8,7 +9,6 @@
 #include <cstring>
 #include <fstream>
 #include <sstream>
-#include <sys/inotify.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
@@ -21,21 +21,6 @@ namespace {
 
 const char* const kLoopbacks = "/sys/devices/virtual/video4linux";
 const char* const kUdevRuns = "/run/udev/control";
-
-class Descriptor {
-public:
-    explicit Descriptor(int number) : number_(number) {}
-    ~Descriptor() {
-        if (number_ >= 0)
-            ::close(number_);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    int number() const { return number_; }
-
-private:
-    const int number_;
-};
 
 // Whether the kernel itself makes the nodes in the folder.
 bool isFilledByKernel(const std::string& folder) {
@@ -54,44 +39,6 @@ bool isFilledByKernel(const std::string& folder) {
     }
     return false;
 }
-
-class Inotify {
-public:
-    // Nothing is told where the folder is missing or the system has no watch left.
-    explicit Inotify(const std::string& folder) : descriptor_(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK)) {
-        const uint32_t events = IN_CREATE | IN_DELETE | IN_ATTRIB | IN_MOVED_FROM | IN_MOVED_TO | IN_ONLYDIR;
-        watches_ = ::inotify_add_watch(descriptor_.number(), folder.c_str(), events) >= 0;
-    }
-
-    bool watches() const { return watches_; }
-    int descriptor() const { return descriptor_.number(); }
-
-    // Whether any event since the call before has to do with a video node.
-    bool changed() {
-        bool any = false;
-        alignas(inotify_event) char buffer[4096];
-        ssize_t bytes = 0;
-        while ((bytes = ::read(descriptor_.number(), buffer, sizeof(buffer))) > 0) {
-            for (ssize_t at = 0; at < bytes;) {
-                const auto* event = reinterpret_cast<const inotify_event*>(buffer + at);
-                any = isOfInterest(*event) || any;
-                at += static_cast<ssize_t>(sizeof(inotify_event) + event->len);
-            }
-        }
-        return any;
-    }
-
-private:
-    bool isOfInterest(const inotify_event& event) {
-        if (event.mask & IN_IGNORED) // the folder has gone
-            watches_ = false;
-        const bool lost = event.mask & (IN_Q_OVERFLOW | IN_IGNORED);
-        return lost || (event.len > 0 && std::strncmp(event.name, "video", 5) == 0);
-    }
-
-    const Descriptor descriptor_;
-    bool watches_ = false;
-};
 
 // What udev says once its rules have run.
 class UdevMessages {
@@ -126,9 +73,14 @@ private:
     UdevMonitor monitor_;
 };
 
+bool isVideoNode(const char* name) {
+    return std::strncmp(name, "video", 5) == 0;
+}
+
 class NodeWatch : public ChangeWatch {
 public:
-    explicit NodeWatch(const NodeSources& sources) : sources_(sources), inotify_(sources.folder) {
+    explicit NodeWatch(const NodeSources& sources)
+        : sources_(sources), inotify_(sources.folder, isVideoNode) {
         complete_ = set_.add(looks_.descriptor());
         complete_ = (set_.add(inotify_.descriptor()) || !inotify_.watches()) && complete_;
         set_.add(udev_.descriptor());
@@ -152,7 +104,7 @@ private:
     }
 
     const NodeSources sources_;
-    Inotify inotify_;
+    FolderEvents inotify_;
     UdevMessages udev_;
     Ticker looks_;
     DescriptorSet set_; // after what is in it

@@ -1,9 +1,11 @@
 #include "platform/cameras/v4l2/offers.h"
 
 #include "platform/cameras/pixels/pixel_format.h"
+#include "platform/cameras/wished_candidates.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <functional>
 #include <linux/videodev2.h>
 
 namespace ostrel {
@@ -150,32 +152,8 @@ std::vector<IntervalRange> Questions::intervals(uint32_t fourcc, const SizeRange
     return result;
 }
 
-// The sides that are wished for, and those of the other size where none is.
-Size wishedOr(const Size& wished, const Size& size) {
-    return Size(wished.width != 0 ? wished.width : size.width,
-                wished.height != 0 ? wished.height : size.height);
-}
-
-// Those that a request may get, in the driver's order.
-std::vector<uint32_t> formatsFor(const std::vector<uint32_t>& offered, bool multiplanar,
-                                 const Request& request, bool nativeOnly) {
-    const std::string& wished = request.wish.format;
-    const auto isUsable = [multiplanar](uint32_t fourcc) {
-        return pixels::isConvertible(fourcc, multiplanar);
-    };
-    const bool noPicture = std::none_of(offered.begin(), offered.end(), isUsable);
-    std::vector<uint32_t> result;
-    for (const uint32_t fourcc : offered) {
-        const bool named = wished == pixels::fourccText(fourcc);
-        if (named || (wished.empty() && (isUsable(fourcc) || (noPicture && nativeOnly))))
-            result.push_back(fourcc);
-    }
-    return result;
-}
-
-int costOf(uint32_t fourcc) {
-    pixels::PixelFormat format;
-    return pixels::formatOf(fourcc, format) ? pixels::decodeCost(format.layout) : 0;
+std::function<bool(uint32_t)> convertibleBy(bool multiplanar) {
+    return [multiplanar](uint32_t fourcc) { return pixels::isConvertible(fourcc, multiplanar); };
 }
 
 } // namespace
@@ -185,7 +163,7 @@ std::vector<uint32_t> offeredFormats(const VideoNode& node, bool multiplanar) {
 }
 
 std::vector<uint32_t> convertibleFormats(const VideoNode& node, bool multiplanar) {
-    return formatsFor(offeredFormats(node, multiplanar), multiplanar, Request(), false);
+    return formatsFor(offeredFormats(node, multiplanar), convertibleBy(multiplanar), ModeWish(), false);
 }
 
 int offeredModes(const VideoNode& node, bool multiplanar, NativeModes& modes) {
@@ -218,32 +196,13 @@ int offeredModes(const VideoNode& node, bool multiplanar, NativeModes& modes) {
 std::vector<Candidate> candidates(const VideoNode& node, bool multiplanar, const Request& request,
                                   bool nativeOnly) {
     Questions questions(node, multiplanar);
-    const Size wanted = wishedOr(request.wish.size, request.size);
     std::vector<Candidate> result;
-    for (const uint32_t fourcc : formatsFor(questions.formats(), multiplanar, request, nativeOnly)) {
-        Candidate candidate;
-        candidate.fourcc = fourcc;
-        candidate.cost = costOf(fourcc);
-        const std::vector<SizeRange> ranges = questions.sizes(fourcc);
-        for (const SizeRange& range : ranges) {
-            if (!offers(range, request.wish.size))
-                continue;
-            // The wished interval may be there for one end of the range only.
-            for (const Size& size : {wanted, range.most, range.least}) {
-                candidate.size = fit(range, wishedOr(request.wish.size, size));
-                if (chooseInterval(questions.intervals(fourcc, candidate.size), request.wish.interval,
-                                   candidate.interval)) {
-                    result.push_back(candidate);
-                    break;
-                }
-            }
-        }
-        if (ranges.empty()) {
-            candidate.size = wanted;
-            candidate.interval = request.wish.interval;
-            result.push_back(candidate);
-        }
-    }
+    for (const uint32_t fourcc :
+         formatsFor(questions.formats(), convertibleBy(multiplanar), request.wish, nativeOnly))
+        addCandidates(
+            fourcc, questions.sizes(fourcc),
+            [&](const Size& size) { return questions.intervals(fourcc, size); }, request.size, request.wish,
+            result);
     return result;
 }
 

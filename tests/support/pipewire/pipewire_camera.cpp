@@ -1,10 +1,13 @@
 // pipewire_camera NAME [WORD=VALUE...] - a camera without hardware: a node that offers pictures.
-//   format=YUYV     one of the raw formats below, or MJPG: then jpeg=FILE is every picture
+//   format=YUYV,GREY   of the formats below, each in all sizes; of MJPG and H264 the contents of jpeg=FILE
+//   are every
+//                      picture
 //   sizes=640x480,1280x720   rates=30,15 (all at each size)
 //   planes=separate one block of memory for each plane
 //   padding=BYTES   at the end of each row
 //   path=/dev/...   the kernel's node that this camera is said to be
 //   role=Screen     instead of Camera
+//   device.vendor.id=0x046d   and whatever else has a point in it: a property of the node
 //   lie=offset|size|stride|negative|short|empty|corrupted   what is wrong in the description of each picture
 // Every byte of a raw picture is the low byte of the frame's number. It says on its standard output what
 // becomes of it ("streaming", "granted 640x480"), and hears on its standard input:
@@ -30,7 +33,7 @@ namespace {
 
 struct PixelFormat {
     const char* fourcc;
-    uint32_t raw;
+    uint32_t raw; // 0: compressed
     // Of each plane: bytes of a row for 2 pixels, and rows for 2 rows.
     std::vector<std::pair<uint32_t, uint32_t>> planes;
 };
@@ -47,6 +50,7 @@ const PixelFormat FORMATS[] = {
     {"GREY", SPA_VIDEO_FORMAT_GRAY8, {{2, 2}}},
     {"v210", SPA_VIDEO_FORMAT_v210, {{16, 2}}}, // that nobody here can read
     {"MJPG", 0, {{0, 0}}},
+    {"H264", 0, {{0, 0}}},
 };
 
 struct Camera {
@@ -56,7 +60,8 @@ struct Camera {
     pw_stream* stream = nullptr;
     spa_source* timer = nullptr;
     spa_hook streamListener = {}, coreListener = {};
-    const PixelFormat* format = &FORMATS[0];
+    std::vector<const PixelFormat*> formats = {&FORMATS[0]};
+    const PixelFormat* format = &FORMATS[0]; // that was granted
     std::vector<spa_rectangle> sizes = {{640, 480}, {1280, 720}};
     std::vector<uint32_t> rates = {30};
     std::string jpeg, lie;
@@ -72,7 +77,7 @@ uint32_t rowBytes(const Camera& camera, size_t plane) {
 }
 
 uint32_t planeBytes(const Camera& camera, size_t plane) {
-    if (!camera.jpeg.empty())
+    if (!camera.format->raw)
         return static_cast<uint32_t>(camera.jpeg.size());
     return rowBytes(camera, plane) * (camera.granted.height * camera.format->planes[plane].second / 2);
 }
@@ -84,14 +89,20 @@ uint32_t pictureBytes(const Camera& camera) {
     return bytes;
 }
 
-const spa_pod* describe(const Camera& camera, spa_pod_builder* builder, const spa_rectangle& size) {
+uint32_t subtypeOf(const PixelFormat& format) {
+    if (format.raw)
+        return SPA_MEDIA_SUBTYPE_raw;
+    return std::strcmp(format.fourcc, "MJPG") == 0 ? SPA_MEDIA_SUBTYPE_mjpg : SPA_MEDIA_SUBTYPE_h264;
+}
+
+const spa_pod* describe(const Camera& camera, spa_pod_builder* builder, const PixelFormat& format,
+                        const spa_rectangle& size) {
     spa_pod_frame frame;
     spa_pod_builder_push_object(builder, &frame, SPA_TYPE_OBJECT_Format, SPA_PARAM_EnumFormat);
     spa_pod_builder_add(builder, SPA_FORMAT_mediaType, SPA_POD_Id(SPA_MEDIA_TYPE_video),
-                        SPA_FORMAT_mediaSubtype,
-                        SPA_POD_Id(camera.format->raw ? SPA_MEDIA_SUBTYPE_raw : SPA_MEDIA_SUBTYPE_mjpg), 0);
-    if (camera.format->raw)
-        spa_pod_builder_add(builder, SPA_FORMAT_VIDEO_format, SPA_POD_Id(camera.format->raw), 0);
+                        SPA_FORMAT_mediaSubtype, SPA_POD_Id(subtypeOf(format)), 0);
+    if (format.raw)
+        spa_pod_builder_add(builder, SPA_FORMAT_VIDEO_format, SPA_POD_Id(format.raw), 0);
     spa_pod_builder_add(builder, SPA_FORMAT_VIDEO_size, SPA_POD_Rectangle(&size), 0);
     spa_pod_builder_prop(builder, SPA_FORMAT_VIDEO_framerate, 0);
     spa_pod_frame choice;
@@ -108,17 +119,14 @@ void onParamChanged(void* data, uint32_t id, const spa_pod* param) {
     if (!param || id != SPA_PARAM_Format)
         return;
     spa_fraction rate = {0, 1};
-    if (camera.format->raw) {
-        spa_video_info_raw info = {};
-        spa_format_video_raw_parse(param, &info);
-        camera.granted = info.size;
-        rate = info.framerate;
-    } else {
-        spa_video_info_mjpg info = {};
-        spa_format_video_mjpg_parse(param, &info);
-        camera.granted = info.size;
-        rate = info.framerate;
-    }
+    uint32_t type = 0, subtype = 0, raw = 0;
+    spa_format_parse(param, &type, &subtype);
+    spa_pod_parse_object(param, SPA_TYPE_OBJECT_Format, nullptr, SPA_FORMAT_VIDEO_format,
+                         SPA_POD_OPT_Id(&raw), SPA_FORMAT_VIDEO_size, SPA_POD_Rectangle(&camera.granted),
+                         SPA_FORMAT_VIDEO_framerate, SPA_POD_OPT_Fraction(&rate));
+    for (const PixelFormat* format : camera.formats)
+        if (subtypeOf(*format) == subtype && format->raw == raw)
+            camera.format = format;
     camera.rate = rate.denom && rate.num ? rate.num / rate.denom : 30;
     std::printf("granted %ux%u at %u\n", camera.granted.width, camera.granted.height, camera.rate);
     const int blocks = camera.separate ? static_cast<int>(camera.format->planes.size()) : 1;
@@ -199,13 +207,13 @@ void onProcess(void* data) {
         spa_data& block = queued->buffer->datas[i];
         const uint32_t whole = camera.separate ? planeBytes(camera, i) : pictureBytes(camera);
         const uint32_t bytes = whole < block.maxsize ? whole : block.maxsize;
-        if (camera.jpeg.empty())
+        if (camera.format->raw)
             std::memset(block.data, static_cast<int>(number & 0xFF), bytes);
         else
             std::memcpy(block.data, camera.jpeg.data(), bytes);
         block.chunk->offset = 0;
         block.chunk->size = bytes;
-        block.chunk->stride = camera.jpeg.empty() ? static_cast<int32_t>(rowBytes(camera, i)) : 0;
+        block.chunk->stride = camera.format->raw ? static_cast<int32_t>(rowBytes(camera, i)) : 0;
         lieAbout(camera, block, header);
     }
     pw_stream_queue_buffer(camera.stream, queued);
@@ -215,8 +223,9 @@ void offer(Camera& camera, bool connect) {
     uint8_t memory[16384];
     spa_pod_builder builder = SPA_POD_BUILDER_INIT(memory, sizeof memory);
     std::vector<const spa_pod*> offers;
-    for (const spa_rectangle& size : camera.sizes)
-        offers.push_back(describe(camera, &builder, size));
+    for (const PixelFormat* format : camera.formats)
+        for (const spa_rectangle& size : camera.sizes)
+            offers.push_back(describe(camera, &builder, *format, size));
     const auto count = static_cast<uint32_t>(offers.size());
     if (connect)
         pw_stream_connect(camera.stream, PW_DIRECTION_OUTPUT, PW_ID_ANY,
@@ -265,10 +274,11 @@ bool readWords(int count, char** words, Camera& camera, std::map<std::string, st
         values[word.substr(0, sign)] = sign == std::string::npos ? "" : word.substr(sign + 1);
     }
     if (values.count("format")) {
-        camera.format = nullptr;
-        for (const PixelFormat& format : FORMATS)
-            if (values["format"] == format.fourcc)
-                camera.format = &format;
+        camera.formats.clear();
+        for (const std::string& name : split(values["format"]))
+            for (const PixelFormat& format : FORMATS)
+                if (name == format.fourcc)
+                    camera.formats.push_back(&format);
     }
     if (values.count("sizes")) {
         camera.sizes.clear();
@@ -290,7 +300,7 @@ bool readWords(int count, char** words, Camera& camera, std::map<std::string, st
     camera.separate = values["planes"] == "separate";
     camera.padding = static_cast<uint32_t>(std::atoi(values["padding"].c_str()));
     camera.lie = values["lie"];
-    return camera.format && !camera.sizes.empty() && !camera.rates.empty() && camera.rates[0] != 0;
+    return !camera.formats.empty() && !camera.sizes.empty() && !camera.rates.empty() && camera.rates[0] != 0;
 }
 
 } // namespace
@@ -328,6 +338,9 @@ int main(int argc, char** argv) {
                           values.count("role") ? values["role"].c_str() : "Camera", PW_KEY_NODE_NAME, argv[1],
                           PW_KEY_NODE_DESCRIPTION,
                           values.count("description") ? values["description"].c_str() : argv[1], nullptr);
+    for (const auto& value : values)
+        if (value.first.find('.') != std::string::npos)
+            pw_properties_set(properties, value.first.c_str(), value.second.c_str());
     if (values.count("path"))
         pw_properties_set(properties, "api.v4l2.path", values["path"].c_str());
     camera.stream = pw_stream_new(camera.core, argv[1], properties);

@@ -97,7 +97,7 @@ TEST_F(PipeWireCapture, JpegPicturesAreDecoded) {
 
 TEST_F(PipeWireCapture, AFormatWithoutAPictureIsNamed) {
     const PipeWireCamera one("one", {"format=v210"});
-    EXPECT_EQ(start("one").text, "one (PipeWire) offers no pixel format");
+    EXPECT_EQ(start("one").text, "one (PipeWire) offers only v210");
 }
 
 TEST_F(PipeWireCapture, TwoConsumersShareThePictureOfTheFirst) {

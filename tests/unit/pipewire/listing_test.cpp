@@ -31,6 +31,26 @@ TEST_F(PipeWireListing, HasEveryCameraAndNoSharedScreen) {
     EXPECT_EQ(remote->ask()->otherSources(), 1);
 }
 
+TEST_F(PipeWireListing, WhatTheNodeTellsOfItsDeviceIsInTheDetails) {
+    const PipeWireCamera one("one",
+                             {"api.v4l2.cap.driver=uvcvideo", "device.bus-path=pci-0000:00:14.0-usb-0:2",
+                              "device.vendor.id=0x046d", "device.product.id=0x0825"});
+    const PipeWireCamera other("other", {"device.vendor.id=0x120", "device.product.id=0x082g",
+                                         "api.v4l2.cap.bus_info=usb-2", "device.bus-path=path"});
+    const cameras::CameraDetails told = listed("one")->details();
+    EXPECT_EQ(told.kind, "PipeWire");
+    EXPECT_EQ(told.node, "one");
+    EXPECT_EQ(told.driver, "uvcvideo");
+    EXPECT_EQ(told.bus, "pci-0000:00:14.0-usb-0:2");
+    EXPECT_EQ(told.vendor, 0x046d);
+    EXPECT_EQ(told.product, 0x0825);
+    const cameras::CameraDetails cut = listed("other")->details();
+    EXPECT_EQ(cut.vendor, 0) << "the last digit is missing";
+    EXPECT_EQ(cut.product, 0);
+    EXPECT_EQ(cut.bus, "usb-2") << "the driver's own word comes first";
+    EXPECT_EQ(cut.driver, "");
+}
+
 TEST_F(PipeWireListing, ACameraThatComesBackHasItsIdentifierAndIsAnotherObject) {
     auto first = std::make_unique<PipeWireCamera>("one");
     const auto before = listed("one");

@@ -258,13 +258,17 @@ public:
         const auto all = provider_->list();
         return all.empty() ? nullptr : all.front();
     }
-    void unplug() override { program_->unplug(); }
+    void unplug() override {
+        program_->unplug();
+        provider_->list(); // by then its connection has told of it as well
+    }
     bool streams() override { return program_->streams(); }
 
 private:
     std::unique_ptr<support::PipeWireCamera> program_;
     const std::shared_ptr<cameras::CameraProvider> provider_ =
         cameras::pipewire::makeProvider(std::make_shared<cameras::pipewire::Remote>());
+    const support::Machine machine_{provider_};
 };
 #endif
 

@@ -18,7 +18,7 @@ using support::RecordingSink;
 class OfferedModes : public Contract {
 protected:
     void TearDown() override {
-        cameras::setModeWish("identifier", ModeWish());
+        cameras::setModeWish(camera->identifier(), ModeWish());
         Contract::TearDown();
     }
     static ModeWish wishOf(const NativeMode& mode) {
@@ -50,7 +50,7 @@ TEST_P(OfferedModes, AreTheSameWhetherTheCameraIsClosedOpenOrStreams) {
 
 TEST_P(OfferedModes, CanEachBeHad) {
     for (const NativeMode& mode : modes()) {
-        cameras::setModeWish("identifier", wishOf(mode));
+        cameras::setModeWish(camera->identifier(), wishOf(mode));
         const auto one = std::make_shared<RecordingSink>();
         ASSERT_EQ(start(one).text, "");
         EXPECT_TRUE(one->waitForFrames(1));
