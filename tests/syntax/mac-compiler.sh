@@ -67,7 +67,7 @@ rest=(capture/{capture_driver,capture_interface,diagnostics,native_frame,next_fr
 elsewhere='^(base/wake_eventfd|platform/QTKit/late_picture|apps/camera/doctor/(analog_input|machine_nodes|machine_usb))[.]cpp$'
 elsewhere+='|^platform/cameras/(descriptor_set_epoll|ticker_timerfd)[.]cpp$'
 # What V4L2 and PipeWire have in common.
-elsewhere+='|^platform/cameras/(buffer_frame|device_texts|fallback_backend|start_attempts|unusable_formats|pixels/pixel_format)[.]cpp$'
+elsewhere+='|^platform/cameras/(buffer_frame|device_texts|fallback_backend|folder_events|start_attempts|unusable_formats|wished_candidates|pixels/pixel_format)[.]cpp$'
 rm -rf "$folder" && mkdir -p "$folder/arm64" "$folder/x86_64"
 for header in linux/videodev2.h libudev.h sys/{epoll,eventfd,inotify,signalfd,sysmacros,timerfd}.h; do
     mkdir -p "$(dirname "$folder/absent/$header")"
