@@ -66,21 +66,21 @@ void watchOutside(const unsigned char* block, size_t mapped, const unsigned char
 
 const size_t FrameMemory::LARGE;
 
-FrameMemory::FrameMemory(size_t bytes) : m_data(0) {
+FrameMemory::FrameMemory(size_t bytes) : data_(0) {
     if (bytes > SIZE_MAX - 2 * LARGE_PAGE)
         throw std::bad_alloc();
     if (bytes < LARGE) {
-        m_block.reset(new unsigned char[bytes + ALIGNMENT]);
-        m_data = aligned(m_block.get(), ALIGNMENT);
+        block_.reset(new unsigned char[bytes + ALIGNMENT]);
+        data_ = aligned(block_.get(), ALIGNMENT);
         return;
     }
     // A large page is one only where all of it belongs to the block. What is not touched takes no memory.
     const size_t room = (bytes + LARGE_PAGE - 1) / LARGE_PAGE * LARGE_PAGE;
     const size_t mapped = room + LARGE_PAGE;
-    m_block = std::unique_ptr<unsigned char, GiveBack>(map(mapped), GiveBack(mapped));
-    m_data = aligned(m_block.get(), LARGE_PAGE);
-    wantLargePages(m_data, room);
-    watchOutside(m_block.get(), mapped, m_data, bytes);
+    block_ = std::unique_ptr<unsigned char, GiveBack>(map(mapped), GiveBack(mapped));
+    data_ = aligned(block_.get(), LARGE_PAGE);
+    wantLargePages(data_, room);
+    watchOutside(block_.get(), mapped, data_, bytes);
 }
 
 void FrameMemory::GiveBack::operator()(unsigned char* block) const {

@@ -17,14 +17,14 @@ class FrameMemory {
 public:
     static const size_t LARGE = 1024 * 1024; // bytes
 
-    FrameMemory() : m_data(0) {}
+    FrameMemory() : data_(0) {}
 
     // Throws std::bad_alloc when there is no memory.
     explicit FrameMemory(size_t bytes);
 
     // Aligned for every vector instruction.
-    unsigned char* data() const { return m_block ? m_data : 0; }
-    void reset() { m_block.reset(); }
+    unsigned char* data() const { return block_ ? data_ : 0; }
+    void reset() { block_.reset(); }
 
 private:
     struct GiveBack {
@@ -34,8 +34,8 @@ private:
         size_t mapped; // bytes; 0 for a block of the heap
     };
 
-    std::unique_ptr<unsigned char, GiveBack> m_block;
-    unsigned char* m_data; // in the block
+    std::unique_ptr<unsigned char, GiveBack> block_;
+    unsigned char* data_; // in the block
 };
 
 } // namespace ostrel

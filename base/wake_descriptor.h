@@ -11,9 +11,9 @@ public:
     ~WakeDescriptor();
 
     // False when the system had no descriptor to give: the other calls do nothing then.
-    bool valid() const { return m_reader >= 0; }
+    bool valid() const { return reader_ >= 0; }
     // For poll() alone. -1 when there is none.
-    int descriptor() const { return m_reader; }
+    int descriptor() const { return reader_; }
     // Readable from now on, until it is cleared. Never blocks.
     void set() const;
     // Whether it was readable.
@@ -23,8 +23,8 @@ private:
     WakeDescriptor(const WakeDescriptor&);
     WakeDescriptor& operator=(const WakeDescriptor&);
 
-    int m_reader;
-    int m_writer; // the same one for an eventfd
+    int reader_;
+    int writer_; // the same one for an eventfd
 };
 
 } // namespace ostrel

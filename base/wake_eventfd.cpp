@@ -5,20 +5,20 @@
 
 namespace ostrel {
 
-WakeDescriptor::WakeDescriptor() : m_reader(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), m_writer(m_reader) {}
+WakeDescriptor::WakeDescriptor() : reader_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), writer_(reader_) {}
 
 WakeDescriptor::~WakeDescriptor() {
-    if (m_reader >= 0)
-        ::close(m_reader);
+    if (reader_ >= 0)
+        ::close(reader_);
 }
 
 void WakeDescriptor::set() const {
-    ::eventfd_write(m_writer, 1);
+    ::eventfd_write(writer_, 1);
 }
 
 bool WakeDescriptor::clear() const {
     eventfd_t count = 0;
-    return ::eventfd_read(m_reader, &count) == 0;
+    return ::eventfd_read(reader_, &count) == 0;
 }
 
 } // namespace ostrel

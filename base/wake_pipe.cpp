@@ -18,7 +18,7 @@ bool setUp(int descriptor) {
 
 } // namespace
 
-WakeDescriptor::WakeDescriptor() : m_reader(-1), m_writer(-1) {
+WakeDescriptor::WakeDescriptor() : reader_(-1), writer_(-1) {
     int ends[2] = {-1, -1};
     if (::pipe(ends) != 0)
         return;
@@ -27,21 +27,21 @@ WakeDescriptor::WakeDescriptor() : m_reader(-1), m_writer(-1) {
         ::close(ends[1]);
         return;
     }
-    m_reader = ends[0];
-    m_writer = ends[1];
+    reader_ = ends[0];
+    writer_ = ends[1];
 }
 
 WakeDescriptor::~WakeDescriptor() {
     if (!valid())
         return;
-    ::close(m_reader);
-    ::close(m_writer);
+    ::close(reader_);
+    ::close(writer_);
 }
 
 // A pipe that is full is readable already.
 void WakeDescriptor::set() const {
     const char byte = 0;
-    const ssize_t written = valid() ? ::write(m_writer, &byte, 1) : 0;
+    const ssize_t written = valid() ? ::write(writer_, &byte, 1) : 0;
     (void)written;
 }
 
@@ -50,7 +50,7 @@ bool WakeDescriptor::clear() const {
     bool any = false;
     ssize_t count = 0;
     do {
-        count = valid() ? ::read(m_reader, bytes, sizeof bytes) : 0;
+        count = valid() ? ::read(reader_, bytes, sizeof bytes) : 0;
         any = any || count > 0;
     } while (count == static_cast<ssize_t>(sizeof bytes));
     return any;

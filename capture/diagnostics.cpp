@@ -23,12 +23,12 @@ void write(const char* bytes, int length) {
 
 } // namespace
 
-Silence::Silence(bool quiet) : m_before(silent) {
+Silence::Silence(bool quiet) : before_(silent) {
     silent = silent || quiet;
 }
 
 Silence::~Silence() {
-    silent = m_before;
+    silent = before_;
 }
 
 bool Silence::isKept() {

@@ -17,7 +17,7 @@ public:
 private:
     Silence(const Silence&);
     Silence& operator=(const Silence&);
-    const bool m_before;
+    const bool before_;
 };
 
 // Each writes one line and flushes. A line goes out in one piece, so that lines of several threads do not

@@ -17,26 +17,26 @@ public:
     typedef std::pair<QTCaptureSession*, QTCaptureDevice*> Entry;
 
     void add(id owner, QTCaptureSession* session, QTCaptureDevice* camera) {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        m_entries.push_back(std::make_pair(owner, Entry(session, camera)));
+        std::lock_guard<std::mutex> lock(mutex_);
+        entries_.push_back(std::make_pair(owner, Entry(session, camera)));
     }
 
     // The owner's entries, taken out of the list.
     std::vector<Entry> take(id owner) {
         std::vector<Entry> taken;
-        std::lock_guard<std::mutex> lock(m_mutex);
-        for (std::size_t i = m_entries.size(); i-- > 0;) {
-            if (m_entries[i].first != owner)
+        std::lock_guard<std::mutex> lock(mutex_);
+        for (std::size_t i = entries_.size(); i-- > 0;) {
+            if (entries_[i].first != owner)
                 continue;
-            taken.push_back(m_entries[i].second);
-            m_entries.erase(m_entries.begin() + static_cast<std::ptrdiff_t>(i));
+            taken.push_back(entries_[i].second);
+            entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(i));
         }
         return taken;
     }
 
 private:
-    std::mutex m_mutex;
-    std::vector<std::pair<id, Entry>> m_entries;
+    std::mutex mutex_;
+    std::vector<std::pair<id, Entry>> entries_;
 };
 
 } // namespace ostrel

@@ -19,9 +19,8 @@ const int WIDTH = 640, HEIGHT = 480;
 class Frames : public QSocketNotifier {
 public:
     Frames(ostrel::OVideoFrameReader& reader, int wanted)
-        : QSocketNotifier(reader.descriptor(), Read), m_reader(reader), m_grey(WIDTH * HEIGHT),
-          m_left(wanted) {}
-    int left() const { return m_left; }
+        : QSocketNotifier(reader.descriptor(), Read), reader_(reader), grey_(WIDTH * HEIGHT), left_(wanted) {}
+    int left() const { return left_; }
 
 protected:
     bool event(QEvent* event) {
@@ -35,26 +34,26 @@ private:
     void takeFrame() {
         ostrel::OVideoFrameFacts facts;
         QString why;
-        const int result = ostrel::nextVideoFrame(m_reader, &m_grey[0], m_grey.size(), WIDTH,
+        const int result = ostrel::nextVideoFrame(reader_, &grey_[0], grey_.size(), WIDTH,
                                                   ostrel::OVIDEO_PIXELS_GREY, 0, &facts, &why);
         if (result == 1) {
             std::printf("frame %u of %s, captured at %.3f s, %d in the middle\n",
                         static_cast<unsigned>(facts.number()), facts.nativeFormat().toUtf8().constData(),
                         static_cast<double>(facts.captureTime()) * 1e-9,
-                        m_grey[HEIGHT / 2 * WIDTH + WIDTH / 2]);
-            --m_left;
+                        grey_[HEIGHT / 2 * WIDTH + WIDTH / 2]);
+            --left_;
         } else if (result < 0) {
             std::fprintf(stderr, "no more frames: %s\n", why.toUtf8().constData());
         }
-        if (result < 0 || m_left == 0) {
+        if (result < 0 || left_ == 0) {
             setEnabled(false);
             QCoreApplication::quit();
         }
     }
 
-    ostrel::OVideoFrameReader& m_reader;
-    std::vector<uint8_t> m_grey; // pictures are written straight into it
-    int m_left;
+    ostrel::OVideoFrameReader& reader_;
+    std::vector<uint8_t> grey_; // pictures are written straight into it
+    int left_;
 };
 
 } // namespace

@@ -16,7 +16,7 @@ using namespace ostrel::cameras;
 namespace {
 
 // Larger ones only take longer.
-const int kLargestSide = 400;
+const int LARGEST_FUZZED_SIDE = 400;
 
 // What can be shown can be completed, and is the same picture then.
 void complete(fuzz::FencedBuffer& bytes, const pixels::JpegSize& size) {
@@ -48,7 +48,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     pixels::JpegSize real;
     const pixels::Fault header = pixels::sizeOfJpeg(bytes.data(), bytes.size(), real);
     CHECK(header == pixels::Fault::None || std::strlen(pixels::reason(header)) > 0);
-    if (header == pixels::Fault::None && (real.width > kLargestSide || real.height > kLargestSide))
+    if (header == pixels::Fault::None &&
+        (real.width > LARGEST_FUZZED_SIDE || real.height > LARGEST_FUZZED_SIDE))
         return 0;
 
     const pixels::Fault fault = pixels::faultOf(picture);

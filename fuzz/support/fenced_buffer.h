@@ -14,39 +14,39 @@ namespace fuzz {
 
 class FencedBuffer {
 public:
-    explicit FencedBuffer(size_t size) : m_size(size) {
+    explicit FencedBuffer(size_t size) : size_(size) {
         const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
-        m_usable = (size + page - 1) / page * page;
-        m_mapped = m_usable + page;
+        usable_ = (size + page - 1) / page * page;
+        mapped_ = usable_ + page;
         void* const memory =
-            mmap(nullptr, m_mapped, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+            mmap(nullptr, mapped_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
         CHECK(memory != MAP_FAILED);
-        m_base = static_cast<uint8_t*>(memory);
-        CHECK(mprotect(m_base + m_usable, page, PROT_NONE) == 0);
+        base_ = static_cast<uint8_t*>(memory);
+        CHECK(mprotect(base_ + usable_, page, PROT_NONE) == 0);
     }
 
-    ~FencedBuffer() { munmap(m_base, m_mapped); }
+    ~FencedBuffer() { munmap(base_, mapped_); }
 
     FencedBuffer(const FencedBuffer&) = delete;
     FencedBuffer& operator=(const FencedBuffer&) = delete;
 
-    uint8_t* data() { return m_base + m_usable - m_size; }
-    size_t size() const { return m_size; }
-    uint8_t operator[](size_t index) const { return m_base[m_usable - m_size + index]; }
+    uint8_t* data() { return base_ + usable_ - size_; }
+    size_t size() const { return size_; }
+    uint8_t operator[](size_t index) const { return base_[usable_ - size_ + index]; }
 
     // Whether the memory before the first byte is still zero.
     bool startIntact() const {
-        for (size_t index = 0; index < m_usable - m_size; ++index)
-            if (m_base[index] != 0)
+        for (size_t index = 0; index < usable_ - size_; ++index)
+            if (base_[index] != 0)
                 return false;
         return true;
     }
 
 private:
-    size_t m_size;
-    size_t m_usable;
-    size_t m_mapped;
-    uint8_t* m_base;
+    size_t size_;
+    size_t usable_;
+    size_t mapped_;
+    uint8_t* base_;
 };
 
 } // namespace fuzz

@@ -9,13 +9,13 @@ namespace fuzz {
 
 class Input {
 public:
-    Input(const uint8_t* data, size_t size) : m_next(data), m_left(size) {}
+    Input(const uint8_t* data, size_t size) : next_(data), left_(size) {}
 
     uint8_t byte() {
-        if (m_left == 0)
+        if (left_ == 0)
             return 0;
-        --m_left;
-        return *m_next++;
+        --left_;
+        return *next_++;
     }
 
     // Four bytes, the lowest first: any int.
@@ -35,12 +35,12 @@ public:
     // The bytes that are left, over and over: pixels.
     void fill(uint8_t* to, size_t count) const {
         for (size_t index = 0; index < count; ++index)
-            to[index] = m_left == 0 ? static_cast<uint8_t>(index * 7) : m_next[index % m_left];
+            to[index] = left_ == 0 ? static_cast<uint8_t>(index * 7) : next_[index % left_];
     }
 
 private:
-    const uint8_t* m_next;
-    size_t m_left;
+    const uint8_t* next_;
+    size_t left_;
 };
 
 } // namespace fuzz

@@ -15,7 +15,7 @@ using ostrel::support::FrameScript;
 
 namespace {
 
-const uint32_t kFourccs[] = {
+const uint32_t FOURCCS[] = {
     V4L2_PIX_FMT_YUYV,    V4L2_PIX_FMT_MJPEG,   V4L2_PIX_FMT_NV12,    V4L2_PIX_FMT_YUV420,
     V4L2_PIX_FMT_RGB24,   V4L2_PIX_FMT_YUV422P, V4L2_PIX_FMT_GREY,    V4L2_PIX_FMT_NV21,
     V4L2_PIX_FMT_YVU420,  V4L2_PIX_FMT_RGB565,  V4L2_PIX_FMT_XBGR32,  V4L2_PIX_FMT_VYUY,
@@ -24,26 +24,26 @@ const uint32_t kFourccs[] = {
     V4L2_PIX_FMT_NV12M,   V4L2_PIX_FMT_YUV420M, V4L2_PIX_FMT_YVU420M, V4L2_PIX_FMT_NV16M,
     V4L2_PIX_FMT_YUV422M, V4L2_PIX_FMT_YUV444M};
 
-const uint32_t kFields[] = {V4L2_FIELD_NONE, V4L2_FIELD_INTERLACED, V4L2_FIELD_SEQ_TB, V4L2_FIELD_SEQ_BT,
-                            V4L2_FIELD_ALTERNATE};
+const uint32_t FIELDS[] = {V4L2_FIELD_NONE, V4L2_FIELD_INTERLACED, V4L2_FIELD_SEQ_TB, V4L2_FIELD_SEQ_BT,
+                           V4L2_FIELD_ALTERNATE};
 
-const int kErrors[] = {EINVAL, EIO,    EAGAIN, EBUSY,  ENODEV, ENOMEM, ENOSPC, EPERM,
-                       ENXIO,  ENOTTY, EINTR,  EACCES, EPIPE,  EFAULT, ERANGE, ENOENT};
+const int ERRORS[] = {EINVAL, EIO,    EAGAIN, EBUSY,  ENODEV, ENOMEM, ENOSPC, EPERM,
+                      ENXIO,  ENOTTY, EINTR,  EACCES, EPIPE,  EFAULT, ERANGE, ENOENT};
 
 // Numbers at which sizes, counts and offsets go wrong.
-const uint32_t kCorners[] = {0,          1,          2,          3,          5,          31,
-                             32,         33,         63,         255,        4096,       16383,
-                             16384,      16385,      32767,      65535,      65536,      0x7FFFFFFF,
-                             0x80000000, 0x80000001, 0xFFFFFFFE, 0xFFFFFFFF, 0x55555556, 0x3FFFFFFF};
+const uint32_t CORNERS[] = {0,          1,          2,          3,          5,          31,
+                            32,         33,         63,         255,        4096,       16383,
+                            16384,      16385,      32767,      65535,      65536,      0x7FFFFFFF,
+                            0x80000000, 0x80000001, 0xFFFFFFFE, 0xFFFFFFFF, 0x55555556, 0x3FFFFFFF};
 
 // The memory that the driver has for one buffer.
-const size_t kMostBufferBytes = 256 * 1024;
+const size_t MOST_BUFFER_BYTES = 256 * 1024;
 
 // Frames and timeouts of one stream.
-const int kPolls = 8;
+const int POLLS = 8;
 
 // Far more than a stream takes on a busy machine: the rest is a hang.
-const std::chrono::seconds kHang(60);
+const std::chrono::seconds HANG(60);
 
 // One of each type, one of them held by another.
 std::vector<ControlScript> controls() {
@@ -86,7 +86,7 @@ MaliciousKernel::MaliciousKernel(const Input& script, const Input& contents)
     device.driver = std::string(16, 'd');
     device.card = std::string(32, '\xC3');
     device.busInfo = std::string(32, 'b');
-    device.formats = {ostrel::support::raw(pick(kFourccs, script_.byte()), {ostrel::support::only(64, 48)})};
+    device.formats = {ostrel::support::raw(pick(FOURCCS, script_.byte()), {ostrel::support::only(64, 48)})};
     const uint8_t kind = script_.byte();
     device.capabilities =
         (kind % 4 >= 2 ? V4L2_CAP_VIDEO_CAPTURE_MPLANE : V4L2_CAP_VIDEO_CAPTURE) | V4L2_CAP_STREAMING;
@@ -95,7 +95,7 @@ MaliciousKernel::MaliciousKernel(const Input& script, const Input& contents)
     if (kind & 8)
         device.incoming = ostrel::support::only(64, 48).most;
     device.controls = controls();
-    const uint32_t field = pick(kFields, kind / 16u);
+    const uint32_t field = pick(FIELDS, kind / 16u);
     device.adjust = [field](v4l2_pix_format& pix) {
         pix.field = field;
         pix.width = std::min(pix.width, 256u);
@@ -127,13 +127,13 @@ std::string MaliciousKernel::text() {
 
 void MaliciousKernel::beginStream() {
     std::lock_guard<std::mutex> lock(mutex_);
-    pollsLeft_ = kPolls;
+    pollsLeft_ = POLLS;
     idle_ = false;
 }
 
 void MaliciousKernel::waitUntilIdle() {
     std::unique_lock<std::mutex> lock(mutex_);
-    CHECK(idleChanged_.wait_for(lock, kHang, [this] { return idle_; }));
+    CHECK(idleChanged_.wait_for(lock, HANG, [this] { return idle_; }));
 }
 
 void MaliciousKernel::streamEnded() {
@@ -153,7 +153,7 @@ bool MaliciousKernel::fails() {
     const uint8_t how = script_.byte();
     if (how % 4 != 3)
         return false;
-    errno = pick(kErrors, how / 4u);
+    errno = pick(ERRORS, how / 4u);
     return true;
 }
 
@@ -163,7 +163,7 @@ void MaliciousKernel::lie(void* answer, size_t bytes) {
     for (int left = script_.byte() % 8; left > 0 && fields > 0; --left) {
         const size_t field = script_.byte() % fields;
         const uint8_t kind = script_.byte();
-        const uint32_t value = kind < 192 ? pick(kCorners, kind) : static_cast<uint32_t>(script_.number());
+        const uint32_t value = kind < 192 ? pick(CORNERS, kind) : static_cast<uint32_t>(script_.number());
         std::memcpy(static_cast<uint8_t*>(answer) + field * 4, &value, sizeof value);
     }
 }
@@ -241,7 +241,7 @@ void* MaliciousKernel::doMmap(size_t length, int descriptor, long) {
     CHECK(length > 0);
     if (fails())
         return MAP_FAILED;
-    if (length > kMostBufferBytes) {
+    if (length > MOST_BUFFER_BYTES) {
         errno = ENOMEM;
         return MAP_FAILED;
     }
@@ -300,7 +300,7 @@ int MaliciousKernel::doPoll(pollfd* descriptors, unsigned long count, int millis
         idleChanged_.notify_all();
     }
     descriptors[0].revents = 0;
-    return ::poll(descriptors + 1, 1, static_cast<int>(std::chrono::milliseconds(kHang).count()));
+    return ::poll(descriptors + 1, 1, static_cast<int>(std::chrono::milliseconds(HANG).count()));
 }
 
 } // namespace fuzz

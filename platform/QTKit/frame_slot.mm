@@ -27,8 +27,8 @@ SlotTable& slotTable() {
     return *table;
 }
 
-const char kStopped[] = "The capture was stopped";
-const char kNotStarted[] = "The camera could not be started: it has gone, or there was no memory";
+const char STOPPED[] = "The capture was stopped";
+const char NOT_STARTED[] = "The camera could not be started: it has gone, or there was no memory";
 
 void keep(const std::shared_ptr<FrameSlot>& slot, const void* delegate) {
     SlotTable& table = slotTable();
@@ -81,7 +81,7 @@ void FrameSlot::startIsOver(const void* delegate) {
         const bool failed = slot->awaited_;
         lock.unlock();
         if (failed)
-            slot->finish(kNotStarted);
+            slot->finish(NOT_STARTED);
     }
 }
 
@@ -192,7 +192,7 @@ void FrameSlot::finish(const std::string& why) {
 
 void FrameSlot::close() {
     std::shared_ptr<SlotFrame> last; // let go of outside the lock
-    finish(kStopped);
+    finish(STOPPED);
     Lock lock(mutex_);
     shut_ = true;
     last.swap(newest_);

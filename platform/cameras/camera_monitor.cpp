@@ -10,13 +10,13 @@ namespace cameras {
 
 namespace {
 
-const int64_t kLongestPoll = 3600 * NANOSECONDS_PER_SECOND; // what poll() counts has to fit an int
+const int64_t LONGEST_POLL = 3600 * NANOSECONDS_PER_SECOND; // what poll() counts has to fit an int
 
 // Rounded up, so that the time is over afterwards; -1 for ever.
 int millisecondsUntil(int64_t time) {
     if (time < 0)
         return -1;
-    const int64_t left = std::clamp<int64_t>(time - monotonicNanoseconds(), 0, kLongestPoll);
+    const int64_t left = std::clamp<int64_t>(time - monotonicNanoseconds(), 0, LONGEST_POLL);
     return static_cast<int>((left + NANOSECONDS_PER_MILLISECOND - 1) / NANOSECONDS_PER_MILLISECOND);
 }
 

@@ -17,24 +17,24 @@ struct Pair {
     int64_t released[2]; // the values of the automatic one that leave the other to the user
 };
 
-const Pair kPairs[] = {
-    {controlid::kExposureAbsolute, controlid::kExposureAuto, {1, 2}},
-    {controlid::kExposure, controlid::kExposureAuto, {1, 2}},
-    {controlid::kIrisAbsolute, controlid::kExposureAuto, {1, 3}},
-    {controlid::kGain, controlid::kAutogain, {0, 0}},
-    {controlid::kGain, controlid::kExposureAuto, {1, 1}},
-    {controlid::kExposure, controlid::kAutogain, {0, 0}},
-    {controlid::kWhiteBalanceTemperature, controlid::kAutoWhiteBalance, {0, 0}},
-    {controlid::kRedBalance, controlid::kAutoWhiteBalance, {0, 0}},
-    {controlid::kBlueBalance, controlid::kAutoWhiteBalance, {0, 0}},
-    {controlid::kWhiteBalanceTemperature, controlid::kPresetWhiteBalance, {0, 0}},
-    {controlid::kRedBalance, controlid::kPresetWhiteBalance, {0, 0}},
-    {controlid::kBlueBalance, controlid::kPresetWhiteBalance, {0, 0}},
-    {controlid::kFocusAbsolute, controlid::kFocusAuto, {0, 0}},
-    {controlid::kHue, controlid::kHueAuto, {0, 0}},
-    {controlid::kBrightness, controlid::kAutobrightness, {0, 0}},
-    {controlid::kChromaGain, controlid::kChromaAgc, {0, 0}},
-    {controlid::kIsoSensitivity, controlid::kIsoSensitivityAuto, {0, 0}},
+const Pair PAIRS[] = {
+    {controlid::EXPOSURE_ABSOLUTE, controlid::EXPOSURE_AUTO, {1, 2}},
+    {controlid::EXPOSURE, controlid::EXPOSURE_AUTO, {1, 2}},
+    {controlid::IRIS_ABSOLUTE, controlid::EXPOSURE_AUTO, {1, 3}},
+    {controlid::GAIN, controlid::AUTOGAIN, {0, 0}},
+    {controlid::GAIN, controlid::EXPOSURE_AUTO, {1, 1}},
+    {controlid::EXPOSURE, controlid::AUTOGAIN, {0, 0}},
+    {controlid::WHITE_BALANCE_TEMPERATURE, controlid::AUTO_WHITE_BALANCE, {0, 0}},
+    {controlid::RED_BALANCE, controlid::AUTO_WHITE_BALANCE, {0, 0}},
+    {controlid::BLUE_BALANCE, controlid::AUTO_WHITE_BALANCE, {0, 0}},
+    {controlid::WHITE_BALANCE_TEMPERATURE, controlid::PRESET_WHITE_BALANCE, {0, 0}},
+    {controlid::RED_BALANCE, controlid::PRESET_WHITE_BALANCE, {0, 0}},
+    {controlid::BLUE_BALANCE, controlid::PRESET_WHITE_BALANCE, {0, 0}},
+    {controlid::FOCUS_ABSOLUTE, controlid::FOCUS_AUTO, {0, 0}},
+    {controlid::HUE, controlid::HUE_AUTO, {0, 0}},
+    {controlid::BRIGHTNESS, controlid::AUTOBRIGHTNESS, {0, 0}},
+    {controlid::CHROMA_GAIN, controlid::CHROMA_AGC, {0, 0}},
+    {controlid::ISO_SENSITIVITY, controlid::ISO_SENSITIVITY_AUTO, {0, 0}},
 };
 
 bool releases(const Pair& pair, int64_t value) {
@@ -79,7 +79,7 @@ public:
             return Error();
         const Control* holder = nullptr;
         bool released = false;
-        for (const Pair& pair : kPairs) {
+        for (const Pair& pair : PAIRS) {
             const Control* const automatic =
                 pair.held == control.id ? find(present_, pair.automatic) : nullptr;
             if (!automatic || releases(pair, automatic->value))
@@ -141,7 +141,7 @@ std::vector<Control> asBefore(const std::vector<Control>& releasing, const std::
 
 void findAutomatic(std::vector<Control>& controls) {
     for (Control& control : controls)
-        for (const Pair& pair : kPairs) {
+        for (const Pair& pair : PAIRS) {
             const Control* const automatic =
                 pair.held == control.id ? find(controls, pair.automatic) : nullptr;
             const bool hasTheSay = automatic && control.inactive && !releases(pair, automatic->value);

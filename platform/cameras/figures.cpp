@@ -70,8 +70,8 @@ StreamStatistics Figures::snapshot() const {
     result.restarts = restarts_.load(std::memory_order_relaxed);
     for (size_t i = 0; i < dropped_.size(); ++i)
         if (const uint64_t dropped = dropped_[i].load(std::memory_order_relaxed))
-            result.dropped[i < kFaults ? pixels::reason(static_cast<pixels::Fault>(i))
-                                       : reason(static_cast<Drop>(i - kFaults))] = dropped;
+            result.dropped[i < FAULTS ? pixels::reason(static_cast<pixels::Fault>(i))
+                                      : reason(static_cast<Drop>(i - FAULTS))] = dropped;
     return result;
 }
 

@@ -62,7 +62,7 @@ public:
     void countLost(uint64_t frames) { lost_.fetch_add(frames, std::memory_order_relaxed); }
     void countRestart() { restarts_.fetch_add(1, std::memory_order_relaxed); }
     void drop(pixels::Fault fault) { count(static_cast<size_t>(fault)); }
-    void drop(Drop reason) { count(kFaults + static_cast<size_t>(reason)); }
+    void drop(Drop reason) { count(FAULTS + static_cast<size_t>(reason)); }
 
     void setGranted(const Mode& mode);
     Mode granted() const;
@@ -74,14 +74,14 @@ public:
     StreamStatistics snapshot() const;
 
 private:
-    static constexpr size_t kFaults = static_cast<size_t>(pixels::Fault::Undecodable) + 1;
-    static constexpr size_t kDrops = static_cast<size_t>(Drop::NoMemory) + 1;
+    static constexpr size_t FAULTS = static_cast<size_t>(pixels::Fault::Undecodable) + 1;
+    static constexpr size_t DROPS = static_cast<size_t>(Drop::NoMemory) + 1;
 
     void count(size_t reason) { dropped_[reason].fetch_add(1, std::memory_order_relaxed); }
 
     const std::shared_ptr<Totals> totals_;
     std::atomic<uint64_t> delivered_{0}, taken_{0}, skipped_{0}, lost_{0}, restarts_{0};
-    std::array<std::atomic<uint64_t>, kFaults + kDrops> dropped_{};
+    std::array<std::atomic<uint64_t>, FAULTS + DROPS> dropped_{};
     mutable std::mutex mutex_; // of the rest
     Mode granted_;
     std::string by_, stalled_, shared_;

@@ -14,18 +14,18 @@ namespace cameras {
 namespace {
 
 // More is not worth a compressed format or a larger picture.
-const int kEnoughRate = 30;
+const int ENOUGH_RATE = 30;
 
 // Frames a second, whole ones, so that 29.97 is no worse than 30. A camera that does not tell mostly has the
 // usual rate, but one that says so is to be preferred.
 int rateRank(const Interval& interval) {
     if (!interval.known())
-        return kEnoughRate - 1;
-    return std::min(kEnoughRate, static_cast<int>(std::lround(std::min(interval.rate(), 1000.0))));
+        return ENOUGH_RATE - 1;
+    return std::min(ENOUGH_RATE, static_cast<int>(std::lround(std::min(interval.rate(), 1000.0))));
 }
 
 bool isEnough(const Interval& interval) {
-    return rateRank(interval) >= kEnoughRate;
+    return rateRank(interval) >= ENOUGH_RATE;
 }
 
 int fitAxis(int least, int most, int step, int wanted) {
@@ -100,7 +100,7 @@ Interval bestInterval(const std::vector<Interval>& offered) {
 Interval bestInterval(const Interval& shortest, const Interval& longest) {
     Interval enough;
     enough.numerator = 1;
-    enough.denominator = kEnoughRate;
+    enough.denominator = ENOUGH_RATE;
     if (!shortest.known() || shortest.rate() <= enough.rate())
         return shortest;
     return longest.known() && longest.rate() > enough.rate() ? longest : enough;

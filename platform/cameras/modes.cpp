@@ -9,10 +9,10 @@ namespace cameras {
 namespace {
 
 // 29.97 and 30 frames a second are the same wish, 24 and 25 are not.
-const double kRateTolerance = 0.01;
+const double RATE_TOLERANCE = 0.01;
 
 // Of the terms of a fraction.
-const double kLargestTerm = 1000000;
+const double LARGEST_TERM = 1000000;
 
 bool axisOffers(int least, int most, int step, int wished) {
     if (wished == 0 || most == 0) // most: the driver does not say
@@ -63,7 +63,7 @@ bool chooseInterval(const std::vector<IntervalRange>& offered, const Interval& w
             found = one;
     }
     chosen = found.known() ? found : wished;
-    return distance(chosen, wished) <= kRateTolerance * wished.rate();
+    return distance(chosen, wished) <= RATE_TOLERANCE * wished.rate();
 }
 
 bool offers(const NativeMode& mode, const ModeWish& wish) {
@@ -75,20 +75,20 @@ bool offers(const NativeMode& mode, const ModeWish& wish) {
 // By continued fractions: of all fractions with terms as small the nearest, so that 30000/1001 comes out as
 // that.
 Interval intervalOf(double framesPerSecond) {
-    if (!(framesPerSecond > 0) || framesPerSecond > kLargestTerm)
+    if (!(framesPerSecond > 0) || framesPerSecond > LARGEST_TERM)
         return Interval();
     double over[2] = {1, 0}, under[2] = {0, 1}; // of the last fraction, and of the one before
     double rest = framesPerSecond;
     for (;;) {
         const double whole = std::floor(rest);
         const double nextOver = whole * over[0] + over[1], nextUnder = whole * under[0] + under[1];
-        if (nextOver > kLargestTerm || nextUnder > kLargestTerm)
+        if (nextOver > LARGEST_TERM || nextUnder > LARGEST_TERM)
             break;
         over[1] = over[0];
         under[1] = under[0];
         over[0] = nextOver;
         under[0] = nextUnder;
-        if (rest - whole < 1 / kLargestTerm)
+        if (rest - whole < 1 / LARGEST_TERM)
             break;
         rest = 1 / (rest - whole);
     }

@@ -16,7 +16,7 @@ public:
     inline static std::atomic<int64_t> leastPause{2000000000}; // changed by tests alone
     // A camera that three starts do not revive will not be revived by a fourth; it may still come back by
     // itself.
-    static constexpr int kMostRestarts = 3;
+    static constexpr int MOST_RESTARTS = 3;
 
     void begin(int64_t now) { since_ = now; }
     // Returns whether the stream had stalled before.
@@ -40,7 +40,7 @@ public:
         if (now - since_ < pause << restarts_)
             return false;
         stalled_ = true;
-        if (restarts_ == kMostRestarts)
+        if (restarts_ == MOST_RESTARTS)
             return false;
         ++restarts_;
         return true;
@@ -48,12 +48,12 @@ public:
     void restarted(int64_t now) { since_ = now; }
     // After a start that was refused.
     bool mayTryAgain() {
-        if (restarts_ == kMostRestarts)
+        if (restarts_ == MOST_RESTARTS)
             return false;
         ++restarts_;
         return true;
     }
-    bool hasGivenUp() const { return stalled_ && restarts_ == kMostRestarts; }
+    bool hasGivenUp() const { return stalled_ && restarts_ == MOST_RESTARTS; }
     // How long to wait before a start that was refused is tried again.
     int64_t retryPause() const { return leastPause.load() / 4 << restarts_; }
 

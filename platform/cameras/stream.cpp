@@ -16,7 +16,7 @@ namespace cameras {
 namespace {
 
 // More frames a second are not worth keeping a smaller picture for.
-const double kEnoughRate = 30;
+const double ENOUGH_RATE = 30;
 
 bool fits(const Size& size, const Size& into) {
     return size.width <= into.width && size.height <= into.height;
@@ -213,7 +213,7 @@ Error Stream::changeMode(const StopSignal& stop, const Size& wider) {
     stop.clearWake();
     Request request = request_; // takes no memory: the format of a wish is a few characters
     request.size = wider;
-    request.leastRate = std::min(kEnoughRate, figures_->granted().rate());
+    request.leastRate = std::min(ENOUGH_RATE, figures_->granted().rate());
     const Size before = figures_->granted().size;
     const Error refused = startWider(request);
     Error why;
@@ -261,7 +261,7 @@ Error Stream::revive(const StopSignal& stop) {
     tell([&] { figures_->setStalled(stalled(where_)); });
     const Error why = startAnew(stop);
     if (!why && watch_.hasGivenUp())
-        tell([&] { figures_->setStalled(stalledForGood(where_, StallWatch::kMostRestarts)); });
+        tell([&] { figures_->setStalled(stalledForGood(where_, StallWatch::MOST_RESTARTS)); });
     return why;
 }
 

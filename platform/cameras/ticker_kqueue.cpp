@@ -10,8 +10,8 @@ namespace cameras {
 
 namespace {
 
-const uintptr_t kTimer = 1; // any name: there is one in a queue
-const int kPeriodMilliseconds = 1000;
+const uintptr_t TIMER = 1; // any name: there is one in a queue
+const int PERIOD_MILLISECONDS = 1000;
 
 } // namespace
 
@@ -32,10 +32,10 @@ void Ticker::switchOn(bool on) {
     if (on == on_)
         return;
     struct kevent timer = {};
-    timer.ident = kTimer;
+    timer.ident = TIMER;
     timer.filter = EVFILT_TIMER;
     timer.flags = on ? EV_ADD : EV_DELETE;
-    timer.data = kPeriodMilliseconds;
+    timer.data = PERIOD_MILLISECONDS;
     ::kevent(descriptor_, &timer, 1, nullptr, 0, nullptr);
     on_ = on;
 }

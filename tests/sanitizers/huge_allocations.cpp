@@ -10,10 +10,10 @@
 namespace {
 
 using Operator = void* (*)(std::size_t);
-const std::size_t kNoMachineHas = std::size_t(1) << 40;
+const std::size_t NO_MACHINE_HAS = std::size_t(1) << 40;
 
 void* allocate(std::atomic<Operator>& next, const char* name, std::size_t size) {
-    if (size > kNoMachineHas)
+    if (size > NO_MACHINE_HAS)
         throw std::bad_alloc();
     Operator sanitizers = next.load(std::memory_order_relaxed);
     if (!sanitizers) {

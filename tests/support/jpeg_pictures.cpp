@@ -8,7 +8,7 @@
 
 namespace ostrel::support {
 
-const uint8_t kJpegQuadrants[4][3] = {{40, 30, 200}, {60, 180, 20}, {210, 50, 30}, {190, 190, 190}};
+const uint8_t JPEG_QUADRANTS[4][3] = {{40, 30, 200}, {60, 180, 20}, {210, 50, 30}, {190, 190, 190}};
 
 namespace {
 
@@ -70,7 +70,7 @@ std::vector<uint8_t> encodeJpeg(int width, int height, const JpegOptions& option
 
 std::vector<uint8_t> quadrantsAsJpeg(int width, int height, const JpegOptions& options) {
     return encodeJpeg(width, height, options, [&](int x, int y) {
-        const uint8_t* const bgr = kJpegQuadrants[(y >= height / 2 ? 2 : 0) + (x >= width / 2 ? 1 : 0)];
+        const uint8_t* const bgr = JPEG_QUADRANTS[(y >= height / 2 ? 2 : 0) + (x >= width / 2 ? 1 : 0)];
         return std::array<uint8_t, 3>{bgr[0], bgr[1], bgr[2]};
     });
 }

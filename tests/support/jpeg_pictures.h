@@ -30,7 +30,7 @@ std::vector<uint8_t> encodeJpeg(int width, int height, const JpegOptions& option
 std::vector<uint8_t> quadrantsAsJpeg(int width, int height, const JpegOptions& options = JpegOptions());
 
 // What each quadrant is, as B, G, R.
-extern const uint8_t kJpegQuadrants[4][3];
+extern const uint8_t JPEG_QUADRANTS[4][3];
 
 } // namespace ostrel::support
 

@@ -8,15 +8,15 @@
 
 namespace {
 
-const char kPipeWire[] = "pipewire:";
+const char PIPE_WIRE[] = "pipewire:";
 
 bool isPipeWire(const std::string& device) {
-    return device.compare(0, std::strlen(kPipeWire), kPipeWire) == 0;
+    return device.compare(0, std::strlen(PIPE_WIRE), PIPE_WIRE) == 0;
 }
 
 // Session managers connect nothing with a source that names no target.
 std::string source(const std::string& device) {
-    return isPipeWire(device) ? "pipewiresrc target-object=" + device.substr(std::strlen(kPipeWire))
+    return isPipeWire(device) ? "pipewiresrc target-object=" + device.substr(std::strlen(PIPE_WIRE))
                               : "v4l2src device=" + device;
 }
 

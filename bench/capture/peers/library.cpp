@@ -52,7 +52,7 @@ private:
     bench::WaitingClient client_;
 };
 
-const char* const kName =
+const char* const NAME =
     BENCH_WAIT == ostrel::OVIDEO_PIXELS_BGR ? "library, waiting, 24 bits" : "library, waiting";
 using Chosen = Waiting;
 
@@ -90,7 +90,7 @@ private:
     int64_t next_ = 0;
 };
 
-const char* const kName = "library, polled";
+const char* const NAME = "library, polled";
 using Chosen = Polled;
 
 #endif
@@ -98,6 +98,6 @@ using Chosen = Polled;
 } // namespace
 
 int main(int argc, char** argv) {
-    return bench::runPeer(kName, argc, argv,
+    return bench::runPeer(NAME, argc, argv,
                           [](const bench::Request& request) -> bench::Peer* { return new Chosen(request); });
 }

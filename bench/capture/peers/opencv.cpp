@@ -50,14 +50,14 @@ private:
 };
 
 #ifdef BENCH_BGRA
-const char* const kName = "OpenCV, as 32 bits";
+const char* const NAME = "OpenCV, as 32 bits";
 #else
-const char* const kName = "OpenCV VideoCapture";
+const char* const NAME = "OpenCV VideoCapture";
 #endif
 
 } // namespace
 
 int main(int argc, char** argv) {
-    return bench::runPeer(kName, argc, argv,
+    return bench::runPeer(NAME, argc, argv,
                           [](const bench::Request& request) -> bench::Peer* { return new OpenCv(request); });
 }

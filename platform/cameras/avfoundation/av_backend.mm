@@ -15,7 +15,7 @@ namespace avfoundation {
 namespace {
 
 // How long a wait for a frame takes at most, before the device is asked whether it is still there.
-const int kTimeoutMilliseconds = 1000;
+const int TIMEOUT_MILLISECONDS = 1000;
 
 } // namespace
 
@@ -127,7 +127,7 @@ bool AvBackend::canServeBetter(const Request& request) {
 Error AvBackend::next(const StopSignal& stop, Arrival& arrival) {
     const Pool pool;
     pollfd descriptors[2] = {{inbox_->descriptor(), POLLIN, 0}, {stop.descriptor(), POLLIN, 0}};
-    const int ready = ::poll(descriptors, 2, kTimeoutMilliseconds);
+    const int ready = ::poll(descriptors, 2, TIMEOUT_MILLISECONDS);
     if (stop.raised())
         return Error();
     if (unanswered_)

@@ -14,9 +14,9 @@ namespace {
 
 // The framework has few buffers, and stops delivering while its clients hold them all. A capture holds one or
 // two; what a client keeps beyond that is copied.
-const int kMostBuffersHeld = 4;
+const int MOST_BUFFERS_HELD = 4;
 
-const size_t kBytesPerPixel = 4;
+const size_t BYTES_PER_PIXEL = 4;
 
 // The bytes of a locked buffer; no data when there are none to read. Rows may be padded.
 pixels::Picture pictureIn(CVPixelBufferRef buffer, const Size& size) {
@@ -25,7 +25,7 @@ pixels::Picture pictureIn(CVPixelBufferRef buffer, const Size& size) {
     picture.width = size.width;
     picture.height = size.height;
     const size_t stride = CVPixelBufferGetBytesPerRow(buffer);
-    const size_t row = static_cast<size_t>(size.width) * kBytesPerPixel;
+    const size_t row = static_cast<size_t>(size.width) * BYTES_PER_PIXEL;
     if (stride < row || stride > INT_MAX)
         return picture;
     // Nobody promises that the last row is padded as well.
@@ -75,7 +75,7 @@ std::shared_ptr<AvFrame> AvFrame::of(CVPixelBufferRef buffer, const std::shared_
         return nullptr;
     }
     const std::shared_ptr<AvFrame> frame(new AvFrame(origin, std::move(facts)));
-    if (origin->buffersHeld.fetch_add(1) < kMostBuffersHeld) {
+    if (origin->buffersHeld.fetch_add(1) < MOST_BUFFERS_HELD) {
         frame->buffer_ = CVBufferRetain(buffer);
         return frame;
     }
@@ -99,7 +99,7 @@ bool AvFrame::copy(CVPixelBufferRef buffer) {
     const uint8_t* const from = picture.planes[0].data;
     if (!from)
         return false;
-    const size_t row = static_cast<size_t>(facts_.size.width) * kBytesPerPixel;
+    const size_t row = static_cast<size_t>(facts_.size.width) * BYTES_PER_PIXEL;
     pixels::PixelPool::Block block = origin_->pool->take(row * static_cast<size_t>(facts_.size.height));
     for (int y = 0; y < facts_.size.height; ++y)
         std::memcpy(block.data() + static_cast<size_t>(y) * row,
@@ -114,7 +114,7 @@ bool AvFrame::show(const PictureReader& reader) {
         picture.layout = pixels::Layout::Bgrx;
         picture.width = facts_.size.width;
         picture.height = facts_.size.height;
-        const size_t row = static_cast<size_t>(picture.width) * kBytesPerPixel;
+        const size_t row = static_cast<size_t>(picture.width) * BYTES_PER_PIXEL;
         pixels::setBlock(picture, copy_.data(), row * static_cast<size_t>(picture.height),
                          static_cast<int>(row));
         reader(picture);

@@ -13,9 +13,9 @@ namespace pipewire {
 namespace {
 
 // One held as the newest, one being converted, one being delivered, two for the camera to fill in turn.
-const int kWantedBuffers = 5;
-const int kFewestBuffers = 2;
-const int kMostBuffers = 16;
+const int WANTED_BUFFERS = 5;
+const int FEWEST_BUFFERS = 2;
+const int MOST_BUFFERS = 16;
 
 } // namespace
 
@@ -195,7 +195,7 @@ void CaptureStream::onParamChanged(void* data, uint32_t id, const spa_pod* param
     const spa_pod* params[2];
     params[0] = static_cast<const spa_pod*>(spa_pod_builder_add_object(
         &builder, SPA_TYPE_OBJECT_ParamBuffers, SPA_PARAM_Buffers, SPA_PARAM_BUFFERS_buffers,
-        SPA_POD_CHOICE_RANGE_Int(kWantedBuffers, kFewestBuffers, kMostBuffers), SPA_PARAM_BUFFERS_dataType,
+        SPA_POD_CHOICE_RANGE_Int(WANTED_BUFFERS, FEWEST_BUFFERS, MOST_BUFFERS), SPA_PARAM_BUFFERS_dataType,
         SPA_POD_CHOICE_FLAGS_Int((1 << SPA_DATA_MemFd) | (1 << SPA_DATA_MemPtr))));
     params[1] = static_cast<const spa_pod*>(spa_pod_builder_add_object(
         &builder, SPA_TYPE_OBJECT_ParamMeta, SPA_PARAM_Meta, SPA_PARAM_META_type, SPA_POD_Id(SPA_META_Header),

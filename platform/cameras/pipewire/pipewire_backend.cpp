@@ -20,14 +20,14 @@ namespace pipewire {
 namespace {
 
 // How long a wait for a frame takes at most.
-const int kTimeoutMilliseconds = 1000;
+const int TIMEOUT_MILLISECONDS = 1000;
 
 // A camera whose driver has to wake the hardware takes its time until the first picture is due.
-const int64_t kPatience = 5 * NANOSECONDS_PER_SECOND;
+const int64_t PATIENCE = 5 * NANOSECONDS_PER_SECOND;
 
 // A session manager that has just taken a camera apart gives it out again when it is done with that.
-const int64_t kManagersPatience = NANOSECONDS_PER_SECOND;
-const std::chrono::milliseconds kPause(20);
+const int64_t MANAGERS_PATIENCE = NANOSECONDS_PER_SECOND;
+const std::chrono::milliseconds PAUSE(20);
 
 Mode modeOf(const Granted& granted) {
     Mode mode;
@@ -90,7 +90,7 @@ Error PipewireBackend::modes(NativeModes& modes) {
     if (!connection)
         return failed(errno);
     std::vector<Offer> offers;
-    const int error = connection->ask(node_.serial, monotonicNanoseconds() + kPatience, offers);
+    const int error = connection->ask(node_.serial, monotonicNanoseconds() + PATIENCE, offers);
     addModes(offers, modes);
     return error ? failed(error) : Error();
 }
@@ -107,7 +107,7 @@ Error PipewireBackend::nothingFits(const Request& request) const {
 }
 
 Error PipewireBackend::start(const Request& request, const std::shared_ptr<Outlet>& outlet) {
-    const int error = connection_->ask(node_.serial, monotonicNanoseconds() + kPatience, offers_);
+    const int error = connection_->ask(node_.serial, monotonicNanoseconds() + PATIENCE, offers_);
     if (error)
         return failed(error);
     const std::vector<Candidate> best = candidatesFor(request);
@@ -135,13 +135,13 @@ int PipewireBackend::tryToStart(const Candidate& candidate, const Request& reque
     const int64_t begin = monotonicNanoseconds();
     std::unique_ptr<CaptureStream> stream;
     int error = EAGAIN;
-    while (error == EAGAIN && !isGone() && monotonicNanoseconds() < begin + kManagersPatience) {
+    while (error == EAGAIN && !isGone() && monotonicNanoseconds() < begin + MANAGERS_PATIENCE) {
         if (stream)
-            std::this_thread::sleep_for(kPause);
+            std::this_thread::sleep_for(PAUSE);
         stream = std::make_unique<CaptureStream>(connection_, node_.id, node_.serial, figures_);
         error = stream->begin(candidate, request.wish);
         if (!error)
-            error = stream->wait(begin + kPatience);
+            error = stream->wait(begin + PATIENCE);
     }
     if (error == ETIMEDOUT && remote_->ask(*connection_) == 0)
         error = ENOLINK; // the daemon is well
@@ -193,7 +193,7 @@ Error PipewireBackend::restart(const Request& request, const std::shared_ptr<Out
 
 Error PipewireBackend::next(const StopSignal& stop, Arrival& arrival) {
     pollfd descriptors[2] = {{stream_->buffers().descriptor(), POLLIN, 0}, {stop.descriptor(), POLLIN, 0}};
-    const int ready = ::poll(descriptors, 2, kTimeoutMilliseconds);
+    const int ready = ::poll(descriptors, 2, TIMEOUT_MILLISECONDS);
     if (stop.raised() || (ready < 0 && errno == EINTR))
         return Error();
     // A start anew that the session manager has refused is silence, and will be tried again.

@@ -27,7 +27,7 @@ int Remote::ask(Connection& connection) {
         return ETIMEDOUT;
     const int error = connection.settle(monotonicNanoseconds() + patience);
     if (error == ETIMEDOUT) {
-        silentUntil_ = monotonicNanoseconds() + kLeftOutFor;
+        silentUntil_ = monotonicNanoseconds() + LEFT_OUT_FOR;
         changes_.raise();
     }
     return error;

@@ -23,7 +23,7 @@ class Remote {
 public:
     // How long a daemon is waited for, and for how long it is left out when it did not answer. Nanoseconds.
     inline static std::atomic<int64_t> patience{100000000}; // changed by tests alone
-    static constexpr int64_t kLeftOutFor = 5000000000;
+    static constexpr int64_t LEFT_OUT_FOR = 5000000000;
 
     using Load = const Library* (*)();
 

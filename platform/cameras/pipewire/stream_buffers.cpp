@@ -20,10 +20,10 @@ namespace pipewire {
 namespace {
 
 // Fewer, and the camera would have none to fill.
-const long kLeftForTheCamera = 2;
+const long LEFT_FOR_THE_CAMERA = 2;
 
 // libpipewire's own limit. Their places are made beforehand, since its callbacks must not throw.
-const size_t kMostBuffers = 64;
+const size_t MOST_BUFFERS = 64;
 
 const spa_meta_header* headerOf(const spa_buffer* buffer) {
     return static_cast<const spa_meta_header*>(
@@ -56,7 +56,7 @@ size_t bytesOf(const spa_data& data) {
 
 StreamBuffers::StreamBuffers(const Library& library, std::shared_ptr<Figures> figures)
     : library_(library), figures_(std::move(figures)), pool_(std::make_shared<pixels::PixelPool>()) {
-    buffers_.reserve(kMostBuffers);
+    buffers_.reserve(MOST_BUFFERS);
 }
 
 void StreamBuffers::setStream(pw_stream* stream) {
@@ -72,7 +72,7 @@ void StreamBuffers::setGranted(const Granted& granted) {
 size_t StreamBuffers::indexOf(const pw_buffer* buffer) const {
     const auto found = std::find_if(buffers_.begin(), buffers_.end(),
                                     [&](const Buffer& one) { return one.buffer == buffer; });
-    return found == buffers_.end() ? kNone : static_cast<size_t>(found - buffers_.begin());
+    return found == buffers_.end() ? NONE : static_cast<size_t>(found - buffers_.begin());
 }
 
 void StreamBuffers::add(pw_buffer* buffer) {
@@ -80,8 +80,8 @@ void StreamBuffers::add(pw_buffer* buffer) {
     if (!stream_)
         return;
     size_t index = indexOf(nullptr);
-    if (index == kNone) {
-        if (buffers_.size() == kMostBuffers)
+    if (index == NONE) {
+        if (buffers_.size() == MOST_BUFFERS)
             return;
         index = buffers_.size();
         buffers_.emplace_back();
@@ -104,10 +104,10 @@ void StreamBuffers::add(pw_buffer* buffer) {
 void StreamBuffers::remove(pw_buffer* buffer) {
     const std::lock_guard<std::mutex> lock(mutex_);
     const size_t index = indexOf(buffer);
-    if (index == kNone)
+    if (index == NONE)
         return;
     if (newest_ == index)
-        newest_ = kNone;
+        newest_ = NONE;
     forget(buffers_[index]);
 }
 
@@ -123,7 +123,7 @@ void StreamBuffers::forget(Buffer& buffer) {
 void StreamBuffers::close() {
     const std::lock_guard<std::mutex> lock(mutex_);
     stream_ = nullptr;
-    newest_ = kNone;
+    newest_ = NONE;
     for (Buffer& buffer : buffers_)
         if (buffer.buffer)
             forget(buffer);
@@ -144,14 +144,14 @@ void StreamBuffers::collect() {
     bool any = false;
     while (pw_buffer* const filled = library_.pw_stream_dequeue_buffer(stream_)) {
         const size_t index = indexOf(filled);
-        if (index == kNone) { // one too many to be remembered
+        if (index == NONE) { // one too many to be remembered
             figures_->drop(Drop::UnknownBuffer);
             library_.pw_stream_queue_buffer(stream_, filled);
             continue;
         }
         if (const spa_meta_header* const header = headerOf(filled->buffer))
             figures_->countLost(gaps_.before(static_cast<uint32_t>(once(header->seq))));
-        if (newest_ != kNone) {
+        if (newest_ != NONE) {
             giveBack(buffers_[newest_]);
             figures_->countSkipped(1);
         }
@@ -240,11 +240,11 @@ bool StreamBuffers::accept(const Buffer& buffer, const pixels::Picture& picture)
 void StreamBuffers::take(bool shared, Arrival& arrival, Granted& granted) {
     const std::lock_guard<std::mutex> lock(mutex_);
     wake_.clear();
-    if (!stream_ || newest_ == kNone)
+    if (!stream_ || newest_ == NONE)
         return;
     const size_t index = newest_;
     Buffer& buffer = buffers_[index];
-    newest_ = kNone;
+    newest_ = NONE;
     arrival.signOfLife = true;
     granted = buffer.granted;
     synchronise(buffer, true);
@@ -261,7 +261,7 @@ void StreamBuffers::take(bool shared, Arrival& arrival, Granted& granted) {
     const auto left = std::count_if(buffers_.begin(), buffers_.end(), [](const Buffer& one) {
         return one.buffer && one.place == Place::PipeWire;
     });
-    if (frame && !shared && left >= kLeftForTheCamera) {
+    if (frame && !shared && left >= LEFT_FOR_THE_CAMERA) {
         buffer.frame = frame.get();
     } else {
         if (frame)

@@ -47,7 +47,7 @@ public:
     void take(bool shared, Arrival& arrival, Granted& granted);
 
 private:
-    static constexpr size_t kNone = ~size_t(0);
+    static constexpr size_t NONE = ~size_t(0);
 
     enum class Place { PipeWire, Waiting, Ours };
     struct Memory {
@@ -82,7 +82,7 @@ private:
     pw_stream* stream_ = nullptr;
     Granted granted_;
     std::vector<Buffer> buffers_;
-    size_t newest_ = kNone; // the buffer that waits
+    size_t newest_ = NONE; // the buffer that waits
     SequenceGaps gaps_;
 };
 

@@ -20,9 +20,9 @@ struct Entry {
 };
 
 // Kernel headers older than 6.0 lack it.
-const uint32_t kP010 = v4l2_fourcc('P', '0', '1', '0');
+const uint32_t P010 = v4l2_fourcc('P', '0', '1', '0');
 
-const Entry kRawFormats[] = {
+const Entry RAW_FORMATS[] = {
     {SPA_VIDEO_FORMAT_YUY2, V4L2_PIX_FMT_YUYV},
     {SPA_VIDEO_FORMAT_UYVY, V4L2_PIX_FMT_UYVY},
     {SPA_VIDEO_FORMAT_YVYU, V4L2_PIX_FMT_YVYU},
@@ -31,7 +31,7 @@ const Entry kRawFormats[] = {
     {SPA_VIDEO_FORMAT_NV21, V4L2_PIX_FMT_NV21},
     {SPA_VIDEO_FORMAT_NV16, V4L2_PIX_FMT_NV16},
     {SPA_VIDEO_FORMAT_NV24, V4L2_PIX_FMT_NV24},
-    {SPA_VIDEO_FORMAT_P010_10LE, kP010},
+    {SPA_VIDEO_FORMAT_P010_10LE, P010},
     {SPA_VIDEO_FORMAT_I420, V4L2_PIX_FMT_YUV420},
     {SPA_VIDEO_FORMAT_YV12, V4L2_PIX_FMT_YVU420},
     {SPA_VIDEO_FORMAT_Y42B, V4L2_PIX_FMT_YUV422P},
@@ -58,7 +58,7 @@ const Entry kRawFormats[] = {
 };
 
 // Not SPA_MEDIA_SUBTYPE_bayer, which does not say in which order the colours are.
-const Entry kCompressedFormats[] = {
+const Entry COMPRESSED_FORMATS[] = {
     {SPA_MEDIA_SUBTYPE_mjpg, V4L2_PIX_FMT_MJPEG},  {SPA_MEDIA_SUBTYPE_h264, V4L2_PIX_FMT_H264},
     {SPA_MEDIA_SUBTYPE_dv, V4L2_PIX_FMT_DV},       {SPA_MEDIA_SUBTYPE_mpegts, V4L2_PIX_FMT_MPEG},
     {SPA_MEDIA_SUBTYPE_h263, V4L2_PIX_FMT_H263},   {SPA_MEDIA_SUBTYPE_mpeg1, V4L2_PIX_FMT_MPEG1},
@@ -68,8 +68,8 @@ const Entry kCompressedFormats[] = {
 };
 
 // A node that never says "no more" must not fill the memory.
-const size_t kMostOffers = 4096;
-const size_t kMostModes = 4096;
+const size_t MOST_OFFERS = 4096;
+const size_t MOST_MODES = 4096;
 
 // 0 where there is none, in both directions.
 template <size_t Count>
@@ -200,22 +200,22 @@ void addAllPictures(spa_pod_builder& builder) {
     spa_pod_frame choice;
     spa_pod_builder_prop(&builder, SPA_FORMAT_VIDEO_format, 0);
     spa_pod_builder_push_choice(&builder, &choice, SPA_CHOICE_Enum, 0);
-    spa_pod_builder_id(&builder, kRawFormats[0].spa); // the default comes first, and once more
-    for (const Entry& entry : kRawFormats)
+    spa_pod_builder_id(&builder, RAW_FORMATS[0].spa); // the default comes first, and once more
+    for (const Entry& entry : RAW_FORMATS)
         if (hasPicture(entry.fourcc))
             spa_pod_builder_id(&builder, entry.spa);
     spa_pod_builder_pop(&builder, &choice);
 }
 
 const spa_pod* exactly(spa_pod_builder& builder, const Candidate& picture) {
-    const uint32_t compressed = spaOf(picture.fourcc, kCompressedFormats);
+    const uint32_t compressed = spaOf(picture.fourcc, COMPRESSED_FORMATS);
     const spa_rectangle size = {static_cast<uint32_t>(picture.size.width),
                                 static_cast<uint32_t>(picture.size.height)};
     const spa_fraction rate = rateOf(picture.interval);
     spa_pod_frame object;
     beginFormat(builder, object, compressed ? compressed : uint32_t(SPA_MEDIA_SUBTYPE_raw));
     if (!compressed)
-        spa_pod_builder_add(&builder, SPA_FORMAT_VIDEO_format, SPA_POD_Id(spaOf(picture.fourcc, kRawFormats)),
+        spa_pod_builder_add(&builder, SPA_FORMAT_VIDEO_format, SPA_POD_Id(spaOf(picture.fourcc, RAW_FORMATS)),
                             0);
     spa_pod_builder_add(&builder, SPA_FORMAT_VIDEO_size, SPA_POD_Rectangle(&size), 0);
     if (picture.interval.known())
@@ -253,16 +253,16 @@ void addOffers(const spa_pod* format, std::vector<Offer>& offers) {
     uint32_t subtype = 0;
     if (!format || spa_format_parse(format, &type, &subtype) < 0 || type != SPA_MEDIA_TYPE_video)
         return;
-    std::vector<uint32_t> fourccs = {fourccOf(subtype, kCompressedFormats)};
+    std::vector<uint32_t> fourccs = {fourccOf(subtype, COMPRESSED_FORMATS)};
     if (subtype == SPA_MEDIA_SUBTYPE_raw)
         for (const uint32_t raw : values<uint32_t>(format, SPA_FORMAT_VIDEO_format, SPA_TYPE_Id).all)
-            fourccs.push_back(fourccOf(raw, kRawFormats));
+            fourccs.push_back(fourccOf(raw, RAW_FORMATS));
     Offer offer;
     offer.sizes = sizesOf(format);
     offer.intervals = intervalsOf(format);
     for (const uint32_t fourcc : fourccs) {
         offer.fourcc = fourcc;
-        if (fourcc != 0 && offers.size() < kMostOffers)
+        if (fourcc != 0 && offers.size() < MOST_OFFERS)
             offers.push_back(offer);
     }
 }
@@ -286,7 +286,7 @@ void addModes(const std::vector<Offer>& offers, NativeModes& modes) {
                  offer.intervals.empty() ? std::vector<IntervalRange>(1) : offer.intervals) {
                 mode.sizes = range;
                 mode.intervals = one;
-                if (modes.size() < kMostModes)
+                if (modes.size() < MOST_MODES)
                     modes.push_back(mode);
             }
     }
@@ -317,12 +317,12 @@ bool readGranted(const spa_pod* format, Granted& granted) {
         spa_video_info_raw info = {};
         if (spa_format_video_raw_parse(format, &info) < 0)
             return false;
-        granted.fourcc = fourccOf(info.format, kRawFormats);
+        granted.fourcc = fourccOf(info.format, RAW_FORMATS);
         granted.matrix = matrixOf(info);
         size = info.size;
         rate = info.framerate;
     } else {
-        granted.fourcc = fourccOf(subtype, kCompressedFormats);
+        granted.fourcc = fourccOf(subtype, COMPRESSED_FORMATS);
         if (spa_pod_parse_object(format, SPA_TYPE_OBJECT_Format, nullptr, SPA_FORMAT_VIDEO_size,
                                  SPA_POD_OPT_Rectangle(&size), SPA_FORMAT_VIDEO_framerate,
                                  SPA_POD_OPT_Fraction(&rate)) < 0)
@@ -342,8 +342,8 @@ bool readGranted(const spa_pod* format, Granted& granted) {
 std::vector<const spa_pod*> wordsFor(spa_pod_builder& builder, const Candidate& picture,
                                      const ModeWish& wish) {
     std::vector<const spa_pod*> words = {exactly(builder, picture)};
-    const uint32_t compressed = spaOf(picture.fourcc, kCompressedFormats);
-    const uint32_t raw = spaOf(picture.fourcc, kRawFormats);
+    const uint32_t compressed = spaOf(picture.fourcc, COMPRESSED_FORMATS);
+    const uint32_t raw = spaOf(picture.fourcc, RAW_FORMATS);
     if (wish.format.empty() && hasPicture(picture.fourcc)) {
         words.push_back(anything(builder, SPA_MEDIA_SUBTYPE_raw, 0, picture, wish));
         words.push_back(anything(builder, SPA_MEDIA_SUBTYPE_mjpg, 0, picture, wish));

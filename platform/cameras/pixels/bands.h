@@ -12,14 +12,14 @@ namespace cameras {
 namespace pixels {
 
 // Even, because two rows may share their chroma; few, so that they fit into the first of the caches.
-const int kBandRows = 4;
+const int BAND_ROWS = 4;
 
 // Calls convert(band, rows) for each band of a picture that has the output's size, until one is false.
 template <typename Convert>
 bool inBands(const Picture& picture, const Output& to, Convert convert) {
-    for (int y = 0; y < picture.height; y += kBandRows) {
+    for (int y = 0; y < picture.height; y += BAND_ROWS) {
         Picture band = picture;
-        band.height = std::min(kBandRows, picture.height - y);
+        band.height = std::min(BAND_ROWS, picture.height - y);
         for (int i = 0; i < planeCount(picture.layout); ++i) {
             Plane& plane = band.planes[static_cast<size_t>(i)];
             const int row = planeShape(picture.layout, i, picture.width, y).rows;

@@ -9,7 +9,7 @@ namespace pixels {
 
 namespace {
 
-const int kSmallestPart = 8;
+const int SMALLEST_PART = 8;
 
 int reduced(int side, int part) {
     return (side + part - 1) / part;
@@ -17,9 +17,9 @@ int reduced(int side, int part) {
 
 // As small as it goes, and every row over the one before: only the verdict counts.
 Fault faultOfData(JpegReader& reader) {
-    uint8_t row[LARGEST_SIDE / kSmallestPart];
-    return reader.decode(JCS_GRAYSCALE, row, reduced(reader.width(), kSmallestPart),
-                         reduced(reader.height(), kSmallestPart), 0);
+    uint8_t row[LARGEST_SIDE / SMALLEST_PART];
+    return reader.decode(JCS_GRAYSCALE, row, reduced(reader.width(), SMALLEST_PART),
+                         reduced(reader.height(), SMALLEST_PART), 0);
 }
 
 J_COLOR_SPACE coloursOf(OutputFormat format) {
@@ -53,7 +53,7 @@ Fault faultOfJpeg(const uint8_t* data, size_t bytes) {
 
 void reduceForJpeg(int& width, int& height, int wantedWidth, int wantedHeight) {
     const int wholeWidth = width, wholeHeight = height;
-    for (int part = 2; part <= kSmallestPart; part *= 2) {
+    for (int part = 2; part <= SMALLEST_PART; part *= 2) {
         const int w = reduced(wholeWidth, part);
         const int h = reduced(wholeHeight, part);
         if (w < wantedWidth || h < wantedHeight)

@@ -16,7 +16,7 @@ namespace pixels {
 
 namespace {
 
-const JOCTET kEndOfPicture[] = {0xFF, JPEG_EOI};
+const JOCTET END_OF_PICTURE[] = {0xFF, JPEG_EOI};
 
 JpegReader& readerOf(void* client) {
     return *static_cast<JpegReader*>(client);
@@ -91,8 +91,8 @@ boolean JpegReader::noMoreSource(j_decompress_ptr jpeg) {
     if (!reader.headerRead_)
         reader.giveUp(Fault::Truncated);
     reader.ranOut_ = true;
-    reader.source_.next_input_byte = kEndOfPicture;
-    reader.source_.bytes_in_buffer = sizeof kEndOfPicture;
+    reader.source_.next_input_byte = END_OF_PICTURE;
+    reader.source_.bytes_in_buffer = sizeof END_OF_PICTURE;
     return TRUE;
 }
 
@@ -127,7 +127,7 @@ Fault JpegReader::readHeader() {
 
 const uint8_t* JpegReader::findEnd() const {
     const uint8_t* const end = next() + left();
-    return std::search(next(), end, std::begin(kEndOfPicture), std::end(kEndOfPicture));
+    return std::search(next(), end, std::begin(END_OF_PICTURE), std::end(END_OF_PICTURE));
 }
 
 void JpegReader::readRows(J_COLOR_SPACE colours, uint8_t* pixels, int width, int height, int stride) {

@@ -9,20 +9,20 @@ namespace pixels {
 namespace {
 
 // Kernel headers older than 6.0 lack it.
-const uint32_t kP010 = v4l2_fourcc('P', '0', '1', '0');
+const uint32_t P010 = v4l2_fourcc('P', '0', '1', '0');
 
 struct Entry {
     uint32_t fourcc;
     PixelFormat format;
 };
 
-const Entry kFormats[] = {
+const Entry FORMATS[] = {
     {V4L2_PIX_FMT_YUYV, {Layout::Yuyv, 1}},        {V4L2_PIX_FMT_UYVY, {Layout::Uyvy, 1}},
     {V4L2_PIX_FMT_YVYU, {Layout::Yvyu, 1}},        {V4L2_PIX_FMT_VYUY, {Layout::Vyuy, 1}},
     {V4L2_PIX_FMT_NV12, {Layout::Nv12, 1}},        {V4L2_PIX_FMT_NV12M, {Layout::Nv12, 2}},
     {V4L2_PIX_FMT_NV21, {Layout::Nv21, 1}},        {V4L2_PIX_FMT_NV21M, {Layout::Nv21, 2}},
     {V4L2_PIX_FMT_NV16, {Layout::Nv16, 1}},        {V4L2_PIX_FMT_NV16M, {Layout::Nv16, 2}},
-    {V4L2_PIX_FMT_NV24, {Layout::Nv24, 1}},        {kP010, {Layout::P010, 1}},
+    {V4L2_PIX_FMT_NV24, {Layout::Nv24, 1}},        {P010, {Layout::P010, 1}},
     {V4L2_PIX_FMT_YUV420, {Layout::I420, 1}},      {V4L2_PIX_FMT_YUV420M, {Layout::I420, 3}},
     {V4L2_PIX_FMT_YVU420, {Layout::Yv12, 1}},      {V4L2_PIX_FMT_YVU420M, {Layout::Yv12, 3}},
     {V4L2_PIX_FMT_YUV422P, {Layout::I422, 1}},     {V4L2_PIX_FMT_YUV422M, {Layout::I422, 3}},
@@ -41,7 +41,7 @@ const Entry kFormats[] = {
 } // namespace
 
 bool formatOf(uint32_t fourcc, PixelFormat& format) {
-    for (const Entry& entry : kFormats) {
+    for (const Entry& entry : FORMATS) {
         if (entry.fourcc == fourcc) {
             format = entry.format;
             return true;

@@ -17,7 +17,7 @@ public:
 
     // Never destroyed: frames may come back while the process ends.
     static const std::shared_ptr<Shelf>& ofTheProcess() {
-        static const auto* const shelf = new std::shared_ptr<Shelf>(std::make_shared<Shelf>(kKeptUnused));
+        static const auto* const shelf = new std::shared_ptr<Shelf>(std::make_shared<Shelf>(KEPT_UNUSED));
         return *shelf;
     }
 
@@ -67,7 +67,7 @@ private:
     int users_ = 0;
 };
 
-const int64_t PixelPool::kKeptUnused;
+const int64_t PixelPool::KEPT_UNUSED;
 
 PixelPool::PixelPool() : PixelPool(Shelf::ofTheProcess()) {}
 

@@ -47,7 +47,7 @@ public:
     };
 
     // A block that nobody takes for so long is freed when another comes back.
-    static const int64_t kKeptUnused = 2000000000; // nanoseconds
+    static const int64_t KEPT_UNUSED = 2000000000; // nanoseconds
 
     PixelPool();
     // With a shelf of its own.

@@ -156,7 +156,7 @@ bool convertDirectly(const Picture& p, const Output& to) {
 // To three bytes by way of four, where libyuv has only those in one go.
 bool convertByWayOfBgra(const Picture& p, const Output& to, PixelPool& pool) {
     const int stride = p.width * 4;
-    const PixelPool::Block block = pool.take(area(stride, kBandRows));
+    const PixelPool::Block block = pool.take(area(stride, BAND_ROWS));
     return inBands(p, to, [&](const Picture& band, const Output& rows) {
         return convertDirectly(band, {OutputFormat::Bgra, block.data(), band.width, band.height, stride}) &&
                libyuv::ARGBToRGB24(block.data(), stride, rows.data, rows.stride, rows.width, rows.height) ==
@@ -170,7 +170,7 @@ bool convertAtOwnSize(const Picture& p, const Output& to, PixelPool& pool) {
     if (to.format == OutputFormat::Bgr && isPacked(p.layout) && convertByWayOfBgra(p, to, pool))
         return true;
     // A band of packed rows becomes planes without loss, as their chroma rows are not halved.
-    const PixelPool::Block block = pool.take(planeBytes(Chroma::Full, p.width, kBandRows));
+    const PixelPool::Block block = pool.take(planeBytes(Chroma::Full, p.width, BAND_ROWS));
     return inBands(p, to, [&](const Picture& band, const Output& rows) {
         if (band.layout == Layout::P010)
             return convertDirectly(narrowed(band, block.data()), rows);
@@ -212,7 +212,7 @@ bool lumaAtOwnSize(const Picture& p, const Output& to, PixelPool& pool) {
         takeLuma(p, {to.data, to.width, to.height, to.stride});
         return true;
     }
-    const PixelPool::Block block = pool.take(area(p.width, kBandRows));
+    const PixelPool::Block block = pool.take(area(p.width, BAND_ROWS));
     return inBands(p, to, [&](const Picture& band, const Output& rows) {
         takeLuma(band, {block.data(), band.width, band.height, band.width});
         expandRange({block.data(), band.width, band.height, band.width},

@@ -128,7 +128,7 @@ bool atOwnSize(const Picture& p, const Output& to, PixelPool& pool) {
         return false;
     const Rows second = directly(Layout::Bgrx, to.format);
     const int stride = p.width * 4;
-    const PixelPool::Block block = pool.take(static_cast<size_t>(stride) * kBandRows);
+    const PixelPool::Block block = pool.take(static_cast<size_t>(stride) * BAND_ROWS);
     return inBands(p, to, [&](const Picture& band, const Output& rows) {
         const Output between = {OutputFormat::Bgra, block.data(), band.width, band.height, stride};
         return run(first, band, between) &&

@@ -18,11 +18,11 @@ namespace v4l2 {
 namespace {
 
 // One held as the newest, one being converted, one being delivered, two for the driver to fill in turn.
-const unsigned kWantedBuffers = 5;
+const unsigned WANTED_BUFFERS = 5;
 // Some drivers allow no more; the frames are then copies.
-const unsigned kFewestBuffers = 2;
+const unsigned FEWEST_BUFFERS = 2;
 // No driver grants more; a number beyond it is a mistake.
-const unsigned kMostBuffers = 32;
+const unsigned MOST_BUFFERS = 32;
 
 // A buffer and, for the interface of several planes, its planes.
 struct KernelBuffer {
@@ -98,11 +98,11 @@ int BufferQueue::request() {
     v4l2_requestbuffers request = {};
     request.type = type();
     request.memory = V4L2_MEMORY_MMAP;
-    request.count = kWantedBuffers;
+    request.count = WANTED_BUFFERS;
     if (const int error = node_->ioctl(VIDIOC_REQBUFS, &request))
         return error;
     requested_ = true;
-    if (request.count < kFewestBuffers || request.count > kMostBuffers)
+    if (request.count < FEWEST_BUFFERS || request.count > MOST_BUFFERS)
         return ENOMEM;
     buffers_.resize(request.count);
     return 0;
@@ -255,7 +255,7 @@ std::shared_ptr<CameraFrame> BufferQueue::frame(const Filled& filled) {
                                                factsOf(filled), pool_, figures_);
     {
         std::lock_guard<std::mutex> lock(mutex_);
-        const unsigned left = buffers_.size() <= kFewestBuffers ? 1 : 2;
+        const unsigned left = buffers_.size() <= FEWEST_BUFFERS ? 1 : 2;
         if (count(Place::Driver) >= left) {
             buffers_[filled.index].frame = frame.get();
             return frame;

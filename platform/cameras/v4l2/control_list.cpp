@@ -13,10 +13,10 @@ namespace v4l2 {
 namespace {
 
 // A driver that never says "no more" must not hold up anybody.
-const int kMostControls = 1024;
-const int64_t kMostItems = 1024;
+const int MOST_CONTROLS = 1024;
+const int64_t MOST_ITEMS = 1024;
 // Cameras that break off at a control of theirs: so many numbers further on there may be the next.
-const int kMostSkipped = 64;
+const int MOST_SKIPPED = 64;
 
 template <typename Character, size_t N>
 std::string text(const Character (&bytes)[N]) {
@@ -65,7 +65,7 @@ Control controlOf(const Answer& answer) {
 
 void askItems(const VideoNode& node, Control& control) {
     const int64_t first = std::max<int64_t>(control.minimum, 0);
-    const int64_t last = std::min(control.maximum, first + kMostItems - 1);
+    const int64_t last = std::min(control.maximum, first + MOST_ITEMS - 1);
     for (int64_t index = first; index <= last; ++index) {
         v4l2_querymenu item = {};
         item.id = control.id;
@@ -94,7 +94,7 @@ template <typename Answer>
 int askOneAfterAnother(const VideoNode& node, unsigned long request, std::vector<Control>& controls) {
     uint32_t last = 0;
     int skipped = 0;
-    for (int left = kMostControls; left > 0; --left) {
+    for (int left = MOST_CONTROLS; left > 0; --left) {
         Answer answer = {};
         answer.id = last | V4L2_CTRL_FLAG_NEXT_CTRL;
         const int error = node.ioctl(request, &answer);
@@ -103,7 +103,7 @@ int askOneAfterAnother(const VideoNode& node, unsigned long request, std::vector
         if (error == EINVAL)
             return 0;
         if (error) { // the camera did not answer about the next one, whichever that is
-            if (++skipped > kMostSkipped)
+            if (++skipped > MOST_SKIPPED)
                 return controls.empty() ? error : 0;
             last = last ? last + 1 : V4L2_CID_BASE;
             continue;
@@ -130,7 +130,7 @@ int askEach(const VideoNode& node, std::vector<Control>& controls) {
     int error = 0;
     for (uint32_t id = V4L2_CID_BASE; id < V4L2_CID_LASTP1 && error != ENOTTY && error != ENODEV; ++id)
         error = ask(id);
-    for (uint32_t id = V4L2_CID_PRIVATE_BASE; id < V4L2_CID_PRIVATE_BASE + kMostControls && !error; ++id)
+    for (uint32_t id = V4L2_CID_PRIVATE_BASE; id < V4L2_CID_PRIVATE_BASE + MOST_CONTROLS && !error; ++id)
         error = ask(id);
     return error == ENODEV ? error : 0;
 }

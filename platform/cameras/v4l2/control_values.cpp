@@ -12,7 +12,7 @@ namespace v4l2 {
 
 namespace {
 
-const int64_t kLongestText = 1 << 16;
+const int64_t LONGEST_TEXT = 1 << 16;
 
 bool isText(const Control& control) {
     return control.type == Control::Type::Text;
@@ -71,7 +71,7 @@ private:
         value = {};
         value.id = control.id;
         if (isText(control)) {
-            const int64_t room = std::max<int64_t>(0, std::min(control.maximum, kLongestText));
+            const int64_t room = std::max<int64_t>(0, std::min(control.maximum, LONGEST_TEXT));
             text.assign(std::max(static_cast<size_t>(room), control.text.size()) + 1, '\0');
             std::copy(control.text.begin(), control.text.end(), text.begin());
             value.size = static_cast<uint32_t>(text.size());

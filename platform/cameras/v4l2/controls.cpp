@@ -14,32 +14,32 @@ namespace ostrel {
 namespace cameras {
 namespace v4l2 {
 
-static_assert(controlid::kUserClass == V4L2_CTRL_CLASS_USER &&
-                  controlid::kBrightness == V4L2_CID_BRIGHTNESS && controlid::kHue == V4L2_CID_HUE &&
-                  controlid::kAutoWhiteBalance == V4L2_CID_AUTO_WHITE_BALANCE &&
-                  controlid::kRedBalance == V4L2_CID_RED_BALANCE &&
-                  controlid::kBlueBalance == V4L2_CID_BLUE_BALANCE &&
-                  controlid::kExposure == V4L2_CID_EXPOSURE && controlid::kAutogain == V4L2_CID_AUTOGAIN &&
-                  controlid::kGain == V4L2_CID_GAIN && controlid::kHueAuto == V4L2_CID_HUE_AUTO &&
-                  controlid::kWhiteBalanceTemperature == V4L2_CID_WHITE_BALANCE_TEMPERATURE &&
-                  controlid::kChromaAgc == V4L2_CID_CHROMA_AGC &&
-                  controlid::kAutobrightness == V4L2_CID_AUTOBRIGHTNESS &&
-                  controlid::kChromaGain == V4L2_CID_CHROMA_GAIN,
+static_assert(controlid::USER_CLASS == V4L2_CTRL_CLASS_USER && controlid::BRIGHTNESS == V4L2_CID_BRIGHTNESS &&
+                  controlid::HUE == V4L2_CID_HUE &&
+                  controlid::AUTO_WHITE_BALANCE == V4L2_CID_AUTO_WHITE_BALANCE &&
+                  controlid::RED_BALANCE == V4L2_CID_RED_BALANCE &&
+                  controlid::BLUE_BALANCE == V4L2_CID_BLUE_BALANCE &&
+                  controlid::EXPOSURE == V4L2_CID_EXPOSURE && controlid::AUTOGAIN == V4L2_CID_AUTOGAIN &&
+                  controlid::GAIN == V4L2_CID_GAIN && controlid::HUE_AUTO == V4L2_CID_HUE_AUTO &&
+                  controlid::WHITE_BALANCE_TEMPERATURE == V4L2_CID_WHITE_BALANCE_TEMPERATURE &&
+                  controlid::CHROMA_AGC == V4L2_CID_CHROMA_AGC &&
+                  controlid::AUTOBRIGHTNESS == V4L2_CID_AUTOBRIGHTNESS &&
+                  controlid::CHROMA_GAIN == V4L2_CID_CHROMA_GAIN,
               "the library's numbers are the kernel's");
-static_assert(controlid::kExposureAuto == V4L2_CID_EXPOSURE_AUTO &&
-                  controlid::kExposureAbsolute == V4L2_CID_EXPOSURE_ABSOLUTE &&
-                  controlid::kFocusAbsolute == V4L2_CID_FOCUS_ABSOLUTE &&
-                  controlid::kFocusAuto == V4L2_CID_FOCUS_AUTO &&
-                  controlid::kIrisAbsolute == V4L2_CID_IRIS_ABSOLUTE &&
-                  controlid::kPresetWhiteBalance == V4L2_CID_AUTO_N_PRESET_WHITE_BALANCE &&
-                  controlid::kIsoSensitivity == V4L2_CID_ISO_SENSITIVITY &&
-                  controlid::kIsoSensitivityAuto == V4L2_CID_ISO_SENSITIVITY_AUTO,
+static_assert(controlid::EXPOSURE_AUTO == V4L2_CID_EXPOSURE_AUTO &&
+                  controlid::EXPOSURE_ABSOLUTE == V4L2_CID_EXPOSURE_ABSOLUTE &&
+                  controlid::FOCUS_ABSOLUTE == V4L2_CID_FOCUS_ABSOLUTE &&
+                  controlid::FOCUS_AUTO == V4L2_CID_FOCUS_AUTO &&
+                  controlid::IRIS_ABSOLUTE == V4L2_CID_IRIS_ABSOLUTE &&
+                  controlid::PRESET_WHITE_BALANCE == V4L2_CID_AUTO_N_PRESET_WHITE_BALANCE &&
+                  controlid::ISO_SENSITIVITY == V4L2_CID_ISO_SENSITIVITY &&
+                  controlid::ISO_SENSITIVITY_AUTO == V4L2_CID_ISO_SENSITIVITY_AUTO,
               "the library's numbers are the kernel's");
 
 namespace {
 
 // More than any driver keeps for one reader.
-const int kMostEvents = 1024;
+const int MOST_EVENTS = 1024;
 
 // The node is open for as long as the watch lives; its events are that descriptor's alone.
 class NodeWatch : public ControlWatch {
@@ -55,7 +55,7 @@ public:
     Error take(std::vector<Control>& changed) override {
         std::set<uint32_t> told;
         int error = 0;
-        for (int left = kMostEvents; left > 0 && !error; --left) {
+        for (int left = MOST_EVENTS; left > 0 && !error; --left) {
             v4l2_event event = {};
             error = node_->ioctl(VIDIOC_DQEVENT, &event);
             if (!error && event.type == V4L2_EVENT_CTRL)

@@ -13,7 +13,7 @@ namespace v4l2 {
 
 namespace {
 
-const char* const kUnfed = "no program gives it pictures at present";
+const char* const UNFED = "no program gives it pictures at present";
 
 bool saysCapture(const NodeFacts& facts) {
     const auto has = [&facts](const char* word) {
@@ -35,7 +35,7 @@ std::string reasonOf(NodeKind kind) {
     case NodeKind::Codec:
         return "converts pictures that programs give it (codec)";
     case NodeKind::UnfedLoopback:
-        return kUnfed;
+        return UNFED;
     case NodeKind::Output:
         return "shows pictures that programs give it (output)";
     case NodeKind::Metadata:
@@ -95,11 +95,11 @@ Examination examine(const std::shared_ptr<KernelCalls>& kernel, const NodeFacts&
     if (!abilities.streaming)
         result.reason = "delivers no streams (only single pictures, by read)";
     else if (facts.isUnfed)
-        result.reason = kUnfed;
+        result.reason = UNFED;
     else if (convertibleFormats(*node, abilities.multiplanar).empty()) {
         const std::vector<uint32_t> offered = offeredFormats(*node, abilities.multiplanar);
         const bool unfed = abilities.driver == "v4l2 loopback";
-        result.reason = unfed ? kUnfed : unusableFormats(offered);
+        result.reason = unfed ? UNFED : unusableFormats(offered);
         result.nativeOnly = !unfed && !offered.empty();
     }
     result.isCamera = result.reason.empty();

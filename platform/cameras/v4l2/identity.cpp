@@ -11,7 +11,7 @@ namespace v4l2 {
 
 namespace {
 
-const char* const kAt = "-at-";
+const char* const AT = "-at-";
 
 // Interfaces and nodes of one device. The number of the interface is always there, not only where there are
 // several: at plugging in, the nodes appear one after the other.
@@ -28,11 +28,11 @@ std::string partOf(const NodeFacts& facts) {
 // port.
 std::string beforePort(const NodeFacts& facts) {
     if (facts.serial.empty())
-        return "usb-" + asciiSafe(facts.model) + kAt;
+        return "usb-" + asciiSafe(facts.model) + AT;
     std::string serial = asciiSafe(facts.serial);
-    for (size_t at = serial.find(kAt); at != std::string::npos; at = serial.find(kAt, at))
+    for (size_t at = serial.find(AT); at != std::string::npos; at = serial.find(AT, at))
         serial.replace(at, 1, "%2D");
-    return "usb-" + asciiSafe(facts.model) + '-' + serial + kAt;
+    return "usb-" + asciiSafe(facts.model) + '-' + serial + AT;
 }
 
 std::string orElse(const std::string& first, const std::string& second) {
@@ -102,7 +102,7 @@ std::vector<std::string> formerIdentifiers(const NodeFacts& facts, const NodeTex
     if (!facts.serial.empty())
         result.push_back("usb-" + asciiSafe(facts.model) + '-' + asciiSafe(facts.serial) + partOf(facts));
     if (facts.isUsb && !facts.port.empty())
-        result.push_back("usb-" + asciiSafe(facts.model) + kAt + asciiSafe(facts.port) + partOf(facts));
+        result.push_back("usb-" + asciiSafe(facts.model) + AT + asciiSafe(facts.port) + partOf(facts));
     if (!texts.busInfo.empty())
         result.push_back("bus-" + asciiSafe(texts.busInfo) + partOf(facts));
     if (!facts.isUsb && !facts.port.empty())

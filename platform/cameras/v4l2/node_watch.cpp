@@ -19,8 +19,8 @@ namespace v4l2 {
 
 namespace {
 
-const char* const kLoopbacks = "/sys/devices/virtual/video4linux";
-const char* const kUdevRuns = "/run/udev/control";
+const char* const LOOPBACKS = "/sys/devices/virtual/video4linux";
+const char* const UDEV_RUNS = "/run/udev/control";
 
 // Whether the kernel itself makes the nodes in the folder.
 bool isFilledByKernel(const std::string& folder) {
@@ -116,8 +116,8 @@ private:
 std::unique_ptr<ChangeWatch> watchNodes(const std::string& folder) {
     NodeSources sources;
     sources.folder = folder;
-    sources.tellAll = ::access(kUdevRuns, F_OK) == 0 && isFilledByKernel(folder);
-    sources.loopbacks = kLoopbacks;
+    sources.tellAll = ::access(UDEV_RUNS, F_OK) == 0 && isFilledByKernel(folder);
+    sources.loopbacks = LOOPBACKS;
     return watchNodes(sources);
 }
 

@@ -15,8 +15,8 @@ namespace v4l2 {
 namespace {
 
 // A driver that never says "no more" must not hold up anybody for long.
-const uint32_t kMostEntries = 256;
-const size_t kMostModes = 4096;
+const uint32_t MOST_ENTRIES = 256;
+const size_t MOST_MODES = 4096;
 
 Size sizeOf(uint32_t width, uint32_t height) {
     return Size(sideOf(width), sideOf(height));
@@ -96,7 +96,7 @@ private:
 
 std::vector<uint32_t> Questions::formats() {
     std::vector<uint32_t> result;
-    for (uint32_t index = 0; index < kMostEntries; ++index) {
+    for (uint32_t index = 0; index < MOST_ENTRIES; ++index) {
         v4l2_fmtdesc description = {};
         description.index = index;
         description.type = bufferType(multiplanar_);
@@ -110,7 +110,7 @@ std::vector<uint32_t> Questions::formats() {
 
 std::vector<SizeRange> Questions::sizes(uint32_t fourcc) {
     std::vector<SizeRange> result;
-    for (uint32_t index = 0; index < kMostEntries; ++index) {
+    for (uint32_t index = 0; index < MOST_ENTRIES; ++index) {
         v4l2_frmsizeenum entry = {};
         entry.index = index;
         entry.pixel_format = fourcc;
@@ -127,7 +127,7 @@ std::vector<SizeRange> Questions::sizes(uint32_t fourcc) {
 
 std::vector<IntervalRange> Questions::intervals(uint32_t fourcc, const Size& frame) {
     std::vector<IntervalRange> result;
-    for (uint32_t index = 0; index < kMostEntries; ++index) {
+    for (uint32_t index = 0; index < MOST_ENTRIES; ++index) {
         v4l2_frmivalenum entry = {};
         entry.index = index;
         entry.pixel_format = fourcc;
@@ -186,7 +186,7 @@ int offeredModes(const VideoNode& node, bool multiplanar, NativeModes& modes) {
                 mode.intervals = one;
                 modes.push_back(mode);
             }
-            if (modes.size() >= kMostModes)
+            if (modes.size() >= MOST_MODES)
                 return questions.error();
         }
     }

@@ -9,7 +9,7 @@ namespace v4l2 {
 namespace {
 
 // More than any driver keeps for one reader.
-const int kMostEvents = 64;
+const int MOST_EVENTS = 64;
 
 // False where the node has no inputs.
 bool presentInput(const VideoNode& node, v4l2_input& input) {
@@ -44,7 +44,7 @@ void followSource(const VideoNode& node) {
 
 bool sourceHasChanged(const VideoNode& node) {
     bool changed = false;
-    for (int left = kMostEvents; left > 0; --left) {
+    for (int left = MOST_EVENTS; left > 0; --left) {
         v4l2_event event = {};
         if (node.ioctl(VIDIOC_DQEVENT, &event) != 0)
             break;

@@ -24,13 +24,13 @@ namespace v4l2 {
 namespace {
 
 // How long a wait for a frame takes at most, before the device is asked whether it is still there.
-const int kTimeoutMilliseconds = 1000;
+const int TIMEOUT_MILLISECONDS = 1000;
 
 // Drivers report EIO for one lost picture and go on; one that has nothing else to say has given up.
-const int kMostFailuresInARow = 10;
+const int MOST_FAILURES_IN_A_ROW = 10;
 
 // A driver that is always ready must not keep the frames from being delivered.
-const int kMostFramesAtOnce = 64;
+const int MOST_FRAMES_AT_ONCE = 64;
 
 } // namespace
 
@@ -151,7 +151,7 @@ Error V4l2Backend::next(const StopSignal& stop, Arrival& arrival) {
     if (const int error = queue_->requeueRefused())
         return ended(error);
     pollfd descriptors[2] = {{node_->descriptor(), POLLIN | POLLPRI, 0}, {stop.descriptor(), POLLIN, 0}};
-    const int ready = kernel_->poll(descriptors, 2, kTimeoutMilliseconds);
+    const int ready = kernel_->poll(descriptors, 2, TIMEOUT_MILLISECONDS);
     if (stop.raised())
         return Error();
     if (ready < 0)
@@ -172,7 +172,7 @@ Error V4l2Backend::drain(bool broken, Arrival& arrival) {
     Filled newest;
     bool found = false;
     Error why;
-    for (int left = kMostFramesAtOnce; left > 0; --left) {
+    for (int left = MOST_FRAMES_AT_ONCE; left > 0; --left) {
         Filled filled;
         if (const int error = queue_->dequeue(filled)) {
             why = dequeueFailed(error, broken);
@@ -221,7 +221,7 @@ Error V4l2Backend::dequeueFailed(int error, bool broken) {
         return ended(error == EAGAIN ? EIO : error);
     if (error == EAGAIN)
         return Error();
-    if (error == EIO && ++failuresInARow_ < kMostFailuresInARow)
+    if (error == EIO && ++failuresInARow_ < MOST_FAILURES_IN_A_ROW)
         return Error();
     return ended(error);
 }

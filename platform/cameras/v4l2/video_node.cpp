@@ -19,9 +19,8 @@ namespace v4l2 {
 namespace {
 
 // Larger pictures are taken for a driver's mistake.
-const uint32_t kLargestSide = LARGEST_SIDE;
 
-const uint32_t kCapture = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_VIDEO_CAPTURE_MPLANE;
+const uint32_t CAPTURE = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_VIDEO_CAPTURE_MPLANE;
 
 // The paths that are open in this process, each as often as it is open. Never destroyed: the last camera may
 // be closed after every static destructor.
@@ -56,7 +55,7 @@ bool isImageProcessor(const std::string& driver) {
 }
 
 NodeKind kindOf(uint32_t flags, const std::string& driver) {
-    const bool capture = flags & kCapture;
+    const bool capture = flags & CAPTURE;
     // Unless it is loaded with exclusive_caps it says that it does everything, fed or not.
     if (driver == "v4l2 loopback")
         return capture ? NodeKind::Camera : NodeKind::UnfedLoopback;
@@ -129,7 +128,8 @@ bool readFormat(uint32_t fourcc, uint32_t width, uint32_t height, uint32_t field
                 Granted& granted) {
     pixels::PixelFormat format;
     format.layout = pixels::Layout::Opaque;
-    if (width == 0 || height == 0 || width > kLargestSide || height > kLargestSide ||
+    if (width == 0 || height == 0 || width > static_cast<uint32_t>(LARGEST_SIDE) ||
+        height > static_cast<uint32_t>(LARGEST_SIDE) ||
         (!pixels::formatOf(fourcc, format) && fourcc != asked))
         return false;
     granted.fourcc = fourcc;
@@ -177,7 +177,7 @@ bool readGranted(const v4l2_format& format, bool multiplanar, uint32_t asked, Gr
 } // namespace
 
 int sideOf(uint32_t pixels) {
-    return static_cast<int>(std::min(pixels, kLargestSide));
+    return static_cast<int>(std::min(pixels, static_cast<uint32_t>(LARGEST_SIDE)));
 }
 
 uint32_t bufferType(bool multiplanar) {
@@ -230,7 +230,7 @@ int VideoNode::ask(Abilities& abilities) const {
     abilities.busInfo = text(caps.bus_info);
     abilities.kind = kindOf(flags, abilities.driver);
     abilities.capture = abilities.kind == NodeKind::Camera;
-    abilities.multiplanar = (flags & kCapture) == V4L2_CAP_VIDEO_CAPTURE_MPLANE;
+    abilities.multiplanar = (flags & CAPTURE) == V4L2_CAP_VIDEO_CAPTURE_MPLANE;
     abilities.streaming = flags & V4L2_CAP_STREAMING;
     return 0;
 }

@@ -6,7 +6,7 @@ namespace cameras {
 namespace {
 
 // One cache line, as real drivers pad.
-const int kPaddingBytes = 64;
+const int PADDING_BYTES = 64;
 
 class PaddedFrame : public CameraFrame {
 public:
@@ -16,7 +16,7 @@ public:
     bool show(const PictureReader& reader) override { return frame_->show(reader); }
     bool hasPicture() const override { return frame_->hasPicture(); }
     bool mayBeBroken() const override { return frame_->mayBeBroken(); }
-    int rowBytes(int width) const override { return frame_->rowBytes(width) + kPaddingBytes; }
+    int rowBytes(int width) const override { return frame_->rowBytes(width) + PADDING_BYTES; }
 
 private:
     const std::shared_ptr<CameraFrame> frame_;

@@ -43,7 +43,7 @@ private:
     const PatternScene scene_;
 };
 
-const int kPlainBrightness = 128;
+const int PLAIN_BRIGHTNESS = 128;
 
 Control integer(uint32_t id, const char* name, int maximum, int standard) {
     Control control;
@@ -59,8 +59,8 @@ Control integer(uint32_t id, const char* name, int maximum, int standard) {
 PatternBackend::PatternBackend(const std::string& name, const Size& size, double framesPerSecond)
     : name_(name), size_(size), interval_(intervalOf(framesPerSecond)),
       controls_(std::make_shared<StoredControls>(
-          name, std::vector<Control>{integer(controlid::kBrightness, "Brightness", 255, kPlainBrightness),
-                                     integer(controlid::kPatternSpeed, "Pattern Speed", 10, 1)})) {}
+          name, std::vector<Control>{integer(controlid::BRIGHTNESS, "Brightness", 255, PLAIN_BRIGHTNESS),
+                                     integer(controlid::PATTERN_SPEED, "Pattern Speed", 10, 1)})) {}
 
 // Its own size and rate come first: they are what is left open.
 Error PatternBackend::modes(NativeModes& modes) {
@@ -111,12 +111,12 @@ Error PatternBackend::next(const StopSignal& stop, Arrival& arrival) {
     if (!clock_->wait(stop, frame, passedOver))
         return Error();
     figures_->countSkipped(passedOver);
-    const int64_t speed = controls_->value(controlid::kPatternSpeed);
+    const int64_t speed = controls_->value(controlid::PATTERN_SPEED);
     markAhead_ += static_cast<uint32_t>((speed - 1) * static_cast<int64_t>(passedOver + 1));
     PatternScene scene;
     scene.stamp = {static_cast<uint32_t>(frame + 1), OVideoCommon::get_time()};
     scene.markAhead = markAhead_;
-    scene.brighter = static_cast<int>(controls_->value(controlid::kBrightness)) - kPlainBrightness;
+    scene.brighter = static_cast<int>(controls_->value(controlid::BRIGHTNESS)) - PLAIN_BRIGHTNESS;
     arrival.frame = std::make_shared<PatternFrame>(figures_, mode_, painter_, scene);
     return Error();
 }

@@ -19,7 +19,7 @@ void CallScript::add(const CallRule& rule) {
 }
 
 bool CallScript::hits(CallRule& rule, unsigned long call, const std::string& path) {
-    const bool fits = rule.call == call || (rule.call == kAnyCall && call != kPoll);
+    const bool fits = rule.call == call || (rule.call == ANY_CALL && call != POLL);
     if (!fits || (!rule.path.empty() && rule.path != path))
         return false;
     if (rule.after == 0)
@@ -44,7 +44,7 @@ int CallScript::enter(unsigned long call, const std::string& path) {
                 error = rule->error;
             if (rule->before)
                 before.push_back(rule->before);
-            const bool last = rule->times != kForever && --rule->times == 0;
+            const bool last = rule->times != FOREVER && --rule->times == 0;
             rule = last ? rules_.erase(rule) : std::next(rule);
         }
     }

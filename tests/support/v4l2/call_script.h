@@ -12,13 +12,13 @@
 namespace ostrel::support {
 
 // The names of calls: the ioctls' own, and of those that are none.
-const unsigned long kAnyCall = 0; // but poll()
-const unsigned long kOpen = 1, kMmap = 2, kPoll = 3, kMunmap = 4, kClose = 5;
+const unsigned long ANY_CALL = 0; // but poll()
+const unsigned long OPEN = 1, MMAP = 2, POLL = 3, MUNMAP = 4, CLOSE = 5;
 
-const int kForever = -1;
+const int FOREVER = -1;
 
 struct CallRule {
-    unsigned long call = kAnyCall;
+    unsigned long call = ANY_CALL;
     int error = 0;         // != 0: what the call fails with, without reaching the driver
     int times = 1;         // so many calls are hit
     int after = 0;         // once so many went well

@@ -47,7 +47,7 @@ std::unique_lock<std::mutex> ScriptedKernel::turn(const Node& node) {
 int ScriptedKernel::doOpen(const char* path, int) {
     const Node node = nodeAt(path);
     const auto mine = turn(node);
-    if (const int error = script_.enter(kOpen, path))
+    if (const int error = script_.enter(OPEN, path))
         return fail(error);
     const Node now = nodeAt(path); // the device may have left meanwhile, or another come
     if (!now.driver)
@@ -62,7 +62,7 @@ int ScriptedKernel::doOpen(const char* path, int) {
 int ScriptedKernel::doClose(int descriptor) {
     const Node node = nodeOf(descriptor);
     const auto mine = turn(node);
-    const int error = script_.enter(kClose, node.path); // the descriptor is gone all the same
+    const int error = script_.enter(CLOSE, node.path); // the descriptor is gone all the same
     std::lock_guard<std::mutex> lock(mutex_);
     if (open_.erase(descriptor) == 0) {
         journal_.misuse.push_back("close of a descriptor that is not open");
@@ -94,7 +94,7 @@ int ScriptedKernel::doIoctl(int descriptor, unsigned long request, void* argumen
 void* ScriptedKernel::doMmap(size_t length, int descriptor, long offset) {
     const Node node = nodeOf(descriptor);
     const auto mine = turn(node);
-    if (const int error = script_.enter(kMmap, node.path))
+    if (const int error = script_.enter(MMAP, node.path))
         return failMapping(error);
     std::lock_guard<std::mutex> lock(mutex_);
     void* const address = node.driver ? node.driver->map(length, offset) : nullptr;
@@ -113,7 +113,7 @@ int ScriptedKernel::doMunmap(void* address, size_t length) {
         if (found != mappings_.end())
             mapping = found->second;
     }
-    if (const int error = script_.enter(kMunmap, mapping.path))
+    if (const int error = script_.enter(MUNMAP, mapping.path))
         return fail(error);
     std::lock_guard<std::mutex> lock(mutex_);
     if (!mapping.driver || mapping.length != length) {
@@ -130,7 +130,7 @@ int ScriptedKernel::doPoll(pollfd* descriptors, unsigned long count, int millise
     Node first;
     for (unsigned long i = 0; i < count && !first.driver; ++i)
         first = nodeOf(descriptors[i].fd);
-    if (const int error = script_.enter(kPoll, first.path))
+    if (const int error = script_.enter(POLL, first.path))
         return fail(error);
     {
         std::lock_guard<std::mutex> lock(mutex_);

@@ -35,7 +35,7 @@ void ScriptedKernel::delay(const std::string& path, unsigned long call, std::chr
     CallRule rule;
     rule.path = path;
     rule.call = call;
-    rule.times = kForever;
+    rule.times = FOREVER;
     rule.before = [time] { std::this_thread::sleep_for(time); };
     script_.add(rule);
 }
@@ -46,7 +46,7 @@ std::shared_ptr<Gate> ScriptedKernel::hold(const std::string& path, unsigned lon
     CallRule rule;
     rule.path = path;
     rule.call = call;
-    rule.times = kForever;
+    rule.times = FOREVER;
     rule.before = [gate] { gate->pass(); };
     script_.add(rule);
     return gate;

@@ -74,7 +74,7 @@ TEST_F(RecordedJpegCamera, PicturesOfAnotherSizeAreScaledAndEncoded) {
     ASSERT_EQ(QSize(64, 48), image.size());
     for (int quadrant = 0; quadrant < 4; ++quadrant) {
         const QColor colour = image.pixelColor(quadrant % 2 ? 48 : 16, quadrant / 2 ? 36 : 12);
-        const uint8_t* const bgr = kJpegQuadrants[quadrant];
+        const uint8_t* const bgr = JPEG_QUADRANTS[quadrant];
         EXPECT_NEAR(bgr[0], colour.blue(), 6) << quadrant;
         EXPECT_NEAR(bgr[1], colour.green(), 6) << quadrant;
         EXPECT_NEAR(bgr[2], colour.red(), 6) << quadrant;

@@ -17,8 +17,8 @@ using ostrel::FrameMemory;
 
 namespace {
 
-const size_t kLargePage = 2 * 1024 * 1024;
-const size_t kPicture = 1280 * 720 * 4;
+const size_t LARGE_PAGE = 2 * 1024 * 1024;
+const size_t PICTURE = 1280 * 720 * 4;
 
 uintptr_t addressOf(const FrameMemory& memory) {
     return reinterpret_cast<uintptr_t>(memory.data());
@@ -64,7 +64,7 @@ bool isMapped(uintptr_t address) {
 TEST(FrameMemory, HasRoomForAllItsBytesAtAnyAlignmentThatVectorsNeed) {
     for (size_t bytes :
          {size_t(0), size_t(1), size_t(63), size_t(64), size_t(320 * 240 * 4), FrameMemory::LARGE - 1,
-          FrameMemory::LARGE + 0, kLargePage, kLargePage + 1, kPicture}) {
+          FrameMemory::LARGE + 0, LARGE_PAGE, LARGE_PAGE + 1, PICTURE}) {
         const FrameMemory memory(bytes);
         ASSERT_NE(memory.data(), nullptr);
         EXPECT_EQ(addressOf(memory) % 64, 0u) << bytes;
@@ -78,16 +78,16 @@ TEST(FrameMemory, OfASmallFrameLeavesThePagesAlone) {
 }
 
 TEST(FrameMemory, OfALargeFrameLiesInLargePagesWhereTheKernelHasThem) {
-    for (size_t bytes : {FrameMemory::LARGE + 0, kPicture}) {
+    for (size_t bytes : {FrameMemory::LARGE + 0, PICTURE}) {
         const FrameMemory memory(bytes);
-        EXPECT_EQ(addressOf(memory) % kLargePage, 0u);
+        EXPECT_EQ(addressOf(memory) % LARGE_PAGE, 0u);
         EXPECT_EQ(largePagesWanted(addressOf(memory)), kernelHasLargePages()) << bytes;
         EXPECT_EQ(largePagesWanted(addressOf(memory) + bytes - 1), kernelHasLargePages()) << bytes;
     }
 }
 
 TEST(FrameMemory, OfALargeFrameGoesBackToTheSystem) {
-    for (size_t bytes : {FrameMemory::LARGE + 0, kPicture}) {
+    for (size_t bytes : {FrameMemory::LARGE + 0, PICTURE}) {
         FrameMemory memory(bytes);
         std::fill_n(memory.data(), bytes, static_cast<unsigned char>(7));
         const uintptr_t begin = addressOf(memory);
@@ -99,16 +99,16 @@ TEST(FrameMemory, OfALargeFrameGoesBackToTheSystem) {
 }
 
 TEST(FrameMemory, ReplacedGoesBackAtOnce) {
-    FrameMemory memory(kPicture);
+    FrameMemory memory(PICTURE);
     const uintptr_t first = addressOf(memory);
     memory = FrameMemory(FrameMemory::LARGE - 1);
     EXPECT_FALSE(isMapped(first));
-    memory = FrameMemory(kPicture);
-    std::fill_n(memory.data(), kPicture, static_cast<unsigned char>(7));
+    memory = FrameMemory(PICTURE);
+    std::fill_n(memory.data(), PICTURE, static_cast<unsigned char>(7));
 }
 
 TEST(FrameMemory, LeavesNoAdviceOnMemoryOfOthers) {
-    for (size_t bytes = 1000; bytes < 20 * kLargePage; bytes = bytes * 3 / 2) {
+    for (size_t bytes = 1000; bytes < 20 * LARGE_PAGE; bytes = bytes * 3 / 2) {
         const FrameMemory first(bytes);
         const FrameMemory second(bytes);
     }
@@ -116,7 +116,7 @@ TEST(FrameMemory, LeavesNoAdviceOnMemoryOfOthers) {
 }
 
 TEST(FrameMemory, ThatThereIsNotThrows) {
-    for (size_t bytes : {std::numeric_limits<size_t>::max(), std::numeric_limits<size_t>::max() - kLargePage,
+    for (size_t bytes : {std::numeric_limits<size_t>::max(), std::numeric_limits<size_t>::max() - LARGE_PAGE,
                          std::numeric_limits<size_t>::max() / 2})
         EXPECT_THROW(FrameMemory memory(bytes), std::bad_alloc) << bytes;
 }

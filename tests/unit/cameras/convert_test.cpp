@@ -49,7 +49,7 @@ using namespace cameras::pixels;
 
 namespace {
 
-const OutputFormat kFormats[] = {OutputFormat::Bgra, OutputFormat::Bgr, OutputFormat::Grey};
+const OutputFormat FORMATS[] = {OutputFormat::Bgra, OutputFormat::Bgr, OutputFormat::Grey};
 
 // Grey has no colours to be told apart by: it is what the green was.
 bool isGreyLayout(Layout layout) {
@@ -135,7 +135,7 @@ Storage padded(int padding) {
 class EveryLayout : public testing::TestWithParam<Layout> {
 protected:
     void expectInEveryFormat(const DrawnPicture& drawn, int width, int height) {
-        for (const OutputFormat format : kFormats) {
+        for (const OutputFormat format : FORMATS) {
             SCOPED_TRACE(testing::Message()
                          << "format " << static_cast<int>(format) << ", " << width << " x " << height);
             expectQuadrants(drawn, format, width, height, pool);
@@ -229,7 +229,7 @@ TEST_P(EveryLayout, AllocatesNoPixelMemoryFrameByFrame) {
     const DrawnPicture drawn(GetParam(), 320, 240, storage);
     std::vector<uint8_t> pixels(640 * 480 * 4);
     const auto convertAll = [&] {
-        for (const OutputFormat format : kFormats) {
+        for (const OutputFormat format : FORMATS) {
             ASSERT_EQ(convert(drawn.picture, {format, pixels.data(), 640, 480, 2560}, pool), Fault::None);
             ASSERT_EQ(convert(drawn.picture, {format, pixels.data(), 320, 240, 2560}, pool), Fault::None);
             ASSERT_EQ(convert(drawn.picture, {format, pixels.data(), 90, 70, 2560}, pool), Fault::None);
@@ -261,14 +261,14 @@ TEST_P(EveryLayout, HasTheSameColoursWithAndWithoutAFourthByte) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Raw, EveryLayout, testing::ValuesIn(kRawLayouts));
+INSTANTIATE_TEST_SUITE_P(Raw, EveryLayout, testing::ValuesIn(RAW_LAYOUTS));
 
 TEST(Convert, KnowsEveryMatrixAndRange) {
     PixelPool pool;
     for (const YuvMatrix matrix : {YuvMatrix::Bt601, YuvMatrix::Bt601Full, YuvMatrix::Bt709,
                                    YuvMatrix::Bt709Full, YuvMatrix::Bt2020, YuvMatrix::Bt2020Full})
-        for (const Layout layout : kRawLayouts)
-            for (const OutputFormat format : kFormats) {
+        for (const Layout layout : RAW_LAYOUTS)
+            for (const OutputFormat format : FORMATS) {
                 if (!isYuv(layout) && layout != Layout::Luma)
                     continue;
                 SCOPED_TRACE(testing::Message()
@@ -306,7 +306,7 @@ TEST(Convert, GreyIsTheLumaOfTheColoursAndPureColoursStayApart) {
     PixelPool pool;
     for (const Colour& c : {Colour{255, 255, 255}, Colour{0, 0, 0}, Colour{255, 0, 0}, Colour{0, 255, 0},
                             Colour{0, 0, 255}, Colour{128, 128, 128}})
-        for (const Layout layout : kRawLayouts) {
+        for (const Layout layout : RAW_LAYOUTS) {
             const DrawnPicture drawn(layout, 32, 4, [&](int, int) { return c; });
             const Drawing to(OutputFormat::Grey, 32, 4, 0);
             ASSERT_EQ(convert(drawn.picture, to.output, pool), Fault::None);

@@ -9,7 +9,7 @@ namespace tests {
 
 using namespace cameras::pixels;
 
-const std::vector<Layout> kRawLayouts = {
+const std::vector<Layout> RAW_LAYOUTS = {
     Layout::Yuyv,   Layout::Uyvy,    Layout::Yvyu,     Layout::Vyuy, Layout::Nv12,   Layout::Nv21,
     Layout::Nv16,   Layout::Nv24,    Layout::P010,     Layout::I420, Layout::Yv12,   Layout::I422,
     Layout::I444,   Layout::Luma,    Layout::Rgb,      Layout::Bgr,  Layout::Bgrx,   Layout::Xrgb,

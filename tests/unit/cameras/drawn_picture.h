@@ -17,7 +17,7 @@ struct Colour {
 };
 
 // Every layout but Jpeg.
-extern const std::vector<cameras::pixels::Layout> kRawLayouts;
+extern const std::vector<cameras::pixels::Layout> RAW_LAYOUTS;
 
 bool isYuv(cameras::pixels::Layout layout);
 

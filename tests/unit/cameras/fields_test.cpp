@@ -16,7 +16,7 @@ using namespace cameras::pixels;
 
 namespace {
 
-const Fields kOrders[] = {Fields::TopFirst, Fields::BottomFirst};
+const Fields ORDERS[] = {Fields::TopFirst, Fields::BottomFirst};
 
 Picture greyOf(const std::vector<uint8_t>& bytes, int width, int height, Fields fields) {
     Picture picture;
@@ -74,9 +74,9 @@ TEST(StoredFields, AreWovenBeforeTheyAreScaled) {
 TEST(StoredFields, KeepTheirOwnColoursInEveryLayout) {
     const Colour colours[] = {{210, 130, 40}, {40, 70, 190}};
     PixelPool pool;
-    for (const Fields order : kOrders)
+    for (const Fields order : ORDERS)
         for (const bool blocks : {false, true})
-            for (const Layout layout : kRawLayouts) {
+            for (const Layout layout : RAW_LAYOUTS) {
                 if (!isYuv(layout) && layout != Layout::Bgrx && layout != Layout::Rgb)
                     continue;
                 SCOPED_TRACE(testing::Message() << "layout " << static_cast<int>(layout));
@@ -101,8 +101,8 @@ TEST(StoredFields, KeepTheirOwnColoursInEveryLayout) {
 
 TEST(StoredFields, OfEveryLayoutFillPicturesOfAnySize) {
     PixelPool pool;
-    for (const Fields order : kOrders)
-        for (const Layout layout : kRawLayouts) {
+    for (const Fields order : ORDERS)
+        for (const Layout layout : RAW_LAYOUTS) {
             Storage storage;
             storage.fields = order;
             // The height makes an odd number of chroma rows.

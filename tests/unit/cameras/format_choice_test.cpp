@@ -24,11 +24,11 @@ Interval rate(uint32_t numerator, uint32_t denominator) { // frames a second, as
 }
 
 const Interval k10 = rate(10, 1), k15 = rate(15, 1), k30 = rate(30, 1), k60 = rate(60, 1);
-const Interval kNtsc = rate(30000, 1001), kUntold;
+const Interval NTSC = rate(30000, 1001), UNTOLD;
 
-const int kRaw = 22, kJpeg = 300; // of decoding
+const int RAW = 22, JPEG = 300; // of decoding
 
-Candidate mode(int width, int height, Interval interval, int cost = kRaw) {
+Candidate mode(int width, int height, Interval interval, int cost = RAW) {
     Candidate c;
     c.size = size(width, height);
     c.interval = interval;
@@ -43,30 +43,30 @@ struct Choice {
     size_t best; // of them, counted from 0
 };
 
-const Choice kChoices[] = {
+const Choice CHOICES[] = {
     {"raw where it is as fast as compressed",
      size(640, 480),
-     {mode(640, 480, k30, kJpeg), mode(640, 480, k30)},
+     {mode(640, 480, k30, JPEG), mode(640, 480, k30)},
      1},
     {"compressed where raw is slower",
      size(1280, 720),
-     {mode(1280, 720, k10), mode(1280, 720, k30, kJpeg)},
+     {mode(1280, 720, k10), mode(1280, 720, k30, JPEG)},
      1},
     {"more than thirty a second count as thirty",
      size(640, 480),
-     {mode(640, 480, k60, kJpeg), mode(640, 480, k30)},
+     {mode(640, 480, k60, JPEG), mode(640, 480, k30)},
      1},
     {"the rate of NTSC counts as thirty",
      size(640, 480),
-     {mode(640, 480, k30, kJpeg), mode(640, 480, kNtsc)},
+     {mode(640, 480, k30, JPEG), mode(640, 480, NTSC)},
      1},
     {"the native size before the cost of decoding",
      size(640, 480),
-     {mode(800, 600, k30), mode(640, 480, k30, kJpeg)},
+     {mode(800, 600, k30), mode(640, 480, k30, JPEG)},
      1},
     {"the rate before the native size",
      size(1280, 720),
-     {mode(1280, 720, k10), mode(1920, 1080, k30, kJpeg)},
+     {mode(1280, 720, k10), mode(1920, 1080, k30, JPEG)},
      1},
     {"the rate before the aspect", size(640, 480), {mode(800, 600, k10), mode(848, 480, k30)}, 1},
     {"the next larger size where the native one is missing",
@@ -85,7 +85,7 @@ const Choice kChoices[] = {
      3},
     {"the same aspect before the cost of decoding",
      size(640, 480),
-     {mode(848, 480, k30), mode(800, 600, k30, kJpeg)},
+     {mode(848, 480, k30), mode(800, 600, k30, JPEG)},
      1},
     {"sides that cameras round have the aspect that is meant",
      size(640, 360),
@@ -101,11 +101,11 @@ const Choice kChoices[] = {
      1},
     {"an untold rate is better than a low one",
      size(640, 480),
-     {mode(640, 480, k15), mode(640, 480, kUntold)},
+     {mode(640, 480, k15), mode(640, 480, UNTOLD)},
      1},
     {"a rate that is told and enough is better than an untold one",
      size(640, 480),
-     {mode(640, 480, kUntold), mode(640, 480, k30, kJpeg)},
+     {mode(640, 480, UNTOLD), mode(640, 480, k30, JPEG)},
      1},
     {"the driver's order between equals", size(640, 480), {mode(640, 480, k30), mode(640, 480, k30)}, 0},
 };
@@ -121,7 +121,7 @@ SizeRange range(Size least, Size most, Size step) {
 } // namespace
 
 TEST(FormatChoice, IsTheBestOfWhatIsOffered) {
-    for (const Choice& choice : kChoices) {
+    for (const Choice& choice : CHOICES) {
         std::vector<Candidate> offered = choice.offered;
         for (size_t i = 0; i < offered.size(); ++i)
             offered[i].fourcc = static_cast<uint32_t>(i);

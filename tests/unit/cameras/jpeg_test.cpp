@@ -14,13 +14,13 @@ namespace ostrel {
 namespace tests {
 
 using namespace cameras::pixels;
+using support::JPEG_QUADRANTS;
 using support::JpegOptions;
-using support::kJpegQuadrants;
 using support::quadrantsAsJpeg;
 
 namespace {
 
-const int kWidth = 96, kHeight = 64;
+const int WIDTH = 96, HEIGHT = 64;
 
 Fault faultOf(const std::vector<uint8_t>& jpeg) {
     return faultOfJpeg(jpeg.data(), jpeg.size());
@@ -35,7 +35,7 @@ Fault convertTo(const std::vector<uint8_t>& jpeg, const Output& to) {
     return convert(picture, to, pool);
 }
 
-Fault converted(const std::vector<uint8_t>& jpeg, int width = kWidth, int height = kHeight) {
+Fault converted(const std::vector<uint8_t>& jpeg, int width = WIDTH, int height = HEIGHT) {
     std::vector<uint8_t> bgra(static_cast<size_t>(width * height * 4), 7);
     return convertTo(jpeg, {OutputFormat::Bgra, bgra.data(), width, height, width * 4});
 }
@@ -49,7 +49,7 @@ void expectQuadrants(const std::vector<uint8_t>& jpeg, int width, int height, bo
             const int x = (quadrant % 2) * width / 2 + width / 4;
             const int y = (quadrant / 2) * height / 2 + height / 4;
             const uint8_t* pixel = pixels.data() + y * stride + x * size;
-            const uint8_t* colour = kJpegQuadrants[quadrant];
+            const uint8_t* colour = JPEG_QUADRANTS[quadrant];
             const double luma = 0.114 * colour[0] + 0.587 * colour[1] + 0.299 * colour[2];
             const bool lumaOnly = grey || format == OutputFormat::Grey;
             for (int c = 0; c < size; ++c)
@@ -67,7 +67,7 @@ void expectQuadrants(const std::vector<uint8_t>& jpeg, int width, int height, bo
 
 void expectWhole(const std::vector<uint8_t>& jpeg) {
     EXPECT_EQ(faultOf(jpeg), Fault::None);
-    expectQuadrants(jpeg, kWidth, kHeight);
+    expectQuadrants(jpeg, WIDTH, HEIGHT);
 }
 
 size_t startOfScan(const std::vector<uint8_t>& jpeg) {
@@ -87,22 +87,22 @@ TEST(JpegPicture, DecodesTheSubsamplingsThatCamerasSend) {
         JpegOptions options;
         options.horizontal = factors.first;
         options.vertical = factors.second;
-        const auto jpeg = quadrantsAsJpeg(kWidth, kHeight, options);
+        const auto jpeg = quadrantsAsJpeg(WIDTH, HEIGHT, options);
         expectWhole(jpeg);
     }
     JpegOptions grey;
     grey.grey = true;
-    expectQuadrants(quadrantsAsJpeg(kWidth, kHeight, grey), kWidth, kHeight, true);
+    expectQuadrants(quadrantsAsJpeg(WIDTH, HEIGHT, grey), WIDTH, HEIGHT, true);
 }
 
 TEST(JpegPicture, DecodesWithoutHuffmanTables) {
     JpegOptions options;
     options.tables = false;
-    expectWhole(quadrantsAsJpeg(kWidth, kHeight, options));
+    expectWhole(quadrantsAsJpeg(WIDTH, HEIGHT, options));
 }
 
 TEST(JpegPicture, ScalesToAnySize) {
-    const auto jpeg = quadrantsAsJpeg(kWidth, kHeight);
+    const auto jpeg = quadrantsAsJpeg(WIDTH, HEIGHT);
     for (const auto& size : {std::make_pair(48, 32), std::make_pair(24, 16), std::make_pair(12, 8),
                              std::make_pair(192, 128), std::make_pair(40, 60), std::make_pair(50, 17)})
         expectQuadrants(jpeg, size.first, size.second);
@@ -133,7 +133,7 @@ TEST(JpegPicture, ItsHeaderDecidesItsSize) {
 }
 
 TEST(JpegPicture, BytesBehindTheEndAreNormal) {
-    auto jpeg = quadrantsAsJpeg(kWidth, kHeight);
+    auto jpeg = quadrantsAsJpeg(WIDTH, HEIGHT);
     jpeg.resize(jpeg.size() + 3000, 0);
     expectWhole(jpeg);
     jpeg.back() = 0xFF;
@@ -141,7 +141,7 @@ TEST(JpegPicture, BytesBehindTheEndAreNormal) {
 }
 
 TEST(JpegPicture, FillBytesAndZerosBeforeTheStartAreNormal) {
-    const auto jpeg = quadrantsAsJpeg(kWidth, kHeight);
+    const auto jpeg = quadrantsAsJpeg(WIDTH, HEIGHT);
     for (const std::vector<uint8_t>& before : {std::vector<uint8_t>{0xFF},
                                                {0x00},
                                                {0xFF, 0xFF, 0xFF},
@@ -154,7 +154,7 @@ TEST(JpegPicture, FillBytesAndZerosBeforeTheStartAreNormal) {
 }
 
 TEST(JpegPicture, FillBytesAndStrayBytesBetweenSegmentsAreNormal) {
-    const auto whole = quadrantsAsJpeg(kWidth, kHeight);
+    const auto whole = quadrantsAsJpeg(WIDTH, HEIGHT);
     testing::internal::CaptureStderr();
     for (const std::vector<uint8_t>& between :
          {std::vector<uint8_t>{0xFF}, {0xFF, 0xFF, 0xFF}, {0x00}, {0x00, 0x12, 0x34}})
@@ -170,7 +170,7 @@ TEST(JpegPicture, OneThatLacksOnlyItsEndMarkerIsWhole) {
     JpegOptions restarts;
     restarts.restart = 1;
     for (const JpegOptions& options : {JpegOptions(), restarts}) {
-        const auto whole = quadrantsAsJpeg(kWidth, kHeight, options);
+        const auto whole = quadrantsAsJpeg(WIDTH, HEIGHT, options);
         testing::internal::CaptureStderr();
         expectWhole(cutTo(whole, whole.size() - 2));
         expectWhole(cutTo(whole, whole.size() - 1));
@@ -182,7 +182,7 @@ TEST(JpegPicture, OneCutOffAnywhereElseIsFoundOut) {
     JpegOptions restarts;
     restarts.restart = 1;
     for (const JpegOptions& options : {JpegOptions(), restarts}) {
-        const auto whole = quadrantsAsJpeg(kWidth, kHeight, options);
+        const auto whole = quadrantsAsJpeg(WIDTH, HEIGHT, options);
         // The last bytes may be filling, of which the decoder needs none.
         for (size_t length = 2; length < whole.size() - 4; ++length) {
             ASSERT_EQ(faultOf(cutTo(whole, length)), Fault::Truncated) << length;
@@ -192,7 +192,7 @@ TEST(JpegPicture, OneCutOffAnywhereElseIsFoundOut) {
 }
 
 TEST(JpegPicture, OneWithoutAnyDataIsFoundOut) {
-    auto jpeg = quadrantsAsJpeg(kWidth, kHeight);
+    auto jpeg = quadrantsAsJpeg(WIDTH, HEIGHT);
     const size_t scan = startOfScan(jpeg);
     jpeg.erase(jpeg.begin() + static_cast<ptrdiff_t>(scan) + 2 + 12, jpeg.end() - 2);
     EXPECT_EQ(faultOf(jpeg), Fault::Truncated);
@@ -205,7 +205,7 @@ TEST(JpegPicture, AnEmptyOneIsFoundOut) {
 }
 
 TEST(JpegPicture, OneWithoutItsStartIsFoundOut) {
-    auto jpeg = quadrantsAsJpeg(kWidth, kHeight);
+    auto jpeg = quadrantsAsJpeg(WIDTH, HEIGHT);
     jpeg.erase(jpeg.begin(), jpeg.begin() + 2);
     EXPECT_EQ(faultOf(jpeg), Fault::NotJpeg);
     EXPECT_EQ(converted(jpeg), Fault::NotJpeg);
@@ -216,13 +216,13 @@ TEST(JpegPicture, OneWithoutItsStartIsFoundOut) {
 TEST(JpegPicture, ProgressiveOnesAreRefused) {
     JpegOptions options;
     options.progressive = true;
-    const auto jpeg = quadrantsAsJpeg(kWidth, kHeight, options);
+    const auto jpeg = quadrantsAsJpeg(WIDTH, HEIGHT, options);
     EXPECT_EQ(faultOf(jpeg), Fault::Unsupported);
     EXPECT_EQ(converted(jpeg), Fault::Unsupported);
 }
 
 TEST(JpegPicture, OneWhoseDataEndsHalfWayBeforeItsEndMarkerDoesNotDecode) {
-    const auto whole = quadrantsAsJpeg(kWidth, kHeight);
+    const auto whole = quadrantsAsJpeg(WIDTH, HEIGHT);
     const size_t scan = startOfScan(whole);
     auto half = cutTo(whole, scan + (whole.size() - scan) / 2);
     half.push_back(0xFF);
@@ -234,7 +234,7 @@ TEST(JpegPicture, OneWhoseDataEndsHalfWayBeforeItsEndMarkerDoesNotDecode) {
 }
 
 TEST(JpegPicture, OneThatLacksItsLastBytesBeforeItsEndMarkerStillDecodes) {
-    auto jpeg = quadrantsAsJpeg(kWidth, kHeight);
+    auto jpeg = quadrantsAsJpeg(WIDTH, HEIGHT);
     jpeg.erase(jpeg.end() - 4, jpeg.end() - 2);
     testing::internal::CaptureStderr();
     EXPECT_EQ(faultOf(jpeg), Fault::None);
@@ -247,8 +247,8 @@ TEST(JpegPicture, SurvivesDamageOfAnyKind) {
     std::mt19937 random(20240611);
     JpegOptions restarts;
     restarts.restart = 1;
-    const std::vector<uint8_t> originals[] = {quadrantsAsJpeg(kWidth, kHeight),
-                                              quadrantsAsJpeg(kWidth, kHeight, restarts)};
+    const std::vector<uint8_t> originals[] = {quadrantsAsJpeg(WIDTH, HEIGHT),
+                                              quadrantsAsJpeg(WIDTH, HEIGHT, restarts)};
     testing::internal::CaptureStderr();
     int refused = 0;
     for (int round = 0; round < 3000; ++round) {
@@ -258,7 +258,7 @@ TEST(JpegPicture, SurvivesDamageOfAnyKind) {
         if (random() % 4 == 0)
             jpeg.resize(random() % jpeg.size());
         faultOf(jpeg);
-        refused += converted(jpeg, round % 3 ? kWidth : 20, round % 3 ? kHeight : 30) != Fault::None;
+        refused += converted(jpeg, round % 3 ? WIDTH : 20, round % 3 ? HEIGHT : 30) != Fault::None;
     }
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     EXPECT_GT(refused, 300);

@@ -14,10 +14,10 @@ namespace tests {
 using cameras::pixels::PixelPool;
 
 // A pool with a shelf of its own that keeps everything.
-const int64_t kAlways = INT64_MAX;
+const int64_t ALWAYS = INT64_MAX;
 
 TEST(PixelPool, GivesTheSameMemoryAgain) {
-    PixelPool pool(kAlways);
+    PixelPool pool(ALWAYS);
     const uint8_t* first = nullptr;
     {
         const PixelPool::Block block = pool.take(1000);
@@ -29,7 +29,7 @@ TEST(PixelPool, GivesTheSameMemoryAgain) {
 }
 
 TEST(PixelPool, OfEqualBlocksGivesTheOneThatCameBackLast) {
-    PixelPool pool(kAlways);
+    PixelPool pool(ALWAYS);
     PixelPool::Block one = pool.take(1000), two = pool.take(1000);
     const uint8_t* const last = one.data();
     two = PixelPool::Block();
@@ -38,7 +38,7 @@ TEST(PixelPool, OfEqualBlocksGivesTheOneThatCameBackLast) {
 }
 
 TEST(PixelPool, AllocatesNothingOnceTheSizesInUseHaveBeenSeen) {
-    PixelPool pool(kAlways);
+    PixelPool pool(ALWAYS);
     const auto use = [&pool] {
         const PixelPool::Block a = pool.take(100), b = pool.take(3000), c = pool.take(200);
         const PixelPool::Block d = pool.take(5000000);
@@ -49,7 +49,7 @@ TEST(PixelPool, AllocatesNothingOnceTheSizesInUseHaveBeenSeen) {
 }
 
 TEST(PixelPool, GivesNoBlockOfMoreThanTwiceTheSize) {
-    PixelPool pool(kAlways);
+    PixelPool pool(ALWAYS);
     { const PixelPool::Block block = pool.take(1000); }
     { const PixelPool::Block block = pool.take(500); }
     EXPECT_EQ(pool.allocations(), 1u);
@@ -69,7 +69,7 @@ TEST(PixelPool, FreesWhatNobodyTookForLongWhenAnotherComesBack) {
 }
 
 TEST(PixelPool, KeepsAsManyBlocksAsWereInUseLately) {
-    PixelPool pool(kAlways);
+    PixelPool pool(ALWAYS);
     for (int round = 0; round < 2; ++round) {
         std::vector<PixelPool::Block> blocks;
         for (int i = 0; i < 100; ++i)
@@ -100,7 +100,7 @@ TEST(PixelPool, GoneItLeavesNothingUnused) {
 }
 
 TEST(PixelPool, RetiredItKeepsNothing) {
-    PixelPool pool(kAlways);
+    PixelPool pool(ALWAYS);
     { const PixelPool::Block block = pool.take(1000); }
     pool.retire();
     { const PixelPool::Block block = pool.take(1000); }
@@ -121,7 +121,7 @@ TEST(PixelPool, RetiredTwiceCountsOnce) {
 }
 
 TEST(PixelPool, WithoutMemoryThrowsAndGoesOn) {
-    PixelPool pool(kAlways);
+    PixelPool pool(ALWAYS);
     EXPECT_THROW(pool.take(SIZE_MAX), std::bad_alloc);
     const PixelPool::Block block = pool.take(10);
     EXPECT_TRUE(block);
@@ -131,7 +131,7 @@ TEST(PixelPool, WithoutMemoryThrowsAndGoesOn) {
 static_assert(std::is_nothrow_destructible<PixelPool::Block>::value, "frames give back in destructors");
 
 TEST(PixelPool, TakesTheSmallestBlockThatIsLargeEnough) {
-    PixelPool pool(kAlways);
+    PixelPool pool(ALWAYS);
     PixelPool::Block large = pool.take(800), small = pool.take(500);
     const uint8_t* largeData = large.data();
     const uint8_t* smallData = small.data();
@@ -142,7 +142,7 @@ TEST(PixelPool, TakesTheSmallestBlockThatIsLargeEnough) {
 }
 
 TEST(PixelPool, BlocksAreDistinctAndAsLargeAsAsked) {
-    PixelPool pool(kAlways);
+    PixelPool pool(ALWAYS);
     std::vector<PixelPool::Block> blocks;
     for (int i = 0; i < 10; ++i) {
         blocks.push_back(pool.take(4096));
@@ -157,7 +157,7 @@ TEST(PixelPool, BlocksAreDistinctAndAsLargeAsAsked) {
 TEST(PixelPool, BlocksOutliveThePool) {
     PixelPool::Block block;
     {
-        PixelPool pool(kAlways);
+        PixelPool pool(ALWAYS);
         block = pool.take(100);
     }
     std::memset(block.data(), 1, 100);
@@ -165,7 +165,7 @@ TEST(PixelPool, BlocksOutliveThePool) {
 }
 
 TEST(PixelPool, TwoThreadsNeverShareABlock) {
-    PixelPool pool(kAlways);
+    PixelPool pool(ALWAYS);
     const auto work = [&pool](uint8_t mark) {
         for (int i = 0; i < 5000; ++i) {
             const PixelPool::Block block = pool.take(64);

@@ -19,15 +19,15 @@ using Size = std::pair<int, int>;
 
 // Larger and smaller, by all the ways on which libyuv sets out: a half, a quarter, three quarters, three
 // eighths, a ninth, a third of one side, odd ones.
-const Size kFrom(96, 72);
-const Size kTo[] = {{96, 72}, {48, 36}, {24, 18}, {72, 54}, {36, 27}, {32, 24},   {96, 24}, {32, 72},
-                    {11, 7},  {17, 31}, {1, 1},   {1, 72},  {97, 73}, {192, 144}, {500, 9}};
+const Size FROM(96, 72);
+const Size TO[] = {{96, 72}, {48, 36}, {24, 18}, {72, 54}, {36, 27}, {32, 24},   {96, 24}, {32, 72},
+                   {11, 7},  {17, 31}, {1, 1},   {1, 72},  {97, 73}, {192, 144}, {500, 9}};
 
 Picture flat(Layout layout, std::vector<uint8_t>& bytes, uint8_t value) {
     Picture picture;
     picture.layout = layout;
-    picture.width = kFrom.first;
-    picture.height = kFrom.second;
+    picture.width = FROM.first;
+    picture.height = FROM.second;
     const int stride = minimumStride(layout, picture.width);
     bytes.assign(neededBytes(layout, picture.width, picture.height, stride), value);
     setBlock(picture, bytes.data(), bytes.size(), stride);
@@ -49,7 +49,7 @@ TEST(Scaling, LeavesFlatPlanesExactlyAsTheyAre) {
     PixelPool pool;
     for (int value = 0; value < 256; ++value) {
         const std::vector<uint8_t> plane(96 * 72, static_cast<uint8_t>(value));
-        for (const Size& size : kTo) {
+        for (const Size& size : TO) {
             std::vector<uint8_t> to(static_cast<size_t>(size.first * size.second));
             scalePlane({plane.data(), 96, 72, 96}, {to.data(), size.first, size.second, size.first}, pool);
             ASSERT_EQ(to, std::vector<uint8_t>(to.size(), static_cast<uint8_t>(value)))
@@ -59,14 +59,14 @@ TEST(Scaling, LeavesFlatPlanesExactlyAsTheyAre) {
 }
 
 TEST(Scaling, KeepsBlackWhiteAndGreyInEveryLayout) {
-    for (const Layout layout : kRawLayouts)
+    for (const Layout layout : RAW_LAYOUTS)
         for (const int value : {0, 1, 16, 128, 200, 235, 254, 255})
             for (const OutputFormat format : {OutputFormat::Bgra, OutputFormat::Bgr, OutputFormat::Grey}) {
                 std::vector<uint8_t> bytes;
                 const Picture picture = flat(layout, bytes, static_cast<uint8_t>(value));
-                const std::vector<uint8_t> whole = drawn(picture, kFrom, format);
+                const std::vector<uint8_t> whole = drawn(picture, FROM, format);
                 const auto step = static_cast<size_t>(bytesPerPixel(format));
-                for (const Size& size : kTo) {
+                for (const Size& size : TO) {
                     std::vector<uint8_t> same(static_cast<size_t>(size.first * size.second) * step);
                     for (size_t i = 0; i < same.size(); ++i)
                         same[i] = whole[i % step];

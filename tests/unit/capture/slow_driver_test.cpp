@@ -115,8 +115,8 @@ TEST_P(SlowDriver, HoldsUpNobodyWhoOnlyAsks) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Calls, SlowDriver,
-                         testing::Values(SlowCall{"Open", kOpen}, SlowCall{"SetFormat", VIDIOC_S_FMT},
+                         testing::Values(SlowCall{"Open", OPEN}, SlowCall{"SetFormat", VIDIOC_S_FMT},
                                          SlowCall{"RequestBuffers", VIDIOC_REQBUFS},
                                          SlowCall{"StreamOn", VIDIOC_STREAMON},
-                                         SlowCall{"StreamOff", VIDIOC_STREAMOFF}, SlowCall{"Close", kClose}),
+                                         SlowCall{"StreamOff", VIDIOC_STREAMOFF}, SlowCall{"Close", CLOSE}),
                          [](const auto& instance) { return std::string(instance.param.name); });

@@ -10,11 +10,11 @@ using namespace ostrel::tests;
 
 namespace {
 
-const char* const kCamera = "camera-with-an-identifier-too-long-for-the-string-object-itself";
+const char* const CAMERA = "camera-with-an-identifier-too-long-for-the-string-object-itself";
 
 class CaptureWithoutMemory : public support::DriverTest {
 protected:
-    void SetUp() override { camera_ = attach(kCamera); }
+    void SetUp() override { camera_ = attach(CAMERA); }
 
     // One frame, and that it is the one.
     void expectPicture(OVideoCaptureMacX& driver, uint32_t number) {
@@ -37,13 +37,13 @@ TEST_F(CaptureWithoutMemory, TheCaptureObject) {
 
 // A start that went well is left out: it keeps the session's framework objects.
 TEST_F(CaptureWithoutMemory, AStartThatFailedCanBeDropped) {
-    started(kCamera, 16, 8);
+    started(CAMERA, 16, 8);
     int n = 1;
     for (bool thrown = true; thrown; ++n) {
         const Leftovers leftovers;
         {
             OVideoCaptureMacX driver;
-            thrown = runFailingAt(n, [&] { start(driver, kCamera, 16, 8); }).thrown;
+            thrown = runFailingAt(n, [&] { start(driver, CAMERA, 16, 8); }).thrown;
         }
         if (thrown) {
             EXPECT_LE(leftovers.blocks(), 0) << "allocation " << n;
@@ -58,9 +58,9 @@ TEST_F(CaptureWithoutMemory, AStartThatFailedCanBeRepeated) {
         const int height = width * 3 / 4;
         const auto attempt = [&](int n) {
             OVideoCaptureMacX driver;
-            const Outcome outcome = runFailingAt(n, [&] { start(driver, kCamera, width, height); });
+            const Outcome outcome = runFailingAt(n, [&] { start(driver, CAMERA, width, height); });
             if (outcome.thrown)
-                start(driver, kCamera, width, height);
+                start(driver, CAMERA, width, height);
             expectPicture(driver, static_cast<uint32_t>(n % 1000));
             return outcome;
         };
@@ -71,7 +71,7 @@ TEST_F(CaptureWithoutMemory, AStartThatFailedCanBeRepeated) {
 TEST_F(CaptureWithoutMemory, ReadingALargeFrame) {
     EXPECT_GE(failEachInTurn(
                   [&](int n) {
-                      const auto driver = started(kCamera, 640, 480); // without a picture to use again
+                      const auto driver = started(CAMERA, 640, 480); // without a picture to use again
                       camera_->deliver(7);
                       VideoFrame frame;
                       const Outcome outcome = runFailingAt(n, [&] { driver->selfVideoFrame(frame); });
@@ -85,7 +85,7 @@ TEST_F(CaptureWithoutMemory, ReadingALargeFrame) {
 }
 
 TEST_F(CaptureWithoutMemory, ReadingAFrameAsBytes) {
-    const auto driver = started(kCamera, 16, 8);
+    const auto driver = started(CAMERA, 16, 8);
     EXPECT_GE(failEachInTurn(
                   [&](int n) {
                       camera_->deliver(5);
@@ -99,7 +99,7 @@ TEST_F(CaptureWithoutMemory, ReadingAFrameAsBytes) {
 }
 
 TEST_F(CaptureWithoutMemory, ReadingAFrameAsARecord) {
-    const auto driver = started(kCamera, 16, 8);
+    const auto driver = started(CAMERA, 16, 8);
     EXPECT_GE(failEachInTurn(
                   [&](int n) {
                       camera_->deliver(6);
@@ -122,11 +122,11 @@ TEST_F(CaptureWithoutMemory, ReadingAFrameAsARecord) {
 }
 
 TEST_F(CaptureWithoutMemory, Statistics) {
-    const auto driver = started(kCamera, 16, 8);
+    const auto driver = started(CAMERA, 16, 8);
     failEachInTurn([&](int n) {
         OVideoStatistics figures;
-        const Outcome outcome = runFailingAt(n, [&] { videoStatistics(kCamera, figures); });
-        EXPECT_TRUE(videoStatistics(kCamera, figures));
+        const Outcome outcome = runFailingAt(n, [&] { videoStatistics(CAMERA, figures); });
+        EXPECT_TRUE(videoStatistics(CAMERA, figures));
         return outcome;
     });
 }

@@ -9,20 +9,20 @@ using namespace ostrel::tests;
 
 namespace {
 
-const char* const kFirst = "camera-with-an-identifier-too-long-for-the-string-object-itself";
-const char* const kSecond = "another-camera-with-an-identifier-too-long-for-the-string-object";
+const char* const FIRST = "camera-with-an-identifier-too-long-for-the-string-object-itself";
+const char* const SECOND = "another-camera-with-an-identifier-too-long-for-the-string-object";
 
 class ListingWithoutMemory : public support::CameraTest {
 protected:
     void SetUp() override {
-        attach(kFirst, "A name too long for the string object itself");
-        attach(kSecond, "Another name too long for the string object itself");
+        attach(FIRST, "A name too long for the string object itself");
+        attach(SECOND, "Another name too long for the string object itself");
     }
 
     static void expectBothListed() {
         const QMap<QString, QString> cameras = videoDevices();
         EXPECT_EQ(cameras.size(), 2);
-        EXPECT_TRUE(cameras.contains(kFirst) && cameras.contains(kSecond));
+        EXPECT_TRUE(cameras.contains(FIRST) && cameras.contains(SECOND));
     }
 };
 
@@ -43,7 +43,7 @@ TEST_F(ListingWithoutMemory, CamerasListedForTheFirstTime) {
     int fresh = 0;
     EXPECT_GE(failEachInTurn([&](int n) {
                   const auto camera = std::make_shared<support::ScriptedCamera>(
-                      kFirst + std::to_string(fresh++), "A new camera with a long name");
+                      FIRST + std::to_string(fresh++), "A new camera with a long name");
                   EXPECT_TRUE(cameras::addCamera(camera));
                   const Outcome outcome = runFailingAt(n, [] { videoDevices(); });
                   EXPECT_EQ(videoDevices().size(), 3);
@@ -69,8 +69,8 @@ TEST_F(ListingWithoutMemory, TheListOfDevices) {
 TEST_F(ListingWithoutMemory, OneDeviceByItsIdentifier) {
     OVideoInfoMacX info;
     EXPECT_GE(failEachInTurn([&](int n) {
-                  const Outcome outcome = runFailingAt(n, [&] { info.deviceByID(kFirst); });
-                  EXPECT_TRUE(info.deviceByID(kFirst));
+                  const Outcome outcome = runFailingAt(n, [&] { info.deviceByID(FIRST); });
+                  EXPECT_TRUE(info.deviceByID(FIRST));
                   return outcome;
               }),
               9);

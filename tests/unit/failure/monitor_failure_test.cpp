@@ -12,21 +12,21 @@ using namespace ostrel::tests;
 
 namespace {
 
-const char* const kIdentifier = "camera-with-an-identifier-too-long-for-the-string-object-itself";
+const char* const IDENTIFIER = "camera-with-an-identifier-too-long-for-the-string-object-itself";
 
 class MonitorWithoutMemory : public support::CameraTest {};
 
 } // namespace
 
 TEST_F(MonitorWithoutMemory, ThatIsBeingMade) {
-    attach(kIdentifier, "A name too long for the string object itself");
+    attach(IDENTIFIER, "A name too long for the string object itself");
     EXPECT_GE(failEachInTurn([](int n) { return runFailingAt(n, [] { OVideoDeviceMonitor monitor; }); }), 5);
 }
 
 TEST_F(MonitorWithoutMemory, LosesNoChange) {
     EXPECT_GE(failEachInTurn([](int n) {
                   OVideoDeviceMonitor monitor;
-                  const auto camera = std::make_shared<support::ScriptedCamera>(kIdentifier);
+                  const auto camera = std::make_shared<support::ScriptedCamera>(IDENTIFIER);
                   EXPECT_TRUE(cameras::addCamera(camera));
                   QList<OVideoDeviceChange> changes;
                   const Outcome outcome = runFailingAt(n, [&] { changes = monitor.take(); });
@@ -37,7 +37,7 @@ TEST_F(MonitorWithoutMemory, LosesNoChange) {
                       changes = monitor.take();
                   }
                   EXPECT_EQ(changes.size(), 1);
-                  EXPECT_TRUE(monitor.cameras().contains(kIdentifier));
+                  EXPECT_TRUE(monitor.cameras().contains(IDENTIFIER));
                   cameras::removeCamera(camera);
                   return outcome;
               }),

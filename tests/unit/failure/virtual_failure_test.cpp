@@ -13,14 +13,14 @@ using namespace ostrel::tests;
 
 namespace {
 
-const char* const kCamera = "virtual-camera-with-an-identifier-too-long-for-the-string-itself";
-const int kWidth = 16, kHeight = 8;
+const char* const CAMERA = "virtual-camera-with-an-identifier-too-long-for-the-string-itself";
+const int WIDTH = 16, HEIGHT = 8;
 
 class VirtualCameraWithoutMemory : public support::CameraTest {
 protected:
     static std::unique_ptr<OVideoCaptureMacX> started() {
         auto driver = std::make_unique<OVideoCaptureMacX>();
-        driver->startCapture(kCamera, kWidth, kHeight);
+        driver->startCapture(CAMERA, WIDTH, HEIGHT);
         driver->wait();
         return driver;
     }
@@ -33,7 +33,7 @@ protected:
     }
 
     static std::vector<uint8_t> picture(uint8_t shade) {
-        return std::vector<uint8_t>(static_cast<size_t>(kWidth * kHeight * 4), shade);
+        return std::vector<uint8_t>(static_cast<size_t>(WIDTH * HEIGHT * 4), shade);
     }
 };
 
@@ -42,30 +42,29 @@ protected:
 TEST_F(VirtualCameraWithoutMemory, TestPatternConstructed) {
     EXPECT_GE(failEachInTurn([](int n) {
                   return runFailingAt(
-                      n, [] { OVideoTestPatternCamera camera(kCamera, "A name for the pattern"); });
+                      n, [] { OVideoTestPatternCamera camera(CAMERA, "A name for the pattern"); });
               }),
               3);
 }
 
 TEST_F(VirtualCameraWithoutMemory, FileConstructed) {
     EXPECT_GE(failEachInTurn([](int n) {
-                  return runFailingAt(n, [] {
-                      OVideoFileCamera camera(kCamera, "A name for the file", "/no/such/file.y4m");
-                  });
+                  return runFailingAt(
+                      n, [] { OVideoFileCamera camera(CAMERA, "A name for the file", "/no/such/file.y4m"); });
               }),
               3);
 }
 
 TEST_F(VirtualCameraWithoutMemory, PushConstructed) {
     EXPECT_GE(failEachInTurn([](int n) {
-                  return runFailingAt(n, [] { OVideoPushCamera camera(kCamera, "A name for the camera"); });
+                  return runFailingAt(n, [] { OVideoPushCamera camera(CAMERA, "A name for the camera"); });
               }),
               3);
 }
 
 TEST_F(VirtualCameraWithoutMemory, AttachedOrNot) {
     EXPECT_GE(failEachInTurn([](int n) {
-                  OVideoTestPatternCamera camera(kCamera, "A name for the pattern");
+                  OVideoTestPatternCamera camera(CAMERA, "A name for the pattern");
                   const Outcome outcome = runFailingAt(n, [&] { camera.attach(); });
                   EXPECT_EQ(camera.isAttached(), !outcome.thrown);
                   if (outcome.thrown) {
@@ -77,7 +76,7 @@ TEST_F(VirtualCameraWithoutMemory, AttachedOrNot) {
 }
 
 TEST_F(VirtualCameraWithoutMemory, NamesRead) {
-    OVideoPushCamera camera(kCamera, "A name for the camera");
+    OVideoPushCamera camera(CAMERA, "A name for the camera");
     failEachInTurn([&](int n) {
         return runFailingAt(n, [&] {
             camera.uniqueID();
@@ -87,7 +86,7 @@ TEST_F(VirtualCameraWithoutMemory, NamesRead) {
 }
 
 TEST_F(VirtualCameraWithoutMemory, APushThatFailsDoesNotHoldUpTheNext) {
-    OVideoPushCamera camera(kCamera, "A name for the camera");
+    OVideoPushCamera camera(CAMERA, "A name for the camera");
     ASSERT_TRUE(camera.attach());
     const auto one = started(), two = started(); // more than one sink takes another way
     uint8_t number = 0;
@@ -95,8 +94,8 @@ TEST_F(VirtualCameraWithoutMemory, APushThatFailsDoesNotHoldUpTheNext) {
         [&](int n) {
             const std::vector<uint8_t> first = picture(++number), second = picture(++number);
             const Outcome outcome =
-                runFailingAt(n, [&] { camera.push(first.data(), kWidth, kHeight, kWidth * 4); });
-            EXPECT_TRUE(camera.push(second.data(), kWidth, kHeight, kWidth * 4));
+                runFailingAt(n, [&] { camera.push(first.data(), WIDTH, HEIGHT, WIDTH * 4); });
+            EXPECT_TRUE(camera.push(second.data(), WIDTH, HEIGHT, WIDTH * 4));
             EXPECT_EQ(shade(*one), number);
             EXPECT_EQ(shade(*two), number);
             return outcome;
@@ -105,15 +104,15 @@ TEST_F(VirtualCameraWithoutMemory, APushThatFailsDoesNotHoldUpTheNext) {
 }
 
 TEST_F(VirtualCameraWithoutMemory, APushOfI420ThatFailsDoesNotHoldUpTheNext) {
-    OVideoPushCamera camera(kCamera, "A name for the camera");
+    OVideoPushCamera camera(CAMERA, "A name for the camera");
     ASSERT_TRUE(camera.attach());
     const auto one = started(), two = started();
-    std::vector<uint8_t> grey(kWidth * kHeight * 3 / 2, 128);  // no colour
-    std::fill_n(grey.begin(), kWidth * kHeight, uint8_t(126)); // (126 - 16) * 255 / 219 = 128.1
+    std::vector<uint8_t> grey(WIDTH * HEIGHT * 3 / 2, 128);  // no colour
+    std::fill_n(grey.begin(), WIDTH * HEIGHT, uint8_t(126)); // (126 - 16) * 255 / 219 = 128.1
     failEachInTurn(
         [&](int n) {
-            const Outcome outcome = runFailingAt(n, [&] { camera.pushI420(grey.data(), kWidth, kHeight); });
-            EXPECT_TRUE(camera.pushI420(grey.data(), kWidth, kHeight));
+            const Outcome outcome = runFailingAt(n, [&] { camera.pushI420(grey.data(), WIDTH, HEIGHT); });
+            EXPECT_TRUE(camera.pushI420(grey.data(), WIDTH, HEIGHT));
             EXPECT_NEAR(shade(*one), 128, 1);
             return outcome;
         },

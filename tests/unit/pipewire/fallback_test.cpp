@@ -72,7 +72,7 @@ TEST_F(Fallback, BusyAtTheNodeItIsCapturedThroughPipeWireUntilItsNextStart) {
 }
 
 TEST_F(Fallback, WhoMayNotOpenTheNodeCapturesThroughPipeWire) {
-    kernel->failNext(support::kOpen, EACCES);
+    kernel->failNext(support::OPEN, EACCES);
     ASSERT_EQ(camera->open().text, "");
     ASSERT_EQ(camera->start(64, 48, sink).text, "");
     ASSERT_TRUE(sink->waitForFrames(2));

@@ -46,23 +46,23 @@ const Operation OPERATIONS[] = {
 class Refusals : public testing::TestWithParam<Operation> {
 protected:
     void expectRefused(int width, int height) {
-        EXPECT_EQ(GetParam().convert(m_src.data(), m_dst.data(), width, height), -1) << Size{width, height};
-        EXPECT_TRUE(m_dst.untouched()) << Size{width, height};
+        EXPECT_EQ(GetParam().convert(src_.data(), dst_.data(), width, height), -1) << Size{width, height};
+        EXPECT_TRUE(dst_.untouched()) << Size{width, height};
     }
 
-    const Bytes m_src = noise(4096, 1);
-    Guarded m_dst{4096};
+    const Bytes src_ = noise(4096, 1);
+    Guarded dst_{4096};
 };
 
 } // namespace
 
 TEST_P(Refusals, OfANullSource) {
-    EXPECT_EQ(GetParam().convert(nullptr, m_dst.data(), 16, 16), -1);
-    EXPECT_TRUE(m_dst.untouched());
+    EXPECT_EQ(GetParam().convert(nullptr, dst_.data(), 16, 16), -1);
+    EXPECT_TRUE(dst_.untouched());
 }
 
 TEST_P(Refusals, OfANullDestination) {
-    EXPECT_EQ(GetParam().convert(m_src.data(), nullptr, 16, 16), -1);
+    EXPECT_EQ(GetParam().convert(src_.data(), nullptr, 16, 16), -1);
 }
 
 TEST_P(Refusals, OfNullPointersWithSizesThatWrap) {

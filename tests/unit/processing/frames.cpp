@@ -58,19 +58,19 @@ Bytes noise(size_t count, uint32_t seed) {
     return bytes;
 }
 
-Guarded::Guarded(size_t count) : m_all(noise(count + 2 * GUARD, 99)) {
-    std::fill(m_all.begin() + GUARD, m_all.end() - GUARD, FILL);
+Guarded::Guarded(size_t count) : all_(noise(count + 2 * GUARD, 99)) {
+    std::fill(all_.begin() + GUARD, all_.end() - GUARD, FILL);
 }
 
 bool Guarded::guardsIntact() const {
-    const Bytes expected = noise(m_all.size(), 99);
-    return std::equal(expected.begin(), expected.begin() + GUARD, m_all.begin()) &&
-           std::equal(expected.end() - GUARD, expected.end(), m_all.end() - GUARD);
+    const Bytes expected = noise(all_.size(), 99);
+    return std::equal(expected.begin(), expected.begin() + GUARD, all_.begin()) &&
+           std::equal(expected.end() - GUARD, expected.end(), all_.end() - GUARD);
 }
 
 bool Guarded::untouched() const {
-    return guardsIntact() && std::count(m_all.begin() + GUARD, m_all.end() - GUARD, FILL) ==
-                                 static_cast<ptrdiff_t>(m_all.size()) - 2 * GUARD;
+    return guardsIntact() && std::count(all_.begin() + GUARD, all_.end() - GUARD, FILL) ==
+                                 static_cast<ptrdiff_t>(all_.size()) - 2 * GUARD;
 }
 
 // The matrix of BT.601: Kr = 0.299, Kb = 0.114; luma spans 219 steps above 16, chroma 224 around 128.

@@ -40,15 +40,15 @@ public:
     static constexpr uint8_t FILL = 0xA5;
 
     explicit Guarded(size_t count);
-    uint8_t* data() { return m_all.data() + GUARD; }
-    Bytes bytes() const { return Bytes(m_all.begin() + GUARD, m_all.end() - GUARD); }
+    uint8_t* data() { return all_.data() + GUARD; }
+    Bytes bytes() const { return Bytes(all_.begin() + GUARD, all_.end() - GUARD); }
     bool guardsIntact() const;
     // Whether nothing was written at all.
     bool untouched() const;
 
 private:
     static constexpr int GUARD = 128;
-    Bytes m_all;
+    Bytes all_;
 };
 
 // A colour of an RGB frame and what BT.601 in limited range makes of it.

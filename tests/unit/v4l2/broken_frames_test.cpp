@@ -55,7 +55,7 @@ protected:
         if (!frame || !frame->convert(pixels.data(), 96, 64, 96 * 4))
             return false;
         for (int c = 0; c < 3; ++c)
-            EXPECT_NEAR(pixels[static_cast<size_t>((16 * 96 + 24) * 4 + c)], kJpegQuadrants[0][c], 5);
+            EXPECT_NEAR(pixels[static_cast<size_t>((16 * 96 + 24) * 4 + c)], JPEG_QUADRANTS[0][c], 5);
         return true;
     }
     void expectDroppedJpeg(const FrameScript& broken, const std::string& reason) {

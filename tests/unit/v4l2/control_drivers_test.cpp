@@ -67,15 +67,20 @@ TEST_F(ControlsTest, OfWhichOneCannotBeDescribedAreListedAllTheSame) {
 
 // Each call with each errno: a reason or nothing, never a wrong value, never a hang or a descriptor left.
 TEST_F(ControlsTest, ByWhateverErrnoACallFailsEndInAReason) {
-    const unsigned long calls[] = {
-        kOpen,           VIDIOC_QUERY_EXT_CTRL, VIDIOC_QUERYMENU, VIDIOC_G_EXT_CTRLS,
-        VIDIOC_G_CTRL,   VIDIOC_S_EXT_CTRLS,    VIDIOC_S_CTRL,    VIDIOC_TRY_EXT_CTRLS,
-        VIDIOC_QUERYCTRL};
+    const unsigned long calls[] = {OPEN,
+                                   VIDIOC_QUERY_EXT_CTRL,
+                                   VIDIOC_QUERYMENU,
+                                   VIDIOC_G_EXT_CTRLS,
+                                   VIDIOC_G_CTRL,
+                                   VIDIOC_S_EXT_CTRLS,
+                                   VIDIOC_S_CTRL,
+                                   VIDIOC_TRY_EXT_CTRLS,
+                                   VIDIOC_QUERYCTRL};
     for (const unsigned long call : calls)
         for (const int error :
              {EPERM, ENOENT, EIO, ENXIO, EBADF, EAGAIN, ENOMEM, EACCES, EFAULT, EBUSY, ENODEV, EINVAL, ENOSPC,
               ERANGE, ENOTTY, EOPNOTSUPP, EPROTO, EPIPE, ETIMEDOUT}) {
-            for (const int times : {1, kForever}) {
+            for (const int times : {1, FOREVER}) {
                 SCOPED_TRACE(std::to_string(call) + " " + std::to_string(error) + " " +
                              std::to_string(times));
                 kernel = std::make_shared<ScriptedKernel>();
@@ -104,14 +109,14 @@ TEST_F(ControlsTest, OfACameraThatLeavesMeanwhileSayThatItWasUnplugged) {
     plug();
     kernel->failNext(VIDIOC_S_EXT_CTRLS, ENODEV);
     EXPECT_EQ(set(QList<OVideoControl>() << with(BRIGHTNESS, 5)), where + " was unplugged");
-    kernel->failNext(VIDIOC_G_EXT_CTRLS, EIO, kForever);
-    kernel->failNext(VIDIOC_G_CTRL, ENODEV, kForever);
+    kernel->failNext(VIDIOC_G_EXT_CTRLS, EIO, FOREVER);
+    kernel->failNext(VIDIOC_G_CTRL, ENODEV, FOREVER);
     EXPECT_EQ(whyNoList(), where + " was unplugged");
 }
 
 TEST_F(ControlsTest, OfANodeThatMayNotBeOpenedSayWhatHelps) {
     plug();
-    kernel->failNext(kOpen, EACCES, kForever);
+    kernel->failNext(OPEN, EACCES, FOREVER);
     EXPECT_NE(whyNoList().find("group \"video\""), std::string::npos);
 }
 

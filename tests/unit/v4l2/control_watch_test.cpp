@@ -102,7 +102,7 @@ TEST_F(ControlWatchTest, SaysWhyItSeesNothing) {
         EXPECT_EQ(watch.error(), QString::fromStdString(where + " does not tell when its controls change"));
     }
     for (const int error : {EPERM, EACCES, EBUSY, EIO, ENODEV, ENOMEM, EMFILE}) {
-        kernel->failNext(kOpen, error);
+        kernel->failNext(OPEN, error);
         OVideoControlWatch watch(id);
         EXPECT_NE(watch.error(), QString()) << error;
         EXPECT_EQ(watch.wait(-1), -1);

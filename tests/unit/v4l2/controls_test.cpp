@@ -84,7 +84,7 @@ TEST_F(ControlsTest, OfEveryTypeAreSetInOneCall) {
 TEST_F(ControlsTest, SetNothingWhenNothingIsAskedFor) {
     plug();
     EXPECT_EQ(set(QList<OVideoControl>()), "");
-    EXPECT_EQ(kernel->calls(kOpen), 0);
+    EXPECT_EQ(kernel->calls(OPEN), 0);
 }
 
 TEST_F(ControlsTest, AreValuesOfTheirOwn) {

@@ -87,7 +87,7 @@ TEST_F(DeviceExtensions, ListEachNodeWithItsIdentifierOrTheReasonWhyItHasNone) {
     metadata.capabilities = V4L2_CAP_META_CAPTURE;
     addBare("/dev/video1", metadata);
     addBare("/dev/video2", camera());
-    kernel->failNext(kOpen, EACCES, 1, 1);
+    kernel->failNext(OPEN, EACCES, 1, 1);
     const QList<OVideoNode> nodes = videoNodes();
     ASSERT_EQ(nodes.size(), 3);
     EXPECT_EQ(nodes[0].path(), QString("/dev/video0"));

@@ -29,10 +29,20 @@ protected:
 
     // Any call with any errno, soon or later, once or for long.
     void scriptAFault() {
-        static const unsigned long calls[] = {
-            kOpen,        kMmap,         kPoll,           VIDIOC_QUERYCAP, VIDIOC_ENUM_FMT,
-            VIDIOC_S_FMT, VIDIOC_G_PARM, VIDIOC_S_PARM,   VIDIOC_REQBUFS,  VIDIOC_QUERYBUF,
-            VIDIOC_QBUF,  VIDIOC_DQBUF,  VIDIOC_STREAMON, VIDIOC_STREAMOFF};
+        static const unsigned long calls[] = {OPEN,
+                                              MMAP,
+                                              POLL,
+                                              VIDIOC_QUERYCAP,
+                                              VIDIOC_ENUM_FMT,
+                                              VIDIOC_S_FMT,
+                                              VIDIOC_G_PARM,
+                                              VIDIOC_S_PARM,
+                                              VIDIOC_REQBUFS,
+                                              VIDIOC_QUERYBUF,
+                                              VIDIOC_QBUF,
+                                              VIDIOC_DQBUF,
+                                              VIDIOC_STREAMON,
+                                              VIDIOC_STREAMOFF};
         static const int numbers[] = {EINTR, EAGAIN, EIO,    ENODEV, EBUSY,  ENOSPC, EACCES,
                                       EPERM, EINVAL, ENOMEM, EPIPE,  EPROTO, ENOTTY};
         kernel->failNext(calls[random() % 14], numbers[random() % 13], upTo(9) ? 1 : 30, upTo(4));

@@ -11,13 +11,13 @@ namespace tests {
 
 TEST_F(FaultsTest, InterruptedCallsAreMadeAgain) {
     for (const unsigned long call :
-         {kOpen, kMmap, kMunmap, kClose, static_cast<unsigned long>(VIDIOC_QUERYCAP),
+         {OPEN, MMAP, MUNMAP, CLOSE, static_cast<unsigned long>(VIDIOC_QUERYCAP),
           static_cast<unsigned long>(VIDIOC_ENUM_FMT), static_cast<unsigned long>(VIDIOC_ENUM_FRAMESIZES),
           static_cast<unsigned long>(VIDIOC_ENUM_FRAMEINTERVALS), static_cast<unsigned long>(VIDIOC_S_FMT),
           static_cast<unsigned long>(VIDIOC_G_PARM), static_cast<unsigned long>(VIDIOC_S_PARM),
           static_cast<unsigned long>(VIDIOC_REQBUFS), static_cast<unsigned long>(VIDIOC_QUERYBUF),
           static_cast<unsigned long>(VIDIOC_QBUF), static_cast<unsigned long>(VIDIOC_DQBUF),
-          static_cast<unsigned long>(VIDIOC_STREAMON), static_cast<unsigned long>(VIDIOC_STREAMOFF), kPoll})
+          static_cast<unsigned long>(VIDIOC_STREAMON), static_cast<unsigned long>(VIDIOC_STREAMOFF), POLL})
         kernel->failNext(call, EINTR, 3);
     start();
     deliver(5);
@@ -76,14 +76,14 @@ TEST_F(FaultsTest, APollErrorEndsTheStreamWithoutASpin) {
     deliver(5);
     kernel->setPollEvents(path, POLLERR);
     expectEnd("stopped delivering frames");
-    EXPECT_LT(kernel->calls(kPoll), 100);
+    EXPECT_LT(kernel->calls(POLL), 100);
     EXPECT_EQ(brightness(sink->newest()), 5);
 }
 
 TEST_F(FaultsTest, AFailedPollEndsTheStream) {
     start();
     ASSERT_TRUE(kernel->waitUntilIdle(path)); // inside a poll(), which the frame ends: the next one fails
-    kernel->failNext(kPoll, ENOMEM);
+    kernel->failNext(POLL, ENOMEM);
     ASSERT_TRUE(kernel->feed(path, grey(6)));
     expectEnd("stopped delivering frames");
 }

@@ -23,9 +23,9 @@ struct Colours {
     std::vector<size_t> parts; // of the first plane's bytes, in quarters, padding and all
 };
 
-const uint32_t kP010 = v4l2_fourcc('P', '0', '1', '0');
+const uint32_t P010 = v4l2_fourcc('P', '0', '1', '0');
 
-const Colours kColours[] = {
+const Colours COLOURS[] = {
     {V4L2_PIX_FMT_YUYV, false, 1, {{81, 90, 81, 240}}, {4}},
     {V4L2_PIX_FMT_UYVY, false, 1, {{90, 81, 240, 81}}, {4}},
     {V4L2_PIX_FMT_YVYU, false, 1, {{81, 240, 81, 90}}, {4}},
@@ -37,7 +37,7 @@ const Colours kColours[] = {
     {V4L2_PIX_FMT_NV16, false, 1, {{81}, {90, 240}}, {4, 4}},
     {V4L2_PIX_FMT_NV16M, false, 2, {{81}, {90, 240}}, {4, 4}},
     {V4L2_PIX_FMT_NV24, false, 1, {{81}, {90, 240}}, {4, 8}},
-    {kP010, false, 1, {{0, 81}, {0, 90, 0, 240}}, {4, 2}},
+    {P010, false, 1, {{0, 81}, {0, 90, 0, 240}}, {4, 2}},
     {V4L2_PIX_FMT_YUV420, false, 1, {{81}, {90}, {240}}, {4, 1, 1}},
     {V4L2_PIX_FMT_YUV420M, false, 3, {{81}, {90}, {240}}, {4, 1, 1}},
     {V4L2_PIX_FMT_YVU420, false, 1, {{81}, {240}, {90}}, {4, 1, 1}},
@@ -110,14 +110,14 @@ protected:
 } // namespace
 
 TEST_F(FormatsTest, ShowTheirColours) {
-    for (const Colours& colours : kColours)
+    for (const Colours& colours : COLOURS)
         if (colours.planesOfMemory == 1)
             expectColours(colours);
 }
 
 TEST_F(FormatsTest, ShowTheirColoursFromOneBlockOfMemoryOrOneForEachPlane) {
     speakOfSeveralPlanes();
-    for (const Colours& colours : kColours)
+    for (const Colours& colours : COLOURS)
         expectColours(colours);
 }
 
@@ -141,7 +141,7 @@ TEST_F(FormatsTest, APlaneThatCannotBeMappedGivesTheOthersBack) {
     device.formats = {raw(V4L2_PIX_FMT_YUV420M, {only(64, 48)})};
     plug();
     ASSERT_FALSE(camera->open());
-    kernel->failNext(kMmap, EPERM, 1, 4); // in the middle of the second buffer
+    kernel->failNext(MMAP, EPERM, 1, 4); // in the middle of the second buffer
     EXPECT_EQ(camera->start(64, 48, sink).code, EPERM);
     EXPECT_EQ(kernel->mappings(), 0);
     EXPECT_EQ(kernel->buffers(path), 0u);

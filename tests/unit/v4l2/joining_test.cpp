@@ -17,7 +17,7 @@ using cameras::StallWatch;
 
 namespace {
 
-const int64_t kSecond = 1000000000;
+const int64_t SECOND = 1000000000;
 
 class JoiningTest : public FaultsTest {
 protected:
@@ -141,7 +141,7 @@ TEST_F(JoiningTest, RefusedAfterAllTheOldModeComesBackAndThatIsSaid) {
 }
 
 TEST_F(JoiningTest, TheOldModeIsTriedAgainWhenItIsRefusedToo) {
-    StallWatch::leastPause = kSecond / 100;
+    StallWatch::leastPause = SECOND / 100;
     start();
     kernel->failNext(VIDIOC_S_FMT, EBUSY, 3);
     ASSERT_EQ(camera->start(128, 96, second).text, "");
@@ -151,9 +151,9 @@ TEST_F(JoiningTest, TheOldModeIsTriedAgainWhenItIsRefusedToo) {
 }
 
 TEST_F(JoiningTest, RefusedForGoodTheStreamEndsWithTheReason) {
-    StallWatch::leastPause = kSecond / 100;
+    StallWatch::leastPause = SECOND / 100;
     start();
-    kernel->failNext(VIDIOC_S_FMT, EBUSY, kForever);
+    kernel->failNext(VIDIOC_S_FMT, EBUSY, FOREVER);
     ASSERT_EQ(camera->start(128, 96, second).text, "");
     expectEnd("in use by another program");
     EXPECT_EQ(camera->statistics().restarts, 3u);
@@ -172,7 +172,7 @@ TEST_F(JoiningTest, AStopOfTheOneWhoJoinsNeedNotWaitForTheHardware) {
 }
 
 TEST_F(JoiningTest, ACloseEndsTheWaitForAModeThatIsTriedAgainAndAgain) {
-    StallWatch::leastPause = 400 * kSecond;
+    StallWatch::leastPause = 400 * SECOND;
     start();
     kernel->failNext(VIDIOC_S_FMT, EBUSY, 2);
     std::thread joiner([&] { EXPECT_EQ(camera->start(128, 96, second).text, ""); });
@@ -184,7 +184,7 @@ TEST_F(JoiningTest, ACloseEndsTheWaitForAModeThatIsTriedAgainAndAgain) {
 }
 
 TEST_F(JoiningTest, AStalledCameraIsStartedAgain) {
-    StallWatch::leastPause = kSecond / 2;
+    StallWatch::leastPause = SECOND / 2;
     start();
     ASSERT_TRUE(sink->waitForFrames(3));
     kernel->stall(path);

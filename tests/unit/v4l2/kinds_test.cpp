@@ -11,7 +11,7 @@ using cameras::v4l2::NodeFacts;
 namespace {
 
 using List = std::vector<std::string>;
-const char* const kUnfed = "no program gives it pictures at present";
+const char* const UNFED = "no program gives it pictures at present";
 
 } // namespace
 
@@ -113,7 +113,7 @@ TEST_F(ListingTest, ListsALoopbackDeviceOfEitherKindWhileItIsFed) {
                 now.formats.clear();
             kernel->plug(facts.path, now);
             EXPECT_EQ(identifiers(), fed ? List{"bus-platform:v4l2loopback-000"} : List());
-            EXPECT_EQ(reason(facts.path), fed ? "camera" : kUnfed);
+            EXPECT_EQ(reason(facts.path), fed ? "camera" : UNFED);
         }
     }
 }
@@ -128,7 +128,7 @@ TEST_F(ListingTest, LeavesOutALoopbackDeviceThatSysfsCallsUnfedThoughItListsForm
     facts.isVirtual = facts.isUnfed = true;
     discovery->add(facts);
     EXPECT_EQ(identifiers(), List());
-    EXPECT_EQ(reason("/dev/video0"), kUnfed);
+    EXPECT_EQ(reason("/dev/video0"), UNFED);
 }
 
 TEST_F(ListingTest, SaysOfEachNodeWhyItIsNoCamera) {
@@ -165,16 +165,16 @@ TEST_F(ListingTest, SaysOfUsbNodesWhyTheyAreNoCameraWithoutOpeningThem) {
     EXPECT_EQ(reason("/dev/video0"), "camera");
     EXPECT_EQ(reason("/dev/video1"), "delivers no pictures (on most cameras, metadata)");
     EXPECT_EQ(reason("/dev/video2"), "shows pictures that programs give it (output)");
-    EXPECT_EQ(kernel->calls(kOpen), 0);
+    EXPECT_EQ(kernel->calls(OPEN), 0);
 }
 
 TEST_F(ListingTest, SaysWhyANodeCannotBeAsked) {
     addBare("/dev/video0", camera());
-    kernel->failNext(kOpen, EPERM);
+    kernel->failNext(OPEN, EPERM);
     EXPECT_EQ(reason("/dev/video0"),
               "The container or service that this program runs in may not use /dev/video0: "
               "give it the device (--device for a container, DeviceAllow= for a service)");
-    kernel->failNext(kOpen, ENODEV);
+    kernel->failNext(OPEN, ENODEV);
     EXPECT_EQ(reason("/dev/video0"), "/dev/video0 was unplugged");
 }
 

@@ -38,7 +38,7 @@ TEST_F(ListingTest, OpensNoUsbCameraThatUdevDescribes) {
     discovery->add(described("/dev/video3", ":capture:video_output:", "p-3"));
     EXPECT_EQ(identifiers(), (List{"usb-046d:0825-at-p-1:00"}));
     EXPECT_EQ(provider->list()[0]->displayName(), "HD Webcam");
-    EXPECT_EQ(kernel->calls(kOpen), 0);
+    EXPECT_EQ(kernel->calls(OPEN), 0);
 }
 
 TEST_F(ListingTest, OpensOtherHardwareOnceAndNotForEachListing) {
@@ -49,7 +49,7 @@ TEST_F(ListingTest, OpensOtherHardwareOnceAndNotForEachListing) {
     provider->list();
     provider->list();
     EXPECT_EQ(provider->list().size(), 1u);
-    EXPECT_EQ(kernel->calls(kOpen), 2);
+    EXPECT_EQ(kernel->calls(OPEN), 2);
 }
 
 TEST_F(ListingTest, AsksVirtualDevicesEachTimeSinceTheyChange) {
@@ -134,7 +134,7 @@ TEST_F(ListingTest, MakesNamesValid) {
 
 TEST_F(ListingTest, ListsACameraThatMayNotBeOpened) {
     addBare("/dev/video0", camera());
-    kernel->failNext(kOpen, EACCES, 2);
+    kernel->failNext(OPEN, EACCES, 2);
     const auto list = provider->list();
     ASSERT_EQ(list.size(), 1u);
     const cameras::Error error = list[0]->open();

@@ -18,7 +18,7 @@ using cameras::Interval;
 
 namespace {
 
-const char* const kPath = "/dev/video0";
+const char* const PATH = "/dev/video0";
 
 std::string sides(int width, int height) {
     return std::to_string(width) + 'x' + std::to_string(height);
@@ -61,7 +61,7 @@ protected:
     ModesTest() { device.formats = {raw(V4L2_PIX_FMT_YUYV, {only(640, 480)})}; }
 
     void plug() {
-        addBare(kPath, device);
+        addBare(PATH, device);
         identifier = textOf(provider->list().at(0)->identifier());
     }
     std::vector<std::string> modes(std::string* reason = nullptr) {
@@ -169,13 +169,13 @@ TEST_F(ModesTest, OfADriverWithoutEndAreLimited) {
         device.formats.push_back(endless);
     }
     device.formats.push_back(raw(V4L2_PIX_FMT_YUYV, {only(640, 480)}));
-    addBare(kPath, device);
+    addBare(PATH, device);
     cameras::v4l2::NodeFacts facts = discovery->nodes().at(0);
     const auto camera = cameras::v4l2::makeCamera(kernel, discovery, facts, "endless", "Endless");
     cameras::NativeModes all;
     EXPECT_EQ(camera->modes(all).text, "");
     EXPECT_LT(all.size(), 5000u);
-    EXPECT_LT(kernel->callsOn(kPath), 10000);
+    EXPECT_LT(kernel->callsOn(PATH), 10000);
 }
 
 TEST_F(ModesTest, ADriverThatBreaksOffHasToldWhatItToldAndWhy) {
@@ -208,9 +208,9 @@ TEST_F(ModesTest, OfANodeThatDoesNotAnswerAreUnknownWithTheReason) {
         unsigned long call;
         int number;
         const char* why;
-    } cases[] = {{kOpen, EACCES, "No permission to open"}, {kOpen, EBUSY, "in use by another program"},
-                 {kOpen, ENODEV, "was unplugged"},         {kOpen, EMFILE, "Cannot open"},
-                 {VIDIOC_QUERYCAP, EIO, "Cannot open"},    {VIDIOC_QUERYCAP, ENODEV, "was unplugged"}};
+    } cases[] = {{OPEN, EACCES, "No permission to open"}, {OPEN, EBUSY, "in use by another program"},
+                 {OPEN, ENODEV, "was unplugged"},         {OPEN, EMFILE, "Cannot open"},
+                 {VIDIOC_QUERYCAP, EIO, "Cannot open"},   {VIDIOC_QUERYCAP, ENODEV, "was unplugged"}};
     for (const auto& one : cases) {
         // Once for the listing of a node without a description, which has its answer.
         const auto camera = provider->list().at(0);
@@ -228,7 +228,7 @@ TEST_F(ModesTest, ThatWereKnownOnceAreStillToldWhenTheNodeDoesNotAnswer) {
     const auto camera = provider->list().at(0);
     cameras::NativeModes before, now;
     ASSERT_FALSE(camera->modes(before));
-    kernel->failNext(kOpen, EBUSY);
+    kernel->failNext(OPEN, EBUSY);
     EXPECT_EQ(camera->modes(now).code, EBUSY);
     EXPECT_EQ(now.size(), before.size());
 }
@@ -237,16 +237,16 @@ TEST_F(ModesTest, OfACameraThatStreamsAreToldWithoutACall) {
     plug();
     ASSERT_FALSE(start(640, 480, sink));
     const auto node = provider->list();
-    const int before = kernel->callsOn(kPath) - kernel->calls(kPath, kPoll);
+    const int before = kernel->callsOn(PATH) - kernel->calls(PATH, POLL);
     EXPECT_EQ(modes(), std::vector<std::string>{"YUYV 640x480 1/30"});
     EXPECT_EQ(request(wish("YUYV")), "");
-    EXPECT_EQ(kernel->callsOn(kPath) - kernel->calls(kPath, kPoll), before);
+    EXPECT_EQ(kernel->callsOn(PATH) - kernel->calls(PATH, POLL), before);
 }
 
 TEST_F(ModesTest, AreToldAtOnceWhileTheCameraOpens) {
     plug();
     const auto camera = provider->list().at(0);
-    const auto gate = kernel->hold(kPath, VIDIOC_QUERYCAP);
+    const auto gate = kernel->hold(PATH, VIDIOC_QUERYCAP);
     std::thread opener([&] { EXPECT_EQ(camera->open().text, ""); });
     gate->awaitArrivals(1);
     cameras::NativeModes none;
@@ -262,7 +262,7 @@ TEST_F(ModesTest, AreToldAtOnceWhileTheCameraOpens) {
 TEST_F(ModesTest, AreToldToAllWhoAskWhileTheNodeIsBeingAsked) {
     plug();
     const auto camera = provider->list().at(0);
-    const auto gate = kernel->hold(kPath, VIDIOC_ENUM_FMT);
+    const auto gate = kernel->hold(PATH, VIDIOC_ENUM_FMT);
     std::atomic<int> asking{0};
     std::vector<std::thread> askers;
     for (int i = 0; i < 3; ++i) {
@@ -296,7 +296,7 @@ TEST_F(ModesTest, SixtyFramesASecondAreGivenWhenTheyAreAskedFor) {
     EXPECT_EQ(granted(), "YUYV 640x480 1/30");
     EXPECT_EQ(request(wish("", 0, 0, 60)), "");
     EXPECT_EQ(granted(), "YUYV 640x480 1/60");
-    EXPECT_DOUBLE_EQ(kernel->interval(kPath).rate(), 60);
+    EXPECT_DOUBLE_EQ(kernel->interval(PATH).rate(), 60);
     EXPECT_DOUBLE_EQ(requestedVideoMode(identifier).framesPerSecond(), 60);
     EXPECT_EQ(request(OVideoMode()), "");
     EXPECT_EQ(granted(), "YUYV 640x480 1/30");
@@ -433,10 +433,10 @@ TEST_F(ModesTest, AWishThatTheCameraNoLongerOffersIsSaidAtTheStart) {
     device.formats = {raw(V4L2_PIX_FMT_YUYV, {only(640, 480)}), raw(V4L2_PIX_FMT_GREY, {only(640, 480)})};
     plug();
     EXPECT_EQ(request(wish("GREY")), "");
-    discovery->remove(kPath);
-    kernel->unplug(kPath);
+    discovery->remove(PATH);
+    kernel->unplug(PATH);
     device.formats.pop_back();
-    addBare(kPath, device); // the same camera, with other firmware
+    addBare(PATH, device); // the same camera, with other firmware
     EXPECT_EQ(granted(), "Scripted Camera (/dev/video0) offers no mode that fits GREY");
 }
 
@@ -444,12 +444,12 @@ TEST_F(ModesTest, ARequestDoesNotTouchAStreamThatRunsAndHoldsForTheNext) {
     device.formats = {withRates(raw(V4L2_PIX_FMT_YUYV, {only(640, 480)}), {60, 30})};
     plug();
     ASSERT_FALSE(start(640, 480, sink));
-    const int before = kernel->calls(kPath, VIDIOC_S_FMT);
+    const int before = kernel->calls(PATH, VIDIOC_S_FMT);
     EXPECT_EQ(request(wish("", 0, 0, 60)), "");
     const auto second = std::make_shared<RecordingSink>();
     ASSERT_FALSE(start(640, 480, second));
     EXPECT_EQ(now(), "YUYV 640x480 1/30");
-    EXPECT_EQ(kernel->calls(kPath, VIDIOC_S_FMT), before);
+    EXPECT_EQ(kernel->calls(PATH, VIDIOC_S_FMT), before);
     held->stop(second);
     held->stop(sink);
     EXPECT_EQ(granted(), "YUYV 640x480 1/60");
@@ -490,9 +490,9 @@ TEST_F(ModesTest, AWishHoldsForTheCameraThatIsPluggedInAgain) {
     device.formats = {withRates(raw(V4L2_PIX_FMT_YUYV, {only(640, 480)}), {60, 30})};
     plug();
     EXPECT_EQ(request(wish("", 0, 0, 60)), "");
-    discovery->remove(kPath);
-    kernel->unplug(kPath);
-    addBare(kPath, device);
+    discovery->remove(PATH);
+    kernel->unplug(PATH);
+    addBare(PATH, device);
     EXPECT_EQ(granted(), "YUYV 640x480 1/60");
 }
 

@@ -219,7 +219,7 @@ TEST_F(ScriptedDriverTest, EveryKindOfCallCanTakeLong) {
     };
     int calls = 0;
     for (const unsigned long call :
-         {kOpen, static_cast<unsigned long>(VIDIOC_REQBUFS), static_cast<unsigned long>(VIDIOC_STREAMON),
+         {OPEN, static_cast<unsigned long>(VIDIOC_REQBUFS), static_cast<unsigned long>(VIDIOC_STREAMON),
           static_cast<unsigned long>(VIDIOC_DQBUF), static_cast<unsigned long>(VIDIOC_STREAMOFF)})
         EXPECT_GE(takes(call), ++calls * time) << calls;
 }

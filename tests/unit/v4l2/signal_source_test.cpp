@@ -76,7 +76,7 @@ TEST_F(SignalSourceTest, ThatGoesAwayIsWaitedFor) {
 TEST_F(SignalSourceTest, IsNoReasonToStartForEverWhereTheDriverTellsOfTheTimingsThatWereSet) {
     CallRule rule;
     rule.call = VIDIOC_S_DV_TIMINGS;
-    rule.times = kForever;
+    rule.times = FOREVER;
     rule.before = [this] { kernel->changeSource(path, sizeOf(64, 48)); };
     kernel->script().add(rule);
     start();

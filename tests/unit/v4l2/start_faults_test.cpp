@@ -71,7 +71,7 @@ TEST_F(FaultsTest, WhatAnotherModeMayEscapeIsTriedAgainAndTheReasonNamesAllThatW
 
 TEST_F(FaultsTest, MissingPermissionNamesTheDeviceAndTheGroup) {
     plug();
-    kernel->failNext(kOpen, EACCES);
+    kernel->failNext(OPEN, EACCES);
     const Error error = camera->open();
     EXPECT_EQ(error.code, EACCES);
     EXPECT_TRUE(says(error, "/dev/video0")) << error.text;
@@ -81,7 +81,7 @@ TEST_F(FaultsTest, MissingPermissionNamesTheDeviceAndTheGroup) {
 
 TEST_F(FaultsTest, ADeviceThatTheContainerMayNotUseIsNoMatterOfGroups) {
     plug();
-    kernel->failNext(kOpen, EPERM);
+    kernel->failNext(OPEN, EPERM);
     const Error error = camera->open();
     EXPECT_EQ(error.code, EPERM);
     EXPECT_TRUE(says(error, "/dev/video0")) << error.text;
@@ -93,7 +93,7 @@ TEST_F(FaultsTest, ADeviceThatTheContainerMayNotUseIsNoMatterOfGroups) {
 TEST_F(FaultsTest, ANodeThatVanishedIsUnplugged) {
     for (const int number : {ENOENT, ENODEV, ENXIO}) {
         plug();
-        kernel->failNext(kOpen, number);
+        kernel->failNext(OPEN, number);
         const Error error = camera->open();
         EXPECT_TRUE(says(error, "was unplugged")) << error.text;
         EXPECT_FALSE(camera->attached());
@@ -114,7 +114,7 @@ TEST_F(FaultsTest, AFailureAtAnyStepOfTheStartGivesEverythingBack) {
         int number, after;
     };
     const Step steps[] = {{VIDIOC_S_FMT, EIO, 0}, {VIDIOC_REQBUFS, ENOMEM, 0}, {VIDIOC_QUERYBUF, EIO, 2},
-                          {kMmap, ENOMEM, 0},     {kMmap, ENOMEM, 3},          {VIDIOC_QBUF, EIO, 0},
+                          {MMAP, ENOMEM, 0},      {MMAP, ENOMEM, 3},           {VIDIOC_QBUF, EIO, 0},
                           {VIDIOC_QBUF, EIO, 4},  {VIDIOC_STREAMON, EIO, 0}};
     for (const Step& step : steps) {
         kernel->failNext(step.call, step.number, 1, step.after);

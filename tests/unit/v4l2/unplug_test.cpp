@@ -23,7 +23,7 @@ TEST_P(UnplugTest, EndsTheStreamAndKeepsTheLastFrame) {
     EXPECT_EQ(sink->why().code, ENODEV);
     EXPECT_FALSE(camera->attached());
     EXPECT_EQ(brightness(sink->newest()), 77);
-    EXPECT_LT(kernel->calls(kPoll), 100);
+    EXPECT_LT(kernel->calls(POLL), 100);
     EXPECT_EQ(kernel->mappings(), 0);
     camera->stop(sink);
     camera->close();

@@ -111,17 +111,17 @@ TEST_F(WaitingTest, AListingMakesNoCallOnANodeThatIsOpenHere) {
     ASSERT_EQ(cameras.size(), 2u);
     for (const auto& one : cameras)
         ASSERT_EQ(one->open().code, 0);
-    const int opens = kernel->calls(kOpen), questions = kernel->calls(VIDIOC_QUERYCAP),
+    const int opens = kernel->calls(OPEN), questions = kernel->calls(VIDIOC_QUERYCAP),
               formats = kernel->calls(VIDIOC_ENUM_FMT);
     EXPECT_EQ(provider->list(), cameras);
     EXPECT_EQ(provider->nodes().size(), 2u);
-    EXPECT_EQ(kernel->calls(kOpen), opens);
+    EXPECT_EQ(kernel->calls(OPEN), opens);
     EXPECT_EQ(kernel->calls(VIDIOC_QUERYCAP), questions);
     EXPECT_EQ(kernel->calls(VIDIOC_ENUM_FMT), formats);
     for (const auto& one : cameras)
         one->close();
     provider->list(); // the virtual one is asked again now
-    EXPECT_EQ(kernel->calls(kOpen), opens + 1);
+    EXPECT_EQ(kernel->calls(OPEN), opens + 1);
 }
 
 TEST_F(WaitingTest, AskingWhetherACameraIsAttachedMakesNoCallOnItsNode) {
@@ -136,7 +136,7 @@ TEST_F(WaitingTest, AskingWhetherACameraIsAttachedMakesNoCallOnItsNode) {
 
 TEST_F(WaitingTest, AFailedQuestionIsAskedAgainByTheNextListing) {
     addBare("/dev/video0", camera());
-    kernel->failNext(kOpen, EBUSY);
+    kernel->failNext(OPEN, EBUSY);
     EXPECT_EQ(identifiers().size(), 1u); // listed as a camera that may not be opened
     EXPECT_EQ(slow->opened, 1);
     EXPECT_EQ(identifiers(), List{"bus-usb-0000:00:14.0-1-Scripted%20Camera"});

@@ -30,7 +30,7 @@ Color colorAt(const VideoFrame& frame, int x, int y) {
 
 // Numbers from 0 to 1 for the place in the picture.
 testing::AssertionResult hasColor(const VideoFrame& frame, double across, double down, const Color& wanted,
-                                  int tolerance = kTolerance) {
+                                  int tolerance = TOLERANCE) {
     const int x = static_cast<int>(across * frame.width);
     const int y = static_cast<int>(down * frame.height);
     const Color seen = colorAt(frame, x, y);
@@ -59,15 +59,15 @@ testing::AssertionResult isWhole(const VideoFrame& frame) {
 } // namespace
 
 testing::AssertionResult showsColorBars(const VideoFrame& frame, int tolerance) {
-    static const Color kBars[] = {{191, 191, 191}, {191, 191, 0}, {0, 191, 191}, {0, 191, 0},
-                                  {191, 0, 191},   {191, 0, 0},   {0, 0, 191},   {0, 0, 0}};
+    static const Color BARS[] = {{191, 191, 191}, {191, 191, 0}, {0, 191, 191}, {0, 191, 0},
+                                 {191, 0, 191},   {191, 0, 0},   {0, 0, 191},   {0, 0, 0}};
     testing::AssertionResult result = isWhole(frame);
     for (int bar = 0; bar < 8 && result; ++bar) {
         // The middle, and near both edges: a shifted row or a wrong stride moves the edges first.
         for (const double across : {bar + 0.1, bar + 0.5, bar + 0.9}) {
             for (const double down : {0.01, 0.5, 0.99}) {
                 if (result) {
-                    result = hasColor(frame, across / 8, down, kBars[bar], tolerance);
+                    result = hasColor(frame, across / 8, down, BARS[bar], tolerance);
                 }
             }
         }
@@ -76,19 +76,19 @@ testing::AssertionResult showsColorBars(const VideoFrame& frame, int tolerance) 
 }
 
 testing::AssertionResult showsStripes(const VideoFrame& frame) {
-    static const Color kGrey = {192, 192, 192};
-    static const Color kStripes[] = {{255, 0, 0}, {0, 255, 0}, {0, 0, 255}};
+    static const Color GREY = {192, 192, 192};
+    static const Color STRIPES[] = {{255, 0, 0}, {0, 255, 0}, {0, 0, 255}};
     testing::AssertionResult result = isWhole(frame);
     for (int stripe = 0; stripe < 3 && result; ++stripe) {
         for (const double down : {stripe + 0.2, stripe + 0.7}) {
             for (const double across : {0.05, 0.2}) {
                 if (result) {
-                    result = hasColor(frame, across, down / 3, kGrey);
+                    result = hasColor(frame, across, down / 3, GREY);
                 }
             }
             for (const double across : {0.3, 0.6, 0.95}) {
                 if (result) {
-                    result = hasColor(frame, across, down / 3, kStripes[stripe]);
+                    result = hasColor(frame, across, down / 3, STRIPES[stripe]);
                 }
             }
         }

@@ -117,13 +117,13 @@ private:
     const support::Machine machine_;
 };
 
-const Wish kYuyv = {"YUYV", V4L2_PIX_FMT_YUYV, 2};
-const Wish kNv12 = {"NV12", V4L2_PIX_FMT_NV12, 1};
-const Wish kGrey = {"GREY", V4L2_PIX_FMT_GREY, 1};
+const Wish YUYV = {"YUYV", V4L2_PIX_FMT_YUYV, 2};
+const Wish NV12 = {"NV12", V4L2_PIX_FMT_NV12, 1};
+const Wish GREY = {"GREY", V4L2_PIX_FMT_GREY, 1};
 
-const Wish kWishes[] = {
-    kYuyv,
-    kNv12,
+const Wish WISHES[] = {
+    YUYV,
+    NV12,
     {"UYVY", V4L2_PIX_FMT_UYVY, 2},
     {"YVYU", V4L2_PIX_FMT_YVYU, 2},
     {"NV21", V4L2_PIX_FMT_NV21, 1},
@@ -142,14 +142,14 @@ const Wish kWishes[] = {
 };
 
 // Through the interface for several planes: each plane in memory of its own, some behind an offset.
-const Wish kWishesOfPlanes[] = {
+const Wish WISHES_OF_PLANES[] = {
     {"NM12", V4L2_PIX_FMT_NV12M, 1},   {"NM21", V4L2_PIX_FMT_NV21M, 1},   {"NM16", V4L2_PIX_FMT_NV16M, 1},
     {"YM12", V4L2_PIX_FMT_YUV420M, 1}, {"YM21", V4L2_PIX_FMT_YVU420M, 1}, {"YM16", V4L2_PIX_FMT_YUV422M, 1},
     {"YM24", V4L2_PIX_FMT_YUV444M, 1}, {"YUYV", V4L2_PIX_FMT_YUYV, 2},
 };
 
-const Wish kWishesOfGrey[] = {
-    kGrey,
+const Wish WISHES_OF_GREY[] = {
+    GREY,
     {"Y10", V4L2_PIX_FMT_Y10, 2},
     {"Y12", V4L2_PIX_FMT_Y12, 2},
     {"Y16", V4L2_PIX_FMT_Y16, 2},
@@ -221,7 +221,7 @@ TEST_P(VividFormat, NativeBytesAreThoseThatAnotherProgramReads) {
     expectNativeBytes(GetParam());
 }
 
-INSTANTIATE_TEST_SUITE_P(Kernel, VividFormat, testing::ValuesIn(kWishes), wishName);
+INSTANTIATE_TEST_SUITE_P(Kernel, VividFormat, testing::ValuesIn(WISHES), wishName);
 
 class VividPlanes : public testing::TestWithParam<Wish> {};
 
@@ -237,14 +237,14 @@ TEST_P(VividPlanes, NativeBytesAreThoseThatAnotherProgramReads) {
     expectNativeBytes(GetParam());
 }
 
-INSTANTIATE_TEST_SUITE_P(Kernel, VividPlanes, testing::ValuesIn(kWishesOfPlanes), wishName);
+INSTANTIATE_TEST_SUITE_P(Kernel, VividPlanes, testing::ValuesIn(WISHES_OF_PLANES), wishName);
 
 // The driver of an analog input weaves the fields itself when it is asked to: what it gives then is what we
 // have to make of fields that come one after the other.
 TEST(VividFields, OneAfterTheOtherAreWovenAsTheDriverWeavesThem) {
     shell("v4l2-ctl -c test_pattern=15"); // lines, light and dark in turn
     const auto brightnessOfRows = [](uint32_t field) {
-        const ShortenedMachine machine(kGrey, 0, field);
+        const ShortenedMachine machine(GREY, 0, field);
         Capture capture(onlyCamera(), 720, 576);
         std::vector<int> rows;
         EXPECT_TRUE(capture.waitForPicture());
@@ -263,7 +263,7 @@ TEST(VividFields, OneAfterTheOtherAreWovenAsTheDriverWeavesThem) {
 }
 
 // libyuv's largest factor is 2, and blue of limited range needs 2.11 in BT.709.
-const int kTolerance709 = 14;
+const int TOLERANCE709 = 14;
 
 TEST(VividColors, FollowTheMatrixAndTheRangeThatTheDriverNames) {
     // vivid's menus: 0 SMPTE 170M (BT.601), 1 Rec. 709, 2 sRGB (BT.601); 1 full range, 2 limited range.
@@ -271,12 +271,11 @@ TEST(VividColors, FollowTheMatrixAndTheRangeThatTheDriverNames) {
         for (const char* range : {"1", "2"}) {
             SCOPED_TRACE("colorspace " + colorspace + ", range " + range);
             shell("v4l2-ctl -c colorspace=" + colorspace + ",quantization=" + range);
-            for (const Wish& wish : {kYuyv, kNv12}) {
+            for (const Wish& wish : {YUYV, NV12}) {
                 const ShortenedMachine machine(wish);
                 Capture capture(onlyCamera(), 320, 240);
                 ASSERT_TRUE(capture.waitForPicture());
-                EXPECT_TRUE(
-                    showsColorBars(capture.picture(), colorspace == "1" ? kTolerance709 : kTolerance));
+                EXPECT_TRUE(showsColorBars(capture.picture(), colorspace == "1" ? TOLERANCE709 : TOLERANCE));
             }
         }
     }
@@ -293,7 +292,7 @@ TEST(VividTimes, AreTheDriversOfThatFrameAndSayWhatTheyMean) {
     for (const auto& each : sources) {
         SCOPED_TRACE(each.control);
         shell(std::string("v4l2-ctl -d /dev/video0 -c timestamp_source=") + each.control);
-        const ShortenedMachine machine(kYuyv);
+        const ShortenedMachine machine(YUYV);
         const QSharedPointer<OVideoCaptureUnix> capture = quietVideoCapture();
         capture->startCapture(onlyCamera().toLatin1().constData(), 320, 240);
         OVideoFrameReader reader(capture);
@@ -331,4 +330,4 @@ TEST_P(VividGrey, NativeBytesAreThoseThatAnotherProgramReads) {
     expectNativeBytes(GetParam());
 }
 
-INSTANTIATE_TEST_SUITE_P(Kernel, VividGrey, testing::ValuesIn(kWishesOfGrey), wishName);
+INSTANTIATE_TEST_SUITE_P(Kernel, VividGrey, testing::ValuesIn(WISHES_OF_GREY), wishName);

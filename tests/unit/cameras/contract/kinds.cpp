@@ -32,8 +32,8 @@ namespace tests {
 
 namespace {
 
-const int64_t kPeriod = 1000000; // nanoseconds
-const char* const kPath = "/dev/video0";
+const int64_t PERIOD = 1000000; // nanoseconds
+const char* const PATH = "/dev/video0";
 
 class KernelCall {
 public:
@@ -85,23 +85,23 @@ public:
     std::shared_ptr<cameras::Camera> plug() override {
         support::DeviceScript device;
         device.formats.push_back(support::raw(V4L2_PIX_FMT_GREY, {support::only(64, 48)}));
-        device.period = kPeriod;
+        device.period = PERIOD;
         device.picture = std::make_shared<std::vector<uint8_t>>(64 * 48, uint8_t(77));
-        kernel_->plug(kPath, device);
+        kernel_->plug(PATH, device);
         cameras::v4l2::NodeFacts facts;
-        facts.path = kPath;
+        facts.path = PATH;
         facts.name = "Camera";
         discovery_->add(facts);
         plugged_ = true;
         return cameras::attachedCameras().front();
     }
     void unplug() override {
-        discovery_->remove(kPath);
-        kernel_->unplug(kPath);
+        discovery_->remove(PATH);
+        kernel_->unplug(PATH);
         plugged_ = false;
         cameras::attachedCameras(); // so that the listing lets go of it
     }
-    bool streams() override { return plugged_ && kernel_->isStreaming(kPath); }
+    bool streams() override { return plugged_ && kernel_->isStreaming(PATH); }
     bool breakDown() override {
         kernel_->failNext(VIDIOC_DQBUF, EIO, 10);
         return true;
@@ -140,7 +140,7 @@ public:
         device.formats = {standin::Format(), standin::Format()};
         device.formats[0].width = 64;
         device.formats[0].height = 48;
-        device.period = kPeriod;
+        device.period = PERIOD;
         device.startMilliseconds = 1;
         device.nilFrames = 10;
         standin::plug(device);
@@ -225,7 +225,7 @@ public:
               const std::vector<uint8_t> bgra(64 * 48 * 4, 77);
               while (!over_) {
                   taken_ = camera_.push(bgra.data(), 64, 48, 64 * 4);
-                  std::this_thread::sleep_for(std::chrono::nanoseconds(kPeriod));
+                  std::this_thread::sleep_for(std::chrono::nanoseconds(PERIOD));
               }
           }) {}
     ~Push() override {

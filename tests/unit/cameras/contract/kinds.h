@@ -48,7 +48,7 @@ std::vector<KindOfCamera> kindsOfCameras();
 // A plugged and opened camera.
 class Contract : public testing::TestWithParam<KindOfCamera> {
 protected:
-    static constexpr int kWidth = 64, kHeight = 48;
+    static constexpr int WIDTH = 64, HEIGHT = 48;
 
     const std::unique_ptr<Kind> kind = GetParam().make();
     std::shared_ptr<cameras::Camera> camera = kind->plug();
@@ -61,11 +61,11 @@ protected:
         EXPECT_EQ(kind->leftBehind(), "");
     }
     cameras::Error start(const std::shared_ptr<cameras::FrameSink>& one) {
-        return camera->start(kWidth, kHeight, one);
+        return camera->start(WIDTH, HEIGHT, one);
     }
     static bool converts(const std::shared_ptr<cameras::CameraFrame>& frame) {
-        std::vector<uint8_t> bgra(kWidth * kHeight * 4);
-        return frame && frame->convert(bgra.data(), kWidth, kHeight, kWidth * 4);
+        std::vector<uint8_t> bgra(WIDTH * HEIGHT * 4);
+        return frame && frame->convert(bgra.data(), WIDTH, HEIGHT, WIDTH * 4);
     }
     // Whether it comes to stream, or to stop, in the end.
     bool becomesStreaming(bool expected) const;
