@@ -24,10 +24,11 @@ public:
     ~OVideoDeviceDetails();
 
     bool isAttached() const; // else nothing is known
-    QString kind() const;    // by what it is captured from: "V4L2", "AVFoundation", "virtual"; more may come
-    QString node() const;    // "/dev/video0"
-    QString driver() const;  // of the kernel, "uvcvideo"
-    QString bus() const;     // where it is plugged in, "0000:00:14.0-usb-2", "PCI:0000:03:00.0"
+    // By what it is captured from: "V4L2", "PipeWire", "AVFoundation", "virtual"; more may come.
+    QString kind() const;
+    QString node() const;   // "/dev/video0"; PipeWire's name for it
+    QString driver() const; // of the kernel, "uvcvideo"
+    QString bus() const;    // where it is plugged in, "0000:00:14.0-usb-2", "PCI:0000:03:00.0"
     // Of USB and PCI devices.
     int vendorID() const;
     int productID() const;

@@ -47,7 +47,8 @@ private:
 //    it looks once a second.
 //
 // Any number of monitors may live at once. Each may be used on any thread, by one at a time. It has no thread
-// of its own. After fork() the child may do no more with it than destroy it.
+// of its own; where PipeWire runs, the library keeps a connection to it meanwhile, which has. After fork()
+// the child may do no more with it than destroy it.
 class OSTREL_EXPORT OVideoDeviceMonitor {
 public:
     OVideoDeviceMonitor(); // lists the cameras

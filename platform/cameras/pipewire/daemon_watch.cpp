@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <string>
+#include <sys/types.h>
 #include <unistd.h>
 #include <vector>
 
@@ -65,7 +66,12 @@ public:
         follow();
         rest();
     }
-    ~DaemonWatch() override { leave(); }
+    ~DaemonWatch() override {
+        if (::getpid() == process_)
+            leave();
+        else // a child has none of the threads that its end would wait for
+            new std::shared_ptr<Connection>(std::move(connection_));
+    }
     DaemonWatch(const DaemonWatch&) = delete;
     DaemonWatch& operator=(const DaemonWatch&) = delete;
 
@@ -149,6 +155,7 @@ private:
         looks_.switchOn(wasSilent_ || (!connection_ && !inVain && (!told || nobodyAnswers)));
     }
 
+    const pid_t process_ = ::getpid();
     const std::shared_ptr<Remote> remote_;
     const std::unique_ptr<ChangeWatch> told_;
     Ticker looks_;

@@ -9,7 +9,7 @@
 #include <filesystem>
 #include <poll.h>
 #include <sys/socket.h>
-#include <sys/un.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace ostrel::tests {
@@ -156,6 +156,24 @@ TEST_F(PipeWireWatch, AConnectionThatIsHandedOverIsTheOneThatIsWatched) {
     EXPECT_TRUE(comesTo(*watch, {}));
     settled(*watch);
     EXPECT_FALSE(isReadable(*watch, 1500)) << "it cannot come back";
+}
+
+TEST_F(PipeWireWatch, AChildOfThisProcessCanLetGoOfIt) {
+    const PipeWireCamera one("one");
+    auto watch = provider->watch();
+    settled(*watch);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::alarm(30);
+        watch.reset();
+        ::_exit(0);
+    }
+    int status = -1;
+    EXPECT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_FALSE(watch->changed());
+    const PipeWireCamera other("other");
+    EXPECT_TRUE(comesTo(*watch, {"one", "other"})) << "it goes on here";
 }
 
 TEST_F(PipeWireWatch, AHundredWatchesLeaveNothingBehind) {
