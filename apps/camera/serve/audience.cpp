@@ -9,7 +9,7 @@ Audience::Place Audience::join(std::function<void()> sleep, std::function<void()
     Looker looker;
     looker.sleep = std::move(sleep);
     looker.wake = std::move(wake);
-    looker.failures = failures_;
+    looker.failures_ = failures_;
     joined_.set();
     return lookers_.insert(lookers_.end(), std::move(looker));
 }
@@ -21,14 +21,14 @@ void Audience::leave(Place place) {
 
 Audience::Next Audience::next(Place place, LivePicturePointer& picture) {
     const std::lock_guard<std::mutex> lock(mutex_);
-    if (closed_ || place->failures != failures_)
+    if (closed_ || place->failures_ != failures_)
         return Next::Over;
-    if (newest_ && newest_->number != place->seen) {
-        place->seen = newest_->number;
+    if (newest_ && newest_->number != place->seen_) {
+        place->seen_ = newest_->number;
         picture = newest_;
         return Next::Picture;
     }
-    place->sleeps = true;
+    place->sleeps_ = true;
     place->sleep();
     return Next::Later;
 }
@@ -42,7 +42,7 @@ std::size_t Audience::size() const {
     const std::lock_guard<std::mutex> lock(mutex_);
     return static_cast<std::size_t>(
         std::count_if(lookers_.begin(), lookers_.end(),
-                      [this](const Looker& looker) { return looker.failures == failures_; }));
+                      [this](const Looker& looker) { return looker.failures_ == failures_; }));
 }
 
 void Audience::settle() {
@@ -68,8 +68,8 @@ void Audience::repeat() {
     if (!newest_)
         return;
     for (Looker& looker : lookers_)
-        if (looker.sleeps)
-            looker.seen = 0;
+        if (looker.sleeps_)
+            looker.seen_ = 0;
     wakeAll();
 }
 
@@ -97,9 +97,9 @@ void Audience::close() {
 
 void Audience::wakeAll() {
     for (Looker& looker : lookers_) {
-        if (looker.sleeps)
+        if (looker.sleeps_)
             looker.wake();
-        looker.sleeps = false;
+        looker.sleeps_ = false;
     }
 }
 

@@ -40,9 +40,9 @@ public:
 
     private:
         friend class Audience;
-        bool sleeps = false;
-        uint64_t seen = 0;
-        uint64_t failures = 0; // that were before it came
+        bool sleeps_ = false;
+        uint64_t seen_ = 0;
+        uint64_t failures_ = 0; // that were before it came
     };
     using Place = std::list<Looker>::iterator;
 
