@@ -90,7 +90,7 @@ TEST_F(PipeWireWatch, WithoutADaemonNothingRunsAndOneThatComesIsNoticed) {
     const auto before = testing_support::processFigures();
     const auto watch = provider->watch();
     EXPECT_TRUE(settled(*watch).empty());
-    EXPECT_EQ(testing_support::processFigures().threads, before.threads);
+    EXPECT_LE(testing_support::processFigures().threads, before.threads); // those of before may be ending
     EXPECT_FALSE(isReadable(*watch, 1500)) << "there is nothing to look at";
     session.startDaemon();
     const PipeWireCamera one("one");

@@ -93,7 +93,13 @@ public:
         facts.name = "Camera";
         discovery_->add(facts);
         plugged_ = true;
-        return cameras::attachedCameras().front();
+        // While another thread's listing asks the node what it is, this one goes on without it.
+        std::vector<std::shared_ptr<cameras::Camera>> listed = cameras::attachedCameras();
+        while (listed.empty()) {
+            std::this_thread::yield();
+            listed = cameras::attachedCameras();
+        }
+        return listed.front();
     }
     void unplug() override {
         discovery_->remove(PATH);
