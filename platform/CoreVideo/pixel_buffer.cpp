@@ -39,21 +39,21 @@ CVReturn make(size_t width, size_t height, size_t bytesPerRow, const std::shared
 } // namespace
 
 uint8_t* __CVBuffer::lock() {
-    ++locks;
+    ++locks_;
     countReaders(1); // before the picture is made, which takes the longest
-    std::lock_guard<std::mutex> guard(mutex);
-    if (source) {
-        memory = source->pixels();
-        base.store(memory.get(), std::memory_order_release);
-        source.reset();
+    std::lock_guard<std::mutex> guard(mutex_);
+    if (source_) {
+        memory_ = source_->pixels();
+        base.store(memory_.get(), std::memory_order_release);
+        source_.reset();
     }
-    return memory.get();
+    return memory_.get();
 }
 
 // More often than it was locked it does nothing.
 void __CVBuffer::unlock() {
-    int held = locks.load();
-    while (held > 0 && !locks.compare_exchange_weak(held, held - 1)) {
+    int held = locks_.load();
+    while (held > 0 && !locks_.compare_exchange_weak(held, held - 1)) {
     }
     if (held > 0)
         countReaders(-1);

@@ -27,9 +27,9 @@ using Readers = std::shared_ptr<std::atomic<int>>;
 struct __CVBuffer {
     __CVBuffer(size_t columns, size_t rows, size_t stride, std::unique_ptr<ostrel::PixelSource> picture,
                ostrel::Readers among = nullptr)
-        : width(columns), height(rows), bytesPerRow(stride), source(std::move(picture)),
-          readers(std::move(among)) {}
-    ~__CVBuffer() { countReaders(-locks.exchange(0)); }
+        : width(columns), height(rows), bytesPerRow(stride), source_(std::move(picture)),
+          readers_(std::move(among)) {}
+    ~__CVBuffer() { countReaders(-locks_.exchange(0)); }
 
     // The pixels: the first call asks the source and then lets go of it, so that what the source holds (a
     // camera's buffer) is free again while the picture is still in use.
@@ -44,15 +44,15 @@ struct __CVBuffer {
 
 private:
     void countReaders(int change) {
-        if (readers)
-            readers->fetch_add(change);
+        if (readers_)
+            readers_->fetch_add(change);
     }
 
-    std::atomic<int> locks{0};
-    std::mutex mutex; // of source and memory
-    std::unique_ptr<ostrel::PixelSource> source;
-    std::shared_ptr<uint8_t> memory;
-    const ostrel::Readers readers;
+    std::atomic<int> locks_{0};
+    std::mutex mutex_; // of the two below
+    std::unique_ptr<ostrel::PixelSource> source_;
+    std::shared_ptr<uint8_t> memory_;
+    const ostrel::Readers readers_;
 };
 
 #endif

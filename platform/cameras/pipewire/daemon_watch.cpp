@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <new>
 #include <string>
 #include <sys/types.h>
 #include <unistd.h>
@@ -70,7 +71,7 @@ public:
         if (::getpid() == process_)
             leave();
         else // a child has none of the threads that its end would wait for
-            new std::shared_ptr<Connection>(std::move(connection_));
+            static_cast<void>(new (std::nothrow) std::shared_ptr<Connection>(std::move(connection_)));
     }
     DaemonWatch(const DaemonWatch&) = delete;
     DaemonWatch& operator=(const DaemonWatch&) = delete;
