@@ -94,7 +94,7 @@ int main(int argc, char** argv) {
     }
     std::printf("%s\n", qPrintable(cameras.first()));
     QSharedPointer<ostrel::OVideoCaptureUnix> capture = ostrel::quietVideoCapture();
-    capture->startCapture(cameras.firstKey().toLatin1().constData(), 640, 480);
+    capture->startCapture(cameras.keys().first().toLatin1().constData(), 640, 480);
     ostrel::OVideoFrameReader reader(capture);
     ostrel::VideoFrame frame;
     QString why;

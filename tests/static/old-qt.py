@@ -18,7 +18,7 @@ SWITCHES = ["-fsyntax-only", "-Werror", "-DQT_DISABLE_DEPRECATED_BEFORE=0x050f00
 NEWER_QT = {
     r"\bQ_FOREACH\b|\bforeach\b": "a loop macro that new compilers break in the 4.8 series",
     r"\bQStringLiteral\b|\bQByteArrayLiteral\b": "Qt 5",
-    r"\bconnect\s*\([^;]*&": "connecting by function pointers is Qt 5",
+    r"(?<!\W::)\bconnect\s*\([^;]*&": "connecting by function pointers is Qt 5",  # ::connect is the system's
     r"\bQScopeGuard\b|\bqScopeGuard\b|\bQStringView\b|\bQ_NAMESPACE\b|\bqAsConst\b": "Qt 5",
     r"\bQMutexLocker<": "Qt 6",
     r"\bfromStdU16String\b|\bQRandomGenerator\b": "Qt 5",
