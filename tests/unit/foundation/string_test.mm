@@ -162,12 +162,12 @@ TEST_F(FoundationString, NoTextEndsTheProcess) {
 TEST_F(FoundationString, NumbersHavePointsWhereThePeopleWriteCommas) {
     setenv("LOCPATH", OSTREL_TEST_LOCALES, 1);
     ASSERT_TRUE(std::setlocale(LC_ALL, "de_DE.UTF-8")) << OSTREL_TEST_LOCALES;
+    unsetenv("LOCPATH"); // of which the C library keeps a copy for each locale that is made
     char written[16];
     std::snprintf(written, sizeof written, "%.1f", 1.5);
     NSString* const formatted = [NSString stringWithFormat:@"%.1f %@", 1.5, [NSNumber numberWithDouble:2.5]];
     NSString* const described = [[NSNumber numberWithFloat:0.25F] description];
     std::setlocale(LC_ALL, "C");
-    unsetenv("LOCPATH");
     EXPECT_STREQ(written, "1,5");
     EXPECT_EQ(text(formatted), "1.5 2.5");
     EXPECT_EQ(text(described), "0.25");
