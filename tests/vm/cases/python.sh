@@ -7,7 +7,7 @@ load_vivid
 unload_vivid
 plug_webcam
 rm -f /tmp/captured
-/usr/bin/python3 "$VM_TESTS/programs/python_test.py" webcam /tmp/captured &
+/usr/bin/python3 "$VM_TESTS/programs/python_test.py" webcam /tmp/captured 7>&- & # else it holds the cable
 test=$!
 wait_until 240 test -e /tmp/captured || { echo "no frames from the webcam"; exit 1; }
 unplug_webcam
