@@ -126,9 +126,10 @@ TEST_F(PipeWireCapture, TwoConsumersShareThePictureOfTheFirst) {
     }
     other->close();
     EXPECT_TRUE(sink->waitForMoreFrames(20));
-    // On a busy machine a stall may have it started again; each of the twenty would otherwise have stopped
-    // it.
-    EXPECT_LT(one.program().linesOf("streaming"), 5) << "the camera was stopped by who left";
+    // A stall of its own, on a busy machine, has it started again as well.
+    const uint64_t restarts = camera->statistics().restarts;
+    EXPECT_LE(static_cast<uint64_t>(one.program().linesOf("streaming")), 1 + restarts)
+        << "the camera was stopped by who left";
 }
 
 TEST_F(PipeWireCapture, AJoinWidensACameraThatNobodyElseUses) {
