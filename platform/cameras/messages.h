@@ -28,7 +28,7 @@ Error openFailed(const std::string& where, int number);
 // The user has refused it, or must not grant it.
 Error notPermitted(const std::string& where, bool restricted);
 Error notACamera(const std::string& where);
-// `why`: "offers only H264 (a compressed film, ...)"
+// `why`: "offers only H264 (compressed video, ...)"
 Error noUsableFormat(const std::string& where, const std::string& why);
 // What was tried, in this order; not empty.
 Error startFailed(const std::string& where, const std::vector<Refusal>& refusals);
