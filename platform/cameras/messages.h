@@ -39,7 +39,6 @@ Error modeNotOffered(const std::string& where, const ModeWish& wish);
 Error runsInAnotherMode(const std::string& where, const Mode& running, const ModeWish& wish);
 // The errno with which a driver broke off.
 Error modesUntold(const std::string& where, int number);
-Error notYetAsked(const std::string& where);
 // A camera that PipeWire offers. `isOpen`: PipeWire itself has its device open at present. ENOLINK: nobody
 // has connected it.
 Error pipeWireFailed(const std::string& where, int number, bool isOpen);
