@@ -108,10 +108,11 @@ suggested as well.")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME ostrel-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION video)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${_same_version}")
-set(CPACK_COMPONENT_TOOLS_DESCRIPTION "list cameras, take pictures, record films
-The command line ostrel-camera lists the cameras of the machine, saves single
-pictures as PNG and records films as Y4M. Where the package was built with
-Qt's widgets, the window ostrel-viewer shows the live picture.")
+set(CPACK_COMPONENT_TOOLS_DESCRIPTION "list cameras, take pictures, record videos
+The command line ostrel-camera lists the cameras of the machine, saves
+pictures, records videos, sets controls and serves the live picture to
+browsers of this machine. Where the package was built with Qt's widgets, the
+window ostrel-viewer shows it.")
 
 set(CPACK_DEBIAN_C_PACKAGE_NAME libostrelcamera1)
 set(CPACK_DEBIAN_C_PACKAGE_SECTION libs)

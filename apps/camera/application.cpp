@@ -26,26 +26,26 @@ void occupyStandardStreams() {
             (void)open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
 }
 
-int runCommand(const Options& options, const Surroundings& around) {
+int runCommand(const Options& options, const Context& context) {
     switch (options.command) {
     case Command::List:
-        return runList(options, around);
+        return runList(options, context);
     case Command::Snapshot:
-        return runSnapshot(options, around);
+        return runSnapshot(options, context);
     case Command::Record:
-        return runRecord(options, around);
+        return runRecord(options, context);
     case Command::Serve:
-        return runServe(options, around);
+        return runServe(options, context);
     case Command::Watch:
-        return runWatch(options, around);
+        return runWatch(options, context);
     case Command::Controls:
-        return runControls(options, around);
+        return runControls(options, context);
     case Command::Doctor:
-        return runDoctor(options, around);
+        return runDoctor(options, context);
     case Command::Convert:
-        return runConvert(options, around);
+        return runConvert(options, context);
     case Command::Scale:
-        return runScale(options, around);
+        return runScale(options, context);
     }
     return EXIT_INTERNAL;
 }

@@ -124,19 +124,19 @@ void show(const Camera& camera, bool json) {
 
 } // namespace
 
-int runControls(const Options& options, const Surroundings& around) {
+int runControls(const Options& options, const Context& context) {
     const AddedCameras added = addCameras(options.camera, options.size());
     const ControlsOptions& wanted = options.controls;
     const bool shows = wanted.json || (wanted.settings.empty() && wanted.save.empty() && wanted.load.empty());
     const bool everyCamera = options.camera.camera.empty() && added.identifiers().isEmpty();
     bool allSet = true;
     if (!wanted.load.empty() && everyCamera && wanted.settings.empty() && wanted.save.empty() && !shows)
-        return load(wanted.load, QString(), around.messages) ? EXIT_OK : EXIT_NOT_SET;
+        return load(wanted.load, QString(), context.messages) ? EXIT_OK : EXIT_NOT_SET;
     const Camera camera = chooseCamera(options.camera, added);
     if (!wanted.load.empty())
-        allSet = load(wanted.load, qt(camera.identifier), around.messages);
+        allSet = load(wanted.load, qt(camera.identifier), context.messages);
     if (!wanted.settings.empty())
-        set(camera, wanted.settings, around.messages);
+        set(camera, wanted.settings, context.messages);
     if (!wanted.save.empty())
         save(camera, wanted.save);
     if (shows)

@@ -3,12 +3,12 @@
 
 namespace ostrel::apps::cli {
 
-int runConvert(const Options& options, const Surroundings& around) {
+int runConvert(const Options& options, const Context& context) {
     const auto makeStep = [](const Size& size, Layout from, const FileKind& to) {
         requireSize(to.layout, size);
         return FileStep{std::make_unique<FrameConverter>(size, from, to.layout), size};
     };
-    return runFileWork(options, around, makeStep);
+    return runFileWork(options, context, makeStep);
 }
 
 } // namespace ostrel::apps::cli

@@ -9,8 +9,8 @@ namespace ostrel::apps::cli {
 namespace {
 
 // Of the machine, or of what the machine has to do with the one camera.
-doctor::Findings surroundingsOf(const doctor::Machine& machine, const std::vector<Camera>& cameras,
-                                bool everything) {
+doctor::Findings machineFindings(const doctor::Machine& machine, const std::vector<Camera>& cameras,
+                                 bool everything) {
     if (everything)
         return doctor::checkMachine(machine);
     doctor::Machine one;
@@ -23,16 +23,16 @@ doctor::Findings surroundingsOf(const doctor::Machine& machine, const std::vecto
 
 } // namespace
 
-int runDoctor(const Options& options, const Surroundings& around) {
+int runDoctor(const Options& options, const Context& context) {
     const AddedCameras added = addCameras(options.camera, options.size());
     const bool everything = options.camera.camera.empty() && added.identifiers().isEmpty();
     const std::vector<Camera> cameras =
         everything ? attachedCameras() : std::vector<Camera>{chooseCamera(options.camera, added)};
     const doctor::Machine machine = doctor::thisMachine();
-    doctor::Findings findings = surroundingsOf(machine, cameras, everything);
+    doctor::Findings findings = machineFindings(machine, cameras, everything);
     for (const Camera& camera : cameras) {
-        around.messages.say("examining " + camera.name);
-        doctor::Trial trial = doctor::tryCamera(camera, options.size(), options.camera.timeout, around.stop);
+        context.messages.say("examining " + camera.name);
+        doctor::Trial trial = doctor::tryCamera(camera, options.size(), options.camera.timeout, context.stop);
         if (const doctor::Node* node = machine.nodeOf(camera.identifier))
             trial.path = node->path;
         const doctor::Findings more = doctor::checkCamera(machine, trial);

@@ -6,7 +6,7 @@
 
 namespace ostrel::apps::cli {
 
-int runList(const Options& options, const Surroundings& around) {
+int runList(const Options& options, const Context& context) {
     const AddedCameras added = addCameras(options.camera, options.size());
     const std::vector<Camera> cameras = attachedCameras();
     OutputFile output("-", OutputFile::Mode::Stream);
@@ -24,7 +24,7 @@ int runList(const Options& options, const Surroundings& around) {
     if (cameras.empty())
         failWithoutCamera(closed);
     if (!closed.empty()) // what is listed cannot all be used, or something is missing
-        around.messages.say(permissionAdvice(closed));
+        context.messages.say(permissionAdvice(closed));
     return EXIT_OK;
 }
 

@@ -36,14 +36,14 @@ std::string megabytes(uint64_t bytes) {
 class Recording {
 public:
     // endOfFile: seconds without a frame that are a proper end.
-    Recording(const Options& options, const std::optional<double>& endOfFile, const Surroundings& around)
-        : options_(options), endOfFile_(endOfFile), around_(around), file_(makeRecordingFile(options)),
-          progress_(around.messages) {}
+    Recording(const Options& options, const std::optional<double>& endOfFile, const Context& context)
+        : options_(options), endOfFile_(endOfFile), context_(context), file_(makeRecordingFile(options)),
+          progress_(context.messages) {}
 
     int run(const Camera& camera) {
-        FrameStream stream(camera, options_.size(), file_->wanted(), around_.stop);
-        around_.messages.say("recording " + toString(file_->size()) + " from " + camera.name + " to " +
-                             file_->displayName() + (limited() ? "" : ", Ctrl-C ends it"));
+        FrameStream stream(camera, options_.size(), file_->wanted(), context_.stop);
+        context_.messages.say("recording " + toString(file_->size()) + " from " + camera.name + " to " +
+                              file_->displayName() + (limited() ? "" : ", Ctrl-C ends it"));
         const FrameStream::Result end = takeFrames(stream);
         progress_.clear();
         finish(stream);
@@ -54,7 +54,7 @@ public:
         if (end == FrameStream::Result::Ended)
             throw Failure(EXIT_CANNOT_OPEN, stream.endReason());
         const bool early = end == FrameStream::Result::Stopped && (limited() || figures.taken == 0);
-        return early ? EXIT_SIGNAL + around_.stop.signal() : EXIT_OK;
+        return early ? EXIT_SIGNAL + context_.stop.signal() : EXIT_OK;
     }
 
 private:
@@ -68,7 +68,7 @@ private:
             result = stream.next(frame, started && endOfFile_ ? *endOfFile_ : options_.camera.timeout);
             if (result == FrameStream::Result::Ended && options_.limit.reconnect) {
                 progress_.clear();
-                result = reconnect(stream, frame, *options_.limit.reconnect, around_);
+                result = reconnect(stream, frame, *options_.limit.reconnect, context_);
             }
             if (result != FrameStream::Result::Frame)
                 break;
@@ -103,27 +103,27 @@ private:
             return;
         const bool measured = figures.taken > 1 && figures.seconds > 0;
         file_->finish(measured ? std::optional<Rate>(nearestRate(figures.rate())) : std::nullopt);
-        around_.messages.say("recorded " + counted(figures.taken, "frame") + " in " +
-                             fixed(figures.seconds, 1) + " s (" + fixed(figures.rate(), 2) + " a second, " +
-                             megabytes(file_->bytes()) + "), " + lostText(stream) + ", to " +
-                             file_->displayName());
+        context_.messages.say("recorded " + counted(figures.taken, "frame") + " in " +
+                              fixed(figures.seconds, 1) + " s (" + fixed(figures.rate(), 2) + " a second, " +
+                              megabytes(file_->bytes()) + "), " + lostText(stream) + ", to " +
+                              file_->displayName());
     }
 
     const Options& options_;
     std::optional<double> endOfFile_;
-    const Surroundings& around_;
+    const Context& context_;
     std::unique_ptr<RecordingFile> file_;
     Progress progress_;
 };
 
 } // namespace
 
-int runRecord(const Options& options, const Surroundings& around) {
+int runRecord(const Options& options, const Context& context) {
     const AddedCameras added = addCameras(options.camera, options.size());
     const Camera camera = chooseCamera(options.camera, added);
     if (options.mode)
         requestMode(camera.identifier, *options.mode);
-    return Recording(options, added.endOfFile(), around).run(camera);
+    return Recording(options, added.endOfFile(), context).run(camera);
 }
 
 } // namespace ostrel::apps::cli

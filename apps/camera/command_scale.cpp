@@ -4,7 +4,7 @@
 
 namespace ostrel::apps::cli {
 
-int runScale(const Options& options, const Surroundings& around) {
+int runScale(const Options& options, const Context& context) {
     const VIDEO_QUALITY target = *options.scaleTo;
     const auto makeStep = [&options, target](const Size& size, Layout from, const FileKind& to) {
         const std::optional<VIDEO_QUALITY> source = levelOf(size);
@@ -14,7 +14,7 @@ int runScale(const Options& options, const Surroundings& around) {
         return FileStep{std::make_unique<FrameScaler>(*source, from, target, to.layout, options.filter),
                         sizeOf(target)};
     };
-    return runFileWork(options, around, makeStep);
+    return runFileWork(options, context, makeStep);
 }
 
 } // namespace ostrel::apps::cli

@@ -35,23 +35,23 @@ private:
 
 class Service {
 public:
-    Service(const Options& options, const Surroundings& around, const Camera& camera)
-        : options_(options), around_(around), camera_(camera),
+    Service(const Options& options, const Context& context, const Camera& camera)
+        : options_(options), context_(context), camera_(camera),
           server_(audience_, options.serve.port, camera.name, options.size()),
           encoder_(options.size(), options.serve.quality.value_or(DEFAULT_JPEG_QUALITY)) {}
 
     int run() {
         const std::string port = std::to_string(server_.port());
-        around_.messages.say("serving " + camera_.name + " at http://127.0.0.1:" + port +
-                             "/, Ctrl-C ends it");
-        around_.messages.say("every user of this machine can look; from another one: ssh -L " + port +
-                             ":localhost:" + port + " and the name of this one");
+        context_.messages.say("serving " + camera_.name + " at http://127.0.0.1:" + port +
+                              "/, Ctrl-C ends it");
+        context_.messages.say("every user of this machine can look; from another one: ssh -L " + port +
+                              ":localhost:" + port + " and the name of this one");
         while (waitForAnybody()) {
             try {
                 show();
             } catch (const Failure& failure) {
                 audience_.fail(failure.what());
-                around_.messages.say(failure.what());
+                context_.messages.say(failure.what());
             }
         }
         return EXIT_OK;
@@ -60,11 +60,11 @@ public:
 private:
     // False when a signal ended the waiting.
     bool waitForAnybody() {
-        while (!around_.stop.raised()) {
+        while (!context_.stop.raised()) {
             audience_.settle();
             if (audience_.size() > 0)
                 return true;
-            pollfd ready[] = {{audience_.descriptor(), POLLIN, 0}, {around_.stop.descriptor(), POLLIN, 0}};
+            pollfd ready[] = {{audience_.descriptor(), POLLIN, 0}, {context_.stop.descriptor(), POLLIN, 0}};
             poll(ready, std::size(ready), -1);
         }
         return false;
@@ -72,7 +72,7 @@ private:
 
     // Captures for as long as anybody looks.
     void show() {
-        FrameStream stream(camera_, options_.size(), FrameStream::Wanted::OwnJpeg, around_.stop);
+        FrameStream stream(camera_, options_.size(), FrameStream::Wanted::OwnJpeg, context_.stop);
         RecentRate rate;
         Clock::time_point looked = Clock::now();
         Clock::time_point seen = looked;
@@ -113,7 +113,7 @@ private:
     }
 
     const Options& options_;
-    const Surroundings& around_;
+    const Context& context_;
     Camera camera_;
     Audience audience_;
     HttpServer server_;
@@ -123,12 +123,12 @@ private:
 
 } // namespace
 
-int runServe(const Options& options, const Surroundings& around) {
+int runServe(const Options& options, const Context& context) {
     const AddedCameras added = addCameras(options.camera, options.size());
     const Camera camera = chooseCamera(options.camera, added);
     if (options.mode)
         requestMode(camera.identifier, *options.mode);
-    return Service(options, around, camera).run();
+    return Service(options, context, camera).run();
 }
 
 } // namespace ostrel::apps::cli

@@ -31,35 +31,35 @@ void check(const Options& options) {
 
 class Snapshots {
 public:
-    Snapshots(const Options& options, const Surroundings& around)
-        : options_(options), around_(around),
+    Snapshots(const Options& options, const Context& context)
+        : options_(options), context_(context),
           format_(options.snapshot.output, options.size(), options.snapshot.quality) {}
 
     int takeOne(const Camera& camera) {
         OutputFile output(options_.snapshot.output, OutputFile::Mode::Whole);
-        FrameStream stream(camera, options_.size(), format_.wanted(), around_.stop);
+        FrameStream stream(camera, options_.size(), format_.wanted(), context_.stop);
         std::string picture;
         if (!skip(stream) || !next(stream, picture, 0))
-            throw Interrupted(around_.stop.signal());
+            throw Interrupted(context_.stop.signal());
         output.write(picture);
         output.commit();
-        around_.messages.say("saved " + toString(options_.size()) + " pixels from " + camera.name + " to " +
-                             output.displayName());
+        context_.messages.say("saved " + toString(options_.size()) + " pixels from " + camera.name + " to " +
+                              output.displayName());
         return EXIT_OK;
     }
 
     int takeSeries(const Camera& camera) {
-        FrameStream stream(camera, options_.size(), format_.wanted(), around_.stop);
-        around_.messages.say("taking a picture of " + camera.name + " every " +
-                             QString::number(*options_.snapshot.every).toStdString() + " s" +
-                             (limited() ? "" : ", Ctrl-C ends it"));
+        FrameStream stream(camera, options_.size(), format_.wanted(), context_.stop);
+        context_.messages.say("taking a picture of " + camera.name + " every " +
+                              QString::number(*options_.snapshot.every).toStdString() + " s" +
+                              (limited() ? "" : ", Ctrl-C ends it"));
         if (skip(stream))
             while (!reached() && takeDue(stream))
                 continue;
-        around_.messages.say("saved " + counted(saved_, "picture") +
-                             (saved_ > 0 ? ", the last as " + quoted(lastPath_) : ""));
-        const bool early = around_.stop.raised() && (limited() || saved_ == 0);
-        return early ? EXIT_SIGNAL + around_.stop.signal() : EXIT_OK;
+        context_.messages.say("saved " + counted(saved_, "picture") +
+                              (saved_ > 0 ? ", the last as " + quoted(lastPath_) : ""));
+        const bool early = context_.stop.raised() && (limited() || saved_ == 0);
+        return early ? EXIT_SIGNAL + context_.stop.signal() : EXIT_OK;
     }
 
 private:
@@ -92,7 +92,7 @@ private:
     bool nextFrame(FrameStream& stream) {
         FrameStream::Result result = stream.next(frame_, options_.camera.timeout);
         if (result == FrameStream::Result::Ended && options_.limit.reconnect)
-            result = reconnect(stream, frame_, *options_.limit.reconnect, around_);
+            result = reconnect(stream, frame_, *options_.limit.reconnect, context_);
         if (result == FrameStream::Result::TimedOut)
             throw Failure(EXIT_NO_FRAME, stream.timeoutReason(options_.camera.timeout));
         if (result == FrameStream::Result::Ended)
@@ -124,12 +124,12 @@ private:
         for (;;) {
             const std::chrono::nanoseconds left =
                 std::chrono::nanoseconds(nanoseconds) - Clock::now().time_since_epoch();
-            if (around_.stop.raised())
+            if (context_.stop.raised())
                 return false;
             if (left.count() <= 0)
                 return true;
             const auto milliseconds = std::chrono::ceil<std::chrono::milliseconds>(left).count();
-            pollfd stop = {around_.stop.descriptor(), POLLIN, 0};
+            pollfd stop = {context_.stop.descriptor(), POLLIN, 0};
             poll(&stop, 1, static_cast<int>(std::min<decltype(milliseconds)>(milliseconds, 1000000)));
         }
     }
@@ -152,7 +152,7 @@ private:
     }
 
     const Options& options_;
-    const Surroundings& around_;
+    const Context& context_;
     PictureFormat format_;
     CapturedFrame frame_;
     int64_t first_ = 0; // when the first one was captured
@@ -163,9 +163,9 @@ private:
 
 } // namespace
 
-int runSnapshot(const Options& options, const Surroundings& around) {
+int runSnapshot(const Options& options, const Context& context) {
     check(options);
-    Snapshots snapshots(options, around);
+    Snapshots snapshots(options, context);
     const AddedCameras added = addCameras(options.camera, options.size());
     const Camera camera = chooseCamera(options.camera, added);
     if (options.mode)

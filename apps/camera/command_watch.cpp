@@ -37,20 +37,20 @@ private:
 class Watch {
 public:
     // endOfFile: seconds without a frame that are a proper end.
-    Watch(const Options& options, const std::optional<double>& endOfFile, const Surroundings& around,
+    Watch(const Options& options, const std::optional<double>& endOfFile, const Context& context,
           const Camera& camera)
-        : options_(options), endOfFile_(endOfFile), around_(around), camera_(camera),
-          stream_(camera, options.size(), FrameStream::Wanted::Pixels, around.stop) {}
+        : options_(options), endOfFile_(endOfFile), context_(context), camera_(camera),
+          stream_(camera, options.size(), FrameStream::Wanted::Pixels, context.stop) {}
 
     int run() {
-        around_.messages.say("watching " + camera_.name + " at " + toString(options_.size()) +
-                             (limited() ? "" : ", Ctrl-C ends it"));
+        context_.messages.say("watching " + camera_.name + " at " + toString(options_.size()) +
+                              (limited() ? "" : ", Ctrl-C ends it"));
         while (!reached()) {
             const double untilReport =
                 BETWEEN_REPORTS - std::chrono::duration<double>(Clock::now() - reported_).count();
             FrameStream::Result result = stream_.next(frame_, std::max(untilReport, 0.0));
             if (result == FrameStream::Result::Ended && options_.limit.reconnect)
-                result = reconnect(stream_, frame_, *options_.limit.reconnect, around_);
+                result = reconnect(stream_, frame_, *options_.limit.reconnect, context_);
             if (result == FrameStream::Result::Frame)
                 lastFrame_ = Clock::now();
             if (result == FrameStream::Result::Stopped)
@@ -75,7 +75,7 @@ private:
 
     int stopped() {
         report();
-        return limited() ? EXIT_SIGNAL + around_.stop.signal() : EXIT_OK;
+        return limited() ? EXIT_SIGNAL + context_.stop.signal() : EXIT_OK;
     }
 
     void report() {
@@ -84,7 +84,7 @@ private:
         // What keeps a stream waiting is said once, when it becomes known.
         const std::string why = stream_.state().stalled().toStdString();
         if (!why.empty() && why != stalled_)
-            around_.messages.say(why);
+            context_.messages.say(why);
         stalled_ = why;
     }
 
@@ -104,7 +104,7 @@ private:
 
     const Options& options_;
     std::optional<double> endOfFile_;
-    const Surroundings& around_;
+    const Context& context_;
     const Camera& camera_;
     FrameStream stream_;
     Report report_;
@@ -116,12 +116,12 @@ private:
 
 } // namespace
 
-int runWatch(const Options& options, const Surroundings& around) {
+int runWatch(const Options& options, const Context& context) {
     const AddedCameras added = addCameras(options.camera, options.size());
     const Camera camera = chooseCamera(options.camera, added);
     if (options.mode)
         requestMode(camera.identifier, *options.mode);
-    return Watch(options, added.endOfFile(), around, camera).run();
+    return Watch(options, added.endOfFile(), context, camera).run();
 }
 
 } // namespace ostrel::apps::cli

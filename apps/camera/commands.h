@@ -9,20 +9,20 @@
 namespace ostrel::apps::cli {
 
 // What a command works with beside its options.
-struct Surroundings {
+struct Context {
     Messages& messages;
     const StopRequest& stop;
 };
 
-int runList(const Options& options, const Surroundings& around);
-int runSnapshot(const Options& options, const Surroundings& around);
-int runRecord(const Options& options, const Surroundings& around);
-int runServe(const Options& options, const Surroundings& around);
-int runWatch(const Options& options, const Surroundings& around);
-int runControls(const Options& options, const Surroundings& around);
-int runDoctor(const Options& options, const Surroundings& around);
-int runConvert(const Options& options, const Surroundings& around);
-int runScale(const Options& options, const Surroundings& around);
+int runList(const Options& options, const Context& context);
+int runSnapshot(const Options& options, const Context& context);
+int runRecord(const Options& options, const Context& context);
+int runServe(const Options& options, const Context& context);
+int runWatch(const Options& options, const Context& context);
+int runControls(const Options& options, const Context& context);
+int runDoctor(const Options& options, const Context& context);
+int runConvert(const Options& options, const Context& context);
+int runScale(const Options& options, const Context& context);
 
 } // namespace ostrel::apps::cli
 

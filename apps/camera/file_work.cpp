@@ -62,7 +62,7 @@ private:
 
 } // namespace
 
-int runFileWork(const Options& options, const Surroundings& around, const MakeFileStep& makeStep) {
+int runFileWork(const Options& options, const Context& context, const MakeFileStep& makeStep) {
     const FileOptions& files = options.files;
     const FileKind from = kindOf(files.input, files.from, "--from");
     const FileKind to = kindOf(files.output, files.to, "--to");
@@ -72,10 +72,10 @@ int runFileWork(const Options& options, const Surroundings& around, const MakeFi
     const FileStep work = makeStep(reader->size(), reader->layout(), to);
     const std::unique_ptr<FrameWriter> writer = makeFrameWriter(files.output, to, work.size, reader->rate());
     Selection selection(*reader, files.frame);
-    Progress progress(around.messages);
+    Progress progress(context.messages);
     Bytes frame;
     while (selection.next(frame)) {
-        if (around.stop.raised())
+        if (context.stop.raised())
             break;
         writer->write(work.step->apply(frame));
         progress.update(reader->progress(), counted(writer->frames(), "frame"));
@@ -83,10 +83,10 @@ int runFileWork(const Options& options, const Surroundings& around, const MakeFi
     progress.clear();
     if (writer->frames() > 0)
         writer->finish(std::nullopt);
-    if (around.stop.raised())
-        throw Interrupted(around.stop.signal());
-    around.messages.say("wrote " + counted(writer->frames(), "frame") + " of " + toString(work.size) +
-                        " to " + writer->displayName());
+    if (context.stop.raised())
+        throw Interrupted(context.stop.signal());
+    context.messages.say("wrote " + counted(writer->frames(), "frame") + " of " + toString(work.size) +
+                         " to " + writer->displayName());
     return EXIT_OK;
 }
 

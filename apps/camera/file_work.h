@@ -17,7 +17,7 @@ struct FileStep {
 
 using MakeFileStep = std::function<FileStep(const Size& from, Layout fromLayout, const FileKind& toKind)>;
 
-int runFileWork(const Options& options, const Surroundings& around, const MakeFileStep& makeStep);
+int runFileWork(const Options& options, const Context& context, const MakeFileStep& makeStep);
 
 } // namespace ostrel::apps::cli
 

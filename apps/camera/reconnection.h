@@ -9,7 +9,7 @@ namespace ostrel::apps::cli {
 
 // The stream has ended: FrameStream::resume(), told of.
 FrameStream::Result reconnect(FrameStream& stream, CapturedFrame& frame, double seconds,
-                              const Surroundings& around);
+                              const Context& context);
 
 } // namespace ostrel::apps::cli
 

@@ -5,7 +5,7 @@ namespace ostrel::apps::viewer {
 namespace {
 
 // Slow cameras need two seconds for their first frame.
-const std::chrono::seconds PATIENCE(3);
+const std::chrono::seconds TIMEOUT(3);
 
 QString droppedText(const OVideoStatistics& statistics) {
     QStringList reasons;
@@ -62,7 +62,7 @@ bool CaptureSource::look() {
         meter_.frameArrived(frame_.frameNumber, now);
         return true;
     }
-    const bool late = now - since_ >= PATIENCE;
+    const bool late = now - since_ >= TIMEOUT;
     if (waited == Capture::Waited::Over && waits() && capture_.refused()) {
         why_ = capture_.why();
         end(State::Failed);

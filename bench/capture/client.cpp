@@ -31,17 +31,15 @@ int bytesOf(ostrel::OVideoPixels format) {
 }
 
 WaitingClient::WaitingClient(const std::string& identifier, int width, int height,
-                             ostrel::OVideoPixels format)
-    : stride_(width * bytesOf(format)), format_(format),
-      pixels_(static_cast<size_t>(stride_) * static_cast<size_t>(height)),
-      capture_(ostrel::quietVideoCapture()) {
+                             ostrel::OVideoPixels format, uint8_t* pixels)
+    : stride_(width * bytesOf(format)), bytes_(static_cast<size_t>(stride_) * static_cast<size_t>(height)),
+      format_(format), pixels_(pixels), capture_(ostrel::quietVideoCapture()) {
     capture_->startCapture(identifier.c_str(), width, height);
     reader_ = std::make_unique<ostrel::OVideoFrameReader>(capture_);
 }
 
 bool WaitingClient::next() {
-    return ostrel::nextVideoFrame(*reader_, pixels_.data(), pixels_.size(), stride_, format_, 10000,
-                                  &facts_) == 1;
+    return ostrel::nextVideoFrame(*reader_, pixels_, bytes_, stride_, format_, 10000, &facts_) == 1;
 }
 
 std::string identifierOf(int number) {

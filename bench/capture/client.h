@@ -27,20 +27,21 @@ private:
 
 int bytesOf(ostrel::OVideoPixels format);
 
-// Waits for frames, which are written into memory of its own.
+// Waits for frames, which are written to `pixels`.
 class WaitingClient {
 public:
-    WaitingClient(const std::string& identifier, int width, int height, ostrel::OVideoPixels format);
+    WaitingClient(const std::string& identifier, int width, int height, ostrel::OVideoPixels format,
+                  uint8_t* pixels);
 
     // False when none comes within ten seconds.
     bool next();
-    const uint8_t* pixels() const { return pixels_.data(); }
     const ostrel::OVideoFrameFacts& facts() const { return facts_; }
 
 private:
     const int stride_;
+    const size_t bytes_;
     const ostrel::OVideoPixels format_;
-    std::vector<uint8_t> pixels_;
+    uint8_t* const pixels_;
     QSharedPointer<ostrel::OVideoCaptureUnix> capture_;
     std::unique_ptr<ostrel::OVideoFrameReader> reader_;
     ostrel::OVideoFrameFacts facts_;

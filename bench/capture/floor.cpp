@@ -21,12 +21,11 @@ v4l2_buffer emptyBuffer() {
 }
 } // namespace
 
-Floor::Floor(const std::shared_ptr<TimedKernel>& kernel, const CameraModel& model)
-    : kernel_(kernel), model_(model), descriptor_(kernel->open("/dev/video0", O_RDWR)) {
+Floor::Floor(const std::shared_ptr<TimedKernel>& kernel, const CameraModel& model, uint8_t* pixels)
+    : kernel_(kernel), model_(model), descriptor_(kernel->open("/dev/video0", O_RDWR)), mine_(pixels) {
     const size_t bytes = static_cast<size_t>(model.width) * static_cast<size_t>(model.height) * 4;
     converted_.resize(bytes);
     between_.resize(bytes);
-    mine_.resize(bytes);
     v4l2_requestbuffers request = {};
     request.count = BUFFERS;
     request.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
@@ -75,9 +74,9 @@ void Floor::passFrame() {
 
 void Floor::takeFrame() {
     v4l2_buffer buffer = dequeue();
-    convertTo(converted_, buffer, OutputFormat::Bgra);
+    convertTo(converted_.data(), buffer, OutputFormat::Bgra);
     std::memcpy(between_.data(), converted_.data(), between_.size());
-    std::memcpy(mine_.data(), between_.data(), mine_.size());
+    std::memcpy(mine_, between_.data(), between_.size());
     requeue(buffer);
 }
 
@@ -91,19 +90,19 @@ void Floor::convert(const v4l2_buffer& buffer, OutputFormat format) {
     convertTo(mine_, buffer, format);
 }
 
-void Floor::convertTo(std::vector<uint8_t>& to, const v4l2_buffer& buffer, OutputFormat format) {
+void Floor::convertTo(uint8_t* to, const v4l2_buffer& buffer, OutputFormat format) {
     namespace pixels = ostrel::cameras::pixels;
     const int w = model_.width, h = model_.height;
     const auto* const bytes = static_cast<const uint8_t*>(buffers_[buffer.index].first);
     const bool bgra = format == OutputFormat::Bgra;
     const int stride = w * pixels::bytesPerPixel(format);
     if (model_.fourcc == V4L2_PIX_FMT_YUYV && bgra) {
-        libyuv::YUY2ToARGB(bytes, w * 2, to.data(), stride, w, h);
+        libyuv::YUY2ToARGB(bytes, w * 2, to, stride, w, h);
         return;
     }
     if (model_.fourcc == V4L2_PIX_FMT_NV12 && format != OutputFormat::Grey) {
         auto* const convert = bgra ? libyuv::NV12ToARGB : libyuv::NV12ToRGB24;
-        convert(bytes, w, bytes + static_cast<ptrdiff_t>(w) * h, w, to.data(), stride, w, h);
+        convert(bytes, w, bytes + static_cast<ptrdiff_t>(w) * h, w, to, stride, w, h);
         return;
     }
     pixels::Picture picture;
@@ -113,11 +112,12 @@ void Floor::convertTo(std::vector<uint8_t>& to, const v4l2_buffer& buffer, Outpu
     picture.width = w;
     picture.height = h;
     pixels::setBlock(picture, bytes, buffer.bytesused, pixels::minimumStride(picture.layout, w));
-    pixels::convert(picture, {format, to.data(), w, h, stride}, pool_);
+    pixels::convert(picture, {format, to, w, h, stride}, pool_);
 }
 
-TwoThreadFloor::TwoThreadFloor(const std::shared_ptr<TimedKernel>& kernel, const CameraModel& model)
-    : floor_(kernel, model), thread_([this] { deliver(); }) {}
+TwoThreadFloor::TwoThreadFloor(const std::shared_ptr<TimedKernel>& kernel, const CameraModel& model,
+                               uint8_t* pixels)
+    : floor_(kernel, model, pixels), thread_([this] { deliver(); }) {}
 
 TwoThreadFloor::~TwoThreadFloor() {
     {

@@ -18,7 +18,8 @@ using ostrel::cameras::pixels::OutputFormat;
 // By one thread. The buffers are used again and again.
 class Floor {
 public:
-    Floor(const std::shared_ptr<TimedKernel>& kernel, const CameraModel& model);
+    // `pixels`: the client's memory, of four bytes a pixel.
+    Floor(const std::shared_ptr<TimedKernel>& kernel, const CameraModel& model, uint8_t* pixels);
     ~Floor();
     Floor(const Floor&) = delete;
     Floor& operator=(const Floor&) = delete;
@@ -33,12 +34,11 @@ public:
 
     v4l2_buffer dequeue();
     void requeue(v4l2_buffer& buffer);
-    // What was dequeued, to mine().
+    // What was dequeued, to the client's memory.
     void convert(const v4l2_buffer& buffer, OutputFormat format);
-    const std::vector<uint8_t>& mine() const { return mine_; }
 
 private:
-    void convertTo(std::vector<uint8_t>& to, const v4l2_buffer& buffer, OutputFormat format);
+    void convertTo(uint8_t* to, const v4l2_buffer& buffer, OutputFormat format);
 
     const std::shared_ptr<TimedKernel> kernel_;
     const CameraModel model_;
@@ -46,7 +46,7 @@ private:
     std::vector<std::pair<void*, size_t>> buffers_;
     std::vector<uint8_t> converted_;
     std::vector<uint8_t> between_;
-    std::vector<uint8_t> mine_;
+    uint8_t* const mine_;
     ostrel::cameras::pixels::PixelPool pool_;
 };
 
@@ -54,7 +54,7 @@ private:
 // not wait for the second, for the driver would lose frames.
 class TwoThreadFloor {
 public:
-    TwoThreadFloor(const std::shared_ptr<TimedKernel>& kernel, const CameraModel& model);
+    TwoThreadFloor(const std::shared_ptr<TimedKernel>& kernel, const CameraModel& model, uint8_t* pixels);
     ~TwoThreadFloor();
 
     void convertFrame(OutputFormat format);

@@ -53,20 +53,21 @@ bool measureAges(const char* name, const CameraModel& model) {
 // takes of it, measured on the same camera in turn.
 bool measureWaits(const char* name, const CameraModel& model) {
     const std::shared_ptr<TimedKernel> kernel = plugIn(model);
+    std::vector<uint8_t> pixels(static_cast<size_t>(model.width) * static_cast<size_t>(model.height) * 4);
     std::vector<double> ages, conversions;
     for (int round = 0; round < 5; ++round) {
-        std::unique_ptr<WaitingClient> client(
-            new WaitingClient(identifierOf(0), model.width, model.height, ostrel::OVIDEO_PIXELS_BGRA));
+        auto client = std::make_unique<WaitingClient>(identifierOf(0), model.width, model.height,
+                                                      ostrel::OVIDEO_PIXELS_BGRA, pixels.data());
         for (int i = 0; i < 40; ++i) {
             if (!client->next())
                 return false;
             const int64_t after = monotonicNow();
-            const uint32_t number = readStamp(client->pixels(), 4, model.width);
+            const uint32_t number = readStamp(pixels.data(), 4, model.width);
             if (i >= 5)
                 ages.push_back(milliseconds(after - kernel->arrival(PATH, number)));
         }
         client.reset(); // the camera is for one at a time
-        Floor bare(kernel, model);
+        Floor bare(kernel, model, pixels.data());
         for (int i = 0; i < 40; ++i) {
             v4l2_buffer buffer = bare.dequeue();
             const int64_t before = monotonicNow();

@@ -21,5 +21,7 @@ int main(int argc, char** argv) {
     else
         std::fprintf(stderr, "usage: bench_capture costs|growth|latency [ROUNDS [PART OF A CAMERA'S NAME]]\n"
                              "       bench_capture memory SECONDS CAMERAS\n");
+    if (!done)
+        std::fprintf(stderr, "bench_capture: %s was not measured\n", suite);
     return done ? 0 : 1;
 }

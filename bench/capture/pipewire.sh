@@ -41,7 +41,7 @@ for layout in YUYV NV12; do
             sleep 0.05
         done
         for _ in $(seq "$rounds"); do
-            for peer in library gstreamer; do
+            for peer in library library_waiting library_waiting_bgr gstreamer; do
                 [ -x "$programs/bench_peer_$peer" ] || continue
                 timeout 60 "$programs/bench_peer_$peer" pipewire:one ${size%x*} ${size#*x} $layout 30 45 2>/dev/null |
                     sed 's/{/{"where": "PipeWire", /' || echo "$peer cannot read $layout at $size through PipeWire" >&2

@@ -2,6 +2,7 @@
 
 #include "platform/cameras/registry.h"
 #include "platform/cameras/v4l2/v4l2_provider.h"
+#include "platform/cameras/virtual/virtual_provider.h"
 #include "support/v4l2/scripted_discovery.h"
 
 namespace bench {
@@ -25,7 +26,8 @@ std::shared_ptr<TimedKernel> plugIn(const CameraModel& model, int count) {
         kernel->plug(facts.path, camera);
         discovery->add(facts);
     }
-    ostrel::cameras::setProviders({ostrel::cameras::v4l2::makeProvider(kernel, discovery)});
+    ostrel::cameras::setProviders(
+        {ostrel::cameras::v4l2::makeProvider(kernel, discovery), ostrel::cameras::virtualProvider()});
     return kernel;
 }
 

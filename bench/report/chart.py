@@ -2,6 +2,7 @@
 from xml.sax.saxutils import escape
 
 COLOURS = ["#4477aa", "#ee6677", "#228833", "#bbbbbb", "#ccbb44", "#66ccee", "#aa3377"]
+MOST_BINS = 64
 LABEL = 250   # pixels for the group's name
 WIDTH = 560   # pixels for the longest bar
 BAR = 11
@@ -84,11 +85,15 @@ def lines(title, series, unit, label):
 
 
 def histogram(title, series, width_of_bin, label):
-    """series: [(name, [value])]. What lies beyond the 99th percentile is counted in the last bin."""
+    """series: [(name, [value])]. What lies beyond the 99th percentile is counted in the last bin; where it lies so far
+    out that bars would become hairs, bins are twice as wide, or four times..."""
     left, top, width, height = 60, 60 + 14 * ((len(series) - 1) // 2), 520, 180  # the legend has two in a row
     everything = sorted(value for _, values in series for value in values)
+    most = everything[int(len(everything) * 0.99)]
+    while (most - everything[0]) / width_of_bin > MOST_BINS:
+        width_of_bin *= 2
     lowest = int(everything[0] // width_of_bin)
-    count = int(everything[int(len(everything) * 0.99)] // width_of_bin) + 1 - lowest
+    count = int(most // width_of_bin) + 1 - lowest
     counts = []
     for name, values in series:
         bins = [0] * count
@@ -102,6 +107,8 @@ def histogram(title, series, width_of_bin, label):
     for number, (name, bins) in enumerate(counts):
         colour = COLOURS[number % len(COLOURS)]
         for index, share in enumerate(bins):
+            if not share:
+                continue
             tall = share / highest * height
             parts.append(f'<rect x="{left + index * step + number * bar:.1f}" y="{top + height - tall:.1f}" '
                          f'width="{bar:.1f}" height="{tall:.1f}" fill="{colour}"/>')

@@ -59,9 +59,10 @@ private:
 
 // What the camera offers, in its own order: one entry for each format, size and interval. As it was when the
 // camera was opened where this process has it open, and at once then; else the hardware is asked, which may
-// take as long as opening it. Empty when nothing is known, with the reason in *why, which may be null; of a
-// driver that broke off, what it had told until then, with the reason. Cameras of which frames are pushed
-// have no modes. Any thread may call.
+// take as long as opening it, or whoever in this process is opening it for the first time is waited for.
+// Empty when nothing is known, with the reason in *why, which may be null; of a driver that broke off, what
+// it had told until then, with the reason. Cameras of which frames are pushed have no modes. Any thread may
+// call.
 OSTREL_EXPORT QList<OVideoMode> videoModes(const QString& uniqueID, QString* why = 0);
 
 // From now on streams of this camera are started in such a mode, in this process, also after the camera was

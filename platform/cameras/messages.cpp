@@ -132,10 +132,6 @@ Error modesUntold(const std::string& where, int number) {
                           : Error(where + " did not tell all of its modes: " + reason(number), number);
 }
 
-Error notYetAsked(const std::string& where) {
-    return Error(where + " is being opened, and its modes are not known yet", EAGAIN);
-}
-
 Error pipeWireFailed(const std::string& where, int number, bool isOpen) {
     if (isGone(number))
         return unplugged(where);

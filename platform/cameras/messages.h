@@ -28,7 +28,7 @@ Error openFailed(const std::string& where, int number);
 // The user has refused it, or must not grant it.
 Error notPermitted(const std::string& where, bool restricted);
 Error notACamera(const std::string& where);
-// `why`: "offers only H264 (a compressed film, ...)"
+// `why`: "offers only H264 (compressed video, ...)"
 Error noUsableFormat(const std::string& where, const std::string& why);
 // What was tried, in this order; not empty.
 Error startFailed(const std::string& where, const std::vector<Refusal>& refusals);
@@ -39,7 +39,6 @@ Error modeNotOffered(const std::string& where, const ModeWish& wish);
 Error runsInAnotherMode(const std::string& where, const Mode& running, const ModeWish& wish);
 // The errno with which a driver broke off.
 Error modesUntold(const std::string& where, int number);
-Error notYetAsked(const std::string& where);
 // A camera that PipeWire offers. `isOpen`: PipeWire itself has its device open at present. ENOLINK: nobody
 // has connected it.
 Error pipeWireFailed(const std::string& where, int number, bool isOpen);

@@ -44,8 +44,7 @@ private:
 
 StreamingCamera::StreamingCamera(Identity identity, std::shared_ptr<Backend> backend,
                                  std::shared_ptr<Totals> totals)
-    : identity_(std::move(identity)), backend_(std::move(backend)), totals_(std::move(totals)),
-      modesUnknown_(notYetAsked(identity_.where)) {}
+    : identity_(std::move(identity)), backend_(std::move(backend)), totals_(std::move(totals)) {}
 
 StreamingCamera::~StreamingCamera() {
     StreamingCamera::close();
@@ -72,7 +71,8 @@ Error StreamingCamera::open() {
 
 Error StreamingCamera::modes(NativeModes& modes) {
     Lock lock(mutex_);
-    turnIsOver_.wait(lock, [this] { return !asking_ || open_; });
+    // Whoever opens it for the first time asks on the way.
+    turnIsOver_.wait(lock, [this] { return !busy_ || (modesAsked_ && !asking_); });
     if (!open_ && !busy_ && !gone_) {
         const Turn turn(*this, lock);
         asking_ = true;
@@ -97,6 +97,7 @@ void StreamingCamera::askForModes(Lock& lock) {
     if (!unknown || !found.empty() || modes_.empty())
         modes_.swap(found);
     modesUnknown_ = std::move(unknown);
+    modesAsked_ = true;
 }
 
 void StreamingCamera::close() {

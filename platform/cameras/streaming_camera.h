@@ -83,6 +83,7 @@ private:
     std::condition_variable turnIsOver_;
     bool busy_ = false;        // somebody has the turn
     bool asking_ = false;      // to ask for the modes
+    bool modesAsked_ = false;  // at least once
     bool closeWanted_ = false; // by one who could not wait for the turn
     bool open_ = false;
     bool gone_ = false;

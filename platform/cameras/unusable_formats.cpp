@@ -26,7 +26,7 @@ const char* meaningOf(uint32_t fourcc) {
         return "depth";
     if (isOneOf({"H264", "AVC1", "M264", "S264", "H263", "HEVC", "MPEG", "MPG1", "MPG2", "MPG4", "XVID",
                  "VC1G", "VC1L", "VP80", "VP90", "FWHT"}))
-        return "a compressed film, which is not decoded here";
+        return "compressed video, which is not decoded here";
     if (isOneOf({"PJPG", "S910", "S920", "S501", "S505", "S508", "S561", "S680",
                  "SONX", "P207", "M310", "JL20", "905C", "O511", "O518", "PWC1",
                  "PWC2", "E625", "WNVA", "CPIA", "TM60", "KONI", "S401"}))

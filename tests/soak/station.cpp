@@ -8,7 +8,7 @@ namespace soak {
 
 namespace {
 // Far beyond any pause that a busy machine causes.
-constexpr int64_t PATIENCE = 20000; // milliseconds
+constexpr int64_t TIMEOUT = 20000; // milliseconds
 } // namespace
 
 Station::Station(int index, double framesPerSecond)
@@ -41,10 +41,10 @@ void Station::poll(int64_t now, Totals& totals) {
         ++totals.frames;
         lastNews_ = now;
         check(totals);
-    } else if (now - lastNews_ > PATIENCE) {
+    } else if (now - lastNews_ > TIMEOUT) {
         ++totals.silent;
         lastNews_ = now;
-        std::cout << identifier_ << ": no new frame for " << PATIENCE << " ms" << std::endl;
+        std::cout << identifier_ << ": no new frame for " << TIMEOUT << " ms" << std::endl;
     }
 }
 

@@ -16,7 +16,7 @@ struct Totals {
     uint64_t starts = 0;
     uint64_t torn = 0;      // pictures that the pattern's check sums reject
     uint64_t backwards = 0; // a frame number or a decoded counter that went back
-    uint64_t silent = 0;    // captures without a frame for longer than PATIENCE
+    uint64_t silent = 0;    // captures without a frame for longer than TIMEOUT
 };
 
 class Station {

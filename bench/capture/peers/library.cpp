@@ -37,7 +37,9 @@ private:
 class Waiting : public Library {
 public:
     explicit Waiting(const bench::Request& request)
-        : Library(request), client_(bench::identifierOf(0), request.width, request.height, BENCH_WAIT) {}
+        : Library(request), pixels_(static_cast<size_t>(request.width) *
+                                    static_cast<size_t>(request.height * bench::bytesOf(BENCH_WAIT))),
+          client_(bench::identifierOf(0), request.width, request.height, BENCH_WAIT, pixels_.data()) {}
     unsigned takeFrame() override {
         if (!client_.next())
             throw std::runtime_error("no frame");
@@ -45,10 +47,11 @@ public:
     }
     const uint8_t* pixels(int& bytesPerPixel) const override {
         bytesPerPixel = bench::bytesOf(BENCH_WAIT);
-        return client_.pixels();
+        return pixels_.data();
     }
 
 private:
+    std::vector<uint8_t> pixels_;
     bench::WaitingClient client_;
 };
 

@@ -5,7 +5,7 @@ import pytest
 
 import ostrel
 
-PATIENCE = 30  # seconds for what takes milliseconds
+TIMEOUT = 30  # seconds for what takes milliseconds
 
 
 @pytest.fixture
@@ -18,7 +18,7 @@ def bars():
 @pytest.fixture
 def pushed():
     """A push camera, a capture of it, and a function that pushes a picture as soon as the capture has begun."""
-    with ostrel.PushCamera() as source, ostrel.Camera(source, size=(64, 48), timeout=PATIENCE) as camera:
+    with ostrel.PushCamera() as source, ostrel.Camera(source, size=(64, 48), timeout=TIMEOUT) as camera:
 
         def push(value):
             picture = np.full((48, 64, 3), value, np.uint8)
@@ -28,7 +28,7 @@ def pushed():
 
 
 def wait_for(condition):
-    until = time.monotonic() + PATIENCE
+    until = time.monotonic() + TIMEOUT
     while not condition():
         assert time.monotonic() < until, "it did not happen"
         time.sleep(0.002)

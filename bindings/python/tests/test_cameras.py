@@ -8,7 +8,7 @@ import time
 
 import numpy as np
 import pytest
-from conftest import PATIENCE, wait_for
+from conftest import TIMEOUT, wait_for
 
 import ostrel
 
@@ -25,7 +25,7 @@ def test_cameras_are_listed_while_they_are_attached():
 def test_camera_is_meant_by_a_part_of_its_name():
     with ostrel.TestCamera(id="meant", name="Desk Webcam 9000"), ostrel.TestCamera(id="other", name="Door"):
         assert ostrel.find("webcam 9").id == "meant"
-        with ostrel.Camera("9000", timeout=PATIENCE) as camera:
+        with ostrel.Camera("9000", timeout=TIMEOUT) as camera:
             assert (camera.id, camera.name) == ("meant", "Desk Webcam 9000")
             assert camera.read().shape == (480, 640, 3)
 
@@ -43,7 +43,7 @@ def test_nodes_are_listed():
 
 def test_iteration_gives_each_frame_once_and_ends_with_close(bars):
     numbers = []
-    camera = ostrel.Camera(bars, timeout=PATIENCE)
+    camera = ostrel.Camera(bars, timeout=TIMEOUT)
     for frame in camera:
         numbers.append(frame.number)
         if len(numbers) == 5:
@@ -59,14 +59,14 @@ def test_timeout_is_raised_in_time(pushed):
     start = time.monotonic()
     with pytest.raises(TimeoutError):
         camera.read(0.2)
-    assert 0.2 <= time.monotonic() - start < PATIENCE / 2
+    assert 0.2 <= time.monotonic() - start < TIMEOUT / 2
     push(1)
-    assert camera.read(PATIENCE).number == 1
+    assert camera.read(TIMEOUT).number == 1
 
 
 def test_refused_camera_says_why(bars):
     bars.set_fault("open")
-    with ostrel.Camera(bars, timeout=PATIENCE) as camera:
+    with ostrel.Camera(bars, timeout=TIMEOUT) as camera:
         with pytest.raises(ostrel.Over) as refusal:
             camera.read()
         assert camera.state.refused and camera.state.refused in str(refusal.value)
@@ -74,7 +74,7 @@ def test_refused_camera_says_why(bars):
 
 
 def test_unplugged_camera_ends_the_iteration_with_its_reason(bars):
-    with ostrel.Camera(bars, timeout=PATIENCE) as camera:
+    with ostrel.Camera(bars, timeout=TIMEOUT) as camera:
         camera.read()
         bars.detach()
         with pytest.raises(ostrel.Over, match="."):
@@ -83,7 +83,7 @@ def test_unplugged_camera_ends_the_iteration_with_its_reason(bars):
 
 
 def test_state_has_the_figures(bars):
-    with ostrel.Camera(bars, timeout=PATIENCE) as camera:
+    with ostrel.Camera(bars, timeout=TIMEOUT) as camera:
         camera.read()
         state = camera.state
     assert state.known and state.open and state.delivered >= 1
@@ -117,7 +117,7 @@ def test_pushed_pictures_may_be_slices_and_wrong_ones_are_refused(pushed):
 def test_file_camera_plays_a_video(tmp_path):
     path = tmp_path / "grey.y4m"
     path.write_bytes(b"YUV4MPEG2 W16 H8 F50:1 Cmono\n" + b"FRAME\n" + bytes([126]) * 128)
-    with ostrel.FileCamera(path) as file, ostrel.Camera(file, (16, 8), channels=1, timeout=PATIENCE) as camera:
+    with ostrel.FileCamera(path) as file, ostrel.Camera(file, (16, 8), channels=1, timeout=TIMEOUT) as camera:
         assert abs(int(camera.read()[4, 4]) - 128) <= 1  # limited range widened
     with pytest.raises(ostrel.Error, match="no-such"):
         ostrel.FileCamera(tmp_path / "no-such.y4m")
@@ -134,7 +134,7 @@ def test_frames_come_while_another_thread_computes(bars):
             counted += 1
 
     thread = threading.Thread(target=count)
-    with ostrel.Camera(bars, timeout=PATIENCE) as camera:
+    with ostrel.Camera(bars, timeout=TIMEOUT) as camera:
         camera.read()
         thread.start()
         before = counted
@@ -147,7 +147,7 @@ def test_frames_come_while_another_thread_computes(bars):
 
 def test_each_frame_goes_to_one_of_several_threads(bars):
     numbers = []
-    with ostrel.Camera(bars, timeout=PATIENCE) as camera:
+    with ostrel.Camera(bars, timeout=TIMEOUT) as camera:
         threads = [
             threading.Thread(target=lambda: numbers.extend(camera.read().number for _ in range(5))) for _ in range(3)
         ]
@@ -164,7 +164,7 @@ def test_close_by_another_thread_ends_the_waiting(pushed):
     thread = threading.Thread(target=lambda: ended.extend(camera))
     thread.start()
     camera.close()
-    thread.join(PATIENCE)
+    thread.join(TIMEOUT)
     assert not thread.is_alive() and ended == []
 
 
@@ -172,7 +172,7 @@ def test_select_tells_of_a_frame(pushed):
     _, camera, push = pushed
     assert select.select([camera], [], [], 0)[0] == []
     push(1)
-    assert select.select([camera], [], [], PATIENCE)[0] == [camera]
+    assert select.select([camera], [], [], TIMEOUT)[0] == [camera]
     assert camera.poll().number == 1
     assert select.select([camera], [], [], 0)[0] == []
 
@@ -186,7 +186,7 @@ def test_asyncio_gets_frames_beside_other_tasks(bars):
                 return numbers
 
     async def both():
-        with ostrel.Camera(bars, timeout=PATIENCE) as one, ostrel.Camera(bars, (320, 240), timeout=PATIENCE) as two:
+        with ostrel.Camera(bars, timeout=TIMEOUT) as one, ostrel.Camera(bars, (320, 240), timeout=TIMEOUT) as two:
             return await asyncio.gather(numbers_of(one, 4), numbers_of(two, 5))
 
     one, two = asyncio.run(both())
@@ -210,12 +210,12 @@ def resources():
 
 
 def test_a_hundred_cameras_leave_no_descriptor_and_no_thread(bars):
-    ostrel.Camera(bars, (64, 48), timeout=PATIENCE).read()
+    ostrel.Camera(bars, (64, 48), timeout=TIMEOUT).read()
     gc.collect()
     wait_for(lambda: not ostrel.state(bars.id).open)
     before = resources()
     for number in range(100):
-        camera = ostrel.Camera(bars, (64, 48), timeout=PATIENCE)
+        camera = ostrel.Camera(bars, (64, 48), timeout=TIMEOUT)
         if number % 10 == 0:
             camera.read()
         del camera

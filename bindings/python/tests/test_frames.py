@@ -7,7 +7,7 @@ import zlib
 
 import numpy as np
 import pytest
-from conftest import PATIENCE, wait_for
+from conftest import TIMEOUT, wait_for
 
 import ostrel
 from ostrel._frames import Memory
@@ -15,7 +15,7 @@ from ostrel._frames import Memory
 
 @pytest.mark.parametrize("channels, shape", [(3, (480, 640, 3)), (4, (480, 640, 4)), (1, (480, 640))])
 def test_frame_is_the_pattern_in_the_shape_that_was_asked_for(bars, channels, shape):
-    with ostrel.Camera(bars, channels=channels, timeout=PATIENCE) as camera:
+    with ostrel.Camera(bars, channels=channels, timeout=TIMEOUT) as camera:
         frame = camera.read()
     assert isinstance(frame, np.ndarray)
     assert (frame.shape, frame.dtype, frame.flags.c_contiguous) == (shape, np.uint8, True)
@@ -30,7 +30,7 @@ def test_frame_is_the_pattern_in_the_shape_that_was_asked_for(bars, channels, sh
 
 def test_facts_of_frames(bars):
     before = time.monotonic()
-    with ostrel.Camera(bars, timeout=PATIENCE) as camera:
+    with ostrel.Camera(bars, timeout=TIMEOUT) as camera:
         frames = [camera.read() for _ in range(4)]
     assert frames[0].number == 1 + frames[0].passed_over
     for last, frame in zip(frames, frames[1:]):

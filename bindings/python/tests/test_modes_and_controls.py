@@ -3,7 +3,7 @@ import asyncio
 import threading
 
 import pytest
-from conftest import PATIENCE
+from conftest import TIMEOUT
 
 import ostrel
 
@@ -13,7 +13,7 @@ def test_modes_are_listed_and_one_of_them_is_used(bars):
     assert modes[0].size == (640, 480) and modes[0].fps == 100 and modes[0].has_picture
     wish = ostrel.Mode(size=(1280, 720), fps=30)
     assert any((mode.size, mode.fps) == (wish.size, wish.fps) for mode in modes)
-    with ostrel.Camera(bars, (320, 240), mode=wish, timeout=PATIENCE) as camera:
+    with ostrel.Camera(bars, (320, 240), mode=wish, timeout=TIMEOUT) as camera:
         frame = camera.read()
         assert frame.native_size == (1280, 720) and frame.shape == (240, 320, 3)
         assert camera.state.granted_rate == 30 and camera.modes == modes
@@ -41,7 +41,7 @@ def test_details(bars):
 
 
 def test_controls_are_read_and_set_by_name(bars):
-    with ostrel.Camera(bars, timeout=PATIENCE) as camera:
+    with ostrel.Camera(bars, timeout=TIMEOUT) as camera:
         controls = camera.controls
         brightness = controls.info("brightness")
         assert brightness.type == "integer" and brightness.minimum < brightness.default < brightness.maximum
@@ -72,7 +72,7 @@ def test_watch_tells_of_a_control_that_somebody_else_sets(bars):
         assert watch.take() == []
         thread = threading.Thread(target=lambda: controls.set(brightness=value))
         thread.start()
-        changed = watch.wait(PATIENCE)
+        changed = watch.wait(TIMEOUT)
         thread.join()
     assert [(control.key, control.value) for control in changed] == [("brightness", value)]
 
@@ -81,7 +81,7 @@ def test_monitor_tells_what_came_and_went():
     with ostrel.monitor() as monitor:
         before = monitor.cameras
         with ostrel.TestCamera(id="visitor", name="Visiting camera"):
-            assert monitor.wait(PATIENCE) == [ostrel.Change("added", "visitor", "Visiting camera")]
+            assert monitor.wait(TIMEOUT) == [ostrel.Change("added", "visitor", "Visiting camera")]
             assert ostrel.CameraInfo("visitor", "Visiting camera") in monitor.cameras
         assert next(monitor) == ostrel.Change("removed", "visitor", "Visiting camera")
         assert monitor.cameras == before and monitor.take() == []
@@ -109,4 +109,4 @@ def test_monitor_for_asyncio():
                     return kinds
                 camera.close()
 
-    assert asyncio.run(asyncio.wait_for(come_and_go(), PATIENCE)) == ["added", "removed"]
+    assert asyncio.run(asyncio.wait_for(come_and_go(), TIMEOUT)) == ["added", "removed"]

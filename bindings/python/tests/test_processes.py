@@ -5,7 +5,7 @@ import subprocess
 import sys
 import time
 
-from conftest import PATIENCE
+from conftest import TIMEOUT
 
 
 def run(program):
@@ -23,7 +23,7 @@ def test_ctrl_c_ends_a_waiting_loop_at_once():
     time.sleep(0.3)  # into the wait; a signal before it would end the program too
     sent = time.monotonic()
     program.send_signal(signal.SIGINT)
-    _, errors = program.communicate(timeout=PATIENCE)
+    _, errors = program.communicate(timeout=TIMEOUT)
     assert time.monotonic() - sent < 2
     assert program.returncode == -signal.SIGINT and "KeyboardInterrupt" in errors
 
@@ -39,7 +39,7 @@ def test_ctrl_c_ends_the_waiting_of_a_monitor_at_once():
     time.sleep(0.3)
     sent = time.monotonic()
     program.send_signal(signal.SIGINT)
-    program.communicate(timeout=PATIENCE)
+    program.communicate(timeout=TIMEOUT)
     assert time.monotonic() - sent < 2 and program.returncode == -signal.SIGINT
 
 
@@ -58,7 +58,7 @@ def test_calls_after_a_fork_are_refused_and_the_parent_goes_on():
         "    raise SystemExit(0 if frame.any() else 2)\n"
         "print(os.waitpid(child, 0)[1], camera.read().number > 1)\n"
     )
-    assert program.communicate(timeout=PATIENCE) == ("0 True\n", "")
+    assert program.communicate(timeout=TIMEOUT) == ("0 True\n", "")
 
 
 def test_a_child_of_a_process_that_only_imported_may_capture():
@@ -70,7 +70,7 @@ def test_a_child_of_a_process_that_only_imported_may_capture():
         "        os._exit(0 if camera.read().any() else 1)\n"
         "print(os.waitpid(child, 0)[1])\n"
     )
-    assert program.communicate(timeout=PATIENCE) == ("0\n", "")
+    assert program.communicate(timeout=TIMEOUT) == ("0\n", "")
 
 
 def test_a_program_may_end_in_the_middle_and_writes_nothing():
@@ -81,7 +81,7 @@ def test_a_program_may_end_in_the_middle_and_writes_nothing():
         "threading.Thread(target=lambda: [None for _ in camera], daemon=True).start()\n"
         "held = camera.read()\n"
     )
-    assert program.communicate(timeout=PATIENCE) == ("", "")
+    assert program.communicate(timeout=TIMEOUT) == ("", "")
     assert program.returncode == 0
 
 

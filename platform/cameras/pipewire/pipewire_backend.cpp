@@ -23,10 +23,10 @@ namespace {
 const int TIMEOUT_MILLISECONDS = 1000;
 
 // A camera whose driver has to wake the hardware takes its time until the first picture is due.
-const int64_t PATIENCE = 5 * NANOSECONDS_PER_SECOND;
+const int64_t TIMEOUT = 5 * NANOSECONDS_PER_SECOND;
 
 // A session manager that has just taken a camera apart gives it out again when it is done with that.
-const int64_t MANAGERS_PATIENCE = NANOSECONDS_PER_SECOND;
+const int64_t MANAGERS_TIMEOUT = NANOSECONDS_PER_SECOND;
 const std::chrono::milliseconds PAUSE(20);
 
 Mode modeOf(const Granted& granted) {
@@ -90,7 +90,7 @@ Error PipewireBackend::modes(NativeModes& modes) {
     if (!connection)
         return failed(errno);
     std::vector<Offer> offers;
-    const int error = connection->ask(node_.serial, monotonicNanoseconds() + PATIENCE, offers);
+    const int error = connection->ask(node_.serial, monotonicNanoseconds() + TIMEOUT, offers);
     addModes(offers, modes);
     return error ? failed(error) : Error();
 }
@@ -107,7 +107,7 @@ Error PipewireBackend::nothingFits(const Request& request) const {
 }
 
 Error PipewireBackend::start(const Request& request, const std::shared_ptr<Outlet>& outlet) {
-    const int error = connection_->ask(node_.serial, monotonicNanoseconds() + PATIENCE, offers_);
+    const int error = connection_->ask(node_.serial, monotonicNanoseconds() + TIMEOUT, offers_);
     if (error)
         return failed(error);
     const std::vector<Candidate> best = candidatesFor(request);
@@ -135,13 +135,13 @@ int PipewireBackend::tryToStart(const Candidate& candidate, const Request& reque
     const int64_t begin = monotonicNanoseconds();
     std::unique_ptr<CaptureStream> stream;
     int error = EAGAIN;
-    while (error == EAGAIN && !isGone() && monotonicNanoseconds() < begin + MANAGERS_PATIENCE) {
+    while (error == EAGAIN && !isGone() && monotonicNanoseconds() < begin + MANAGERS_TIMEOUT) {
         if (stream)
             std::this_thread::sleep_for(PAUSE);
         stream = std::make_unique<CaptureStream>(connection_, node_.id, node_.serial, figures_);
         error = stream->begin(candidate, request.wish);
         if (!error)
-            error = stream->wait(begin + PATIENCE);
+            error = stream->wait(begin + TIMEOUT);
     }
     if (error == ETIMEDOUT && remote_->ask(*connection_) == 0)
         error = ENOLINK; // the daemon is well

@@ -25,7 +25,7 @@ std::shared_ptr<Connection> Remote::ask() {
 int Remote::ask(Connection& connection) {
     if (isSilent())
         return ETIMEDOUT;
-    const int error = connection.settle(monotonicNanoseconds() + patience);
+    const int error = connection.settle(monotonicNanoseconds() + timeout);
     if (error == ETIMEDOUT) {
         silentUntil_ = monotonicNanoseconds() + LEFT_OUT_FOR;
         changes_.raise();

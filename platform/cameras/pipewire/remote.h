@@ -22,7 +22,7 @@ namespace pipewire {
 class Remote {
 public:
     // How long a daemon is waited for, and for how long it is left out when it did not answer. Nanoseconds.
-    inline static std::atomic<int64_t> patience{100000000}; // changed by tests alone
+    inline static std::atomic<int64_t> timeout{100000000}; // changed by tests alone
     static constexpr int64_t LEFT_OUT_FOR = 5000000000;
 
     using Load = const Library* (*)();

@@ -96,7 +96,7 @@ bool subscribe(const VideoNode& node, const std::vector<Control>& controls) {
 } // namespace
 
 Error V4l2Controls::open(std::shared_ptr<VideoNode>& node) const {
-    if (discovery_->incarnation(path_) != incarnation_)
+    if (discovery_->generation(path_) != generation_)
         return unplugged(where_);
     node = VideoNode::open(kernel_, path_);
     return node ? Error() : openFailed(where_, errno);

@@ -20,7 +20,7 @@ class V4l2Controls final : public Controls {
 public:
     V4l2Controls(const std::shared_ptr<KernelCalls>& kernel, const std::shared_ptr<Discovery>& discovery,
                  const NodeFacts& facts, std::string where)
-        : kernel_(kernel), discovery_(discovery), path_(facts.path), incarnation_(facts.incarnation),
+        : kernel_(kernel), discovery_(discovery), path_(facts.path), generation_(facts.generation),
           where_(std::move(where)) {}
 
     const std::string& where() const override { return where_; }
@@ -35,7 +35,7 @@ private:
     const std::shared_ptr<KernelCalls> kernel_;
     const std::shared_ptr<Discovery> discovery_;
     const std::string path_;
-    const std::string incarnation_;
+    const std::string generation_;
     const std::string where_;
 };
 

@@ -46,7 +46,7 @@ bool deviceAt(const std::string& path, struct stat& node) {
 }
 
 // sysfs gives each new device a new inode, while /dev in a container may keep an old one.
-std::string incarnationOf(const struct stat& node) {
+std::string generationOf(const struct stat& node) {
     const std::string number =
         std::to_string(major(node.st_rdev)) + ':' + std::to_string(minor(node.st_rdev));
     struct stat device = {};
@@ -136,7 +136,7 @@ public:
             NodeFacts facts;
             facts.path = numbered.second;
             facts.device = node.st_rdev;
-            facts.incarnation = incarnationOf(node);
+            facts.generation = generationOf(node);
             const Device device(context ? udev_device_new_from_devnum(context.get(), 'c', node.st_rdev)
                                         : nullptr);
             if (device)
@@ -146,9 +146,9 @@ public:
         return result;
     }
 
-    std::string incarnation(const std::string& path) override {
+    std::string generation(const std::string& path) override {
         struct stat node = {};
-        return deviceAt(path, node) ? incarnationOf(node) : std::string();
+        return deviceAt(path, node) ? generationOf(node) : std::string();
     }
 
     bool mayBeOpened(const std::string& path) override {

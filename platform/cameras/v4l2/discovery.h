@@ -15,9 +15,9 @@ namespace v4l2 {
 
 // Facts that are not known are empty. Texts are bytes as the system gives them.
 struct NodeFacts {
-    std::string path;        // "/dev/video0"
-    std::string incarnation; // another one after each re-plug; the same by every path to the device
-    uint64_t device = 0;     // its number
+    std::string path;       // "/dev/video0"
+    std::string generation; // another one after each re-plug; the same by every path to the device
+    uint64_t device = 0;    // its number
     // What udev's own look at the node found, ":capture:"; meaningful when `described`.
     bool described = false;
     std::string capabilities;
@@ -40,8 +40,8 @@ public:
     virtual ~Discovery() = default;
     // In the order of the nodes' numbers, each device once.
     virtual std::vector<NodeFacts> nodes() = 0;
-    // What `incarnation` of the device would be now to which the path leads; empty when there is none.
-    virtual std::string incarnation(const std::string& path) = 0;
+    // What `generation` of the device would be now to which the path leads; empty when there is none.
+    virtual std::string generation(const std::string& path) = 0;
     // Whether the permissions of the path let this process open it. Does not wake the device.
     virtual bool mayBeOpened(const std::string& path) = 0;
     // Tells when a node, what is known of it or its permissions may have changed.

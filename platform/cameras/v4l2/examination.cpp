@@ -82,23 +82,23 @@ Examination examine(const std::shared_ptr<KernelCalls>& kernel, const NodeFacts&
         result.reason = reason;
         return result;
     }
-    Abilities abilities;
-    if (const int error = node->ask(abilities)) {
+    Capabilities capabilities;
+    if (const int error = node->query(capabilities)) {
         result.reason = openFailed(facts.path, error).text;
         return result;
     }
     result.isFinal = true;
-    result.texts = {abilities.card, abilities.driver, abilities.busInfo};
-    result.reason = reasonOf(abilities.kind);
+    result.texts = {capabilities.card, capabilities.driver, capabilities.busInfo};
+    result.reason = reasonOf(capabilities.kind);
     if (!result.reason.empty())
         return result;
-    if (!abilities.streaming)
+    if (!capabilities.streaming)
         result.reason = "delivers no streams (only single pictures, by read)";
     else if (facts.isUnfed)
         result.reason = UNFED;
-    else if (convertibleFormats(*node, abilities.multiplanar).empty()) {
-        const std::vector<uint32_t> offered = offeredFormats(*node, abilities.multiplanar);
-        const bool unfed = abilities.driver == "v4l2 loopback";
+    else if (convertibleFormats(*node, capabilities.multiplanar).empty()) {
+        const std::vector<uint32_t> offered = offeredFormats(*node, capabilities.multiplanar);
+        const bool unfed = capabilities.driver == "v4l2 loopback";
         result.reason = unfed ? UNFED : unusableFormats(offered);
         result.nativeOnly = !unfed && !offered.empty();
     }

@@ -37,11 +37,11 @@ const int MOST_FRAMES_AT_ONCE = 64;
 V4l2Backend::V4l2Backend(const std::shared_ptr<KernelCalls>& kernel,
                          const std::shared_ptr<Discovery>& discovery, const NodeFacts& facts,
                          const std::string& where)
-    : kernel_(kernel), discovery_(discovery), path_(facts.path), incarnation_(facts.incarnation),
-      where_(where), controls_(std::make_shared<V4l2Controls>(kernel, discovery, facts, where)) {}
+    : kernel_(kernel), discovery_(discovery), path_(facts.path), generation_(facts.generation), where_(where),
+      controls_(std::make_shared<V4l2Controls>(kernel, discovery, facts, where)) {}
 
 bool V4l2Backend::attached() const {
-    return discovery_->incarnation(path_) == incarnation_;
+    return discovery_->generation(path_) == generation_;
 }
 
 Error V4l2Backend::open() {
@@ -52,12 +52,12 @@ Error V4l2Backend::openNode(std::shared_ptr<VideoNode>& opened, bool& multiplana
     std::shared_ptr<VideoNode> node = VideoNode::open(kernel_, path_);
     if (!node)
         return openFailed(where_, errno);
-    Abilities abilities;
-    if (const int error = node->ask(abilities))
+    Capabilities capabilities;
+    if (const int error = node->query(capabilities))
         return openFailed(where_, error);
-    if (!abilities.capture || !abilities.streaming)
+    if (!capabilities.capture || !capabilities.streaming)
         return notACamera(where_);
-    multiplanar = abilities.multiplanar;
+    multiplanar = capabilities.multiplanar;
     opened = std::move(node);
     return Error();
 }

@@ -50,7 +50,7 @@ private:
     const std::shared_ptr<KernelCalls> kernel_;
     const std::shared_ptr<Discovery> discovery_;
     const std::string path_;
-    const std::string incarnation_;
+    const std::string generation_;
     const std::string where_; // for messages
     const std::shared_ptr<Controls> controls_;
 

@@ -57,7 +57,7 @@ private:
     };
 
     std::vector<Node> look();
-    void forgetWhatHasLeft(const std::string& incarnation);
+    void forgetWhatHasLeft(const std::string& generation);
     Examination answerOf(const NodeFacts& facts);
     Examination ask(const NodeFacts& facts);
     std::shared_ptr<Camera> cameraOf(const Node& node);
@@ -66,18 +66,18 @@ private:
     const std::shared_ptr<Discovery> discovery_;
     std::mutex mutex_; // never held over a system call
     unsigned long looks_ = 0;
-    std::map<std::string, Known> known_; // by incarnation
+    std::map<std::string, Known> known_; // by generation
 };
 
 // A device may leave while its node and its place in sysfs stay; only its camera notices.
-void V4l2Provider::forgetWhatHasLeft(const std::string& incarnation) {
+void V4l2Provider::forgetWhatHasLeft(const std::string& generation) {
     Lock lock(mutex_);
-    const std::shared_ptr<Camera> camera = known_[incarnation].camera;
+    const std::shared_ptr<Camera> camera = known_[generation].camera;
     lock.unlock();
     if (!camera || camera->attached())
         return;
     lock.lock();
-    Known& known = known_[incarnation];
+    Known& known = known_[generation];
     if (known.camera != camera)
         return; // another listing was quicker
     known.camera.reset();
@@ -90,7 +90,7 @@ Examination V4l2Provider::answerOf(const NodeFacts& facts) {
     if (facts.described && facts.isUsb)
         return byDescription(facts);
     Lock lock(mutex_);
-    Known& known = known_[facts.incarnation];
+    Known& known = known_[facts.generation];
     if (known.hasAnswer && known.answer.isFinal && !facts.isVirtual)
         return known.answer;
     if (known.isBeingAsked || VideoNode::isOpenHere(facts.path)) {
@@ -112,14 +112,14 @@ Examination V4l2Provider::ask(const NodeFacts& facts) {
     try {
         Examination answer = examine(kernel_, facts);
         const Lock lock(mutex_);
-        Known& known = known_[facts.incarnation];
+        Known& known = known_[facts.generation];
         known.answer = answer;
         known.hasAnswer = true;
         known.isBeingAsked = false;
         return answer;
     } catch (...) { // no memory: the next listing asks
         const Lock lock(mutex_);
-        known_[facts.incarnation].isBeingAsked = false;
+        known_[facts.generation].isBeingAsked = false;
         throw;
     }
 }
@@ -132,10 +132,10 @@ std::vector<Node> V4l2Provider::look() {
     std::map<std::string, std::string> paths; // of the cameras, by identifier
     for (const NodeFacts& facts : discovery_->nodes()) {
         lock.lock();
-        Known& known = known_[facts.incarnation];
+        Known& known = known_[facts.generation];
         known.lastLook = std::max(known.lastLook, number);
         lock.unlock();
-        forgetWhatHasLeft(facts.incarnation);
+        forgetWhatHasLeft(facts.generation);
         Node node;
         node.facts = facts;
         node.answer = answerOf(facts);
@@ -159,7 +159,7 @@ std::vector<Node> V4l2Provider::look() {
 
 std::shared_ptr<Camera> V4l2Provider::cameraOf(const Node& node) {
     const Lock lock(mutex_);
-    std::shared_ptr<Camera>& camera = known_[node.facts.incarnation].camera;
+    std::shared_ptr<Camera>& camera = known_[node.facts.generation].camera;
     if (!camera || camera->identifier() != node.identifier)
         camera =
             makeCamera(kernel_, discovery_, node.facts, node.identifier, nameOf(node), node.answer.texts);

@@ -219,25 +219,26 @@ int VideoNode::ioctl(unsigned long request, void* argument) const {
     return kernel_->ioctl(descriptor(), request, argument) == -1 ? errno : 0;
 }
 
-int VideoNode::ask(Abilities& abilities) const {
+int VideoNode::query(Capabilities& capabilities) const {
     v4l2_capability caps = {};
     if (const int error = ioctl(VIDIOC_QUERYCAP, &caps))
         return error;
-    // `capabilities` speaks of the whole device, of which this node may be the part that only has metadata.
+    // `caps.capabilities` speaks of the whole device, of which this node may be the part that only has
+    // metadata.
     const uint32_t flags = caps.capabilities & V4L2_CAP_DEVICE_CAPS ? caps.device_caps : caps.capabilities;
-    abilities.card = text(caps.card);
-    abilities.driver = text(caps.driver);
-    abilities.busInfo = text(caps.bus_info);
-    abilities.kind = kindOf(flags, abilities.driver);
-    abilities.capture = abilities.kind == NodeKind::Camera;
-    abilities.multiplanar = (flags & CAPTURE) == V4L2_CAP_VIDEO_CAPTURE_MPLANE;
-    abilities.streaming = flags & V4L2_CAP_STREAMING;
+    capabilities.card = text(caps.card);
+    capabilities.driver = text(caps.driver);
+    capabilities.busInfo = text(caps.bus_info);
+    capabilities.kind = kindOf(flags, capabilities.driver);
+    capabilities.capture = capabilities.kind == NodeKind::Camera;
+    capabilities.multiplanar = (flags & CAPTURE) == V4L2_CAP_VIDEO_CAPTURE_MPLANE;
+    capabilities.streaming = flags & V4L2_CAP_STREAMING;
     return 0;
 }
 
 bool VideoNode::isGone() const {
-    Abilities abilities;
-    const int error = ask(abilities);
+    Capabilities capabilities;
+    const int error = query(capabilities);
     return error == ENODEV || error == ENXIO;
 }
 

@@ -29,7 +29,7 @@ enum class NodeKind {
     Other
 };
 
-struct Abilities {
+struct Capabilities {
     NodeKind kind = NodeKind::Other;
     bool capture = false;     // it is a camera
     bool multiplanar = false; // speaks only the interface for several planes
@@ -75,7 +75,7 @@ public:
     void close();
 
     // 0 or errno.
-    int ask(Abilities& abilities) const;
+    int query(Capabilities& capabilities) const;
     // The device has left the machine.
     bool isGone() const;
 

@@ -19,11 +19,11 @@ public:
         std::lock_guard<std::mutex> lock(mutex_);
         return nodes_;
     }
-    std::string incarnation(const std::string& path) override {
+    std::string generation(const std::string& path) override {
         std::lock_guard<std::mutex> lock(mutex_);
         for (const auto& node : nodes_)
             if (node.path == path)
-                return node.incarnation;
+                return node.generation;
         return std::string();
     }
     bool mayBeOpened(const std::string& path) override {
@@ -32,10 +32,10 @@ public:
     }
     std::unique_ptr<cameras::ChangeWatch> watch() override { return changes_.watch(); }
 
-    // Plugs it in: it becomes a new incarnation.
+    // Plugs it in: it becomes a new generation.
     void add(cameras::v4l2::NodeFacts node) {
         std::lock_guard<std::mutex> lock(mutex_);
-        node.incarnation = "incarnation " + std::to_string(++plugged_);
+        node.generation = "generation " + std::to_string(++plugged_);
         nodes_.push_back(node);
         tell();
     }

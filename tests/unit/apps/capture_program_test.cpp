@@ -170,12 +170,12 @@ TEST(CaptureProgram, SnapshotIsWhatItsSuffixSaysOrIsRefused) {
     }
     EXPECT_TRUE(folder.read("a.jpg").startsWith("\xFF\xD8"));
     EXPECT_TRUE(folder.read("a").startsWith("\x89PNG"));
-    const Outcome film = run(folder.path(), {"snapshot", "--test-camera", "a.mp4"});
-    EXPECT_EQ(2, film.code);
+    const Outcome video = run(folder.path(), {"snapshot", "--test-camera", "a.mp4"});
+    EXPECT_EQ(2, video.code);
     EXPECT_EQ(0U,
-              film.errors.find("ostrel-camera: snapshot cannot write 'a.mp4': give it one of the suffixes "))
-        << film.errors;
-    EXPECT_NE(std::string::npos, film.errors.find(" jpeg, jpg, ")) << film.errors;
+              video.errors.find("ostrel-camera: snapshot cannot write 'a.mp4': give it one of the suffixes "))
+        << video.errors;
+    EXPECT_NE(std::string::npos, video.errors.find(" jpeg, jpg, ")) << video.errors;
     EXPECT_EQ("ostrel-camera: --quality is for JPEG pictures (.jpg)\n",
               run(folder.path(), {"snapshot", "--test-camera", "--quality", "50"}).errors);
 }

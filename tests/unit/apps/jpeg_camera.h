@@ -73,7 +73,7 @@ protected:
         EXPECT_TRUE(kernel->feed(path, frame));
     }
 
-    using Command = int (*)(const ostrel::apps::cli::Options&, const ostrel::apps::cli::Surroundings&);
+    using Command = int (*)(const ostrel::apps::cli::Options&, const ostrel::apps::cli::Context&);
 
     // Runs it beside the camera, and answers what it says.
     std::string run(Command command, const std::function<void()>& camera) {

@@ -1,6 +1,6 @@
 // record and a camera that sends JPEG, with a driver whose frames and times are known.
-#include "film.h"
 #include "jpeg_camera.h"
+#include "video.h"
 
 #include <QtGui/QImage>
 
@@ -46,18 +46,18 @@ TEST_F(RecordedJpegCamera, ItsOwnPicturesGoInUntouchedEachWithItsTime) {
             feed(jpeg, times[static_cast<std::size_t>(number)]);
         }
     });
-    const apptests::Film film = apptests::readFilm(file());
-    ASSERT_EQ(40U, film.times.size());
+    const apptests::Video video = apptests::readVideo(file());
+    ASSERT_EQ(40U, video.times.size());
     for (std::size_t at = 0; at < 40; ++at)
-        EXPECT_NEAR(double(times[at] - times[0]) / 1e6, film.times[at], 0.001) << at;
-    EXPECT_TRUE(sent == film.pictures) << sent.size() << " bytes, found " << film.pictures.size();
-    EXPECT_EQ("", film.errors.toStdString());
-    EXPECT_EQ(40, film.decoded);
-    EXPECT_EQ(64, film.width);
-    EXPECT_EQ(48, film.height);
+        EXPECT_NEAR(double(times[at] - times[0]) / 1e6, video.times[at], 0.001) << at;
+    EXPECT_TRUE(sent == video.pictures) << sent.size() << " bytes, found " << video.pictures.size();
+    EXPECT_EQ("", video.errors.toStdString());
+    EXPECT_EQ(40, video.decoded);
+    EXPECT_EQ(64, video.width);
+    EXPECT_EQ(48, video.height);
     // 19 short intervals, 20 long ones, and the last picture's own.
     const double shown = (19 * 33333 + 20 * 133333) / 1e6;
-    EXPECT_NEAR(shown * 40 / 39, film.duration, 0.002);
+    EXPECT_NEAR(shown * 40 / 39, video.duration, 0.002);
 }
 
 TEST_F(RecordedJpegCamera, PicturesOfAnotherSizeAreScaledAndEncoded) {
@@ -67,10 +67,10 @@ TEST_F(RecordedJpegCamera, PicturesOfAnotherSizeAreScaledAndEncoded) {
         for (int number = 0; number < 3; ++number)
             feed(quadrantsAsJpeg(128, 96, jpeg), 1000000 + number * 40000);
     });
-    const apptests::Film film = apptests::readFilm(file());
-    EXPECT_EQ(3, film.decoded);
-    EXPECT_EQ("", film.errors.toStdString());
-    const QImage image = QImage::fromData(film.pictures, "JPEG");
+    const apptests::Video video = apptests::readVideo(file());
+    EXPECT_EQ(3, video.decoded);
+    EXPECT_EQ("", video.errors.toStdString());
+    const QImage image = QImage::fromData(video.pictures, "JPEG");
     ASSERT_EQ(QSize(64, 48), image.size());
     for (int quadrant = 0; quadrant < 4; ++quadrant) {
         const QColor colour = image.pixelColor(quadrant % 2 ? 48 : 16, quadrant / 2 ? 36 : 12);
@@ -89,17 +89,17 @@ TEST_F(RecordedJpegCamera, APictureThatIsNotOfTheModesSizeIsScaled) {
         feed(numbered(2, 128, 96), 1040000);
         feed(numbered(3), 1080000);
     });
-    const apptests::Film film = apptests::readFilm(file());
-    EXPECT_EQ(3, film.decoded);
-    EXPECT_EQ("", film.errors.toStdString());
+    const apptests::Video video = apptests::readVideo(file());
+    EXPECT_EQ(3, video.decoded);
+    EXPECT_EQ("", video.errors.toStdString());
     const auto first = numbered(1);
-    EXPECT_TRUE(film.pictures.startsWith(
+    EXPECT_TRUE(video.pictures.startsWith(
         QByteArray(reinterpret_cast<const char*>(first.data()), static_cast<int>(first.size()))));
     const auto middle = numbered(2, 128, 96);
-    EXPECT_EQ(-1, film.pictures.indexOf(QByteArray(reinterpret_cast<const char*>(middle.data()),
-                                                   static_cast<int>(middle.size()))));
+    EXPECT_EQ(-1, video.pictures.indexOf(QByteArray(reinterpret_cast<const char*>(middle.data()),
+                                                    static_cast<int>(middle.size()))));
     const auto last = numbered(3);
-    EXPECT_TRUE(film.pictures.endsWith(
+    EXPECT_TRUE(video.pictures.endsWith(
         QByteArray(reinterpret_cast<const char*>(last.data()), static_cast<int>(last.size()))));
 }
 
@@ -111,7 +111,7 @@ TEST_F(RecordedJpegCamera, BytesThatAreNoPictureAreLeftOutAndCounted) {
         feed(std::vector<uint8_t>(3000, 0x55), 1040000, -1, false);
         feed(numbered(2), 1080000);
     });
-    EXPECT_EQ(2, apptests::readFilm(file()).decoded);
+    EXPECT_EQ(2, apptests::readVideo(file()).decoded);
     EXPECT_NE(std::string::npos, said.find("lost")) << said;
     EXPECT_NE(std::string::npos, said.find("(1 after frame 1)")) << said;
 }
@@ -136,7 +136,7 @@ TEST_F(RecordedJpegCamera, TimesNeverGoBack) {
         feed(numbered(2), 9040000);
         feed(numbered(3), 2000000);
     });
-    EXPECT_EQ((std::vector<double>{0, 0.04, 0.04}), apptests::readFilm(file()).times);
+    EXPECT_EQ((std::vector<double>{0, 0.04, 0.04}), apptests::readVideo(file()).times);
 }
 
 } // namespace

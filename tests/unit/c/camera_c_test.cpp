@@ -15,7 +15,7 @@
 namespace {
 
 const int WIDTH = 320, HEIGHT = 240;
-const int PATIENCE = 30000; // milliseconds
+const int TIMEOUT = 30000; // milliseconds
 
 class CameraC : public testing::Test {
 protected:
@@ -49,7 +49,7 @@ protected:
         return started_ = kept(code, handle);
     }
     int next(ostrel_handle handle, std::vector<uint8_t>& pixels, int layout,
-             ostrel_frame_info* frame = nullptr, int timeout = PATIENCE) {
+             ostrel_frame_info* frame = nullptr, int timeout = TIMEOUT) {
         return ostrel_next(handle, pixels.data(), pixels.size(), 0, layout, timeout, frame, why_,
                            sizeof why_);
     }
@@ -58,7 +58,7 @@ protected:
         int descriptor = -1;
         ASSERT_EQ(ostrel_descriptor(started_, &descriptor, why_, sizeof why_), OSTREL_OK) << why_;
         int code = OSTREL_NOTHING;
-        for (int attempt = 0; attempt < PATIENCE && code == OSTREL_NOTHING; ++attempt) {
+        for (int attempt = 0; attempt < TIMEOUT && code == OSTREL_NOTHING; ++attempt) {
             usleep(1000);
             code = ostrel_push(camera, pixels.data(), pixels.size(), width, height, 0, layout, why_,
                                sizeof why_);
@@ -113,7 +113,7 @@ TEST_F(CameraC, PicturesAreWrittenInEachLayoutBetweenThePadding) {
     push(camera, blue, 64, 48, OSTREL_BGR);
     const int stride = 64 * 3 + 10;
     std::vector<uint8_t> pixels(stride * 48, 7);
-    ASSERT_EQ(ostrel_next(capture, pixels.data(), pixels.size(), stride, OSTREL_BGR, PATIENCE, nullptr,
+    ASSERT_EQ(ostrel_next(capture, pixels.data(), pixels.size(), stride, OSTREL_BGR, TIMEOUT, nullptr,
                           words(), room()),
               OSTREL_OK)
         << why();
@@ -178,11 +178,11 @@ TEST_F(CameraC, DescriptorIsReadableWhileThereIsAFrame) {
     EXPECT_EQ(poll(&waiting, 1, 0), 0);
     std::vector<uint8_t> pixels(64 * 48, 1);
     push(camera, pixels, 64, 48, OSTREL_GREY);
-    EXPECT_EQ(poll(&waiting, 1, PATIENCE), 1);
+    EXPECT_EQ(poll(&waiting, 1, TIMEOUT), 1);
     EXPECT_EQ(next(capture, pixels, OSTREL_GREY, nullptr, 0), OSTREL_OK);
     EXPECT_EQ(poll(&waiting, 1, 0), 0);
     ostrel_stop(capture, nullptr, 0);
-    EXPECT_EQ(poll(&waiting, 1, PATIENCE), 1);
+    EXPECT_EQ(poll(&waiting, 1, TIMEOUT), 1);
     EXPECT_EQ(next(capture, pixels, OSTREL_GREY, nullptr, 0), OSTREL_OVER);
     EXPECT_NE(why(), "");
 }
@@ -198,7 +198,7 @@ TEST_F(CameraC, NativeFrameThatDoesNotFitIsGivenAgain) {
     ostrel_frame_info frame = {};
     frame.size = sizeof frame;
     std::vector<uint8_t> bytes(i420.size());
-    ASSERT_EQ(ostrel_next_native(capture, nullptr, 0, PATIENCE, &native, &frame, words(), room()),
+    ASSERT_EQ(ostrel_next_native(capture, nullptr, 0, TIMEOUT, &native, &frame, words(), room()),
               OSTREL_TOO_SMALL);
     ASSERT_EQ(native.bytes, i420.size());
     ASSERT_EQ(ostrel_next_native(capture, bytes.data(), bytes.size(), 0, &native, &frame, words(), room()),
@@ -360,7 +360,7 @@ TEST_F(CameraC, CallsInAForkedChildAreRefusedAndItsExitHoldsUpNobody) {
     ASSERT_EQ(next(capture, pixels, OSTREL_GREY), OSTREL_OK);
     const pid_t child = fork();
     if (child == 0) {
-        alarm(PATIENCE / 1000);
+        alarm(TIMEOUT / 1000);
         ostrel_handle list = 0;
         size_t count = 0;
         const bool refused = next(capture, pixels, OSTREL_GREY) == OSTREL_FORKED && !why().empty() &&

@@ -278,7 +278,7 @@ TEST_F(NativeOnly, FramesGoToWhoTakesTheirBytesAndToNobodyElse) {
     EXPECT_EQ(nextNativeFrame(pictures, still, LONG), 1) << "the reader has not had it yet";
 }
 
-TEST_F(NativeOnly, BytesOfACompressedFilmAreAsManyAsCame) {
+TEST_F(NativeOnly, BytesOfACompressedVideoAreAsManyAsCame) {
     ASSERT_FALSE(plugged({raw(V4L2_PIX_FMT_H264, {only(16, 8)})}).isEmpty());
     const Capture capture = capturing();
     OVideoFrameReader reader(capture);

@@ -129,7 +129,7 @@ TEST_F(PipeWireEnding, ASessionManagerThatComesBackBringsTheFramesBack) {
 TEST_F(PipeWireEnding, ADaemonThatDoesNotAnswerRefusesInWords) {
     const PipeWireCamera one("one");
     camera = listed("one");
-    Remote::patience = 100000000;
+    Remote::timeout = 100000000;
     session.daemon().kill(SIGSTOP);
     const cameras::Error refused = camera->open();
     EXPECT_EQ(refused.code, ETIMEDOUT);

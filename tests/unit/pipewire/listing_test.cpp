@@ -116,17 +116,17 @@ TEST_F(PipeWireListing, WithoutADaemonNobodyWaits) {
 TEST_F(PipeWireListing, ADaemonThatDoesNotAnswerIsLeftOutForAWhile) {
     const PipeWireCamera one("one");
     EXPECT_EQ(names(), Words({"one"}));
-    Remote::patience = 100000000;
+    Remote::timeout = 100000000;
     session.daemon().kill(SIGSTOP);
     const int64_t begin = monotonicNanoseconds();
     EXPECT_TRUE(provider->list().empty());
     const int64_t first = monotonicNanoseconds();
-    EXPECT_GE(first - begin, Remote::patience);
+    EXPECT_GE(first - begin, Remote::timeout);
     for (int i = 0; i < 100; ++i)
         EXPECT_TRUE(provider->list().empty());
-    EXPECT_LT(monotonicNanoseconds() - first, 100 * Remote::patience / 2) << "it was asked each time";
+    EXPECT_LT(monotonicNanoseconds() - first, 100 * Remote::timeout / 2) << "it was asked each time";
     session.daemon().kill(SIGCONT);
-    Remote::patience = 30000000000;
+    Remote::timeout = 30000000000;
     EXPECT_TRUE(comesTrue([&] { return names() == Words({"one"}); }));
 }
 

@@ -19,13 +19,13 @@ using support::RecordingSink;
 
 class PipeWireModes : public PipeWireTest {
 protected:
-    const std::string film = ::testing::TempDir() + "pipewire-" + std::to_string(::getpid()) + ".film";
+    const std::string file = ::testing::TempDir() + "pipewire-" + std::to_string(::getpid()) + ".h264";
 
-    void SetUp() override { std::ofstream(film) << "not decoded here"; }
+    void SetUp() override { std::ofstream(file) << "not decoded here"; }
     void TearDown() override {
         cameras::setModeWish("pipewire-one", ModeWish());
         cameras::listNativeOnly(false);
-        std::remove(film.c_str());
+        std::remove(file.c_str());
         PipeWireTest::TearDown();
     }
     // "YUYV 640x480 at 30", in the order in which they are told; a '-' before what has no picture.
@@ -103,7 +103,7 @@ TEST_F(PipeWireModes, ADaemonThatDoesNotAnswerOrHasGoneIsAnError) {
     const PipeWireCamera one("one");
     camera = listed("one");
     NativeModes modes;
-    cameras::pipewire::Remote::patience = 100000000;
+    cameras::pipewire::Remote::timeout = 100000000;
     session.daemon().kill(SIGSTOP);
     EXPECT_EQ(camera->modes(modes).code, ETIMEDOUT);
     EXPECT_TRUE(modes.empty());
@@ -156,8 +156,8 @@ TEST_F(PipeWireModes, OfACameraThatRunsInAnotherModeAWishIsNotGrantedAndOneThatF
 }
 
 TEST_F(PipeWireModes, AFormatWithoutAPictureIsHadWhereItIsWishedForOrTheOnlyOneThatIsAllowed) {
-    const PipeWireCamera one("one", {"format=H264", "sizes=640x480", "jpeg=" + film});
-    EXPECT_EQ(granted(), "one (PipeWire) offers only H264 (a compressed film, which is not decoded here)");
+    const PipeWireCamera one("one", {"format=H264", "sizes=640x480", "jpeg=" + file});
+    EXPECT_EQ(granted(), "one (PipeWire) offers only H264 (compressed video, which is not decoded here)");
     cameras::listNativeOnly(true);
     EXPECT_EQ(granted(), "-H264 640x480 at 30");
     cameras::listNativeOnly(false);

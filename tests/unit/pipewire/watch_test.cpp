@@ -130,12 +130,12 @@ TEST_F(PipeWireWatch, ADaemonThatAnswersAgainIsAskedAgain) {
     const PipeWireCamera one("one");
     const auto watch = provider->watch();
     EXPECT_EQ(settled(*watch), Words({"one"}));
-    Remote::patience = 100000000;
+    Remote::timeout = 100000000;
     session.daemon().kill(SIGSTOP);
     EXPECT_TRUE(names().empty());
     EXPECT_TRUE(watch->changed()) << "that its cameras are left out is a change";
     session.daemon().kill(SIGCONT);
-    Remote::patience = 30000000000;
+    Remote::timeout = 30000000000;
     EXPECT_TRUE(comesTo(*watch, {"one"}));
 }
 

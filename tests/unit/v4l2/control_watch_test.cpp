@@ -9,7 +9,7 @@ namespace tests {
 
 namespace {
 
-const int PATIENCE = 60000; // milliseconds; only a hang is waited out for so long
+const int TIMEOUT = 60000; // milliseconds; only a hang is waited out for so long
 
 class ControlWatchTest : public ControlsTest {
 protected:
@@ -37,8 +37,8 @@ TEST_F(ControlWatchTest, SeesWhatAnotherProgramHasSetOnceWithItsNewestValue) {
         EXPECT_EQ(watch.wait(0), 0);
         kernel->setControl(path, BRIGHTNESS, 11);
         kernel->setControl(path, BRIGHTNESS, 12);
-        EXPECT_TRUE(isReadable(watch, PATIENCE));
-        EXPECT_EQ(watch.wait(PATIENCE), 1);
+        EXPECT_TRUE(isReadable(watch, TIMEOUT));
+        EXPECT_EQ(watch.wait(TIMEOUT), 1);
         const QList<OVideoControl> changed = watch.take();
         ASSERT_EQ(changed.size(), 1);
         EXPECT_EQ(changed[0].id(), BRIGHTNESS);
@@ -52,7 +52,7 @@ TEST_F(ControlWatchTest, SeesWhatThisProcessSetsAndWhatBecomesActiveByIt) {
     plug();
     OVideoControlWatch watch(id);
     EXPECT_EQ(set(QList<OVideoControl>() << with(AUTOGAIN, 0)), "");
-    EXPECT_TRUE(isReadable(watch, PATIENCE));
+    EXPECT_TRUE(isReadable(watch, TIMEOUT));
     const QList<OVideoControl> changed = watch.take();
     EXPECT_EQ(names(changed), "Gain, Automatic, Gain");
     ASSERT_EQ(changed.size(), 2);
@@ -80,11 +80,11 @@ TEST_F(ControlWatchTest, IsToldThatTheCameraHasLeft) {
     plug();
     OVideoControlWatch watch(id);
     unplug();
-    EXPECT_TRUE(isReadable(watch, PATIENCE));
-    EXPECT_EQ(watch.wait(PATIENCE), -1);
+    EXPECT_TRUE(isReadable(watch, TIMEOUT));
+    EXPECT_EQ(watch.wait(TIMEOUT), -1);
     EXPECT_EQ(watch.error(), QString::fromStdString(where + " was unplugged"));
     EXPECT_TRUE(watch.take().isEmpty());
-    EXPECT_EQ(watch.wait(PATIENCE), -1);
+    EXPECT_EQ(watch.wait(TIMEOUT), -1);
 }
 
 TEST_F(ControlWatchTest, SaysWhyItSeesNothing) {
@@ -122,7 +122,7 @@ TEST_F(ControlWatchTest, LetsACaptureBe) {
     EXPECT_TRUE(sink->waitForFrames(1));
     EXPECT_FALSE(isReadable(watch, 0));
     kernel->setControl(path, BRIGHTNESS, 11);
-    EXPECT_EQ(watch.wait(PATIENCE), 1);
+    EXPECT_EQ(watch.wait(TIMEOUT), 1);
     camera->stop(sink);
     camera->close();
     sink->drop();

@@ -52,7 +52,7 @@ TEST(Identifier, DoesNotDependOnTheNumberOfTheNode) {
     NodeFacts facts = usb("", "3");
     const std::string before = idOf(facts);
     facts.path = "/dev/video17";
-    facts.incarnation = "another";
+    facts.generation = "another";
     EXPECT_EQ(idOf(facts), before);
 }
 

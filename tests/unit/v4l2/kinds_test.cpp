@@ -183,7 +183,7 @@ TEST_F(ListingTest, NamesTheFormatsOfANodeThatOffersNoUsableOne) {
     device.formats = {raw(V4L2_PIX_FMT_SBGGR8, {only(640, 480)}), raw(V4L2_PIX_FMT_H264, {only(640, 480)})};
     addBare("/dev/video0", device);
     EXPECT_EQ(reason("/dev/video0"),
-              "offers only BA81 (raw Bayer), H264 (a compressed film, which is not decoded "
+              "offers only BA81 (raw Bayer), H264 (compressed video, which is not decoded "
               "here)");
 }
 
@@ -195,7 +195,7 @@ TEST(UnusableFormats, AreToldApart) {
               "offers only pRAA, BA12 (raw Bayer): needs libcamera, for example through PipeWire");
     EXPECT_EQ(unusableFormats({V4L2_PIX_FMT_Z16}), "offers only Z16 (depth)");
     EXPECT_EQ(unusableFormats({V4L2_PIX_FMT_H264}),
-              "offers only H264 (a compressed film, which is not decoded here)");
+              "offers only H264 (compressed video, which is not decoded here)");
     for (const uint32_t format : {V4L2_PIX_FMT_PJPG, V4L2_PIX_FMT_SN9C10X})
         EXPECT_NE(unusableFormats({format}).find("(its maker's own format, which is not decoded here)"),
                   std::string::npos);

@@ -200,17 +200,17 @@ TEST_F(DeviceFolder, KnowsADeviceByItsNumberWhateverItsNodeIsCalled) {
     ASSERT_EQ(nodes.size(), 1u);
     EXPECT_EQ(nodes[0].path, path);
     EXPECT_TRUE(nodes[0].isVirtual); // as /sys/dev/char/1:3 says; there is no /sys/class/video4linux/video7
-    EXPECT_EQ(nodes[0].incarnation, discovery->incarnation("/dev/null"));
+    EXPECT_EQ(nodes[0].generation, discovery->generation("/dev/null"));
 }
 
 TEST_F(DeviceFolder, NoticesThatAnotherDeviceHasTakenTheNode) {
     const std::string path = link("video0", "/dev/null");
-    const std::string before = discovery->incarnation(path);
+    const std::string before = discovery->generation(path);
     link("video0", "/dev/zero");
-    EXPECT_NE(discovery->incarnation(path), before);
-    EXPECT_NE(discovery->incarnation(path), "");
+    EXPECT_NE(discovery->generation(path), before);
+    EXPECT_NE(discovery->generation(path), "");
     link("video0", "/nowhere");
-    EXPECT_EQ(discovery->incarnation(path), "");
+    EXPECT_EQ(discovery->generation(path), "");
     EXPECT_TRUE(discovery->nodes().empty());
 }
 
@@ -235,10 +235,10 @@ TEST(SystemDiscovery, DescribesWhateverThisMachineHas) {
     const auto discovery = cameras::v4l2::makeDiscovery();
     for (const NodeFacts& facts : discovery->nodes()) {
         EXPECT_EQ(facts.path.rfind("/dev/video", 0), 0u);
-        EXPECT_EQ(facts.incarnation, discovery->incarnation(facts.path));
+        EXPECT_EQ(facts.generation, discovery->generation(facts.path));
     }
-    EXPECT_EQ(discovery->incarnation("/dev/video-that-is-not-there"), "");
-    EXPECT_EQ(discovery->incarnation("/dev"), "");
+    EXPECT_EQ(discovery->generation("/dev/video-that-is-not-there"), "");
+    EXPECT_EQ(discovery->generation("/dev"), "");
 }
 
 } // namespace tests

@@ -180,8 +180,8 @@ TEST_F(NegotiationTest, NamesTheFormatsOfACameraThatHasNoneOfUse) {
     device.formats = {raw(V4L2_PIX_FMT_H264, {only(64, 48)}), raw(V4L2_PIX_FMT_Z16, {only(64, 48)})};
     plug();
     ASSERT_FALSE(camera->open());
-    EXPECT_EQ(camera->start(64, 48, sink).text, "HD Webcam (/dev/video0) offers only H264 (a compressed "
-                                                "film, which is not decoded here), Z16 (depth)");
+    EXPECT_EQ(camera->start(64, 48, sink).text, "HD Webcam (/dev/video0) offers only H264 (compressed "
+                                                "video, which is not decoded here), Z16 (depth)");
 }
 
 } // namespace tests

@@ -388,18 +388,18 @@ TEST_F(ScriptedDriverTest, MisuseAndLeaksAreSeen) {
     EXPECT_EQ(kernel.misuse().back(), "close of a descriptor that is not open");
 }
 
-TEST(ScriptedDiscovery, GivesANodeAnotherIncarnationEachTimeItAppears) {
+TEST(ScriptedDiscovery, GivesANodeAnotherGenerationEachTimeItAppears) {
     ScriptedDiscovery discovery;
     cameras::v4l2::NodeFacts facts;
     facts.path = PATH;
     discovery.add(facts);
-    const std::string first = discovery.incarnation(PATH);
+    const std::string first = discovery.generation(PATH);
     EXPECT_NE(first, "");
     discovery.remove(PATH);
     EXPECT_TRUE(discovery.nodes().empty());
-    EXPECT_EQ(discovery.incarnation(PATH), "");
+    EXPECT_EQ(discovery.generation(PATH), "");
     discovery.add(facts);
-    EXPECT_NE(discovery.incarnation(PATH), first);
+    EXPECT_NE(discovery.generation(PATH), first);
     EXPECT_EQ(discovery.nodes().size(), 1u);
 }
 

@@ -17,7 +17,7 @@ using ostrel::support::RecordingSink;
 
 namespace {
 
-const int PATIENCE = 60000; // milliseconds; only a hang is waited out for so long
+const int TIMEOUT = 60000; // milliseconds; only a hang is waited out for so long
 
 class PatternControls : public testing::Test {
 protected:
@@ -118,14 +118,14 @@ TEST_F(PatternControls, AreWatched) {
     ASSERT_TRUE(set("Brightness", 1));
     ASSERT_TRUE(set("Brightness", 2));
     pollfd told = {watch.descriptor(), POLLIN, 0};
-    EXPECT_EQ(::poll(&told, 1, PATIENCE), 1);
+    EXPECT_EQ(::poll(&told, 1, TIMEOUT), 1);
     EXPECT_EQ(watch.wait(-1), 1);
     const QList<OVideoControl> changed = watch.take();
     ASSERT_EQ(changed.size(), 1);
     EXPECT_EQ(changed[0].value(), 2);
     EXPECT_EQ(::poll(&told, 1, 0), 0);
     camera.detach();
-    EXPECT_EQ(::poll(&told, 1, PATIENCE), 1);
+    EXPECT_EQ(::poll(&told, 1, TIMEOUT), 1);
     EXPECT_EQ(watch.wait(-1), -1);
     EXPECT_EQ(watch.error(), QString("Moving bars was unplugged"));
 }

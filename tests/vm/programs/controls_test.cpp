@@ -15,7 +15,7 @@ using namespace ostrel::vm;
 
 namespace {
 
-const int PATIENCE = 120000; // milliseconds
+const int TIMEOUT = 120000; // milliseconds
 
 OVideoControl named(const char* name) {
     for (const OVideoControl& control : videoControls(onlyCamera()))
@@ -136,7 +136,7 @@ TEST(VividControls, ChangesOfAnotherProgramAreSeen) {
     ASSERT_EQ(watch.error().toStdString(), "");
     EXPECT_EQ(watch.wait(0), 0);
     shell("v4l2-ctl -d /dev/video0 -c brightness=77");
-    EXPECT_EQ(watch.wait(PATIENCE), 1);
+    EXPECT_EQ(watch.wait(TIMEOUT), 1);
     QList<OVideoControl> changed = watch.take();
     ASSERT_EQ(changed.size(), 1);
     EXPECT_EQ(changed[0].id(), uint32_t(V4L2_CID_BRIGHTNESS));
@@ -145,7 +145,7 @@ TEST(VividControls, ChangesOfAnotherProgramAreSeen) {
     // What becomes active by it is told as well.
     const bool automatic = numbered(V4L2_CID_AUTOGAIN).value() != 0;
     EXPECT_EQ(set(QList<OVideoControl>() << with(numbered(V4L2_CID_AUTOGAIN), !automatic)), "");
-    EXPECT_EQ(watch.wait(PATIENCE), 1);
+    EXPECT_EQ(watch.wait(TIMEOUT), 1);
     changed = watch.take();
     bool gainToo = false;
     for (const OVideoControl& control : changed)
@@ -182,12 +182,12 @@ TEST(WebcamControls, ChangesAreSeenAndThatItWasUnplugged) {
     OVideoControlWatch watch(onlyCamera());
     ASSERT_EQ(watch.error().toStdString(), "");
     shell("v4l2-ctl -d /dev/video0 -c brightness=33");
-    EXPECT_EQ(watch.wait(PATIENCE), 1);
+    EXPECT_EQ(watch.wait(TIMEOUT), 1);
     const QList<OVideoControl> changed = watch.take();
     ASSERT_EQ(changed.size(), 1);
     EXPECT_EQ(changed[0].value(), 33);
     cameraShell("tell_webcam unplug");
-    EXPECT_EQ(watch.wait(PATIENCE), -1);
+    EXPECT_EQ(watch.wait(TIMEOUT), -1);
     EXPECT_NE(watch.error().toStdString().find("unplugged"), std::string::npos)
         << watch.error().toStdString();
     cameraShell("tell_webcam plug");

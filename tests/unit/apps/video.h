@@ -1,6 +1,6 @@
 // What ffprobe and ffmpeg find in a recording.
-#ifndef OSTREL_TESTS_APPS_FILM_H
-#define OSTREL_TESTS_APPS_FILM_H
+#ifndef OSTREL_TESTS_APPS_VIDEO_H
+#define OSTREL_TESTS_APPS_VIDEO_H
 
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
@@ -9,7 +9,7 @@
 
 namespace apptests {
 
-struct Film {
+struct Video {
     std::vector<double> times; // of its pictures, seconds
     double duration = -1;      // as stated; -1 when it states none
     int width = 0;
@@ -19,7 +19,7 @@ struct Film {
     QByteArray errors;   // of the decoder
 };
 
-Film readFilm(const QString& path);
+Video readVideo(const QString& path);
 
 } // namespace apptests
 

@@ -1,7 +1,7 @@
 // Compressed recordings of the program, as players find them, whatever becomes of it.
-#include "film.h"
 #include "frames.h"
 #include "program.h"
+#include "video.h"
 
 #include <gtest/gtest.h>
 
@@ -30,38 +30,38 @@ bool grows(const QString& path, qint64 bytes) {
     return QFileInfo(path).size() >= bytes;
 }
 
-TEST(FilmProgram, AMatroskaFileHoldsEveryFrameAndItsDuration) {
+TEST(VideoProgram, AMatroskaFileHoldsEveryFrameAndItsDuration) {
     Folder folder;
     const Outcome outcome =
         run(folder.path(), {"record", "--test-camera", "-t", "2.2", "-s", "ld", "clip.mkv"});
     ASSERT_EQ(0, outcome.code) << outcome.errors;
-    const Film film = readFilm(folder.file("clip.mkv"));
+    const Video video = readVideo(folder.file("clip.mkv"));
     const QByteArray said = QByteArray::fromStdString(outcome.errors);
-    EXPECT_TRUE(said.contains("recorded " + QByteArray::number(film.decoded) + " frames in "))
+    EXPECT_TRUE(said.contains("recorded " + QByteArray::number(video.decoded) + " frames in "))
         << said.toStdString();
     EXPECT_TRUE(said.contains(" MB), ")) << said.toStdString();
-    EXPECT_EQ("", film.errors.toStdString());
-    EXPECT_EQ(320, film.width);
-    EXPECT_EQ(240, film.height);
-    ASSERT_GE(film.times.size(), 2U);
-    EXPECT_EQ(0, film.times.front());
-    EXPECT_GE(film.times.back(), 2.199);
-    EXPECT_GT(film.duration, film.times.back());
-    EXPECT_LT(film.duration, film.times.back() + 0.5);
+    EXPECT_EQ("", video.errors.toStdString());
+    EXPECT_EQ(320, video.width);
+    EXPECT_EQ(240, video.height);
+    ASSERT_GE(video.times.size(), 2U);
+    EXPECT_EQ(0, video.times.front());
+    EXPECT_GE(video.times.back(), 2.199);
+    EXPECT_GT(video.duration, video.times.back());
+    EXPECT_LT(video.duration, video.times.back() + 0.5);
 }
 
-TEST(FilmProgram, APipeIsGivenTheSameFilmWithoutWhatComesLater) {
+TEST(VideoProgram, APipeIsGivenTheSameVideoWithoutWhatComesLater) {
     Folder folder;
     const Outcome outcome = runShell(
         folder.path(), "\"$OSTREL\" record --test-camera -q -n 40 -s ld --format mkv - | cat > piped.mkv");
     EXPECT_EQ("", outcome.errors);
-    const Film film = readFilm(folder.file("piped.mkv"));
-    EXPECT_EQ(40, film.decoded);
-    EXPECT_EQ("", film.errors.toStdString());
-    EXPECT_EQ(-1, film.duration);
+    const Video video = readVideo(folder.file("piped.mkv"));
+    EXPECT_EQ(40, video.decoded);
+    EXPECT_EQ("", video.errors.toStdString());
+    EXPECT_EQ(-1, video.duration);
 }
 
-TEST(FilmProgram, PicturesAreScaledAndOfTheQualityThatIsAskedFor) {
+TEST(VideoProgram, PicturesAreScaledAndOfTheQualityThatIsAskedFor) {
     Folder folder;
     qint64 bytes[2];
     for (int at = 0; at < 2; ++at) {
@@ -69,36 +69,36 @@ TEST(FilmProgram, PicturesAreScaledAndOfTheQualityThatIsAskedFor) {
             run(folder.path(), {"record", "--test-camera", "-n", "3", "-s", "hd", "--scale", "sd",
                                 "--quality", at ? "95" : "20", "clip.mkv"});
         ASSERT_EQ(0, outcome.code) << outcome.errors;
-        const Film film = readFilm(folder.file("clip.mkv"));
-        EXPECT_EQ(3, film.decoded);
-        EXPECT_EQ(640, film.width);
-        EXPECT_EQ(480, film.height);
-        bytes[at] = film.pictures.size();
+        const Video video = readVideo(folder.file("clip.mkv"));
+        EXPECT_EQ(3, video.decoded);
+        EXPECT_EQ(640, video.width);
+        EXPECT_EQ(480, video.height);
+        bytes[at] = video.pictures.size();
     }
     EXPECT_LT(3 * bytes[0], 2 * bytes[1]);
 }
 
-TEST(FilmProgram, WhatMeansNothingForAFilmIsRefused) {
+TEST(VideoProgram, WhatMeansNothingForAVideoIsRefused) {
     EXPECT_EQ("ostrel-camera: --rate is for Y4M files: in a Matroska file each frame has its own time\n",
               run("/", {"record", "--test-camera", "--rate", "5", "a.mkv"}).errors);
     EXPECT_EQ("ostrel-camera: --quality is for Matroska files (.mkv): the others are not compressed\n",
               run("/", {"record", "--test-camera", "--quality", "5", "a.y4m"}).errors);
 }
 
-TEST(FilmProgram, CtrlCFinishesTheFile) {
+TEST(VideoProgram, CtrlCFinishesTheFile) {
     Folder folder;
     QProcess process;
     start(process, folder.path(), {"record", "--test-camera", "-s", "ld", "clip.mkv"});
     ASSERT_TRUE(grows(folder.file("clip.mkv"), 100000));
     kill(static_cast<pid_t>(process.processId()), SIGINT);
     EXPECT_EQ(0, finish(process).code);
-    const Film film = readFilm(folder.file("clip.mkv"));
-    EXPECT_GT(film.duration, 0);
-    EXPECT_EQ("", film.errors.toStdString());
+    const Video video = readVideo(folder.file("clip.mkv"));
+    EXPECT_GT(video.duration, 0);
+    EXPECT_EQ("", video.errors.toStdString());
 }
 
 // Ten at a time, since each has to run for a while.
-TEST(FilmProgram, KilledAtAnyMomentItCanBePlayed) {
+TEST(VideoProgram, KilledAtAnyMomentItCanBePlayed) {
     std::mt19937 random(20261122);
     std::uniform_int_distribution<int> bytes(1, 250000);
     for (int round = 0; round < 5; ++round) {
@@ -115,31 +115,31 @@ TEST(FilmProgram, KilledAtAnyMomentItCanBePlayed) {
             EXPECT_TRUE(grows(path, least));
             programs[static_cast<std::size_t>(at)]->kill();
             programs[static_cast<std::size_t>(at)]->waitForFinished();
-            const Film film = readFilm(path);
+            const Video video = readVideo(path);
             // The header, and at most the torn picture, are no whole pictures.
-            EXPECT_GE(film.decoded, least > 20000 ? 1 : 0) << least;
-            EXPECT_GE(film.decoded + 1, static_cast<int>(film.times.size())) << least;
+            EXPECT_GE(video.decoded, least > 20000 ? 1 : 0) << least;
+            EXPECT_GE(video.decoded + 1, static_cast<int>(video.times.size())) << least;
         }
     }
 }
 
-TEST(FilmProgram, AFullDiskEndsItWithALineAndAFileThatPlays) {
+TEST(VideoProgram, AFullDiskEndsItWithALineAndAFileThatPlays) {
     Folder folder;
     const Outcome outcome =
         runShell(folder.path(), "trap '' XFSZ; ulimit -f 1000; exec \"$OSTREL\" record -q "
                                 "--test-camera --size ld clip.mkv");
     EXPECT_EQ(7, outcome.code);
-    const Film film = readFilm(folder.file("clip.mkv"));
+    const Video video = readVideo(folder.file("clip.mkv"));
     EXPECT_EQ("ostrel-camera: cannot write 'clip.mkv': File too large; it holds the " +
-                  std::to_string(film.decoded) + " frames before\n",
+                  std::to_string(video.decoded) + " frames before\n",
               outcome.errors);
-    EXPECT_GE(film.decoded, 10);
-    EXPECT_EQ("", film.errors.toStdString());
-    EXPECT_GT(film.duration, 0);
+    EXPECT_GE(video.decoded, 10);
+    EXPECT_EQ("", video.errors.toStdString());
+    EXPECT_GT(video.duration, 0);
 }
 
 // A file system of one megabyte, where the machine lets one be mounted.
-TEST(FilmProgram, AFileSystemOfOneMegabyteFillsUp) {
+TEST(VideoProgram, AFileSystemOfOneMegabyteFillsUp) {
     Folder folder;
     const QString mount = "mkdir disk && mount -t tmpfs -o size=1m none disk";
     const QString inside = "unshare --mount --map-root-user sh -c '" + mount + " && ";
@@ -152,15 +152,15 @@ TEST(FilmProgram, AFileSystemOfOneMegabyteFillsUp) {
         folder.path(), inside + "\"$OSTREL\" record -q --test-camera --size ld disk/clip.mkv; code=$?; "
                                 "cp disk/clip.mkv . && exit $code'");
     EXPECT_EQ(7, outcome.code);
-    const Film film = readFilm(folder.file("clip.mkv"));
+    const Video video = readVideo(folder.file("clip.mkv"));
     EXPECT_EQ("ostrel-camera: cannot write 'disk/clip.mkv': No space left on device; it holds the " +
-                  std::to_string(film.decoded) + " frames before\n",
+                  std::to_string(video.decoded) + " frames before\n",
               outcome.errors);
-    EXPECT_GE(film.decoded, 10);
-    EXPECT_EQ("", film.errors.toStdString());
+    EXPECT_GE(video.decoded, 10);
+    EXPECT_EQ("", video.errors.toStdString());
 }
 
-TEST(FilmProgram, ADeviceThatIsFullLeavesALine) {
+TEST(VideoProgram, ADeviceThatIsFullLeavesALine) {
     const Outcome outcome = run("/", {"record", "-q", "--test-camera", "--format", "mkv", "/dev/full"});
     EXPECT_EQ(7, outcome.code);
     EXPECT_EQ("ostrel-camera: cannot write '/dev/full': No space left on device\n", outcome.errors);

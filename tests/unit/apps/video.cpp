@@ -1,4 +1,4 @@
-#include "film.h"
+#include "video.h"
 
 #include <QtCore/QProcess>
 #include <QtCore/QStringList>
@@ -22,8 +22,8 @@ Answer ask(const QString& program, const QStringList& arguments) {
 
 } // namespace
 
-Film readFilm(const QString& path) {
-    Film film;
+Video readVideo(const QString& path) {
+    Video video;
     const QStringList entries = {"-v", "error", "-of", "csv"};
     const Answer facts = ask("ffprobe", entries + QStringList{"-show_entries",
                                                               "packet=pts_time:stream=width,height:format="
@@ -32,21 +32,21 @@ Film readFilm(const QString& path) {
     for (const QByteArray& line : facts.output.split('\n')) {
         const QList<QByteArray> values = line.trimmed().split(',');
         if (values[0] == "packet")
-            film.times.push_back(values.value(1).toDouble());
+            video.times.push_back(values.value(1).toDouble());
         if (values[0] == "stream") {
-            film.width = values.value(1).toInt();
-            film.height = values.value(2).toInt();
+            video.width = values.value(1).toInt();
+            video.height = values.value(2).toInt();
         }
         if (values[0] == "format" && values.value(1) != "N/A")
-            film.duration = values.value(1).toDouble();
+            video.duration = values.value(1).toDouble();
     }
-    film.pictures = ask("ffmpeg", {"-v", "error", "-i", path, "-c", "copy", "-f", "mjpeg", "-"}).output;
+    video.pictures = ask("ffmpeg", {"-v", "error", "-i", path, "-c", "copy", "-f", "mjpeg", "-"}).output;
     const Answer decoding = ask(
         "ffmpeg", {"-v", "error", "-progress", "-", "-i", path, "-vsync", "passthrough", "-f", "null", "-"});
-    film.errors = decoding.errors;
+    video.errors = decoding.errors;
     const QByteArray last = decoding.output.mid(decoding.output.lastIndexOf("frame="));
-    film.decoded = last.mid(6, last.indexOf('\n') - 6).trimmed().toInt();
-    return film;
+    video.decoded = last.mid(6, last.indexOf('\n') - 6).trimmed().toInt();
+    return video;
 }
 
 } // namespace apptests
