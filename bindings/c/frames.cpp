@@ -129,8 +129,10 @@ extern "C" int ostrel_next(ostrel_handle capture, uint8_t* pixels, size_t bytes,
             return nextVideoFrame(place->reader, wanted.pixels, wanted.bytes, wanted.stride, wanted.layout,
                                   slice, &place->facts, words);
         });
-        if (answer == OSTREL_OK)
+        if (answer == OSTREL_OK) {
+            place->nativeWaits = false; // it would be an older one
             giveOptional(place->facts, frame);
+        }
         return answer;
     });
 }
