@@ -106,9 +106,7 @@ using namespace ostrel::c;
 extern "C" int ostrel_descriptor(ostrel_handle handle, int32_t* descriptor, char* why, size_t why_bytes) {
     return call(why, why_bytes, [&] {
         int32_t& to = required(descriptor, "The place for the descriptor");
-        const std::shared_ptr<Object> object = objectOf(handle);
-        const Turn turn(*object);
-        const int found = object->descriptor();
+        const int found = objectOf(handle)->descriptor();
         if (found < 0)
             throw Failure(OSTREL_FAILED, "There is no descriptor to wait by");
         to = found;
