@@ -1,6 +1,7 @@
 #include <ostrel/capture.h>
 
 #include "base/frame_memory.h"
+#include "base/wake_descriptor.h"
 #include "base/wrapping.h"
 #include "capture/capture_access.h"
 #include "capture/diagnostics.h"
@@ -65,6 +66,12 @@ namespace {
 // A negative product, once widened, is more memory than there is.
 size_t bufferBytes(int width, int height) {
     return static_cast<size_t>(static_cast<int64_t>(wrapping::mul(width, 4, height)));
+}
+
+// Qt gives each of its threads an event loop, and ends the program when that gets no descriptor.
+bool threadsGetDescriptors() {
+    const WakeDescriptor first, second;
+    return first.valid() && second.valid();
 }
 
 } // namespace
@@ -145,7 +152,13 @@ void OVideoCaptureMacX::startCapture(const char* cameraId, int width, int height
     wait();
     d->runs.load(std::memory_order_acquire);
     session::setCamera(d->captureObject, identifier, width, height);
+    if (!threadsGetDescriptors()) {
+        session::refuse(d->captureObject, "The system has no descriptors left to start a camera with");
+        return;
+    }
     start(QThread::InheritPriority);
+    if (!isRunning() && !isFinished())
+        session::refuse(d->captureObject, "The system gave no thread to start the camera on");
 }
 
 // On the driver's own thread: unless the client was quicker, has the session started.

@@ -16,15 +16,22 @@ std::atomic<bool> forked{false};
 
 } // namespace
 
-void copyText(const std::string& utf8, char* to, size_t bytes) {
+void copyText(const char* utf8, size_t size, char* to, size_t bytes) {
     if (!to || bytes == 0)
         return;
-    size_t length = std::min(utf8.size(), bytes - 1);
+    size_t length = std::min(size, bytes - 1);
     // Not in the middle of a character: what follows its first byte has the bits 10 in front.
-    while (length > 0 && length < utf8.size() && (static_cast<unsigned char>(utf8[length]) & 0xC0) == 0x80)
+    while (length > 0 && length < size && (static_cast<unsigned char>(utf8[length]) & 0xC0) == 0x80)
         --length;
-    std::memcpy(to, utf8.data(), length);
+    std::memcpy(to, utf8, length);
     to[length] = '\0';
+}
+
+void giveWords(const char* utf8, char* why, size_t whyBytes) {
+    copyText(utf8, std::strlen(utf8), why, whyBytes);
+    for (char* c = why; c && whyBytes > 0 && *c; ++c)
+        if ((*c > 0 && *c < ' ') || *c == '\x7f')
+            *c = ' ';
 }
 
 QString requiredText(const char* text, const char* what) {
@@ -51,15 +58,15 @@ int answerToException(char* why, size_t whyBytes) {
     try {
         throw;
     } catch (const Failure& failure) {
-        copyText(failure.what(), why, whyBytes);
+        giveWords(failure.what(), why, whyBytes);
         return failure.code();
     } catch (const std::bad_alloc&) {
-        copyText("There is not enough memory", why, whyBytes);
+        giveWords("There is not enough memory", why, whyBytes);
         return OSTREL_NO_MEMORY;
     } catch (const std::exception& exception) {
-        copyText(exception.what(), why, whyBytes);
+        giveWords(exception.what(), why, whyBytes);
     } catch (...) {
-        copyText("Something unknown has failed", why, whyBytes);
+        giveWords("Something unknown has failed", why, whyBytes);
     }
     return OSTREL_FAILED;
 }

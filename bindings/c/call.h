@@ -29,12 +29,17 @@ private:
 };
 
 // Copies as much of the text as fits, whole characters and a zero byte. to may be null.
-void copyText(const std::string& utf8, char* to, size_t bytes);
+void copyText(const char* utf8, size_t size, char* to, size_t bytes);
+// What is said about a call: one line, whatever the names in it are. why may be null. Takes no memory.
+void giveWords(const char* utf8, char* why, size_t whyBytes);
 
+inline void copyText(const std::string& utf8, char* to, size_t bytes) {
+    copyText(utf8.data(), utf8.size(), to, bytes);
+}
 template <size_t bytes>
 void copyText(const QString& text, char (&to)[bytes]) {
     const QByteArray utf8 = text.toUtf8();
-    copyText(std::string(utf8.constData(), static_cast<size_t>(utf8.size())), to, bytes);
+    copyText(utf8.constData(), static_cast<size_t>(utf8.size()), to, bytes);
 }
 
 // Throws unless the pointer is there; what: "no memory for the answer".
@@ -82,10 +87,10 @@ int answerToException(char* why, size_t whyBytes);
 // Makes a call of the interface: work() answers the code.
 template <typename Work>
 int call(char* why, size_t whyBytes, Work work) {
-    copyText(std::string(), why, whyBytes);
+    giveWords("", why, whyBytes);
     if (inForkedChild()) {
-        copyText("This process was forked from one that has used the library, which cannot be used in it",
-                 why, whyBytes);
+        giveWords("This process was forked from one that has used the library, which cannot be used in it",
+                  why, whyBytes);
         return OSTREL_FORKED;
     }
     try {

@@ -16,7 +16,7 @@ public:
     explicit Place(const QSharedPointer<OVideoCaptureUnix>& capture)
         : reader(capture), width(capture->width()), height(capture->height()) {}
 
-    int descriptor() override { return reader.descriptor(); }
+    int descriptor() override { return reader.descriptor(); } // under the lock that its frames are under
 
     OVideoFrameReader reader;
     const int width, height;

@@ -67,7 +67,7 @@ extern "C" int ostrel_controls(const char* id, ostrel_handle* list, size_t* coun
         const ListAnswer answer(list, count);
         QString words;
         const QList<OVideoControl> controls = videoControls(requiredText(id, "The identifier"), &words);
-        copyText(utf8Of(words), why, why_bytes);
+        giveWords(utf8Of(words).c_str(), why, why_bytes);
         return giveControls(answer, controls);
     });
 }
@@ -106,7 +106,7 @@ extern "C" int ostrel_set_controls(const char* id, const uint32_t* controls, con
         QString words;
         if (!setVideoControls(requiredText(id, "The identifier"), settings, &words))
             throw Failure(OSTREL_REFUSED, utf8Of(words));
-        copyText(utf8Of(words), why, why_bytes);
+        giveWords(utf8Of(words).c_str(), why, why_bytes);
         return OSTREL_OK;
     });
 }

@@ -106,9 +106,7 @@ using namespace ostrel::c;
 extern "C" int ostrel_descriptor(ostrel_handle handle, int32_t* descriptor, char* why, size_t why_bytes) {
     return call(why, why_bytes, [&] {
         int32_t& to = required(descriptor, "The place for the descriptor");
-        const std::shared_ptr<Object> object = objectOf(handle);
-        const Turn turn(*object);
-        const int found = object->descriptor();
+        const int found = objectOf(handle)->descriptor();
         if (found < 0)
             throw Failure(OSTREL_FAILED, "There is no descriptor to wait by");
         to = found;
@@ -129,8 +127,10 @@ extern "C" int ostrel_next(ostrel_handle capture, uint8_t* pixels, size_t bytes,
             return nextVideoFrame(place->reader, wanted.pixels, wanted.bytes, wanted.stride, wanted.layout,
                                   slice, &place->facts, words);
         });
-        if (answer == OSTREL_OK)
+        if (answer == OSTREL_OK) {
+            place->nativeWaits = false; // it would be an older one
             giveOptional(place->facts, frame);
+        }
         return answer;
     });
 }

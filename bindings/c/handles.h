@@ -24,7 +24,8 @@ public:
 
     // Its handle was closed, while calls by it may be going on. Called once.
     virtual void end() {}
-    // Readable while there is something to wait for; -1 when there is none. Under its turn.
+    // Readable while there is something to wait for; -1 when there is none. Any thread may ask, also while
+    // another one waits.
     virtual int descriptor() { throw Failure(OSTREL_BAD_HANDLE, "Nothing can be waited for by this handle"); }
 
     // Waits for something to take: 1, 0 when the time is over; throws when nothing will come (any more).

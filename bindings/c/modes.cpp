@@ -72,7 +72,7 @@ extern "C" int ostrel_modes(const char* id, ostrel_handle* list, size_t* count, 
         const QList<OVideoMode> modes = videoModes(requiredText(id, "The identifier"), &words);
         if (modes.isEmpty() && !words.isEmpty())
             throw Failure(OSTREL_REFUSED, utf8Of(words));
-        copyText(utf8Of(words), why, why_bytes);
+        giveWords(utf8Of(words).c_str(), why, why_bytes);
         return answer.give(std::vector<OVideoMode>(modes.begin(), modes.end()));
     });
 }

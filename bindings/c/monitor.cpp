@@ -13,7 +13,7 @@ namespace {
 
 class Monitor : public Object {
 public:
-    int descriptor() override { return monitor.descriptor(); }
+    int descriptor() override { return descriptor_; }
     int wait(int timeoutMs) override {
         QString why;
         const int answer = monitor.wait(timeoutMs, &why);
@@ -23,6 +23,9 @@ public:
     }
 
     OVideoDeviceMonitor monitor;
+
+private:
+    const int descriptor_ = monitor.descriptor();
 };
 
 } // namespace

@@ -53,6 +53,16 @@ bool Pushed::push(const uint8_t* pixels, int width, int height, int stride, int3
     return pushCamera().push(bgra_.data(), width, height, width * 4);
 }
 
+// One that would not fit where identifiers are handed out could be listed and never found.
+QString newIdentifier(const char* id) {
+    const QString text = requiredText(id, "The identifier");
+    const size_t most = sizeof(ostrel_camera_info::id) - 1;
+    if (static_cast<size_t>(text.size()) > most)
+        throw Failure(OSTREL_BAD_ARGUMENT,
+                      "An identifier has at most " + std::to_string(most) + " characters");
+    return text;
+}
+
 void attach(OVideoVirtualCamera& camera) {
     if (!camera.attach())
         throw Failure(OSTREL_REFUSED,
@@ -100,9 +110,8 @@ extern "C" int ostrel_test_camera(const char* id, const char* name, int32_t widt
                                   double frames_per_second, ostrel_handle* camera, char* why,
                                   size_t why_bytes) {
     return call(why, why_bytes, [&] {
-        return add(std::make_unique<OVideoTestPatternCamera>(requiredText(id, "The identifier"),
-                                                             requiredText(name, "The name"), width, height,
-                                                             frames_per_second),
+        return add(std::make_unique<OVideoTestPatternCamera>(
+                       newIdentifier(id), requiredText(name, "The name"), width, height, frames_per_second),
                    camera);
     });
 }
@@ -110,8 +119,7 @@ extern "C" int ostrel_test_camera(const char* id, const char* name, int32_t widt
 extern "C" int ostrel_push_camera(const char* id, const char* name, ostrel_handle* camera, char* why,
                                   size_t why_bytes) {
     return call(why, why_bytes, [&] {
-        return add(std::make_unique<OVideoPushCamera>(requiredText(id, "The identifier"),
-                                                      requiredText(name, "The name")),
+        return add(std::make_unique<OVideoPushCamera>(newIdentifier(id), requiredText(name, "The name")),
                    camera);
     });
 }
@@ -119,8 +127,7 @@ extern "C" int ostrel_push_camera(const char* id, const char* name, ostrel_handl
 extern "C" int ostrel_file_camera(const char* id, const char* name, const char* path, int32_t loop,
                                   ostrel_handle* camera, char* why, size_t why_bytes) {
     return call(why, why_bytes, [&] {
-        auto file = std::make_unique<OVideoFileCamera>(requiredText(id, "The identifier"),
-                                                       requiredText(name, "The name"),
+        auto file = std::make_unique<OVideoFileCamera>(newIdentifier(id), requiredText(name, "The name"),
                                                        requiredText(path, "The path"), loop != 0);
         if (!file->error().isEmpty())
             throw Failure(OSTREL_REFUSED, utf8Of(file->error()));

@@ -1,16 +1,17 @@
 /* The library in C99, for C and for every language that can call C (Linux). The library is libostrelcamera.
 
-   Codes: every call returns one. 0 is success, what is positive no error, what is negative one.
-   Words: every call takes why and why_bytes, where it leaves one line in English about an error, else an
-   empty one; null and 0 where nobody reads them. Texts are UTF-8 and end with a zero byte. One that does not
-   fit is cut between characters. Structs begin with their size, which the caller sets to sizeof:
-   ostrel_frame_info frame = {sizeof frame}. Later releases append members; of a struct from a newer header
-   the members that a library does not know become 0. Handles are numbers that are never used again. One that
-   is closed, of another kind or made up is answered with OSTREL_BAD_HANDLE. Close each; what is open when the
-   program ends is closed then. Threads: any thread may make any call. Calls that wait, or take, by one handle
-   are one thread's at a time: others get OSTREL_BUSY. Closing a handle ends the waiting of other threads with
-   OSTREL_BAD_HANDLE. fork(): in the child of a process that has made a call before, every call answers
-   OSTREL_FORKED. Memory is the caller's and is not kept after the call. Nothing is written to standard error.
+   Codes: every call but ostrel_version() returns one. 0 is success, what is positive no error, what is
+   negative one. Words: each takes why and why_bytes, where it leaves one line in English about an error or
+   what else there is to say, mostly an empty one; null and 0 where nobody reads them. Texts are UTF-8 and end
+   with a zero byte. One that does not fit is cut between characters. Structs begin with their size, which the
+   caller sets to sizeof: ostrel_frame_info frame = {sizeof frame}. Later releases append members; of a struct
+   from a newer header the members that a library does not know become 0. Handles are numbers that are never
+   used again. One that is closed, of another kind or made up is answered with OSTREL_BAD_HANDLE. Close each;
+   what is open when the program ends is closed then. Threads: any thread may make any call, and none may be
+   cancelled in one. Calls that wait, or take, by one handle are one thread's at a time: others get
+   OSTREL_BUSY. Closing a handle ends the waiting of other threads with OSTREL_BAD_HANDLE. fork(): in the
+   child of a process that has made a call before, every call answers OSTREL_FORKED. Memory is the caller's
+   and is not kept after the call. Nothing is written to standard error.
  */
 #ifndef OSTREL_CAMERA_C_H
 #define OSTREL_CAMERA_C_H
@@ -172,7 +173,8 @@ OSTREL_C_API int ostrel_next(ostrel_handle capture, uint8_t* pixels, size_t byte
 OSTREL_C_API int ostrel_poll(ostrel_handle capture, uint8_t* pixels, size_t bytes, uint32_t* number,
                              char* why, size_t why_bytes);
 /* As ostrel_next(), the camera's own bytes. OSTREL_TOO_SMALL says in native->bytes how many there are, and
-   the next call gives the same frame. frame may be null. */
+   the next such call gives the same frame, whatever has come since; the descriptor does not tell of it, and
+   after an ostrel_next() it is gone. frame may be null. */
 OSTREL_C_API int ostrel_next_native(ostrel_handle capture, uint8_t* data, size_t bytes, int32_t timeout_ms,
                                     ostrel_native_info* native, ostrel_frame_info* frame, char* why,
                                     size_t why_bytes);
@@ -315,7 +317,8 @@ OSTREL_C_API int ostrel_take_controls(ostrel_handle watch, ostrel_handle* list, 
 
 /* --- Cameras without hardware -------------------------------------------------------------------------- */
 
-/* Listed beside the others until they are closed. id is printable ASCII and no attached virtual camera's. */
+/* Listed beside the others until they are closed. id is printable ASCII, at most 1023 characters, and no
+   attached virtual camera's. A test camera has the nearest size and rate that it can. */
 OSTREL_C_API int ostrel_test_camera(const char* id, const char* name, int32_t width, int32_t height,
                                     double frames_per_second, ostrel_handle* camera, char* why,
                                     size_t why_bytes);
@@ -340,8 +343,8 @@ OSTREL_C_API int ostrel_read_pattern(const uint8_t* pixels, size_t bytes, int32_
 
 /* --- Converting and scaling ---------------------------------------------------------------------------- */
 
-/* A whole picture without padding, of even width and height: BGRA to I420; BGR to BGRA, I420 or YUY2; I420 to
-   BGRA or YUY2; YUY2 to BGRA or I420. */
+/* A whole picture without padding, of even width and height, into memory of its own: BGRA to I420; BGR to
+   BGRA, I420 or YUY2; I420 to BGRA or YUY2; YUY2 to BGRA or I420. */
 OSTREL_C_API int ostrel_convert(int32_t from, const uint8_t* pixels, size_t bytes, int32_t to,
                                 uint8_t* converted, size_t converted_bytes, int32_t width, int32_t height,
                                 char* why, size_t why_bytes);

@@ -34,6 +34,7 @@ public:
     void stop();
 
     void frameArrived(const std::shared_ptr<cameras::CameraFrame>& frame) override;
+    bool listens() const override { return state_.load() == RUNNING; }
     void streamEnded(const cameras::Error& why) override;
 
 private:

@@ -24,7 +24,7 @@ class Outlet {
 public:
     virtual ~Outlet() = default;
     // For kinds without a thread of their own in the stream: calls every sink and counts the frame. False
-    // when nobody was called.
+    // when nobody listened.
     virtual bool deliver(const std::shared_ptr<CameraFrame>& frame) = 0;
     virtual const std::shared_ptr<Figures>& figures() const = 0;
 };

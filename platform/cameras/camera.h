@@ -56,6 +56,8 @@ class FrameSink {
 public:
     virtual ~FrameSink() = default;
     virtual void frameArrived(const std::shared_ptr<CameraFrame>& frame) = 0;
+    // Whether anybody would see a frame that came now. Not while all are held back.
+    virtual bool listens() const { return true; }
     // No frame will follow: unplugged, or the driver gave up.
     virtual void streamEnded(const Error& why) = 0;
 };

@@ -106,8 +106,9 @@ bool SinkList::deliver(const std::shared_ptr<CameraFrame>& frame, Figures* figur
     if (figures)
         figures->countDelivered();
     const Delivering delivering(*this, lock);
-    bool poor = false;
+    bool poor = false, heard = false;
     each(lock, [&](FrameSink& sink) {
+        heard = sink.listens() || heard;
         try {
             sink.frameArrived(frame);
         } catch (const std::bad_alloc&) {
@@ -118,7 +119,7 @@ bool SinkList::deliver(const std::shared_ptr<CameraFrame>& frame, Figures* figur
         tell(lock);
     if (poor)
         throw std::bad_alloc();
-    return true;
+    return heard;
 }
 
 void SinkList::tell(Lock& lock) {

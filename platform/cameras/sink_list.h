@@ -27,9 +27,10 @@ public:
     // Whether the calling thread is inside a sink's call.
     bool insideCall() const;
 
-    // Calls every sink. False, with nobody called, when there is none, from inside a call, and after the end.
-    // figures: where the frame is counted before the first call; may be null. A sink that has no memory for
-    // the frame costs the others nothing: std::bad_alloc is thrown when all were called.
+    // Calls every sink. False when none of them listens, and, with nobody called, when there is none, from
+    // inside a call, and after the end. figures: where the frame is counted before the first call; may be
+    // null. A sink that has no memory for the frame costs the others nothing: std::bad_alloc is thrown when
+    // all were called.
     bool deliver(const std::shared_ptr<CameraFrame>& frame, Figures* figures = nullptr);
     // Tells every sink, once, that no frame will follow, and returns when that is done. From inside a call:
     // at once, and the sinks are told when that call returns.

@@ -79,14 +79,14 @@ def find(text: str) -> CameraInfo:
     name, or a part of its name that no other camera has. Raises NoSuchCamera, which names those there are.
     """
     camera = CameraStruct()
-    call("find", text.encode(), ctypes.byref(camera))
+    call("find", text, ctypes.byref(camera))
     return CameraInfo(**camera.values())
 
 
 def details(id: str) -> Details:
     """What is known of the device of the camera with this identifier. Raises NoSuchCamera."""
     answer = DetailsStruct()
-    call("details", id.encode(), ctypes.byref(answer))
+    call("details", id, ctypes.byref(answer))
     values = answer.values()
     if not values.pop("attached"):
         raise NoSuchCamera(f"No attached camera has the identifier {id}")
@@ -96,7 +96,7 @@ def details(id: str) -> Details:
 def state(id: str) -> State:
     """How the camera with this identifier is doing. Never waits for hardware."""
     answer = StateStruct()
-    call("state", id.encode(), ctypes.byref(answer))
+    call("state", id, ctypes.byref(answer))
     values = answer.values()
     drops = [line.partition(" ") for line in values.pop("drops").splitlines()]
     del values["refused_at"]

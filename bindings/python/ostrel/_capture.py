@@ -10,7 +10,7 @@ from ._cameras import CameraInfo, Details, State, cameras, details, find, state
 from ._controls import Controls
 from ._errors import Closed, NoSuchCamera, error_of
 from ._frames import Frame, Memory
-from ._library import NOTHING, OK, TOO_SMALL, Handle, function
+from ._library import NOTHING, OK, TOO_SMALL, Handle, function, number
 from ._modes import Mode, modes, request_mode
 from ._structs import FrameStruct, NativeStruct
 from ._virtual import VirtualCamera
@@ -84,13 +84,13 @@ class Camera:
         if channels not in _LAYOUTS:
             raise ValueError("channels is 3 for B, G, R, 4 for B, G, R, A, or 1 for grey")
         self.info = _meant(which)
-        self.size = size
+        width, height = map(number, size)
+        self.size = width, height
         self.timeout = timeout
-        width, height = size
         self._layout = _LAYOUTS[channels]
         if mode is not None:
             request_mode(self.id, mode)
-        self._handle = Handle("start", self.id.encode(), width, height)
+        self._handle = Handle("start", self.id, width, height)
         self._readable = Readable(self._handle)
         self._memory = Memory((height, width) if channels == 1 else (height, width, channels))
         self._loan: Any = None  # memory for the next frame
@@ -181,10 +181,10 @@ class Camera:
         """As read(), for asyncio."""
         deadline = Deadline(self.timeout if timeout is None else timeout)
         while True:
-            await self._readable.wait_async(deadline, "frame")
             frame = self.poll()
             if frame is not None:
                 return frame
+            await self._readable.wait_async(deadline, "frame")
 
     def read_native(self, timeout: Optional[float] = None) -> NativeFrame:
         """As read(), the camera's own bytes."""
@@ -228,7 +228,7 @@ class Camera:
 
     def close(self) -> None:
         """Ends the capture; frames stay what they are. Whoever waits is told."""
-        self._handle.close()
+        self._readable.close()
 
     @property
     def closed(self) -> bool:

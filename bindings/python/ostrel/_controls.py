@@ -6,7 +6,7 @@ import re
 from dataclasses import dataclass
 from typing import Any, Dict, Iterator, List, Mapping, Optional, Union
 
-from ._library import Handle, call, listed
+from ._library import Handle, call, listed, number, text
 from ._structs import ControlStruct
 from ._waiting import Deadline, Readable
 
@@ -115,7 +115,7 @@ class Controls(Mapping[str, Value]):
 
     def all(self) -> Dict[str, Control]:
         """Everything known of each."""
-        return {control.key: control for control in _controls("controls", self.id.encode())}
+        return {control.key: control for control in _controls("controls", self.id)}
 
     def info(self, name: str) -> Control:
         """Everything known of one; name may also be the driver's own."""
@@ -136,14 +136,14 @@ class Controls(Mapping[str, Value]):
             control = known.get(_key(name))
             if control is None:
                 raise KeyError(f"no control {name!r}; there are: {', '.join(known) or 'none'}")
-            text = value.encode() if control.type == "text" and isinstance(value, str) else None
+            words = text(value) if control.type == "text" and isinstance(value, str) else None
             ids.append(control.id)
-            numbers.append(0 if text is not None else _number(control, value))
-            texts.append(text)
+            numbers.append(0 if words is not None else number(_value_of(control, value), 64))
+            texts.append(words)
         count = len(ids)
         call(
             "set_controls",
-            self.id.encode(),
+            self.id,
             (ctypes.c_uint32 * count)(*ids),
             (ctypes.c_int64 * count)(*numbers),
             (ctypes.c_char_p * count)(*texts),
@@ -167,12 +167,12 @@ class Controls(Mapping[str, Value]):
         return len(self.all())
 
 
-def _number(control: Control, value: Union[int, bool, str]) -> int:
+def _value_of(control: Control, value: Union[int, bool, str]) -> int:
     if not isinstance(value, str):
         return int(value)
-    for number, name in control.items.items():
+    for item, name in control.items.items():
         if name.lower() == value.lower():
-            return number
+            return item
     raise ValueError(f"{control.name} takes {', '.join(control.items.values()) or 'a number'}")
 
 
@@ -180,7 +180,7 @@ class ControlWatch:
     """An iterator of the controls that changed, each as it is now. It keeps the camera awake until close()."""
 
     def __init__(self, id: str) -> None:
-        self._handle = Handle("watch_controls", id.encode())
+        self._handle = Handle("watch_controls", id)
         self._readable = Readable(self._handle)
 
     def fileno(self) -> int:
@@ -201,7 +201,7 @@ class ControlWatch:
                 return changed
 
     def close(self) -> None:
-        self._handle.close()
+        self._readable.close()
 
     def __enter__(self) -> ControlWatch:
         return self

@@ -54,10 +54,13 @@ class Frame(np.ndarray):  # type: ignore[type-arg]
 
 
 def _png(pixels: "np.ndarray[Any, np.dtype[np.uint8]]") -> bytes:
-    if pixels.ndim == 3:  # PNG has R in front
-        pixels = pixels[:, :, [2, 1, 0, 3][: pixels.shape[2]]]
+    channels = pixels.shape[2] if pixels.ndim == 3 else 1
+    if pixels.dtype != np.uint8 or pixels.size == 0 or pixels.ndim not in (2, 3) or channels not in (1, 3, 4):
+        raise ValueError("This is no picture any more")
+    if channels > 1:  # PNG has R in front
+        pixels = pixels[:, :, [2, 1, 0, 3][:channels]]
     height, width = pixels.shape[:2]
-    kind = {1: 0, 3: 2, 4: 6}[pixels[0, 0].size]  # grey, R G B, R G B A
+    kind = {1: 0, 3: 2, 4: 6}[channels]  # grey, R G B, R G B A
     rows = np.zeros((height, pixels[0].size + 1), np.uint8)  # a 0 before each row: no filter
     rows[:, 1:] = pixels.reshape(height, -1)
 

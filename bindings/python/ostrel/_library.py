@@ -3,11 +3,13 @@ from __future__ import annotations
 
 import contextlib
 import ctypes
+import operator
+import os
 import weakref
 from ctypes import POINTER, c_char_p, c_double, c_int32, c_int64, c_size_t, c_uint32, c_uint64, c_void_p
 from typing import Any, Callable, Iterator, List, Tuple, Type, TypeVar
 
-from ._errors import error_of
+from ._errors import BadArgument, error_of
 from ._structs import Sized
 
 OK, NOTHING, OVER, TOO_SMALL = 0, 1, -5, -6
@@ -17,7 +19,33 @@ try:
 except OSError as error:
     raise ImportError(f"libostrelcamera.so.1 is not installed (Debian: libostrelcamera1): {error}") from error
 
-_HANDLE, _TEXT, _PIXELS, _STRUCT = c_uint64, c_char_p, c_void_p, c_void_p
+
+def text(value: Any) -> bytes:
+    """A text or a path as C takes it, which would end it at a zero byte."""
+    path = os.fspath(value)
+    utf8: bytes = path if isinstance(path, bytes) else path.encode()
+    if b"\0" in utf8:
+        raise BadArgument(f"There is a zero byte in {path!r}")
+    return utf8
+
+
+def number(value: Any, bits: int = 32) -> int:
+    """An integer. ctypes would take those that do not fit without their upper bits."""
+    integer = operator.index(value)
+    if not -(1 << bits - 1) <= integer < 1 << bits - 1:
+        raise BadArgument(f"{integer} does not fit into {bits} bits")
+    return integer
+
+
+class _Text:
+    from_param = staticmethod(text)
+
+
+class _Number:
+    from_param = staticmethod(number)
+
+
+_HANDLE, _TEXT, _NUMBER, _PIXELS, _STRUCT = c_uint64, _Text, _Number, c_void_p, c_void_p
 _TO_HANDLE, _TO_COUNT = POINTER(c_uint64), POINTER(c_size_t)
 # Each takes two more: where the words go, and how much room there is.
 _CALLS: Any = {
@@ -43,12 +71,12 @@ _CALLS: Any = {
     "change_at": [_HANDLE, c_size_t, _STRUCT],
     "wait": [_HANDLE, c_int32],
     "find": [_TEXT, _STRUCT],
-    "start": [_TEXT, c_int32, c_int32, _TO_HANDLE],
+    "start": [_TEXT, _NUMBER, _NUMBER, _TO_HANDLE],
     "descriptor": [_HANDLE, POINTER(c_int32)],
     "next": [_HANDLE, _PIXELS, c_size_t, c_int32, c_int32, c_int32, _STRUCT],
     "next_native": [_HANDLE, _PIXELS, c_size_t, c_int32, _STRUCT, _STRUCT],
     "state": [_TEXT, _STRUCT],
-    "test_camera": [_TEXT, _TEXT, c_int32, c_int32, c_double, _TO_HANDLE],
+    "test_camera": [_TEXT, _TEXT, _NUMBER, _NUMBER, c_double, _TO_HANDLE],
     "push_camera": [_TEXT, _TEXT, _TO_HANDLE],
     "file_camera": [_TEXT, _TEXT, _TEXT, c_int32, _TO_HANDLE],
     "push": [_HANDLE, _PIXELS, c_size_t, c_int32, c_int32, c_int32, c_int32],
@@ -80,7 +108,10 @@ _functions = {name: function(name) for name in _CALLS}
 def call(name: str, *arguments: Any) -> int:
     """The code, where it is no error; else raises."""
     words = ctypes.create_string_buffer(2048)
-    code = _functions[name](*arguments, words, len(words))
+    try:
+        code = _functions[name](*arguments, words, len(words))
+    except ctypes.ArgumentError as error:
+        raise BadArgument(str(error)) from None
     if code < 0:
         raise error_of(code, words.value.decode(errors="replace"))
     return code

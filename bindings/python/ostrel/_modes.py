@@ -6,7 +6,8 @@ from dataclasses import dataclass
 from fractions import Fraction
 from typing import List, Optional, Tuple
 
-from ._library import call, items
+from ._errors import BadArgument
+from ._library import call, items, number, text
 from ._structs import ModeStruct
 
 
@@ -47,25 +48,27 @@ def _mode(struct: ModeStruct) -> Mode:
 
 def modes(id: str) -> List[Mode]:
     """All that the camera with this identifier offers, in its own order. May ask the hardware."""
-    return [_mode(mode) for mode in items("modes", "mode_at", ModeStruct, id.encode())]
+    return [_mode(mode) for mode in items("modes", "mode_at", ModeStruct, id)]
 
 
 def request_mode(id: str, mode: Optional[Mode]) -> None:
     """From now on captures of this camera that start it use such a mode, in this process; None: any."""
     if mode is None:
-        call("request_mode", id.encode(), None)
+        call("request_mode", id, None)
         return
     wish = ModeStruct()
-    wish.format = mode.format.encode()
-    wish.width, wish.height = mode.size
+    wish.format = text(mode.format)
+    wish.width, wish.height = map(number, mode.size)
     if mode.fps:
-        interval = 1 / Fraction(mode.fps).limit_denominator(1001)
+        if not 1e-6 <= mode.fps <= 1e6:
+            raise BadArgument(f"{mode.fps} frames a second are no rate")
+        interval = (1 / Fraction(mode.fps)).limit_denominator(1000000)
         wish.interval_numerator, wish.interval_denominator = interval.numerator, interval.denominator
-    call("request_mode", id.encode(), ctypes.byref(wish))
+    call("request_mode", id, ctypes.byref(wish))
 
 
 def requested_mode(id: str) -> Mode:
     """What was requested; Mode() where nothing was."""
     wish = ModeStruct()
-    call("requested_mode", id.encode(), ctypes.byref(wish))
+    call("requested_mode", id, ctypes.byref(wish))
     return _mode(wish)

@@ -70,7 +70,7 @@ class Monitor:
             await self._readable.wait_async(deadline, "change")
 
     def close(self) -> None:
-        self._handle.close()
+        self._readable.close()
 
     def __enter__(self) -> Monitor:
         return self

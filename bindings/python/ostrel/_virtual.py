@@ -22,7 +22,7 @@ class VirtualCamera:
     def __init__(self, kind: str, id: Optional[str], name: str, *arguments: Any) -> None:
         self.id = id or f"{kind.replace('_', '-')}-{os.getpid()}-{next(_numbers)}"
         self.name = name
-        self._handle = Handle(kind, self.id.encode(), name.encode(), *arguments)
+        self._handle = Handle(kind, self.id, name, *arguments)
 
     def attach(self) -> None:
         """As if it was plugged in again."""
@@ -75,7 +75,7 @@ class FileCamera(VirtualCamera):
         name: str = "Video file",
         loop: bool = True,
     ) -> None:
-        super().__init__("file_camera", id, name, os.fsencode(path), loop)
+        super().__init__("file_camera", id, name, path, loop)
 
 
 class PushCamera(VirtualCamera):
@@ -88,10 +88,12 @@ class PushCamera(VirtualCamera):
         """Delivers an array of uint8, shaped as a Frame is, to every running capture of this camera, which gets it
         at its own size. False while nobody captures.
         """
-        pixels = np.ascontiguousarray(picture, np.uint8)
+        pixels = np.ascontiguousarray(picture)
         channels = pixels.shape[2] if pixels.ndim == 3 else 1
-        if pixels.ndim not in (2, 3) or channels not in _LAYOUTS:
-            raise ValueError("a picture has the shape (height, width, 3), (height, width, 4) or (height, width)")
+        if pixels.dtype != np.uint8 or pixels.ndim not in (2, 3) or channels not in _LAYOUTS:
+            raise ValueError(
+                "a picture is of uint8 and has the shape (height, width, 3), (height, width, 4) or (height, width)"
+            )
         height, width = pixels.shape[:2]
         return (
             call(

@@ -46,32 +46,27 @@ protected:
     ostrel_handle start(const char* id = "c-test", int width = WIDTH, int height = HEIGHT) {
         ostrel_handle handle = 0;
         const int code = ostrel_start(id, width, height, &handle, why_, sizeof why_);
-        return started_ = kept(code, handle);
+        return kept(code, handle);
     }
     int next(ostrel_handle handle, std::vector<uint8_t>& pixels, int layout,
              ostrel_frame_info* frame = nullptr, int timeout = TIMEOUT) {
         return ostrel_next(handle, pixels.data(), pixels.size(), 0, layout, timeout, frame, why_,
                            sizeof why_);
     }
-    // Until the capture has it: one that is still being started takes frames that it does not hand out yet.
+    // As soon as the capture has begun.
     void push(ostrel_handle camera, const std::vector<uint8_t>& pixels, int width, int height, int layout) {
-        int descriptor = -1;
-        ASSERT_EQ(ostrel_descriptor(started_, &descriptor, why_, sizeof why_), OSTREL_OK) << why_;
         int code = OSTREL_NOTHING;
         for (int attempt = 0; attempt < TIMEOUT && code == OSTREL_NOTHING; ++attempt) {
-            usleep(1000);
             code = ostrel_push(camera, pixels.data(), pixels.size(), width, height, 0, layout, why_,
                                sizeof why_);
-            pollfd news = {descriptor, POLLIN, 0};
-            if (code == OSTREL_OK && poll(&news, 1, 100) == 0)
-                code = OSTREL_NOTHING;
+            if (code == OSTREL_NOTHING)
+                usleep(1000);
         }
         ASSERT_EQ(code, OSTREL_OK) << why_;
     }
 
 private:
     char why_[1024] = "";
-    ostrel_handle started_ = 0;
     std::vector<ostrel_handle> open_;
 };
 
@@ -212,6 +207,43 @@ TEST_F(CameraC, NativeFrameThatDoesNotFitIsGivenAgain) {
     EXPECT_EQ(native.bytes_per_line[2], 32);
     EXPECT_EQ(ostrel_next_native(capture, bytes.data(), bytes.size(), 0, &native, &frame, words(), room()),
               OSTREL_NOTHING);
+}
+
+// What waits for more memory must not come after what was newer.
+TEST_F(CameraC, NativeFrameThatDidNotFitIsForgottenOnceALaterOneWasHad) {
+    const ostrel_handle camera = pushCamera(), capture = start("c-push", 64, 48);
+    std::vector<uint8_t> pixels(64 * 48 * 4, 1);
+    ostrel_native_info native = {};
+    native.size = sizeof native;
+    push(camera, pixels, 64, 48, OSTREL_BGRA);
+    ASSERT_EQ(ostrel_next_native(capture, nullptr, 0, TIMEOUT, &native, nullptr, words(), room()),
+              OSTREL_TOO_SMALL);
+    push(camera, std::vector<uint8_t>(pixels.size(), 2), 64, 48, OSTREL_BGRA);
+    ASSERT_EQ(next(capture, pixels, OSTREL_BGRA), OSTREL_OK) << why();
+    EXPECT_EQ(pixels[0], 2);
+    EXPECT_EQ(ostrel_next_native(capture, pixels.data(), pixels.size(), 0, &native, nullptr, words(), room()),
+              OSTREL_NOTHING);
+}
+
+TEST_F(CameraC, WordsAreOneLineWhateverCamerasAreCalled) {
+    testCamera("c-lines", "Two\nlines\tand \x1b[31mred");
+    ostrel_camera_info camera = {};
+    camera.size = sizeof camera;
+    ASSERT_EQ(ostrel_find("nothing\nlike it", &camera, words(), room()), OSTREL_NO_CAMERA);
+    EXPECT_NE(why().find("Two lines and  [31mred (c-lines)"), std::string::npos) << why();
+    EXPECT_EQ(why().find('\n'), std::string::npos) << why();
+}
+
+TEST_F(CameraC, IdentifierThatWouldNotFitIntoTheListingIsRefused) {
+    const std::string longest(1023, 'x');
+    testCamera(longest.c_str(), "Longest");
+    ostrel_camera_info camera = {};
+    camera.size = sizeof camera;
+    ASSERT_EQ(ostrel_find("Longest", &camera, words(), room()), OSTREL_OK) << why();
+    EXPECT_EQ(camera.id, longest);
+    ostrel_handle handle = 0;
+    EXPECT_EQ(ostrel_push_camera((longest + 'x').c_str(), "", &handle, words(), room()), OSTREL_BAD_ARGUMENT);
+    EXPECT_NE(why().find("1023"), std::string::npos) << why();
 }
 
 TEST_F(CameraC, ListingHasTheCamerasInOrderUntilTheyAreClosed) {

@@ -199,6 +199,7 @@ static int is_in_use(ostrel_handle handle) {
 
 static void handles_closed_by_other_threads(void) {
     ostrel_handle camera, capture, reader, waiting[2];
+    int32_t descriptor;
     pthread_t threads[2];
     void* code;
     int i;
@@ -211,6 +212,7 @@ static void handles_closed_by_other_threads(void) {
         CHECK(pthread_create(&threads[i], NULL, wait_for_a_frame, &waiting[i]) == 0);
     while (!is_in_use(capture) || !is_in_use(reader))
         continue;
+    CHECK(ostrel_descriptor(capture, &descriptor, WHY) == OSTREL_OK); /* it neither waits nor takes */
     CHECK(ostrel_close(reader, WHY) == OSTREL_OK);
     CHECK(pthread_join(threads[1], &code) == 0 && (intptr_t)code == OSTREL_BAD_HANDLE);
     CHECK(ostrel_close(capture, WHY) == OSTREL_OK);

@@ -27,6 +27,8 @@ public:
         ++ends;
         reason = why.text;
     }
+    bool listens() const override { return listening; }
+    bool listening = true;
     std::atomic<int> frames{0};
     std::atomic<int> ends{0};
     std::string reason;
@@ -55,6 +57,18 @@ TEST(SinkList, EverySinkHearsEveryFrameAndTheEnd) {
     EXPECT_EQ(b->frames, 2);
     EXPECT_EQ(a->ends, 1);
     EXPECT_EQ(b->reason, "unplugged");
+}
+
+TEST(SinkList, AFrameIsDeliveredWhenOneSinkListens) {
+    SinkList list;
+    const auto a = std::make_shared<Listener>();
+    const auto b = std::make_shared<Listener>();
+    list.add(a);
+    list.add(b);
+    b->listening = false;
+    EXPECT_TRUE(list.deliver(nullptr));
+    a->listening = false;
+    EXPECT_FALSE(list.deliver(nullptr));
 }
 
 TEST(SinkList, ASinkAddedTwiceHearsEachFrameOnce) {

@@ -7,6 +7,8 @@
 #include "platform/QTKit/slot_reader.h"
 #include "support/eager_pictures.h"
 
+#include <pthread.h>
+#include <sys/resource.h>
 #include <thread>
 
 using namespace ostrel;
@@ -175,6 +177,36 @@ TEST_F(NextFrame, ReaderIsToldThatNoCameraHasTheIdentifier) {
     EXPECT_FALSE(isReadable(reader));
     camera->deliver(1);
     EXPECT_EQ(reason(reader), "");
+}
+
+// A program that the system gives nothing more hears of it, and may start a camera later.
+TEST_F(NextFrame, StartWithoutADescriptorOrAThreadIsRefused) {
+    const auto camera = attach("camera");
+    started("camera"); // a sanitizer needs descriptors itself at the first
+    rlimit before = {};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    rlimit none = before;
+    none.rlim_cur = 0;
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+    const Capture poor = started("camera");
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+    OVideoFrameReader first(poor);
+    EXPECT_TRUE(mentions(reason(first), "descriptors"));
+
+    pthread_attr_t usual, huge;
+    ASSERT_EQ(::pthread_getattr_default_np(&usual), 0);
+    ::pthread_attr_init(&huge);
+    ASSERT_EQ(::pthread_attr_setstacksize(&huge, size_t(1) << 46), 0);
+    ASSERT_EQ(::pthread_setattr_default_np(&huge), 0);
+    const Capture alone = started("camera");
+    ASSERT_EQ(::pthread_setattr_default_np(&usual), 0);
+    OVideoFrameReader second(alone);
+    EXPECT_TRUE(mentions(reason(second), "thread"));
+
+    const Capture rich = started("camera");
+    OVideoFrameReader third(rich);
+    camera->deliver(1);
+    EXPECT_EQ(reason(third), "");
 }
 
 TEST_F(NextFrame, LastOneIsHadAfterTheCameraWasUnpluggedAndThenTheReason) {

@@ -1,5 +1,7 @@
 #import "recording_delegate.h"
 
+#include <ostrel/virtual_camera.h>
+
 using namespace ostrel;
 using support::Rig;
 
@@ -29,6 +31,24 @@ TEST_F(Sessions, DeliverEachFrameOnceStarted) {
         camera->deliver(number);
     EXPECT_EQ(rig.seen.calls, 3);
     EXPECT_EQ(rig.newestNumber(), 4);
+}
+
+// Who pushes once, as soon as it is taken, must not wait in vain for that frame.
+TEST_F(Sessions, TakeAPushedFrameOnlyOnceItIsHandedOut) {
+    OVideoPushCamera pushed(QString::fromLatin1("pushed"), QString::fromLatin1("Pushed"));
+    ASSERT_TRUE(pushed.attach());
+    QTCaptureDevice* const source = device("pushed");
+    ASSERT_TRUE([source open:NULL]);
+    {
+        Rig rig(source, 8, 8);
+        const std::vector<uint8_t> picture(8 * 8 * 4, 9);
+        ASSERT_TRUE(rig.outputAdded);
+        EXPECT_FALSE(pushed.push(picture.data(), 8, 8, 32)); // held back
+        rig.run();
+        EXPECT_TRUE(pushed.push(picture.data(), 8, 8, 32));
+        EXPECT_EQ(rig.seen.calls, 1);
+    }
+    [source close];
 }
 
 TEST_F(Sessions, FramesHaveExactlyTheRequestedSizeAndFormat) {
