@@ -2,8 +2,9 @@
 from __future__ import annotations
 
 import ctypes
+import os
 from dataclasses import dataclass
-from typing import Dict, List, Tuple
+from typing import Dict, List, Tuple, Union
 
 from ._errors import NoSuchCamera
 from ._library import call, items
@@ -74,7 +75,7 @@ def nodes() -> List[Node]:
     return [Node(**node.values()) for node in items("nodes", "node_at", NodeStruct)]
 
 
-def find(text: str) -> CameraInfo:
+def find(text: Union[str, "os.PathLike[str]"]) -> CameraInfo:
     """The camera that a saved or typed text means: its identifier of today or of earlier, the path of its node, its
     name, or a part of its name that no other camera has. Raises NoSuchCamera, which names those there are.
     """

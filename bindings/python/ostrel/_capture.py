@@ -2,6 +2,7 @@
 from __future__ import annotations
 
 import ctypes
+import os
 import threading
 from dataclasses import dataclass
 from typing import Any, AsyncIterator, Iterator, List, Optional, Tuple, Union
@@ -20,7 +21,7 @@ _next = function("next")
 _next_native = function("next_native")
 _LAYOUTS = {4: 1, 3: 2, 1: 3}  # by channels
 
-Which = Union[None, str, CameraInfo, VirtualCamera]
+Which = Union[None, str, "os.PathLike[str]", CameraInfo, VirtualCamera]
 
 
 def _meant(which: Which) -> CameraInfo:

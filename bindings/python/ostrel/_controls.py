@@ -73,7 +73,7 @@ def _items(handle: int, index: int, count: int) -> Dict[int, str]:
     return names
 
 
-def _controls(of: str, argument: Union[bytes, int]) -> List[Control]:
+def _controls(of: str, argument: Union[str, int]) -> List[Control]:
     found = []
     with listed(of, argument) as (handle, count):
         for index in range(count):
