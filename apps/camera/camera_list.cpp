@@ -109,7 +109,7 @@ std::string nodeTable(const std::vector<OtherNode>& nodes) {
         return std::string();
     std::vector<Row> rows = {{"NODE", "NAME", "WHY IT IS NO CAMERA, OR CANNOT BE USED"}};
     for (const OtherNode& node : nodes)
-        rows.push_back({node.path, node.name, node.reason});
+        rows.push_back({printable(node.path), node.name, node.reason});
     return aligned(rows);
 }
 

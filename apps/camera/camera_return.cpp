@@ -1,15 +1,14 @@
 #include "apps/camera/camera_return.h"
 
 #include <algorithm>
-#include <thread>
 
 namespace ostrel::apps::cli {
 
 namespace {
 
 const std::chrono::milliseconds BETWEEN_STARTS(500);
-// Keeps Ctrl-C quick: a signal ends no wait of the library's.
-const std::chrono::milliseconds LONGEST_WAIT(50);
+// Where the system has no descriptor left to wait with.
+const std::chrono::milliseconds BETWEEN_LOOKS(500);
 
 } // namespace
 
@@ -26,8 +25,10 @@ bool CameraReturn::wait() {
             next_ = now + BETWEEN_STARTS;
             return true;
         }
-        if (monitor_.wait(static_cast<int>(LONGEST_WAIT.count())) < 0)
-            std::this_thread::sleep_for(LONGEST_WAIT);
+        const Clock::time_point then = attached_                   ? next_
+                                       : monitor_.descriptor() < 0 ? now + BETWEEN_LOOKS
+                                                                   : end_;
+        stop_.wait(monitor_.descriptor(), std::min(then, end_));
     }
     return false;
 }

@@ -1,6 +1,7 @@
 // ostrel-camera controls
 #include "apps/camera/commands.h"
 #include "apps/camera/control_list.h"
+#include "apps/camera/input_file.h"
 #include "apps/camera/output_file.h"
 #include "apps/common/control_names.h"
 #include "apps/common/control_settings.h"
@@ -11,12 +12,15 @@
 #include <ostrel/device_id.h>
 
 #include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 
 #include <stdexcept>
 
 namespace ostrel::apps::cli {
 
 namespace {
+
+const std::size_t LARGEST_FILE = 1 << 22; // bytes: the settings of thousands of cameras
 
 QString qt(const std::string& text) {
     return QString::fromStdString(text);
@@ -71,19 +75,21 @@ void set(const Camera& camera, const std::vector<std::string>& settings, Message
 }
 
 SavedCameras readSettings(const std::string& path) {
-    QFile file(QFile::decodeName(path.c_str()));
-    if (!file.open(QIODevice::ReadOnly))
-        throw Failure(EXIT_FILE, "cannot read " + path + ": " + file.errorString().toStdString());
+    InputFile file(path);
+    std::string text(LARGEST_FILE, '\0');
+    text.resize(file.read(&text[0], text.size()));
     SavedCameras cameras;
-    if (!fromJson(file.readAll(), cameras))
-        throw Failure(EXIT_FILE, path + " is no file that 'ostrel-camera controls --save' has written");
+    if (!fromJson(QByteArray::fromStdString(text), cameras))
+        throw Failure(EXIT_FILE,
+                      file.displayName() + " is no file that 'ostrel-camera controls --save' has written");
     return cameras;
 }
 
 void save(const Camera& camera, const std::string& path) {
     const QString id = qt(camera.identifier);
     SavedCameras cameras;
-    if (path != "-" && QFile::exists(QFile::decodeName(path.c_str())))
+    const QFileInfo before(QFile::decodeName(path.c_str()));
+    if (path != "-" && before.isFile() && before.size() > 0)
         cameras = readSettings(path);
     cameras[id] = {qt(camera.name), savedControls(controlsOf(camera))};
     OutputFile output(path, OutputFile::Mode::Whole);

@@ -6,8 +6,6 @@
 #include "apps/camera/serve/http_server.h"
 #include "apps/common/failure.h"
 
-#include <poll.h>
-
 namespace ostrel::apps::cli {
 
 namespace {
@@ -64,8 +62,7 @@ private:
             audience_.settle();
             if (audience_.size() > 0)
                 return true;
-            pollfd ready[] = {{audience_.descriptor(), POLLIN, 0}, {context_.stop.descriptor(), POLLIN, 0}};
-            poll(ready, std::size(ready), -1);
+            context_.stop.wait(audience_.descriptor(), Clock::time_point::max());
         }
         return false;
     }

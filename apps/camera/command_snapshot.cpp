@@ -8,7 +8,6 @@
 #include "apps/common/text.h"
 
 #include <algorithm>
-#include <poll.h>
 #include <unistd.h>
 
 namespace ostrel::apps::cli {
@@ -121,17 +120,11 @@ private:
 
     // nanoseconds: of CLOCK_MONOTONIC, as the frames have them.
     bool sleepUntil(int64_t nanoseconds) const {
-        for (;;) {
-            const std::chrono::nanoseconds left =
-                std::chrono::nanoseconds(nanoseconds) - Clock::now().time_since_epoch();
-            if (context_.stop.raised())
-                return false;
-            if (left.count() <= 0)
+        const Clock::time_point due{std::chrono::nanoseconds(nanoseconds)};
+        while (!context_.stop.raised())
+            if (!context_.stop.wait(-1, due))
                 return true;
-            const auto milliseconds = std::chrono::ceil<std::chrono::milliseconds>(left).count();
-            pollfd stop = {context_.stop.descriptor(), POLLIN, 0};
-            poll(&stop, 1, static_cast<int>(std::min<decltype(milliseconds)>(milliseconds, 1000000)));
-        }
+        return false;
     }
 
     void save(const std::string& picture) {

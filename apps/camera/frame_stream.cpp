@@ -9,7 +9,6 @@
 #include <ostrel/devices.h>
 
 #include <algorithm>
-#include <poll.h>
 
 namespace ostrel::apps::cli {
 
@@ -25,11 +24,6 @@ uint64_t lostOnTheWay(const OVideoStatistics& statistics) {
     for (const uint64_t dropped : statistics.dropped)
         sum += dropped;
     return sum;
-}
-
-int millisecondsUntil(Clock::time_point deadline) {
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
-    return static_cast<int>(std::clamp<decltype(left)>(left, 0, 1000000000));
 }
 
 // Numbers wrap. 0: none, or the numbers say nothing.
@@ -86,8 +80,7 @@ FrameStream::Result FrameStream::next(CapturedFrame& frame, double timeoutSecond
             return Result::Ended;
         }
         OVideoFrameReader& waitsFor = tryNatives_ ? *natives_ : *pixels_;
-        pollfd ready[] = {{waitsFor.descriptor(), POLLIN, 0}, {stop_.descriptor(), POLLIN, 0}};
-        if (poll(ready, std::size(ready), millisecondsUntil(deadline)) == 0)
+        if (!stop_.wait(waitsFor.descriptor(), deadline))
             return Result::TimedOut;
     }
     return Result::Stopped;

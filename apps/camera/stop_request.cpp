@@ -2,15 +2,20 @@
 
 #include "base/wake_descriptor.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <iterator>
+#include <poll.h>
 
 namespace ostrel::apps::cli {
 
 namespace {
 
 const int SIGNALS[] = {SIGINT, SIGTERM, SIGHUP};
+using std::chrono::milliseconds;
+const milliseconds LONGEST_POLL(1000000000); // what poll() counts has to fit an int
 
 std::atomic<int> noted{0};
 std::atomic<const WakeDescriptor*> wake{nullptr};
@@ -59,8 +64,11 @@ int StopRequest::signal() const {
     return noted;
 }
 
-int StopRequest::descriptor() const {
-    return wake.load()->descriptor();
+bool StopRequest::wait(int descriptor, std::chrono::steady_clock::time_point until) const {
+    const milliseconds left = std::chrono::ceil<milliseconds>(until - std::chrono::steady_clock::now());
+    const milliseconds polled = std::clamp(left, milliseconds(0), LONGEST_POLL);
+    pollfd ready[] = {{descriptor, POLLIN, 0}, {wake.load()->descriptor(), POLLIN, 0}};
+    return poll(ready, std::size(ready), static_cast<int>(polled.count())) != 0 || left > polled;
 }
 
 } // namespace ostrel::apps::cli

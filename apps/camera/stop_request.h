@@ -2,6 +2,8 @@
 #ifndef OSTREL_APPS_CAMERA_STOP_REQUEST_H
 #define OSTREL_APPS_CAMERA_STOP_REQUEST_H
 
+#include <chrono>
+
 namespace ostrel::apps::cli {
 
 // While it lives, the first SIGINT, SIGTERM or SIGHUP is only noted, so that files can be ended properly; the
@@ -15,8 +17,9 @@ public:
 
     bool raised() const { return signal() != 0; }
     int signal() const; // 0 before
-    // For poll(): readable from then on. -1 when the system had no descriptor left.
-    int descriptor() const;
+    // Until the descriptor is readable or a signal comes; -1: none, a signal alone. False: the time is over.
+    // May return early.
+    bool wait(int descriptor, std::chrono::steady_clock::time_point until) const;
 };
 
 } // namespace ostrel::apps::cli

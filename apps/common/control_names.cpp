@@ -2,6 +2,7 @@
 
 #include "apps/common/text.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <linux/v4l2-controls.h>
@@ -41,10 +42,12 @@ bool isMenu(const OVideoControl& control) {
     return control.type() == OVideoControl::MENU || control.type() == OVideoControl::INTEGER_MENU;
 }
 
+// 010 is ten.
 bool parseNumber(const std::string& text, int64_t& number) {
+    const int base = text.find_first_of("xX") == std::string::npos ? 10 : 16;
     char* end = nullptr;
     errno = 0;
-    number = std::strtoll(text.c_str(), &end, 0);
+    number = std::strtoll(text.c_str(), &end, base);
     return !text.empty() && *end == '\0' && errno == 0;
 }
 
@@ -73,6 +76,16 @@ bool parseItem(const OVideoControl& control, const std::string& wanted, int64_t&
     return found == 1;
 }
 
+// The value of an item, else its name: "50" is the beginning of "50 Hz".
+bool parseChoice(const OVideoControl& control, const std::string& text, int64_t& number) {
+    const bool isNumber = parseNumber(text, number);
+    const QList<int> values = control.items().keys();
+    const auto isChoice = [&](int value) { return value == number; };
+    if (isNumber && std::any_of(values.begin(), values.end(), isChoice))
+        return true;
+    return parseItem(control, text, number) || parseNumber(text, number);
+}
+
 bool parseValue(const OVideoControl& control, const std::string& text, int64_t& number) {
     const std::string word = toLower(text);
     const bool isDefault = word == "default";
@@ -83,7 +96,7 @@ bool parseValue(const OVideoControl& control, const std::string& text, int64_t& 
     else if (control.type() == OVideoControl::BOOLEAN && isOneOf(word, {"off", "false", "no", "manual"}))
         number = 0;
     else
-        return parseNumber(text, number) || (isMenu(control) && parseItem(control, text, number));
+        return isMenu(control) ? parseChoice(control, text, number) : parseNumber(text, number);
     return true;
 }
 

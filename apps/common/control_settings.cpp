@@ -6,6 +6,7 @@
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 #include <QtCore/QSet>
+#include <QtCore/QVariant>
 
 namespace ostrel::apps {
 
@@ -58,6 +59,33 @@ QList<OVideoControl> listed(const QString& uniqueID, QStringList& refused) {
     return controls;
 }
 
+// Qt 5 writes numbers of more than 53 bits as others: they are texts.
+QJsonValue written(int64_t number) {
+    const int64_t largest = int64_t(1) << 53;
+    return number < -largest || number > largest ? QJsonValue(QString::number(number))
+                                                 : QJsonValue(static_cast<qint64>(number));
+}
+
+bool readNumber(const QJsonValue& json, int64_t& number) {
+    const QVariant value = json.toVariant(); // of a whole number, all of its bits
+    number = value.toLongLong();
+    return value.userType() == QMetaType::LongLong;
+}
+
+// What is missing or of another kind must not be taken for a 0.
+bool readControl(const QJsonObject& json, SavedControl& control) {
+    int64_t id = 0;
+    if (!readNumber(json["id"], id) || id <= 0 || id > UINT32_MAX)
+        return false;
+    control.id = static_cast<uint32_t>(id);
+    control.key = json["name"].toString();
+    control.text = json["text"].toString();
+    bool isLarge = false;
+    if (json["value"].isString())
+        control.value = json["value"].toString().toLongLong(&isLarge);
+    return isLarge || json["text"].isString() || readNumber(json["value"], control.value);
+}
+
 } // namespace
 
 QList<SavedControl> savedControls(const QList<OVideoControl>& controls) {
@@ -76,7 +104,7 @@ QByteArray toJson(const SavedCameras& cameras) {
         for (const SavedControl& one : camera.value().controls) {
             QJsonObject control{{"id", static_cast<double>(one.id)}, {"name", one.key}};
             if (one.text.isEmpty())
-                control["value"] = static_cast<double>(one.value);
+                control["value"] = written(one.value);
             else
                 control["text"] = one.text;
             controls.append(control);
@@ -98,10 +126,10 @@ bool fromJson(const QByteArray& json, SavedCameras& cameras) {
         camera.name = entry.value().toObject()["name"].toString();
         const QJsonArray controls = entry.value().toObject()["controls"].toArray();
         for (const QJsonValue value : controls) {
-            const QJsonObject one = value.toObject();
-            camera.controls.append({static_cast<uint32_t>(one["id"].toDouble()),
-                                    static_cast<int64_t>(one["value"].toDouble()), one["text"].toString(),
-                                    one["name"].toString()});
+            SavedControl control;
+            if (!readControl(value.toObject(), control))
+                return false;
+            camera.controls.append(control);
         }
         cameras[entry.key()] = camera;
     }

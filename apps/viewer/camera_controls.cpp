@@ -21,6 +21,7 @@ const int WIDTH = 340;
 CameraControls::CameraControls()
     : message_(new QLabel), area_(new QScrollArea), defaults_(new QPushButton("&Defaults")) {
     setFixedWidth(WIDTH);
+    message_->setTextFormat(Qt::PlainText); // whatever the camera is called
     message_->setWordWrap(true);
     message_->setObjectName("controlsMessage");
     area_->setWidgetResizable(true);

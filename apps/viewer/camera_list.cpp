@@ -4,6 +4,7 @@
 
 #include <QtCore/QSignalBlocker>
 #include <QtCore/QSocketNotifier>
+#include <QtGui/QTextDocument>
 
 namespace ostrel::apps::viewer {
 
@@ -71,7 +72,7 @@ void CameraList::fill() {
         const bool alone = names.count(camera.value()) == 1;
         QListWidgetItem* entry = new QListWidgetItem(alone ? camera.value() : both, this);
         entry->setData(ID_ROLE, camera.key());
-        entry->setToolTip(both);
+        entry->setToolTip(Qt::convertFromPlainText(both)); // a camera may have any name
     }
 }
 

@@ -52,14 +52,6 @@ void ControlEditor::edit(int64_t value) {
 void ControlEditor::makeSlider() {
     QSlider* slider = new QSlider(Qt::Horizontal);
     QSpinBox* number = new QSpinBox;
-    const int least = static_cast<int>(control_.minimum());
-    const int most = static_cast<int>(control_.maximum());
-    const int step = static_cast<int>(std::max<int64_t>(control_.step(), 1));
-    slider->setRange(least, most);
-    slider->setSingleStep(step);
-    slider->setPageStep(std::max(step, static_cast<int>((control_.maximum() - control_.minimum()) / 10)));
-    number->setRange(least, most);
-    number->setSingleStep(step);
     number->setKeyboardTracking(false); // not each digit on the way
     layout()->addWidget(slider);
     layout()->addWidget(number);
@@ -73,9 +65,18 @@ void ControlEditor::makeSlider() {
         if (slider->isSliderDown())
             return; // in the user's hand
         const QSignalBlocker quiet(slider), quietToo(number);
+        const int least = static_cast<int>(control_.minimum());
+        const int most = static_cast<int>(control_.maximum());
+        const int step = static_cast<int>(std::max<int64_t>(control_.step(), 1));
+        slider->setRange(least, most);
+        slider->setSingleStep(step);
+        slider->setPageStep(std::max(step, static_cast<int>((control_.maximum() - control_.minimum()) / 10)));
         slider->setValue(static_cast<int>(control_.value()));
+        number->setRange(least, most);
+        number->setSingleStep(step);
         number->setValue(static_cast<int>(control_.value()));
     };
+    show_();
 }
 
 void ControlEditor::makeBox() {

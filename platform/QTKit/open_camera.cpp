@@ -29,12 +29,12 @@ void QTCaptureDeviceState::setListed(const std::shared_ptr<Camera>& camera) {
 
 Error QTCaptureDeviceState::open(const void* owner) {
     // Let go of outside both locks: to close a camera takes the turn.
-    std::shared_ptr<OpenCamera> before, current;
+    std::shared_ptr<OpenCamera> before, last, current;
     std::lock_guard<std::mutex> turn(*turn_);
     std::shared_ptr<Camera> listed;
     {
         std::lock_guard<std::mutex> lock(mutex_);
-        current = last_.lock();
+        last = last_.lock();
         listed = listed_;
         refusedAt_ = Refused::Nowhere;
         refusal_ = Error();
@@ -42,6 +42,7 @@ Error QTCaptureDeviceState::open(const void* owner) {
     }
     // A session may run on after the device was closed: the camera is then still open. One that was unplugged
     // stays with whoever still holds it, and this open gets the new one.
+    current = last;
     if (!current || !(*current)->attached()) {
         current = std::make_shared<OpenCamera>(listed, turn_);
         const Error refused = current->open();

@@ -4,7 +4,9 @@
 #include "base/monotonic_clock.h"
 #include "base/qt_text.h"
 #include "base/shared_object.h"
+#include "base/wake_descriptor.h"
 #include "platform/cameras/control_rules.h"
+#include "platform/cameras/descriptor_set.h"
 #include "platform/cameras/messages.h"
 #include "platform/cameras/registry.h"
 
@@ -172,19 +174,30 @@ struct OVideoControlWatchPrivate {
     std::unique_ptr<cameras::ControlWatch> watch; // null when there never was one
     std::vector<cameras::Control> pending;        // that a wait has found
     cameras::Error error;
+    WakeDescriptor owed;         // readable while something is pending
+    cameras::DescriptorSet told; // that, and the watch's
+
+    bool follow() { return told.add(owed.descriptor()) && told.add(watch->descriptor()); }
 
     // Whether there is something to give.
     bool look() {
         if (watch && !error)
             error = watch->take(pending);
+        if (!pending.empty())
+            owed.set();
         return !pending.empty();
     }
 };
 
 OVideoControlWatch::OVideoControlWatch(const QString& uniqueID) : d(nullptr) {
     auto fresh = std::make_unique<OVideoControlWatchPrivate>();
-    if (const auto controls = controlsOf(uniqueID, fresh->error))
+    if (const auto controls = controlsOf(uniqueID, fresh->error)) {
         fresh->error = controls->watch(fresh->watch);
+        if (fresh->watch && !fresh->follow()) {
+            fresh->watch.reset();
+            fresh->error = cameras::controlsRefused(controls->where(), EMFILE);
+        }
+    }
     d = fresh.release();
 }
 
@@ -197,7 +210,7 @@ QString OVideoControlWatch::error() const {
 }
 
 int OVideoControlWatch::descriptor() const {
-    return d->watch ? d->watch->descriptor() : -1;
+    return d->watch ? d->told.descriptor() : -1;
 }
 
 int OVideoControlWatch::wait(int timeoutMs) {
@@ -208,7 +221,7 @@ int OVideoControlWatch::wait(int timeoutMs) {
         const int64_t left = timeoutMs < 0 ? -1 : (end - monotonicNanoseconds() + 999999) / 1000000;
         if (timeoutMs >= 0 && left <= 0)
             return 0;
-        pollfd told = {d->watch->descriptor(), POLLIN, 0};
+        pollfd told = {d->told.descriptor(), POLLIN, 0};
         ::poll(&told, 1, static_cast<int>(std::min<int64_t>(left, INT_MAX))); // broken off, it is begun again
     }
     return 1;
@@ -223,6 +236,7 @@ QList<OVideoControl> OVideoControlWatch::take() {
                          [&](const cameras::Control& one) { return one.id == control->id; }))
             latest.push_back(*control);
     d->pending.clear();
+    d->owed.clear();
     std::reverse(latest.begin(), latest.end());
     return wrapped(latest);
 }

@@ -23,6 +23,11 @@ size_t sequenceLength(const unsigned char* s, size_t left) {
     return tooLong || noCharacter ? 0 : length;
 }
 
+// Of a valid sequence. U+0080 to U+009F drive terminals as well.
+bool isControl(const unsigned char* s) {
+    return s[0] < 0x20 || s[0] == 0x7F || (s[0] == 0xC2 && s[1] < 0xA0);
+}
+
 std::string trimmed(const std::string& text) {
     const size_t first = text.find_first_not_of(' ');
     if (first == std::string::npos)
@@ -55,7 +60,7 @@ std::string validUtf8(const std::string& bytes) {
         const size_t length = sequenceLength(data + i, bytes.size() - i);
         if (length == 0)
             result += "\xEF\xBF\xBD";
-        else if (data[i] < 0x20 || data[i] == 0x7F)
+        else if (isControl(data + i))
             result += ' ';
         else
             result.append(bytes, i, length);

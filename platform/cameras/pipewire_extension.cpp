@@ -57,9 +57,8 @@ std::string reasonOf(int error) {
 // Cameras that no other kind has.
 int added() {
     const auto all = cameras::attachedCameras();
-    return static_cast<int>(std::count_if(all.begin(), all.end(), [](const auto& camera) {
-        return camera->identifier().compare(0, 9, "pipewire-") == 0;
-    }));
+    return static_cast<int>(std::count_if(
+        all.begin(), all.end(), [](const auto& camera) { return camera->details().kind == "PipeWire"; }));
 }
 
 void look(OVideoPipeWirePrivate& seen) {

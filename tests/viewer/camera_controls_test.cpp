@@ -74,6 +74,17 @@ TEST_F(ControlsColumn, ShowsEachControlAsItsTypeWantsIt) {
         column->grab().save(QString("%1/controls.png").arg(folder));
 }
 
+// Some cameras allow longer exposures at lower rates.
+TEST_F(ControlsColumn, SlidersFollowTheLimits) {
+    plug();
+    ControlEditor brightness(listed(BRIGHTNESS));
+    device.controls[0].maximum = device.controls[0].standard = 1000;
+    plug();
+    brightness.showControl(listed(BRIGHTNESS), QString());
+    EXPECT_EQ(brightness.findChild<QSlider*>()->value(), 1000);
+    EXPECT_EQ(brightness.findChild<QSpinBox*>()->value(), 1000);
+}
+
 TEST_F(ControlsColumn, GreysWhatIsInactiveAndSaysWhoHasTheSay) {
     open();
     EXPECT_FALSE(editor("Gain")->isEnabled());

@@ -4,6 +4,7 @@
 #include <QtCore/QDir>
 #include <QtCore/QRegularExpression>
 #include <QtGui/QScreen>
+#include <QtGui/QTextDocument>
 
 #include <vector>
 
@@ -163,6 +164,19 @@ TEST_F(Controls, FiguresTellSizeRateAndAge) {
     const QRegularExpression form("^640 × 480   \\|   ([0-9.]+) frames/s   \\|   frame ([0-9.]+) m?s old$");
     EXPECT_TRUE(eventually([&] { return form.match(figures()).captured(1).toDouble() > 1; }))
         << figures().toStdString();
+}
+
+// A tip would load the file.
+TEST_F(Controls, TheNameOfACameraIsTextInItsTip) {
+    const QString name = "<img src=/dev/zero>";
+    OVideoTestPatternCamera camera("viewer-test-markup", name);
+    camera.attach();
+    open(name);
+    const QList<QListWidgetItem*> items = panel().cameras->findItems(name, Qt::MatchExactly);
+    ASSERT_EQ(items.size(), 1);
+    QTextDocument tip;
+    tip.setHtml(items.first()->toolTip());
+    EXPECT_TRUE(tip.toPlainText().contains(name)) << tip.toPlainText().toStdString();
 }
 
 TEST_F(Controls, CameraIsChosenByMouseAndByKeys) {

@@ -1,6 +1,7 @@
 #include "apps/camera/record/recording_file.h"
 
 #include "apps/camera/frame_writer.h"
+#include "apps/camera/input_file.h"
 #include "apps/camera/jpeg/jpeg_encoder.h"
 #include "apps/camera/record/matroska_file.h"
 #include "apps/common/failure.h"
@@ -126,11 +127,18 @@ std::string outputPath(const RecordOptions& options, const RecordingKind& kind) 
            (kind.frames.container == Container::Y4m ? "y4m" : layoutName(kind.frames.layout));
 }
 
+// The first frame that is written would cut off what is being played.
+void refusePlayed(const std::string& played, const std::string& output) {
+    if (!played.empty() && sameFile(played, output))
+        throw Failure(EXIT_USAGE, quoted(output) + " is being played: record to another file");
+}
+
 } // namespace
 
 std::unique_ptr<RecordingFile> makeRecordingFile(const Options& options) {
     const RecordingKind kind = kindOf(options);
     const std::string path = outputPath(options.record, kind);
+    refusePlayed(options.camera.play, path);
     if (kind.matroska)
         return std::make_unique<JpegFile>(options, path);
     return std::make_unique<FramesFile>(options, path, kind.frames);

@@ -1,4 +1,5 @@
 // Which controls a node has, and what is known of each.
+#include "platform/cameras/device_texts.h"
 #include "platform/cameras/v4l2/control_calls.h"
 
 #include <algorithm>
@@ -21,7 +22,7 @@ const int MOST_SKIPPED = 64;
 template <typename Character, size_t N>
 std::string text(const Character (&bytes)[N]) {
     const char* const chars = reinterpret_cast<const char*>(bytes);
-    return std::string(chars, ::strnlen(chars, N));
+    return validUtf8(std::string(chars, ::strnlen(chars, N)));
 }
 
 bool isKnown(uint32_t type) {
@@ -64,8 +65,8 @@ Control controlOf(const Answer& answer) {
 }
 
 void askItems(const VideoNode& node, Control& control) {
-    const int64_t first = std::max<int64_t>(control.minimum, 0);
-    const int64_t last = std::min(control.maximum, first + MOST_ITEMS - 1);
+    const int64_t first = std::clamp<int64_t>(control.minimum, 0, INT32_MAX);
+    const int64_t last = std::min({control.maximum, first + MOST_ITEMS - 1, int64_t(INT32_MAX)});
     for (int64_t index = first; index <= last; ++index) {
         v4l2_querymenu item = {};
         item.id = control.id;

@@ -67,9 +67,14 @@ TEST_F(ControlSettings, ValuesAreNumbersItemsWordsAndDefaults) {
     plug();
     EXPECT_EQ(parsed(BRIGHTNESS, "-3"), -3);
     EXPECT_EQ(parsed(BRIGHTNESS, "0x10"), 16);
+    EXPECT_EQ(parsed(BRIGHTNESS, "-0x10"), -16);
+    EXPECT_EQ(parsed(BRIGHTNESS, "010"), 10);
     EXPECT_EQ(parsed(GAIN, "default"), 10);
     EXPECT_EQ(parsed(LINE, "auto"), 3); // an item of its own
-    EXPECT_EQ(parsed(LINE, "50"), 50);  // a number, which will be refused as one
+    EXPECT_EQ(parsed(LINE, "50"), 1);   // no value of an item, but the beginning of one
+    EXPECT_EQ(parsed(LINE, "3"), 3);
+    EXPECT_EQ(parsed(LINE, "7"), 7); // a number, which will be refused as one
+    EXPECT_EQ(parsed(NUMBERS, "5000000000"), 2);
     EXPECT_EQ(parsed(LINE, "50 hz"), 1);
     EXPECT_EQ(parsed(EXPOSURE_AUTO, "manual"), 1);
     EXPECT_EQ(parsed(AUTOGAIN, "on"), 1);
@@ -177,6 +182,32 @@ TEST_F(ControlSettings, FilesThatAreNoneAreRefused) {
     for (const char* text : {"", "[]", "{\"a\": 1}", "{\"a\": {\"controls\": 2}}", "no json"})
         EXPECT_FALSE(fromJson(text, cameras)) << text;
     EXPECT_TRUE(fromJson("{}", cameras));
+}
+
+// A setting that cannot be read must not set a control to 0.
+TEST_F(ControlSettings, FilesWithASettingThatIsNoneAreRefused) {
+    SavedCameras cameras;
+    for (const char* control :
+         {"1", "{}", "{\"id\": 1}", "{\"value\": 1}", "{\"id\": 1, \"value\": \"auto\"}",
+          "{\"id\": 1, \"value\": null}", "{\"id\": 1, \"value\": 1.5}", "{\"id\": 1, \"value\": 1e300}",
+          "{\"id\": -1, \"value\": 1}", "{\"id\": 0, \"value\": 1}", "{\"id\": 4294967296, \"value\": 1}",
+          "{\"id\": \"1\", \"value\": 1}", "{\"id\": 1, \"text\": 1}"})
+        EXPECT_FALSE(fromJson(QByteArray("{\"a\": {\"controls\": [") + control + "]}}", cameras)) << control;
+    EXPECT_TRUE(fromJson("{\"a\": {\"controls\": [{\"id\": 4294967295, \"value\": -1}]}}", cameras));
+    EXPECT_EQ(cameras["a"].controls[0].id, 4294967295u);
+    EXPECT_EQ(cameras["a"].controls[0].value, -1);
+}
+
+TEST_F(ControlSettings, NumbersOfSixtyFourBitsComeBackFromAFile) {
+    SavedCameras saved, read;
+    for (const int64_t value : {INT64_MAX, INT64_MIN, (int64_t(1) << 53) + 1}) {
+        SavedControl control;
+        control.id = LARGE;
+        control.value = value;
+        saved["a"].controls = {control};
+        ASSERT_TRUE(fromJson(toJson(saved), read));
+        EXPECT_EQ(read["a"].controls[0].value, value);
+    }
 }
 
 } // namespace tests

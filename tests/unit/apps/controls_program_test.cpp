@@ -78,6 +78,34 @@ TEST(ControlsProgram, SaysWhatCouldNotBeLoadedAndSetsTheRest) {
     EXPECT_EQ(7, outcome.code);
 }
 
+TEST(ControlsProgram, SavesToAndLoadsFromStandardStreams) {
+    Outcome outcome = run("/", CONTROLS + QStringList{"brightness=77", "--save", "-"});
+    EXPECT_EQ(0, outcome.code) << outcome.errors;
+    outcome = run("/", CONTROLS + QStringList{"--load", "-", "--json"}, outcome.output);
+    EXPECT_EQ(0, outcome.code) << outcome.errors;
+    EXPECT_EQ(77, brightness(outcome.output)["value"].toInt());
+}
+
+TEST(ControlsProgram, SavesWhereThereIsNothingToKeep) {
+    const Folder folder;
+    QFile file(folder.file("empty"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.close();
+    Outcome outcome = run(folder.path(), CONTROLS + QStringList{"--save", "empty"});
+    EXPECT_EQ(0, outcome.code) << outcome.errors;
+    EXPECT_TRUE(folder.read("empty").contains("ostrel-test-pattern"));
+    outcome = run(folder.path(), CONTROLS + QStringList{"--save", "/dev/full"});
+    EXPECT_EQ(7, outcome.code);
+    EXPECT_EQ("ostrel-camera: cannot write '/dev/full': No space left on device\n", outcome.errors);
+}
+
+TEST(ControlsProgram, ReadsNoFileWithoutEnd) {
+    const Outcome outcome = run("/", CONTROLS + QStringList{"--load", "/dev/zero"});
+    EXPECT_EQ(7, outcome.code);
+    EXPECT_EQ("ostrel-camera: '/dev/zero' is no file that 'ostrel-camera controls --save' has written\n",
+              outcome.errors);
+}
+
 TEST(ControlsProgram, RefusesInOneLine) {
     const struct {
         QStringList arguments;
@@ -99,7 +127,7 @@ TEST(ControlsProgram, RefusesInOneLine) {
          "ostrel-camera: Brightness of Test pattern is to be set twice at once\n"},
         {{"--load", "no-such-file"},
          7,
-         "ostrel-camera: cannot read no-such-file: No such file or directory\n"},
+         "ostrel-camera: cannot read 'no-such-file': No such file or directory\n"},
     };
     for (const auto& one : cases) {
         const Outcome outcome = run("/", CONTROLS + one.arguments);

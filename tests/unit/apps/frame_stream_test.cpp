@@ -214,6 +214,22 @@ TEST_F(FrameStreamTest, ASignalEndsTheWaiting) {
     EXPECT_EQ(SIGINT, stop_.signal());
 }
 
+TEST(StopRequest, WaitsForADescriptorASignalOrTheTime) {
+    const StopRequest stop;
+    int pipe[2];
+    ASSERT_EQ(0, ::pipe(pipe));
+    EXPECT_FALSE(stop.wait(pipe[0], Clock::now()));
+    EXPECT_FALSE(stop.wait(-1, Clock::now() + std::chrono::milliseconds(1)));
+    ASSERT_EQ(1, write(pipe[1], "x", 1));
+    EXPECT_TRUE(stop.wait(pipe[0], Clock::time_point::max()));
+    std::thread other([] { raise(SIGTERM); });
+    EXPECT_TRUE(stop.wait(-1, Clock::now() + std::chrono::seconds(60)));
+    other.join();
+    EXPECT_EQ(SIGTERM, stop.signal());
+    close(pipe[0]);
+    close(pipe[1]);
+}
+
 TEST(StopRequest, LeavesIgnoredSignalsAloneAndGivesTheOthersBack) {
     std::signal(SIGHUP, SIG_IGN);
     {

@@ -258,6 +258,8 @@ TEST(CameraList, NodesThatAreNoCamerasStandWithTheirReasons) {
               "/dev/video10  Card    is a touch pad\n",
               nodeTable(nodes));
     EXPECT_EQ("", nodeTable({}));
+    EXPECT_NE(std::string::npos,
+              nodeTable({{"pipewire:\x1b[2J", "a", "b"}}).find("\npipewire:?[2J  a     b\n"));
     const QJsonObject json =
         QJsonDocument::fromJson(QByteArray::fromStdString(allJson({CAMERAS[3]}, nodes))).object();
     EXPECT_EQ("pci-7", json["cameras"].toArray()[0].toObject()["id"].toString().toStdString());

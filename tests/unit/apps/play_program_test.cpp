@@ -66,6 +66,20 @@ TEST_F(PlayProgram, PlayedOnceTheRecordingEndsWithTheFile) {
     EXPECT_EQ(0, run(folder_.path(), {"watch", "--play", "clip.y4m", "--once", "--size", "ld"}).code);
 }
 
+TEST_F(PlayProgram, WhatIsBeingPlayedIsNotRecordedOver) {
+    const QByteArray before = folder_.read("clip.y4m");
+    ASSERT_TRUE(QFile::link("clip.y4m", folder_.file("recording.y4m")));
+    for (const QStringList& output : {QStringList{"clip.y4m"}, QStringList()}) {
+        const Outcome outcome = run(
+            folder_.path(), QStringList{"record", "--play", "clip.y4m", "--size", "ld", "-n", "2"} + output);
+        EXPECT_EQ(2, outcome.code);
+        EXPECT_EQ("ostrel-camera: '" + output.value(0, "recording.y4m").toStdString() +
+                      "' is being played: record to another file\n",
+                  outcome.errors);
+    }
+    EXPECT_EQ(before, folder_.read("clip.y4m"));
+}
+
 TEST_F(PlayProgram, AFileThatCannotBePlayedIsNamed) {
     const Outcome gone = run(folder_.path(), {"record", "--play", "gone.y4m"});
     EXPECT_EQ(7, gone.code);

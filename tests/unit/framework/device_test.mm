@@ -1,6 +1,9 @@
 #import "recording_delegate.h"
 
+#include "platform/QTKit/open_camera.h"
+
 #include <cerrno>
+#include <functional>
 #include <thread>
 
 using namespace ostrel;
@@ -18,6 +21,18 @@ public:
 
 private:
     int listings_ = 0;
+};
+
+// One that is let go of when it is asked whether it is still there.
+class LeavingCamera : public support::ScriptedCamera {
+public:
+    using ScriptedCamera::ScriptedCamera;
+    bool attached() const override {
+        if (letGo)
+            letGo();
+        return !letGo;
+    }
+    std::function<void()> letGo;
 };
 
 } // namespace
@@ -94,6 +109,21 @@ TEST_F(Devices, StayOpenThoughLaterListingsHaveNewObjectsForThem) {
     [opened close];
     EXPECT_TRUE([opened open:NULL]);
     [opened close];
+}
+
+// Its last holder may let go while another open finds it unplugged.
+TEST_F(Devices, AreOpenedAnewAtTheMomentInWhichTheCameraBeforeIsLetGoOf) {
+    const auto before = std::make_shared<LeavingCamera>("camera");
+    const auto after = std::make_shared<support::ScriptedCamera>("camera");
+    QTCaptureDeviceState state(before);
+    ASSERT_FALSE(state.open(before.get()));
+    state.setListed(after);
+    before->letGo = [&] { state.close(before.get()); };
+    EXPECT_FALSE(state.open(after.get())); // would hang here
+    EXPECT_FALSE(before->isOpen());
+    EXPECT_TRUE(after->isOpen());
+    state.close(after.get());
+    EXPECT_FALSE(after->isOpen());
 }
 
 TEST_F(Devices, ErrorOfAnOpenCarriesTheTextAndTheCode) {

@@ -2,6 +2,7 @@
 #include "unit/pipewire/pipewire_test.h"
 
 #include <ostrel/pipewire.h>
+#include <ostrel/virtual_camera.h>
 
 #include "base/monotonic_clock.h"
 #include "platform/cameras/pipewire/daemon.h"
@@ -86,6 +87,8 @@ TEST_F(PipeWireRemote, WhatIsThereIsTold) {
     const PipeWireCamera one("one"), other("other");
     support::Program screen({OSTREL_PIPEWIRE_CAMERA, "screen", "role=Screen"});
     ASSERT_TRUE(screen.waitForLine("paused"));
+    OVideoTestPatternCamera another("pipewire-another", "Of this program");
+    ASSERT_TRUE(another.attach());
     const OVideoPipeWire seen;
     EXPECT_EQ(seen.state(), OVideoPipeWire::CONNECTED);
     EXPECT_EQ(seen.where().toStdString(), session.socket());

@@ -120,12 +120,14 @@ TEST_F(ControlsTest, OfANodeThatMayNotBeOpenedSayWhatHelps) {
     EXPECT_NE(whyNoList().find("group \"video\""), std::string::npos);
 }
 
-// A menu of two thousand million items, and a text that would need all memory.
+// Menus of two thousand million items and beyond all numbers, and a text that would need all memory.
 TEST_F(ControlsTest, OfAbsurdLimitsAreListedInTime) {
     device.controls[3].maximum = 0x7fffffff;
+    device.controls[8].minimum = device.controls[8].maximum = INT64_MAX;
     device.controls[7].maximum = 0x7fffffff;
     plug();
     EXPECT_EQ(listed(LINE).items().size(), 3);
+    EXPECT_EQ(listed(NUMBERS).items().size(), 0);
     EXPECT_TRUE(listed(TEXT).hasValue());
 }
 

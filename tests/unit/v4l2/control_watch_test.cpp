@@ -48,6 +48,18 @@ TEST_F(ControlWatchTest, SeesWhatAnotherProgramHasSetOnceWithItsNewestValue) {
     }
 }
 
+// A wait takes what the driver tells out of its queue.
+TEST_F(ControlWatchTest, IsReadableUntilWhatAWaitHasFoundIsTaken) {
+    plug();
+    OVideoControlWatch watch(id);
+    kernel->setControl(path, BRIGHTNESS, 11);
+    EXPECT_EQ(watch.wait(TIMEOUT), 1);
+    EXPECT_TRUE(isReadable(watch, 0));
+    EXPECT_EQ(watch.wait(0), 1);
+    EXPECT_EQ(names(watch.take()), "Brightness");
+    EXPECT_FALSE(isReadable(watch, 0));
+}
+
 TEST_F(ControlWatchTest, SeesWhatThisProcessSetsAndWhatBecomesActiveByIt) {
     plug();
     OVideoControlWatch watch(id);

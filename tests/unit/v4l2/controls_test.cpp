@@ -36,6 +36,14 @@ TEST_F(ControlsTest, AreListedInTheDriversOrderWithAllThatIsKnownOfThem) {
     EXPECT_TRUE(listed(PRIVACY).isVolatile());
 }
 
+TEST_F(ControlsTest, HaveNamesThatAreTextWhateverTheDriverSays) {
+    device.controls[0].name = "Bright\x1b[2J\xC2\x9Bness\xE2\x82";
+    device.controls[3].items[1] = "50\nHz and more than the thirty-two bytes that there are";
+    plug();
+    EXPECT_EQ(listed(BRIGHTNESS).name(), QString::fromUtf8("Bright [2J ness\xEF\xBF\xBD\xEF\xBF\xBD"));
+    EXPECT_EQ(listed(LINE).items().value(1), QString("50 Hz and more than the thirty-t"));
+}
+
 TEST_F(ControlsTest, OfEveryTypeAreListedWithTheirValues) {
     plug();
     QMap<int, QString> items;

@@ -180,6 +180,9 @@ TEST(DisplayName, BecomesValidUtf8) {
     EXPECT_EQ(validUtf8("\xED\xA0\x80"), mark + mark + mark);   // half of a surrogate pair
     EXPECT_EQ(validUtf8("\xF5\x80\x80\x80"), mark + mark + mark + mark);
     EXPECT_EQ(validUtf8("tab\there "), "tab here");
+    EXPECT_EQ(validUtf8("\xC2\x9B"
+                        "2J\xC2\x85next\xC2\xA0"),
+              "2J next\xC2\xA0"); // those of eight bits
     EXPECT_EQ(validUtf8("\xF0\x9F\x93\xB7 cam"), "\xF0\x9F\x93\xB7 cam");
 }
 
