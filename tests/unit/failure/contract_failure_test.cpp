@@ -1,5 +1,5 @@
 // Every kind of camera, with memory running out at each step of its life.
-#include "unit/cameras/contract/kinds.h"
+#include "unit/platform/cameras/contract/kinds.h"
 #include "unit/failure/failing_allocations.h"
 
 #include "support/gate.h"

@@ -1,6 +1,6 @@
 // Frames, destinations between guard bytes and reference arithmetic for the tests of conversion and scaling.
-#ifndef OSTREL_TESTS_FRAMES_H
-#define OSTREL_TESTS_FRAMES_H
+#ifndef OSTREL_TESTS_UNIT_PROCESSING_FRAMES_H
+#define OSTREL_TESTS_UNIT_PROCESSING_FRAMES_H
 
 #include <array>
 #include <ostream>

@@ -1,0 +1,110 @@
+// A camera that sends JPEG, by a driver whose frames and times are the test's, and commands that run beside
+// it.
+#ifndef OSTREL_TESTS_UNIT_APPS_CAMERA_JPEG_CAMERA_H
+#define OSTREL_TESTS_UNIT_APPS_CAMERA_JPEG_CAMERA_H
+
+#include "program.h"
+
+#include "apps/camera/commands.h"
+#include "apps/common/failure.h"
+#include "platform/cameras/v4l2/v4l2_provider.h"
+#include "support/camera_test.h"
+#include "support/jpeg_pictures.h"
+#include "support/v4l2/scripted_discovery.h"
+#include "support/v4l2/scripted_kernel.h"
+
+#include <QtCore/QElapsedTimer>
+#include <QtCore/QFileInfo>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace apptests {
+
+// A picture of its own for each number: without the tables, as most cameras send it.
+inline std::vector<uint8_t> numbered(int number, int width = 64, int height = 48) {
+    ostrel::support::JpegOptions options;
+    options.tables = false;
+    return ostrel::support::encodeJpeg(width, height, options, [&](int x, int y) {
+        return std::array<uint8_t, 3>{uint8_t(x * 4), uint8_t(y * 4), uint8_t(number * 7)};
+    });
+}
+
+class JpegCameraTest : public ostrel::support::CameraTest {
+protected:
+    static constexpr int HANG_MS = 60000;
+
+    JpegCameraTest() {
+        device.timestamps = V4L2_BUF_FLAG_TIMESTAMP_MONOTONIC;
+        options.quiet = true;
+        options.captureSize = ostrel::apps::Size{64, 48};
+        options.camera.timeout = HANG_MS / 1000.0;
+    }
+
+    void plug(int width, int height) {
+        device.formats = {ostrel::support::raw(V4L2_PIX_FMT_MJPEG, {ostrel::support::only(width, height)})};
+        kernel->plug(path, device);
+        ostrel::cameras::v4l2::NodeFacts facts;
+        facts.path = path;
+        discovery->add(facts);
+        machine.has(ostrel::cameras::v4l2::makeProvider(kernel, discovery));
+    }
+
+    // Waits for what must come.
+    static void await(const std::function<bool()>& there) {
+        QElapsedTimer time;
+        time.start();
+        while (!there() && time.elapsed() < HANG_MS)
+            usleep(1000);
+        EXPECT_TRUE(there());
+    }
+
+    void feed(const std::vector<uint8_t>& jpeg, int64_t microseconds, int sequence = -1) {
+        await([&] { return kernel->isStreaming(path); });
+        ostrel::support::FrameScript frame;
+        frame.bytes = jpeg;
+        frame.sequence = sequence;
+        frame.time.tv_sec = microseconds / 1000000;
+        frame.time.tv_usec = microseconds % 1000000;
+        EXPECT_TRUE(kernel->feed(path, frame));
+    }
+
+    using Command = int (*)(const ostrel::apps::cli::Options&, const ostrel::apps::cli::Context&);
+
+    // Runs it beside the camera, and answers what it says.
+    std::string run(Command command, const std::function<void()>& camera) {
+        std::thread driver(camera);
+        ostrel::apps::cli::Messages messages;
+        messages.setQuiet(options.quiet);
+        const ostrel::apps::cli::StopRequest stop;
+        int code = -1;
+        try {
+            code = command(options, {messages, stop});
+        } catch (const ostrel::apps::Failure& failure) {
+            ADD_FAILURE() << failure.what();
+        }
+        driver.join();
+        EXPECT_EQ(0, code);
+        std::string said;
+        for (const std::string& line : err.takeLines())
+            said += line + "\n";
+        return said;
+    }
+
+    const std::string path = "/dev/video0";
+    std::shared_ptr<ostrel::support::ScriptedKernel> kernel =
+        std::make_shared<ostrel::support::ScriptedKernel>();
+    std::shared_ptr<ostrel::support::ScriptedDiscovery> discovery =
+        std::make_shared<ostrel::support::ScriptedDiscovery>();
+    ostrel::support::DeviceScript device;
+    ostrel::apps::cli::Options options;
+    Folder folder;
+};
+
+} // namespace apptests
+
+#endif

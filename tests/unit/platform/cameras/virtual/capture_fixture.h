@@ -1,0 +1,34 @@
+// One attached and opened test pattern camera for each test.
+#ifndef OSTREL_TESTS_UNIT_PLATFORM_CAMERAS_VIRTUAL_CAPTURE_FIXTURE_H
+#define OSTREL_TESTS_UNIT_PLATFORM_CAMERAS_VIRTUAL_CAPTURE_FIXTURE_H
+
+#include "readings.h"
+
+#include <gtest/gtest.h>
+
+class PatternFixture : public testing::Test {
+protected:
+    static constexpr int WIDTH = 320, HEIGHT = 240;
+
+    explicit PatternFixture(double framesPerSecond = 1000)
+        : virtualCamera(new ostrel::OVideoTestPatternCamera(QString::fromLatin1("fixture"),
+                                                            QString::fromLatin1("Fixture"), WIDTH, HEIGHT,
+                                                            framesPerSecond)) {}
+
+    void SetUp() override {
+        ASSERT_TRUE(virtualCamera->attach());
+        camera = listed("fixture");
+        ASSERT_NE(nullptr, camera);
+        ASSERT_FALSE(camera->open());
+    }
+    void TearDown() override {
+        if (camera)
+            camera->close();
+    }
+
+    std::unique_ptr<ostrel::OVideoTestPatternCamera> virtualCamera;
+    std::shared_ptr<ostrel::cameras::Camera> camera;
+    std::shared_ptr<RecordingSink> sink = std::make_shared<RecordingSink>();
+};
+
+#endif
