@@ -21,7 +21,7 @@
 
 namespace {
 
-using namespace apptests;
+using namespace ostrel::tests;
 
 // Colours of the bars from left to right.
 const QRgb BARS[] = {0xffffff, 0xffff00, 0x00ffff, 0x00ff00, 0xff00ff, 0xff0000, 0x0000ff, 0x000000};

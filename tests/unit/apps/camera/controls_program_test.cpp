@@ -10,7 +10,7 @@
 
 namespace {
 
-using namespace apptests;
+using namespace ostrel::tests;
 
 const QStringList CONTROLS = {"controls", "--test-camera"};
 

@@ -12,7 +12,7 @@
 
 namespace {
 
-using namespace apptests;
+using namespace ostrel::tests;
 
 void write(const Folder& folder, const QString& name, const QByteArray& bytes) {
     QFile file(folder.file(name));

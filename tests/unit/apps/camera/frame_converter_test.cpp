@@ -14,9 +14,9 @@ namespace {
 using namespace ostrel;
 using namespace ostrel::apps;
 using namespace ostrel::apps::cli;
-using apptests::flagArgb;
-using apptests::flagRgb24;
-using apptests::greyI420;
+using tests::flagArgb;
+using tests::flagRgb24;
+using tests::greyI420;
 
 const Layout LAYOUTS[] = {Layout::Argb, Layout::Rgb24, Layout::Yuy2, Layout::I420};
 

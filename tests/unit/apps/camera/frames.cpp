@@ -3,7 +3,7 @@
 #include <ostrel/processing.h>
 #include <ostrel/virtual_camera.h>
 
-namespace apptests {
+namespace ostrel::tests {
 
 namespace {
 
@@ -75,4 +75,4 @@ QByteArray toByteArray(const Bytes& bytes) {
     return QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<int>(bytes.size()));
 }
 
-} // namespace apptests
+} // namespace ostrel::tests

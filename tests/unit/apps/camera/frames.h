@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <vector>
 
-namespace apptests {
+namespace ostrel::tests {
 
 using Bytes = std::vector<uint8_t>;
 
@@ -32,6 +32,6 @@ std::vector<uint32_t> countersOf(const Y4mFile& file, int width, int height);
 
 QByteArray toByteArray(const Bytes& bytes);
 
-} // namespace apptests
+} // namespace ostrel::tests
 
 #endif

@@ -23,7 +23,7 @@
 #include <unistd.h>
 #include <vector>
 
-namespace apptests {
+namespace ostrel::tests {
 
 // A picture of its own for each number: without the tables, as most cameras send it.
 inline std::vector<uint8_t> numbered(int number, int width = 64, int height = 48) {
@@ -105,6 +105,6 @@ protected:
     Folder folder;
 };
 
-} // namespace apptests
+} // namespace ostrel::tests
 
 #endif

@@ -14,7 +14,7 @@ namespace {
 using namespace ostrel::apps;
 using namespace ostrel::apps::cli;
 
-QByteArray encoded(const apptests::Bytes& bgra, const Size& size, int quality) {
+QByteArray encoded(const ostrel::tests::Bytes& bgra, const Size& size, int quality) {
     JpegEncoder encoder(size, quality);
     const JpegEncoder::Jpeg jpeg = encoder.encode(bgra.data());
     return QByteArray(reinterpret_cast<const char*>(jpeg.data), static_cast<int>(jpeg.bytes));
@@ -26,8 +26,9 @@ std::optional<Size> sizeIn(const QByteArray& jpeg) {
 }
 
 // Noise: what compresses worst.
-apptests::Bytes noise(const Size& size) {
-    apptests::Bytes bgra(static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height) * 4);
+ostrel::tests::Bytes noise(const Size& size) {
+    ostrel::tests::Bytes bgra(static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height) *
+                              4);
     uint32_t state = 1;
     for (uint8_t& byte : bgra) {
         state = state * 1664525 + 1013904223;
@@ -39,7 +40,7 @@ apptests::Bytes noise(const Size& size) {
 TEST(JpegEncoder, KeepsColoursAndSidesOfEverySize) {
     for (const Size& size : {Size{64, 48}, Size{33, 17}, Size{16, 9}}) {
         const QImage image =
-            QImage::fromData(encoded(apptests::flagArgb(size.width, size.height), size, 95), "JPEG");
+            QImage::fromData(encoded(ostrel::tests::flagArgb(size.width, size.height), size, 95), "JPEG");
         ASSERT_EQ(size.width, image.width());
         ASSERT_EQ(size.height, image.height());
         const QColor top = image.pixelColor(size.width - 1, 0);
@@ -61,7 +62,7 @@ TEST(JpegEncoder, QualityIsPaidForInBytes) {
 }
 
 TEST(JpegSize, IsWhatTheHeaderSays) {
-    const QByteArray jpeg = encoded(apptests::flagArgb(48, 32), {48, 32}, 80);
+    const QByteArray jpeg = encoded(ostrel::tests::flagArgb(48, 32), {48, 32}, 80);
     EXPECT_EQ((Size{48, 32}), sizeIn(jpeg));
     QByteArray filled = jpeg; // fill bytes in front of a marker
     filled.insert(2, QByteArray(3, '\xFF'));
@@ -69,7 +70,7 @@ TEST(JpegSize, IsWhatTheHeaderSays) {
 }
 
 TEST(JpegSize, CutOrForeignBytesHaveNone) {
-    const QByteArray jpeg = encoded(apptests::flagArgb(48, 32), {48, 32}, 80);
+    const QByteArray jpeg = encoded(ostrel::tests::flagArgb(48, 32), {48, 32}, 80);
     const int scan = static_cast<int>(jpeg.indexOf("\xFF\xDA"));
     for (int bytes = 0; bytes < scan + 4; ++bytes)
         EXPECT_FALSE(sizeIn(jpeg.left(bytes))) << bytes;

@@ -12,7 +12,7 @@ namespace {
 
 using namespace ostrel::apps;
 using namespace ostrel::apps::cli;
-using apptests::Folder;
+using ostrel::tests::Folder;
 using Mode = OutputFile::Mode;
 
 TEST(OutputFile, AWholeFileAppearsOnlyWhenItIsComplete) {

@@ -12,7 +12,7 @@
 
 namespace {
 
-using namespace apptests;
+using namespace ostrel::tests;
 
 class PlayProgram : public testing::Test {
 protected:

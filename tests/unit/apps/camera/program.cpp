@@ -4,7 +4,7 @@
 #include <QtCore/QFile>
 #include <QtCore/QProcessEnvironment>
 
-namespace apptests {
+namespace ostrel::tests {
 
 namespace {
 
@@ -63,4 +63,4 @@ QStringList Folder::entries() const {
     return QDir(folder_.path()).entryList(QDir::Files | QDir::Hidden | QDir::System, QDir::Name);
 }
 
-} // namespace apptests
+} // namespace ostrel::tests

@@ -9,7 +9,7 @@
 
 #include <string>
 
-namespace apptests {
+namespace ostrel::tests {
 
 struct Outcome {
     int code = -1; // exit code; -1 when it crashed or hung
@@ -42,6 +42,6 @@ private:
     QTemporaryDir folder_;
 };
 
-} // namespace apptests
+} // namespace ostrel::tests
 
 #endif

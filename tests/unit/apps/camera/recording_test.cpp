@@ -7,9 +7,9 @@
 namespace {
 
 using namespace ostrel::support;
-using apptests::numbered;
+using ostrel::tests::numbered;
 
-class RecordedJpegCamera : public apptests::JpegCameraTest {
+class RecordedJpegCamera : public ostrel::tests::JpegCameraTest {
 protected:
     RecordedJpegCamera() { options.record.output = file().toStdString(); }
 
@@ -46,7 +46,7 @@ TEST_F(RecordedJpegCamera, ItsOwnPicturesGoInUntouchedEachWithItsTime) {
             feed(jpeg, times[static_cast<std::size_t>(number)]);
         }
     });
-    const apptests::Video video = apptests::readVideo(file());
+    const ostrel::tests::Video video = ostrel::tests::readVideo(file());
     ASSERT_EQ(40U, video.times.size());
     for (std::size_t at = 0; at < 40; ++at)
         EXPECT_NEAR(double(times[at] - times[0]) / 1e6, video.times[at], 0.001) << at;
@@ -67,7 +67,7 @@ TEST_F(RecordedJpegCamera, PicturesOfAnotherSizeAreScaledAndEncoded) {
         for (int number = 0; number < 3; ++number)
             feed(quadrantsAsJpeg(128, 96, jpeg), 1000000 + number * 40000);
     });
-    const apptests::Video video = apptests::readVideo(file());
+    const ostrel::tests::Video video = ostrel::tests::readVideo(file());
     EXPECT_EQ(3, video.decoded);
     EXPECT_EQ("", video.errors.toStdString());
     const QImage image = QImage::fromData(video.pictures, "JPEG");
@@ -89,7 +89,7 @@ TEST_F(RecordedJpegCamera, APictureThatIsNotOfTheModesSizeIsScaled) {
         feed(numbered(2, 128, 96), 1040000);
         feed(numbered(3), 1080000);
     });
-    const apptests::Video video = apptests::readVideo(file());
+    const ostrel::tests::Video video = ostrel::tests::readVideo(file());
     EXPECT_EQ(3, video.decoded);
     EXPECT_EQ("", video.errors.toStdString());
     const auto first = numbered(1);
@@ -111,7 +111,7 @@ TEST_F(RecordedJpegCamera, BytesThatAreNoPictureAreLeftOutAndCounted) {
         feed(std::vector<uint8_t>(3000, 0x55), 1040000, -1, false);
         feed(numbered(2), 1080000);
     });
-    EXPECT_EQ(2, apptests::readVideo(file()).decoded);
+    EXPECT_EQ(2, ostrel::tests::readVideo(file()).decoded);
     EXPECT_NE(std::string::npos, said.find("lost")) << said;
     EXPECT_NE(std::string::npos, said.find("(1 after frame 1)")) << said;
 }
@@ -136,7 +136,7 @@ TEST_F(RecordedJpegCamera, TimesNeverGoBack) {
         feed(numbered(2), 9040000);
         feed(numbered(3), 2000000);
     });
-    EXPECT_EQ((std::vector<double>{0, 0.04, 0.04}), apptests::readVideo(file()).times);
+    EXPECT_EQ((std::vector<double>{0, 0.04, 0.04}), ostrel::tests::readVideo(file()).times);
 }
 
 } // namespace

@@ -13,7 +13,7 @@ namespace {
 using namespace ostrel::support;
 using namespace ostrel::apps::cli;
 
-class SnapshotOfJpegCamera : public apptests::JpegCameraTest {
+class SnapshotOfJpegCamera : public ostrel::tests::JpegCameraTest {
 protected:
     QByteArray take(const QString& name, const std::vector<uint8_t>& picture) {
         options.snapshot.output = folder.file(name).toStdString();

@@ -48,7 +48,7 @@ TerminalOutcome runOnTerminal(const QString& folder, std::vector<std::string> ar
 }
 
 TEST(Terminal, RecordShowsAProgressBarThatEndsWithALine) {
-    apptests::Folder folder;
+    ostrel::tests::Folder folder;
     const TerminalOutcome outcome =
         runOnTerminal(folder.path(), {"record", "--test-camera", "--size", "ld", "-n", "45"});
     EXPECT_EQ(0, outcome.code);
@@ -58,7 +58,7 @@ TEST(Terminal, RecordShowsAProgressBarThatEndsWithALine) {
 }
 
 TEST(Terminal, QuietMeansNoBar) {
-    apptests::Folder folder;
+    ostrel::tests::Folder folder;
     const TerminalOutcome outcome =
         runOnTerminal(folder.path(), {"record", "-q", "--test-camera", "--size", "ld", "-n", "30"});
     EXPECT_EQ(0, outcome.code);

@@ -3,7 +3,7 @@
 #include <QtCore/QProcess>
 #include <QtCore/QStringList>
 
-namespace apptests {
+namespace ostrel::tests {
 
 namespace {
 
@@ -49,4 +49,4 @@ Video readVideo(const QString& path) {
     return video;
 }
 
-} // namespace apptests
+} // namespace ostrel::tests

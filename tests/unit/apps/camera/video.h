@@ -7,7 +7,7 @@
 
 #include <vector>
 
-namespace apptests {
+namespace ostrel::tests {
 
 struct Video {
     std::vector<double> times; // of its pictures, seconds
@@ -21,6 +21,6 @@ struct Video {
 
 Video readVideo(const QString& path);
 
-} // namespace apptests
+} // namespace ostrel::tests
 
 #endif

@@ -18,7 +18,7 @@
 
 namespace {
 
-using namespace apptests;
+using namespace ostrel::tests;
 
 const int HANG_MS = 60000;
 

@@ -5,8 +5,7 @@
 
 #include <stdexcept>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using namespace ostrel::apps;
 
@@ -179,5 +178,4 @@ TEST_F(ControlSettings, FilesThatAreNoneAreRefused) {
     EXPECT_TRUE(fromJson("{}", cameras));
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -6,8 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using cameras::FoundCamera;
 using cameras::NamedCamera;
@@ -134,5 +133,4 @@ TEST_F(CameraSearchTest, SaysThatNothingFits) {
     EXPECT_EQ(why(""), "no attached camera fits \"\"");
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -8,8 +8,7 @@
 #include <poll.h>
 #include <pthread.h>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using cameras::DeliveryThread;
 using cameras::StopSignal;
@@ -115,5 +114,4 @@ TEST(DeliveryThread, LeavesSignalsToTheClientsThreads) {
     EXPECT_EQ(::sigismember(&own, SIGTERM), 0);
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -18,8 +18,7 @@
 #include <thread>
 #include <unistd.h>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 namespace {
 
@@ -234,9 +233,9 @@ TEST_F(DeviceMonitor, AThousandCyclesLeaveNothingBehind) {
         }
     };
     cycles(10);
-    const auto before = testing_support::processFigures();
+    const auto before = support::processFigures();
     cycles(1000);
-    const auto after = testing_support::processFigures();
+    const auto after = support::processFigures();
     EXPECT_EQ(after.descriptors, before.descriptors);
     EXPECT_EQ(after.threads, before.threads);
     EXPECT_LE(after.heapBytes, before.heapBytes + 16 * 1024);
@@ -324,5 +323,4 @@ TEST_F(MonitorOfNodes, FollowsAMachineThatHasOtherKindsOfCameraNow) {
     EXPECT_EQ(monitor.take().size(), 1);
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

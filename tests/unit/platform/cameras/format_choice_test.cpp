@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using namespace cameras;
 
@@ -170,5 +169,4 @@ TEST(SizeRange, OfOneSizeIsThatSize) {
     EXPECT_EQ(fit(range(size(640, 480), size(640, 480), size(1, 1)), size(320, 240)), size(640, 480));
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

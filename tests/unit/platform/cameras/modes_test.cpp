@@ -7,8 +7,7 @@
 #include <limits>
 #include <thread>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using cameras::Interval;
 using cameras::IntervalRange;
@@ -152,5 +151,4 @@ TEST(ModesTest, AWishHoldsForItsCameraUntilItIsTakenBack) {
     EXPECT_TRUE(cameras::modeWish("one").any());
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using cameras::Camera;
 using cameras::Error;
@@ -86,5 +85,4 @@ TEST_F(RegistryTest, WorksWithoutAProvider) {
     EXPECT_TRUE(listed().empty());
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

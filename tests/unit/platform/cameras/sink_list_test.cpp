@@ -6,8 +6,7 @@
 #include <gtest/gtest.h>
 #include <thread>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using cameras::CameraFrame;
 using cameras::Error;
@@ -188,5 +187,4 @@ TEST(SinkList, NoCallComesAfterARemovalHoweverFastTheDelivery) {
     deliverer.join();
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

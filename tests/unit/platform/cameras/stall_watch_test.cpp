@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using cameras::StallWatch;
 
@@ -74,5 +73,4 @@ TEST(StallWatch, ARefusedStartIsTriedAgainThreeTimesAfterGrowingPauses) {
     EXPECT_FALSE(watch.mayTryAgain());
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -6,8 +6,7 @@
 #include <cerrno>
 #include <thread>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using cameras::Error;
 using support::RecordingSink;
@@ -154,5 +153,4 @@ TEST_P(Ending, AStreamThatBrokeDownSaysWhyAndCanBeStartedAgain) {
     EXPECT_EQ(sink->ends().size(), 1u);
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -6,8 +6,7 @@
 #include <atomic>
 #include <thread>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using cameras::Error;
 using support::RecordingSink;
@@ -142,5 +141,4 @@ TEST_P(FromInside, TheLastHolderOfACameraMayLetGoOfIt) {
     EXPECT_EQ(camera->open().text, "");
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -27,8 +27,7 @@
 #include <thread>
 #include <unistd.h>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 namespace {
 
@@ -311,5 +310,4 @@ bool Contract::becomesStreaming(bool expected) const {
     return true;
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

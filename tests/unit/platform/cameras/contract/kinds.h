@@ -11,8 +11,7 @@
 #include <string>
 #include <vector>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 // One machine with one camera. Its frames come by themselves, about a thousand a second, while it streams.
 class Kind {
@@ -75,7 +74,6 @@ protected:
     INSTANTIATE_TEST_SUITE_P(Kinds, Suite, testing::ValuesIn(kindsOfCameras()),                              \
                              [](const auto& suite) { return std::string(suite.param.name); })
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests
 
 #endif

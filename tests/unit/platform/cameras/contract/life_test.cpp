@@ -7,8 +7,7 @@
 #include <new>
 #include <thread>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using cameras::Error;
 using support::RecordingSink;
@@ -206,5 +205,4 @@ TEST_P(Life, ASinkWithoutMemoryCostsTheOthersNoFrame) {
     camera->stop(poor);
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

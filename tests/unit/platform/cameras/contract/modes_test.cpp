@@ -7,8 +7,7 @@
 #include <cerrno>
 #include <thread>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using cameras::ModeWish;
 using cameras::NativeMode;
@@ -107,5 +106,4 @@ TEST_P(OfferedModes, OfACameraThatHasLeftAreAnError) {
     EXPECT_EQ(camera->modes(all).code, ENODEV);
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -9,8 +9,7 @@
 #include <poll.h>
 #include <thread>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 namespace {
 
@@ -135,5 +134,4 @@ TEST_P(Plugging, WhateverHappensInWhateverOrderTheChangesLeadToTheListing) {
     kind->unplug();
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -158,7 +158,7 @@ TEST_F(PipeWireCapture, FramesThatAreHeldOutliveANewFormat) {
 }
 
 TEST_F(PipeWireCapture, FramesAndNewFormatsNeedTheMappingsOfTheFirst) {
-    const auto alone = testing_support::processFigures();
+    const auto alone = support::processFigures();
     PipeWireCamera one("one", {"sizes=640x480", "rates=200"});
     ASSERT_EQ(start("one", 640, 480).text, "");
     const auto take = [&](int frames) {
@@ -168,10 +168,10 @@ TEST_F(PipeWireCapture, FramesAndNewFormatsNeedTheMappingsOfTheFirst) {
         }
     };
     take(50);
-    const auto first = testing_support::processFigures();
+    const auto first = support::processFigures();
     EXPECT_GT(first.sharedMappings, alone.sharedMappings) << "the camera's memory";
     take(500);
-    const auto later = testing_support::processFigures();
+    const auto later = support::processFigures();
     EXPECT_EQ(later.sharedMappings, first.sharedMappings);
     EXPECT_LT(later.mappings, first.mappings + 50) << "the heap's may come and go";
     for (const std::string size : {"320x240", "640x480", "320x240", "640x480"}) {
@@ -180,10 +180,10 @@ TEST_F(PipeWireCapture, FramesAndNewFormatsNeedTheMappingsOfTheFirst) {
         ASSERT_TRUE(comesTrue([&] { return cameras::text(sink->newest()->facts().size) == size; }));
         EXPECT_TRUE(isEven(held, 64, 48));
     }
-    EXPECT_EQ(testing_support::processFigures().sharedMappings, first.sharedMappings);
+    EXPECT_EQ(support::processFigures().sharedMappings, first.sharedMappings);
     const FramePointer held = sink->newest();
     camera->close();
-    EXPECT_EQ(testing_support::processFigures().sharedMappings, alone.sharedMappings) << "with a frame held";
+    EXPECT_EQ(support::processFigures().sharedMappings, alone.sharedMappings) << "with a frame held";
     EXPECT_TRUE(isEven(held, 64, 48));
 }
 
@@ -253,9 +253,9 @@ TEST_F(PipeWireCapture, AThousandStartsLeaveNothingBehind) {
         }
     };
     run(20);
-    const auto before = testing_support::processFigures();
+    const auto before = support::processFigures();
     run(OSTREL_TEST_TIMES);
-    const auto after = testing_support::processFigures();
+    const auto after = support::processFigures();
     EXPECT_EQ(after.descriptors, before.descriptors);
     EXPECT_EQ(after.threads, before.threads);
     EXPECT_EQ(after.sharedMappings, before.sharedMappings);

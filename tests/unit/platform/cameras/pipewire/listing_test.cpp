@@ -146,15 +146,15 @@ TEST_F(PipeWireListing, AThousandListingsLeaveNothingBehind) {
     // Until then the allocator has not kept one of each block that it keeps for the next one who asks.
     for (int i = 0; i < OSTREL_TEST_TIMES; ++i)
         provider->list();
-    const auto before = testing_support::processFigures();
+    const auto before = support::processFigures();
     for (int i = 0; i < OSTREL_TEST_TIMES; ++i)
         ASSERT_EQ(provider->list().size(), 1u);
-    const auto after = testing_support::processFigures();
+    const auto after = support::processFigures();
     EXPECT_EQ(after.descriptors, before.descriptors);
     EXPECT_EQ(after.threads, before.threads);
     // The last connection may be about to end.
     EXPECT_TRUE(comesTrue([&before] {
-        return testing_support::processFigures().heapBytes < before.heapBytes + OSTREL_TEST_TIMES * 32;
+        return support::processFigures().heapBytes < before.heapBytes + OSTREL_TEST_TIMES * 32;
     }));
 }
 

@@ -87,10 +87,10 @@ TEST_F(PipeWireWatch, ADaemonThatEndsTakesItsCamerasAndOneThatComesBringsItsOwn)
 TEST_F(PipeWireWatch, WithoutADaemonNothingRunsAndOneThatComesIsNoticed) {
     session.daemon().end(SIGTERM);
     session.manager().end(SIGKILL);
-    const auto before = testing_support::processFigures();
+    const auto before = support::processFigures();
     const auto watch = provider->watch();
     EXPECT_TRUE(settled(*watch).empty());
-    EXPECT_LE(testing_support::processFigures().threads, before.threads); // those of before may be ending
+    EXPECT_LE(support::processFigures().threads, before.threads); // those of before may be ending
     EXPECT_FALSE(isReadable(*watch, 1500)) << "there is nothing to look at";
     session.startDaemon();
     const PipeWireCamera one("one");
@@ -180,13 +180,13 @@ TEST_F(PipeWireWatch, AHundredWatchesLeaveNothingBehind) {
     const PipeWireCamera one("one");
     provider->list();
     provider->watch();
-    const auto before = testing_support::processFigures();
+    const auto before = support::processFigures();
     for (int i = 0; i < 100; ++i) {
         const auto watch = provider->watch();
         if (i % 2)
             settled(*watch);
     }
-    const auto after = testing_support::processFigures();
+    const auto after = support::processFigures();
     EXPECT_EQ(after.descriptors, before.descriptors);
     EXPECT_EQ(after.threads, before.threads);
 }

@@ -42,8 +42,7 @@ void operator delete[](void* memory, std::size_t) noexcept {
     std::free(memory);
 }
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using namespace cameras::pixels;
 
@@ -373,5 +372,4 @@ TEST(NeededBytes, AreThoseOfTheDefinitions) {
     EXPECT_EQ(neededBytes(Layout::I420, 3, 3, 4), 4u * 3 + 2 * 2 * 2);
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

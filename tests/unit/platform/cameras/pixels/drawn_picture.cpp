@@ -4,8 +4,7 @@
 #include <array>
 #include <cmath>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using namespace cameras::pixels;
 
@@ -251,5 +250,4 @@ void DrawnPicture::put(int x, int y, const Colour& c) {
     }
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

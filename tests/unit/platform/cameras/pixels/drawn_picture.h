@@ -9,8 +9,7 @@
 #include <functional>
 #include <vector>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 struct Colour {
     int r, g, b;
@@ -61,7 +60,6 @@ private:
     } planes_[3] = {};
 };
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests
 
 #endif

@@ -9,8 +9,7 @@
 #include <gtest/gtest.h>
 #include <vector>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using namespace cameras::pixels;
 
@@ -122,5 +121,4 @@ TEST(StoredFields, OfEveryLayoutFillPicturesOfAnySize) {
         }
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -6,8 +6,7 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using cameras::pixels::completeJpeg;
 using support::JpegOptions;
@@ -67,5 +66,4 @@ TEST(CompleteJpeg, IsEmptyForWhatIsNoPicture) {
     EXPECT_TRUE(completed({whole.begin(), whole.begin() + 100}).empty());
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

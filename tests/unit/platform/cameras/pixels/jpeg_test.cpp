@@ -10,8 +10,7 @@
 #include <utility>
 #include <vector>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using namespace cameras::pixels;
 using support::JPEG_QUADRANTS;
@@ -265,5 +264,4 @@ TEST(JpegPicture, SurvivesDamageOfAnyKind) {
     EXPECT_LT(refused, 3000);
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -8,8 +8,7 @@
 #include <type_traits>
 #include <vector>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using cameras::pixels::PixelPool;
 
@@ -179,5 +178,4 @@ TEST(PixelPool, TwoThreadsNeverShareABlock) {
     b.join();
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -8,8 +8,7 @@
 #include <utility>
 #include <vector>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using namespace cameras::pixels;
 
@@ -106,5 +105,4 @@ TEST(Scaling, ReadsNeitherAlphaNorWhatLiesBetweenRows) {
         ASSERT_EQ(to[i], i % static_cast<size_t>(toStride) < 13 * 4 ? 255 : 0xCD) << i;
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -5,8 +5,7 @@
 #include <algorithm>
 #include <vector>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 TEST_F(FaultsTest, AFrameThatTheDriverCallsDamagedIsDroppedCountedAndRequeued) {
     start();
@@ -153,5 +152,4 @@ TEST_F(JpegFaultsTest, HeldPicturesStayReadableAfterTheStop) {
     EXPECT_TRUE(readable());
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

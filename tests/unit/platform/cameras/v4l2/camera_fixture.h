@@ -12,8 +12,7 @@
 #include <string>
 #include <vector>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using namespace support;
 
@@ -82,7 +81,6 @@ protected:
     }
 };
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests
 
 #endif

@@ -5,8 +5,7 @@
 #include <new>
 #include <thread>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 TEST_F(V4l2CameraTest, DeliversWhatTheDriverCaptures) {
     start();
@@ -206,5 +205,4 @@ TEST_F(V4l2CameraTest, ConvertsWhileTheStreamStops) {
     }
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -3,8 +3,7 @@
 
 #include <algorithm>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 TEST_F(ControlsTest, OfADriverWithoutTheCallsForSeveralAreListedAndSetOneByOne) {
     for (const ControlCalls calls : {ControlCalls::WithoutExtended, ControlCalls::WithoutNext}) {
@@ -149,5 +148,4 @@ TEST_F(ControlsTest, ThatGoRoundInCirclesAreListedOnce) {
     EXPECT_EQ(list().size(), 1);
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -4,8 +4,7 @@
 #include <poll.h>
 #include <thread>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 namespace {
 
@@ -128,5 +127,4 @@ TEST_F(ControlWatchTest, LetsACaptureBe) {
     sink->drop();
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -10,8 +10,7 @@
 
 #include <string>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 // The kernel's numbers, written down anew.
 const uint32_t BRIGHTNESS = V4L2_CID_BRIGHTNESS, AUTOGAIN = V4L2_CID_AUTOGAIN, GAIN = V4L2_CID_GAIN,
@@ -157,7 +156,6 @@ protected:
     }
 };
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests
 
 #endif

@@ -6,8 +6,7 @@
 #include <algorithm>
 #include <thread>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 TEST_F(ControlsTest, AreListedInTheDriversOrderWithAllThatIsKnownOfThem) {
     plug();
@@ -259,5 +258,4 @@ TEST_F(ControlsTest, ThatACameraDoesNotHaveAreSaidSo) {
     EXPECT_EQ(whyNoList(), where + " has no controls");
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -8,8 +8,7 @@
 #include <ostrel/device_id.h>
 #include <ostrel/virtual_camera.h>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 namespace {
 
@@ -142,5 +141,4 @@ TEST_F(DeviceExtensions, ListNothingWithoutAMachine) {
     EXPECT_EQ(idOf("/dev/video0"), "");
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -4,8 +4,7 @@
 
 #include <cerrno>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 namespace {
 
@@ -75,5 +74,4 @@ TEST_F(DriverStateTest, ACameraWhoseDeviceLeftIsNotListedForItsNode) {
     EXPECT_TRUE(provider->list().empty());
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

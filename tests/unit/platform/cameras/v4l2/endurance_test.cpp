@@ -6,8 +6,7 @@
 #include <poll.h>
 #include <random>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 namespace {
 
@@ -124,5 +123,4 @@ TEST_F(EnduranceTest, SurvivesAThousandFaultsInRandomOrder) {
     EXPECT_EQ(entriesOf("/proc/self/task"), threads);
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -6,8 +6,7 @@
 
 #include <string>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 inline bool says(const cameras::Error& error, const std::string& text) {
     return error.text.find(text) != std::string::npos;
@@ -51,7 +50,6 @@ protected:
     }
 };
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests
 
 #endif

@@ -6,8 +6,7 @@
 #include <memory>
 #include <poll.h>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 TEST_F(FaultsTest, InterruptedCallsAreMadeAgain) {
     for (const unsigned long call :
@@ -167,5 +166,4 @@ TEST_F(FaultsTest, TheFrameLastHandedOutBecomesMemoryOfItsOwnBeforeTheDriversIsU
     EXPECT_EQ(brightness(frame), 91);
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -5,8 +5,7 @@
 #include <cstdlib>
 #include <linux/videodev2.h>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using cameras::CameraFrame;
 
@@ -166,5 +165,4 @@ TEST_F(FormatsTest, FieldsOneAfterTheOtherAreWoven) {
     }
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

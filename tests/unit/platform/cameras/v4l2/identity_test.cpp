@@ -3,8 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using cameras::validUtf8;
 using namespace cameras::v4l2;
@@ -207,5 +206,4 @@ TEST(Port, OfAVirtualDeviceIsUnknown) {
     EXPECT_EQ(portOfSysfsPath("/dev/video0"), "");
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -9,8 +9,7 @@
 #include <thread>
 #include <utility>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using cameras::Error;
 using cameras::StallWatch;
@@ -244,5 +243,4 @@ TEST_F(JoiningTest, AStartThatIsUnpluggedMeanwhileReturnsWhenTheSinkHasHeard) {
     unplugger.join();
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

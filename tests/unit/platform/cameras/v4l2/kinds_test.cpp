@@ -3,8 +3,7 @@
 #include "platform/cameras/v4l2/examination.h"
 #include "unit/platform/cameras/v4l2/listing_fixture.h"
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using cameras::v4l2::NodeFacts;
 
@@ -203,5 +202,4 @@ TEST(UnusableFormats, AreToldApart) {
     EXPECT_EQ(unusableFormats({}), "offers no pixel format");
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -5,8 +5,7 @@
 #include "platform/cameras/v4l2/v4l2_provider.h"
 #include "unit/platform/cameras/v4l2/camera_fixture.h"
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 class ListingTest : public testing::Test {
 protected:
@@ -64,7 +63,6 @@ protected:
     }
 };
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests
 
 #endif

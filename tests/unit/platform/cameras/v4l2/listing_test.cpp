@@ -5,8 +5,7 @@
 #include <filesystem>
 #include <unistd.h>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using cameras::v4l2::NodeFacts;
 
@@ -241,5 +240,4 @@ TEST(SystemDiscovery, DescribesWhateverThisMachineHas) {
     EXPECT_EQ(discovery->generation("/dev"), "");
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -9,8 +9,7 @@
 
 #include <ostrel/modes.h>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using cameras::Error;
 
@@ -115,7 +114,6 @@ inline FormatScript withRates(FormatScript format, const std::vector<uint32_t>& 
     return format;
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests
 
 #endif

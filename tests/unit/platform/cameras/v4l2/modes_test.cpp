@@ -5,8 +5,7 @@
 #include <cerrno>
 #include <thread>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 TEST_F(ModesTest, AreListedAsTheDriverDoes) {
     device.formats = {withRates(raw(V4L2_PIX_FMT_MJPEG, {only(1280, 720), only(640, 480)}), {60, 30}),
@@ -202,5 +201,4 @@ TEST_F(ModesTest, OfNoCameraAreNone) {
     EXPECT_TRUE(requestVideoMode(QString::fromLatin1("nobody"), OVideoMode(), &why)) << "takes nothing back";
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -3,8 +3,7 @@
 
 #include <linux/videodev2.h>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using cameras::Error;
 using cameras::StreamStatistics;
@@ -184,5 +183,4 @@ TEST_F(NegotiationTest, NamesTheFormatsOfACameraThatHasNoneOfUse) {
                                                 "video, which is not decoded here), Z16 (depth)");
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

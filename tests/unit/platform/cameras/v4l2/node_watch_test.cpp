@@ -11,8 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 namespace {
 
@@ -127,5 +126,4 @@ TEST_F(NodeWatchTest, LooksByItselfInAFolderThatHasGone) {
     EXPECT_TRUE(looks(*this->watch()));
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

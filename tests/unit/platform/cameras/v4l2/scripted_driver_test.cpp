@@ -9,8 +9,7 @@
 #include <sys/mman.h>
 #include <thread>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using namespace support;
 
@@ -403,5 +402,4 @@ TEST(ScriptedDiscovery, GivesANodeAnotherGenerationEachTimeItAppears) {
     EXPECT_EQ(discovery.nodes().size(), 1u);
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

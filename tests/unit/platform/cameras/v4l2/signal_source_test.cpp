@@ -5,8 +5,7 @@
 #include <linux/videodev2.h>
 #include <thread>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using cameras::Size;
 
@@ -84,5 +83,4 @@ TEST_F(SignalSourceTest, IsNoReasonToStartForEverWhereTheDriverTellsOfTheTimings
     EXPECT_EQ(kernel->calls(VIDIOC_STREAMON), 1);
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -4,8 +4,7 @@
 #include <cerrno>
 #include <memory>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using cameras::Error;
 
@@ -132,5 +131,4 @@ TEST_F(FaultsTest, OneBufferIsTooFew) {
     EXPECT_EQ(startFails().code, ENOMEM);
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

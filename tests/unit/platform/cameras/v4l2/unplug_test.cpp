@@ -5,8 +5,7 @@
 #include <memory>
 #include <thread>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using cameras::Error;
 
@@ -99,5 +98,4 @@ TEST_F(FaultsTest, UnpluggedBeforeTheStart) {
     EXPECT_FALSE(camera->attached());
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -6,8 +6,7 @@
 #include <future>
 #include <thread>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using cameras::v4l2::NodeFacts;
 
@@ -143,5 +142,4 @@ TEST_F(WaitingTest, AFailedQuestionIsAskedAgainByTheNextListing) {
     EXPECT_EQ(slow->opened, 2);
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -3,8 +3,7 @@
 
 #include <cerrno>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using cameras::Interval;
 
@@ -226,5 +225,4 @@ TEST_F(WishesTest, AWishIsOfOneCameraAlone) {
     EXPECT_EQ(granted(), "YUYV 640x480 1/30");
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -6,14 +6,16 @@
 
 #include <gtest/gtest.h>
 
+namespace ostrel::tests {
+
 class PatternFixture : public testing::Test {
 protected:
     static constexpr int WIDTH = 320, HEIGHT = 240;
 
     explicit PatternFixture(double framesPerSecond = 1000)
-        : virtualCamera(new ostrel::OVideoTestPatternCamera(QString::fromLatin1("fixture"),
-                                                            QString::fromLatin1("Fixture"), WIDTH, HEIGHT,
-                                                            framesPerSecond)) {}
+        : virtualCamera(new OVideoTestPatternCamera(QString::fromLatin1("fixture"),
+                                                    QString::fromLatin1("Fixture"), WIDTH, HEIGHT,
+                                                    framesPerSecond)) {}
 
     void SetUp() override {
         ASSERT_TRUE(virtualCamera->attach());
@@ -26,9 +28,11 @@ protected:
             camera->close();
     }
 
-    std::unique_ptr<ostrel::OVideoTestPatternCamera> virtualCamera;
-    std::shared_ptr<ostrel::cameras::Camera> camera;
+    std::unique_ptr<OVideoTestPatternCamera> virtualCamera;
+    std::shared_ptr<cameras::Camera> camera;
     std::shared_ptr<RecordingSink> sink = std::make_shared<RecordingSink>();
 };
+
+} // namespace ostrel::tests
 
 #endif

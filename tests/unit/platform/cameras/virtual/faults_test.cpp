@@ -4,6 +4,7 @@
 #include <atomic>
 
 using namespace ostrel;
+using namespace ostrel::tests;
 
 namespace {
 

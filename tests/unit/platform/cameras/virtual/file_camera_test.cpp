@@ -12,7 +12,7 @@
 #include <unistd.h>
 
 using namespace ostrel;
-using pictures::Bgra;
+using namespace ostrel::tests;
 
 namespace {
 
@@ -60,7 +60,7 @@ std::string patternFile(int width, int height, uint32_t frames, const std::strin
     std::string bytes = "YUV4MPEG2 W" + std::to_string(width) + " H" + std::to_string(height) + " F" + rate +
                         " Ip A1:1 C420jpeg\n";
     for (uint32_t counter = 1; counter <= frames; ++counter) {
-        const Bgra picture = pictures::pattern(width, height, counter, 1000 + counter);
+        const Bgra picture = pattern(width, height, counter, 1000 + counter);
         const int half = width / 2;
         std::string planes(static_cast<size_t>(width * height * 3 / 2), '\0');
         uint8_t* y = reinterpret_cast<uint8_t*>(&planes[0]);
@@ -251,7 +251,7 @@ TEST_F(FileCamera, AFileThatHasGoneSinceIsAnErrorAtOpening) {
 }
 
 TEST_F(FileCamera, PlaysOddSizes) {
-    const auto camera = play(write("odd.y4m", "YUV4MPEG2 W5 H3 F100:1 C420\n" + y4m::frame(15 + 12, '\x80')));
+    const auto camera = play(write("odd.y4m", "YUV4MPEG2 W5 H3 F100:1 C420\n" + frame(15 + 12, '\x80')));
     const auto used = use(*camera);
     ASSERT_FALSE(used->start(320, 240, sink));
     ASSERT_TRUE(sink->waitForFrames(1));

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 using namespace ostrel;
+using namespace ostrel::tests;
 
 namespace {
 

@@ -11,6 +11,7 @@
 #include <limits>
 
 using namespace ostrel;
+using namespace ostrel::tests;
 
 namespace {
 

@@ -7,11 +7,9 @@
 #include <cmath>
 #include <random>
 
-namespace {
+using namespace ostrel::tests;
 
-using pictures::Bgra;
-using pictures::decode;
-using pictures::pattern;
+namespace {
 
 const uint32_t STAMPS[][2] = {{0, 0},
                               {1, 0},

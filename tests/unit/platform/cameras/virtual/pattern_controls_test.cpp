@@ -12,6 +12,7 @@
 #include <poll.h>
 
 using namespace ostrel;
+using namespace ostrel::tests;
 using ostrel::support::Machine;
 using ostrel::support::RecordingSink;
 
@@ -41,10 +42,10 @@ protected:
         return setVideoControls(id, QList<OVideoControl>() << control);
     }
     // A picture that was captured after the call.
-    pictures::Bgra capture() {
+    Bgra capture() {
         const auto all = cameras::attachedCameras();
         const auto sink = std::make_shared<RecordingSink>();
-        pictures::Bgra picture(320, 240);
+        Bgra picture(320, 240);
         EXPECT_FALSE(all.front()->open());
         EXPECT_FALSE(all.front()->start(320, 240, sink));
         EXPECT_TRUE(sink->waitForFrames(2));
@@ -55,7 +56,7 @@ protected:
         return picture;
     }
     // From the left edge; the lane is at 18 thirtieths of the height, the mark the only red of 255 in it.
-    static int markIn(const pictures::Bgra& picture) {
+    static int markIn(const Bgra& picture) {
         for (int x = 0; x < picture.width; ++x)
             if (picture.at(x, picture.height * 18 / 30)[2] == 255)
                 return x;
@@ -78,7 +79,7 @@ TEST_F(PatternControls, AreBrightnessAndSpeed) {
 }
 
 TEST_F(PatternControls, BrightnessChangesThePictureButNotItsCode) {
-    const auto blueAndRed = [](const pictures::Bgra& picture) { // of the red bar, the sixth of eight
+    const auto blueAndRed = [](const Bgra& picture) { // of the red bar, the sixth of eight
         const uint8_t* const pixel = picture.at(320 * 11 / 16, 240 * 2 / 5);
         return std::make_pair(int(pixel[0]), int(pixel[2]));
     };
@@ -86,25 +87,25 @@ TEST_F(PatternControls, BrightnessChangesThePictureButNotItsCode) {
     ASSERT_TRUE(set("Brightness", 168));
     EXPECT_EQ(blueAndRed(capture()), std::make_pair(40, 255));
     ASSERT_TRUE(set("Brightness", 28));
-    const pictures::Bgra dark = capture();
+    const Bgra dark = capture();
     EXPECT_EQ(blueAndRed(dark), std::make_pair(0, 155));
     EXPECT_EQ(dark.at(0, 0)[3], 255);
     uint32_t counter = 0, clock = 0;
-    EXPECT_TRUE(pictures::decode(dark, counter, clock));
+    EXPECT_TRUE(decode(dark, counter, clock));
     EXPECT_FALSE(set("Brightness", 256));
 }
 
 TEST_F(PatternControls, SpeedMovesTheMarkOrHoldsIt) {
     ASSERT_TRUE(set("Pattern Speed", 0));
     uint32_t counter = 0, clock = 0;
-    const pictures::Bgra one = capture(); // each stream counts from 1
-    const pictures::Bgra later = capture();
-    EXPECT_TRUE(pictures::decode(later, counter, clock));
+    const Bgra one = capture(); // each stream counts from 1
+    const Bgra later = capture();
+    EXPECT_TRUE(decode(later, counter, clock));
     EXPECT_EQ(markIn(one), 0);
     EXPECT_EQ(markIn(later), 0);
     ASSERT_TRUE(set("Pattern Speed", 10));
-    const pictures::Bgra fast = capture();
-    ASSERT_TRUE(pictures::decode(fast, counter, clock));
+    const Bgra fast = capture();
+    ASSERT_TRUE(decode(fast, counter, clock));
     // 320 pixels less the mark's 16, in 119 steps.
     EXPECT_EQ(markIn(fast), static_cast<int>(counter * 10 % 120) * 304 / 119);
 }

@@ -6,10 +6,9 @@
 #include <cstdlib>
 #include <thread>
 
-namespace {
+using namespace ostrel::tests;
 
-using pictures::Bgra;
-using pictures::pattern;
+namespace {
 
 struct Named {
     const char* name;
@@ -142,7 +141,7 @@ TEST(PatternPicture, IsDrawnByTwoThreadsAtOnce) {
             right[which] = right[which] &&
                            painter.paint({stamp, ~stamp}, picture.bytes.data(), picture.width, picture.height,
                                          picture.stride) &&
-                           pictures::decode(picture, counter, clock) && counter == stamp && clock == ~stamp;
+                           decode(picture, counter, clock) && counter == stamp && clock == ~stamp;
         }
     };
     std::thread other(paint, 1);

@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-namespace pictures {
+namespace ostrel::tests {
 
 struct Bgra {
     Bgra(int w, int h, int padding = 0)
@@ -33,9 +33,9 @@ struct Bgra {
 // Painters are kept from call to call: each draws its standing part once. For the tests' own thread alone.
 inline Bgra pattern(int nativeWidth, int nativeHeight, uint32_t counter, uint32_t clock, int width = 0,
                     int height = 0) {
-    static std::map<std::pair<int, int>, ostrel::cameras::PatternPainter> painters;
+    static std::map<std::pair<int, int>, cameras::PatternPainter> painters;
     Bgra picture(width ? width : nativeWidth, height ? height : nativeHeight);
-    ostrel::cameras::PatternPainter& painter =
+    cameras::PatternPainter& painter =
         painters
             .emplace(std::piecewise_construct, std::forward_as_tuple(nativeWidth, nativeHeight),
                      std::forward_as_tuple(nativeWidth, nativeHeight))
@@ -46,10 +46,10 @@ inline Bgra pattern(int nativeWidth, int nativeHeight, uint32_t counter, uint32_
 }
 
 inline bool decode(const Bgra& picture, uint32_t& counter, uint32_t& clock) {
-    return ostrel::OVideoTestPatternCamera::decode(picture.bytes.data(), picture.width, picture.height,
-                                                   picture.stride, counter, clock);
+    return OVideoTestPatternCamera::decode(picture.bytes.data(), picture.width, picture.height,
+                                           picture.stride, counter, clock);
 }
 
-} // namespace pictures
+} // namespace ostrel::tests
 
 #endif

@@ -7,7 +7,7 @@
 #include <limits>
 
 using namespace ostrel;
-using pictures::Bgra;
+using namespace ostrel::tests;
 
 namespace {
 
@@ -89,7 +89,7 @@ TEST_F(PushCamera, ScalesToWhatEachCaptureAsksFor) {
     auto second = std::make_shared<RecordingSink>();
     ASSERT_FALSE(camera->start(320, 240, sink));
     ASSERT_FALSE(camera->start(1280, 720, second));
-    ASSERT_TRUE(push(pictures::pattern(640, 480, 42, 43)));
+    ASSERT_TRUE(push(pattern(640, 480, 42, 43)));
     const Reading small = read(sink->newest(), 320, 240), large = read(second->newest(), 1280, 720);
     EXPECT_TRUE(small.decoded && large.decoded);
     EXPECT_EQ(42u, small.counter);
@@ -125,7 +125,7 @@ TEST_F(PushCamera, TakesAnotherSizeWithEachFrame) {
     ASSERT_FALSE(camera->start(320, 240, sink));
     uint32_t counter = 0;
     for (const auto& size : {std::pair<int, int>(160, 120), {1280, 720}, {320, 240}, {640, 360}}) {
-        ASSERT_TRUE(push(pictures::pattern(size.first, size.second, ++counter, 7)));
+        ASSERT_TRUE(push(pattern(size.first, size.second, ++counter, 7)));
         EXPECT_EQ(size.first, camera->statistics().granted.size.width);
         EXPECT_EQ(counter, read(sink->newest()).counter);
     }
@@ -210,7 +210,7 @@ TEST_F(PushCamera, APushFromInsideTheDeliveryIsRefused) {
 
 TEST_F(PushCamera, DetachingTellsTheCaptureAndKeepsTheLastFrame) {
     ASSERT_FALSE(camera->start(320, 240, sink));
-    ASSERT_TRUE(push(pictures::pattern(320, 240, 9, 10)));
+    ASSERT_TRUE(push(pattern(320, 240, 9, 10)));
     pushed.detach();
     EXPECT_EQ(std::vector<std::string>{"Pushed was unplugged"}, sink->ends());
     EXPECT_EQ(9u, read(sink->newest()).counter);
@@ -241,7 +241,7 @@ TEST_F(PushCamera, StopAndCloseFromInsideTheDelivery) {
 TEST_F(PushCamera, ThreadsMayPushWhileOthersStartAndStop) {
     std::atomic<bool> done{false};
     std::vector<std::thread> pushers;
-    const Bgra picture = pictures::pattern(160, 120, 11, 12);
+    const Bgra picture = pattern(160, 120, 11, 12);
     for (int i = 0; i < 2; ++i)
         pushers.emplace_back([&] {
             while (!done)

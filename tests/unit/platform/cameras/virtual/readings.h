@@ -11,11 +11,13 @@
 #include <string>
 #include <thread>
 
-using ostrel::support::RecordingSink;
+namespace ostrel::tests {
+
+using support::RecordingSink;
 
 // The camera with the identifier as the listing has it, or null.
-inline std::shared_ptr<ostrel::cameras::Camera> listed(const std::string& identifier) {
-    for (const auto& camera : ostrel::cameras::attachedCameras())
+inline std::shared_ptr<cameras::Camera> listed(const std::string& identifier) {
+    for (const auto& camera : cameras::attachedCameras())
         if (camera->identifier() == identifier)
             return camera;
     return nullptr;
@@ -31,10 +33,12 @@ struct Reading {
 // Takes the frame and reads the test pattern's stamp.
 inline Reading read(const RecordingSink::FramePointer& frame, int width = 160, int height = 120) {
     Reading reading;
-    pictures::Bgra picture(width, height);
+    Bgra picture(width, height);
     reading.converted = frame && frame->convert(picture.bytes.data(), width, height, picture.stride);
-    reading.decoded = reading.converted && pictures::decode(picture, reading.counter, reading.clock);
+    reading.decoded = reading.converted && decode(picture, reading.counter, reading.clock);
     return reading;
 }
+
+} // namespace ostrel::tests
 
 #endif

@@ -5,6 +5,7 @@
 #include <fstream>
 
 using namespace ostrel;
+using namespace ostrel::tests;
 
 namespace {
 

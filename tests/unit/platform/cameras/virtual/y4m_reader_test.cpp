@@ -9,8 +9,7 @@
 #include <vector>
 
 using namespace ostrel::cameras;
-using y4m::frame;
-using y4m::Memory;
+using namespace ostrel::tests;
 
 namespace {
 

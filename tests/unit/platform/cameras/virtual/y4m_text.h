@@ -7,10 +7,10 @@
 #include <algorithm>
 #include <string>
 
-namespace y4m {
+namespace ostrel::tests {
 
 // Bytes in memory. Can be told to fail, as a disk does.
-class Memory : public ostrel::cameras::ByteSource {
+class Memory : public cameras::ByteSource {
 public:
     explicit Memory(std::string content = std::string()) : bytes(std::move(content)) {}
 
@@ -34,6 +34,6 @@ inline std::string frame(size_t bytes, char value, const std::string& tags = "")
     return "FRAME" + tags + "\n" + std::string(bytes, value);
 }
 
-} // namespace y4m
+} // namespace ostrel::tests
 
 #endif

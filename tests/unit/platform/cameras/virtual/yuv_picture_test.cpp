@@ -10,7 +10,7 @@
 #include <cmath>
 
 using namespace ostrel::cameras;
-using pictures::Bgra;
+using namespace ostrel::tests;
 
 namespace {
 
