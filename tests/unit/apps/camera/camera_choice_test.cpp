@@ -29,41 +29,41 @@ const std::vector<Camera> CAMERAS = {
 } // namespace
 
 TEST(CameraChoice, WithoutAWishTheAddedCameraElseTheFirst) {
-    EXPECT_EQ("usb-1", choose(CAMERAS, ""));
-    EXPECT_EQ("pci-8", choose(CAMERAS, "", {"pci-8"}));
-    EXPECT_EQ("2: several cameras are added: say with --camera which of a, b is meant",
-              choose(CAMERAS, "", {"a", "b"}));
+    EXPECT_EQ(choose(CAMERAS, ""), "usb-1");
+    EXPECT_EQ(choose(CAMERAS, "", {"pci-8"}), "pci-8");
+    EXPECT_EQ(choose(CAMERAS, "", {"a", "b"}),
+              "2: several cameras are added: say with --camera which of a, b is meant");
 }
 
 TEST(CameraChoice, AWholeIdentifierIsNeverTakenForItsPrefix) {
-    EXPECT_EQ("usb-1", choose(CAMERAS, "usb-1"));
-    EXPECT_EQ("usb-10", choose(CAMERAS, "USB-10"));
-    EXPECT_EQ("USB-1", choose(CAMERAS, "USB-1"));
+    EXPECT_EQ(choose(CAMERAS, "usb-1"), "usb-1");
+    EXPECT_EQ(choose(CAMERAS, "USB-10"), "usb-10");
+    EXPECT_EQ(choose(CAMERAS, "USB-1"), "USB-1");
 }
 
 TEST(CameraChoice, APartOfANameIsEnoughWhenItIsUnique) {
-    EXPECT_EQ("usb-10", choose(CAMERAS, "right"));
-    EXPECT_EQ("USB-1", choose(CAMERAS, "BUILT"));
-    EXPECT_EQ("pci-7", choose(CAMERAS, "cam")); // a whole name before a part of another
-    EXPECT_EQ("4: 'webcam' fits several cameras, give the identifier of one: Webcam Left (usb-1), "
+    EXPECT_EQ(choose(CAMERAS, "right"), "usb-10");
+    EXPECT_EQ(choose(CAMERAS, "BUILT"), "USB-1");
+    EXPECT_EQ(choose(CAMERAS, "cam"), "pci-7"); // a whole name before a part of another
+    EXPECT_EQ(choose(CAMERAS, "webcam"),
+              "4: 'webcam' fits several cameras, give the identifier of one: Webcam Left (usb-1), "
               "Webcam Right "
-              "(usb-10)",
-              choose(CAMERAS, "webcam"));
+              "(usb-10)");
 }
 
 TEST(CameraChoice, WhatFitsNothingIsAnsweredWithTheList) {
-    EXPECT_EQ("4: no attached camera fits \"x\"; attached: Cam (pci-7)", choose({CAMERAS[3]}, "x"));
-    EXPECT_EQ("3: no camera is attached: plug one in, or use --test-camera for the built-in test picture",
-              choose({}, "x"));
-    EXPECT_EQ("5: no permission to use /dev/video0: join the group video (sudo usermod -aG video \"$USER\") "
+    EXPECT_EQ(choose({CAMERAS[3]}, "x"), "4: no attached camera fits \"x\"; attached: Cam (pci-7)");
+    EXPECT_EQ(choose({}, "x"),
+              "3: no camera is attached: plug one in, or use --test-camera for the built-in test picture");
+    EXPECT_EQ(choose({}, "", {}, {{"/dev/video0", "video"}}),
+              "5: no permission to use /dev/video0: join the group video (sudo usermod -aG video \"$USER\") "
               "and log in "
-              "again",
-              choose({}, "", {}, {{"/dev/video0", "video"}}));
+              "again");
 }
 
 TEST(CameraChoice, AVideoNodeThatIsNoneIsSaid) {
-    EXPECT_EQ("4: there is no /dev/video987; attached: Cam (pci-7)", choose({CAMERAS[3]}, "/dev/video987"));
-    EXPECT_EQ("4: /dev/null is no video device; attached: Cam (pci-7)", choose({CAMERAS[3]}, "/dev/null"));
+    EXPECT_EQ(choose({CAMERAS[3]}, "/dev/video987"), "4: there is no /dev/video987; attached: Cam (pci-7)");
+    EXPECT_EQ(choose({CAMERAS[3]}, "/dev/null"), "4: /dev/null is no video device; attached: Cam (pci-7)");
 }
 
 } // namespace ostrel::tests

@@ -16,24 +16,22 @@ using namespace apps::cli;
 TEST(CameraList, ColumnsFollowTheWidthOfLettersNotOfBytes) {
     ASSERT_TRUE(std::setlocale(LC_CTYPE, "C.UTF-8"));
     const std::string table = cameraTable({{"id-1", "K\xc3\xa4mera", {{320, 240}}}, {"i2", "Cam", {}}});
-    EXPECT_EQ("NAME    IDENTIFIER  SIZES\n"
-              "K\xc3\xa4mera  id-1        320x240\n"
-              "Cam     i2\n",
-              table);
+    EXPECT_EQ(table, "NAME    IDENTIFIER  SIZES\n"
+                     "K\xc3\xa4mera  id-1        320x240\n"
+                     "Cam     i2\n");
 }
 
 TEST(CameraList, NodesThatAreNoCamerasStandWithTheirReasons) {
     const std::vector<OtherNode> nodes = {{"/dev/video1", "Webcam", "delivers data about pictures"},
                                           {"/dev/video10", "Card", "is a touch pad"}};
-    EXPECT_EQ("NODE          NAME    WHY IT IS NO CAMERA, OR CANNOT BE USED\n"
-              "/dev/video1   Webcam  delivers data about pictures\n"
-              "/dev/video10  Card    is a touch pad\n",
-              nodeTable(nodes));
-    EXPECT_EQ("", nodeTable({}));
+    EXPECT_EQ(nodeTable(nodes), "NODE          NAME    WHY IT IS NO CAMERA, OR CANNOT BE USED\n"
+                                "/dev/video1   Webcam  delivers data about pictures\n"
+                                "/dev/video10  Card    is a touch pad\n");
+    EXPECT_EQ(nodeTable({}), "");
     const QJsonObject json =
         QJsonDocument::fromJson(QByteArray::fromStdString(allJson({{"pci-7", "Cam", {}}}, nodes))).object();
-    EXPECT_EQ("pci-7", json["cameras"].toArray()[0].toObject()["id"].toString().toStdString());
-    EXPECT_EQ("is a touch pad", json["others"].toArray()[1].toObject()["reason"].toString().toStdString());
+    EXPECT_EQ(json["cameras"].toArray()[0].toObject()["id"].toString().toStdString(), "pci-7");
+    EXPECT_EQ(json["others"].toArray()[1].toObject()["reason"].toString().toStdString(), "is a touch pad");
 }
 
 } // namespace ostrel::tests

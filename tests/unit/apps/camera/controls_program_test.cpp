@@ -23,23 +23,22 @@ QJsonObject brightness(const QByteArray& json) {
 
 TEST(ControlsProgram, ShowsATable) {
     const Outcome outcome = run("/", CONTROLS);
-    EXPECT_EQ(0, outcome.code);
-    EXPECT_EQ("NAME           VALUE  DEFAULT  RANGE     STATE\n"
-              "brightness     128    128      0 to 255\n"
-              "pattern_speed  1      1        0 to 10\n",
-              outcome.output.toStdString());
-    EXPECT_EQ("", outcome.errors);
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_EQ(outcome.output.toStdString(), "NAME           VALUE  DEFAULT  RANGE     STATE\n"
+                                            "brightness     128    128      0 to 255\n"
+                                            "pattern_speed  1      1        0 to 10\n");
+    EXPECT_EQ(outcome.errors, "");
 }
 
 TEST(ControlsProgram, WritesJsonWithTheValueThatItHasSet) {
     const Outcome outcome = run("/", CONTROLS + QStringList{"--json", "brightness=40"});
-    EXPECT_EQ(0, outcome.code) << outcome.errors;
+    EXPECT_EQ(outcome.code, 0) << outcome.errors;
     const QJsonObject control = brightness(outcome.output);
-    EXPECT_EQ(40, control["value"].toInt());
-    EXPECT_EQ(128, control["default"].toInt());
-    EXPECT_EQ(0x00980900, control["id"].toInt());
-    EXPECT_EQ("integer", control["type"].toString());
-    EXPECT_EQ("Brightness", control["label"].toString());
+    EXPECT_EQ(control["value"].toInt(), 40);
+    EXPECT_EQ(control["default"].toInt(), 128);
+    EXPECT_EQ(control["id"].toInt(), 0x00980900);
+    EXPECT_EQ(control["type"].toString(), "integer");
+    EXPECT_EQ(control["label"].toString(), "Brightness");
     EXPECT_FALSE(control["inactive"].toBool(true));
 }
 
@@ -51,15 +50,15 @@ TEST(ControlsProgram, SavesAndLoadsByIdentifierAndLeavesOtherCamerasInTheFile) {
         "{\"other\": {\"name\": \"Other\", \"controls\": [{\"id\": 1, \"name\": \"x\", \"value\": 2}]}}");
     file.close();
     Outcome outcome = run(folder.path(), CONTROLS + QStringList{"brightness=77", "--save", "desk.json"});
-    EXPECT_EQ(0, outcome.code) << outcome.errors;
-    EXPECT_EQ("", outcome.output.toStdString());
+    EXPECT_EQ(outcome.code, 0) << outcome.errors;
+    EXPECT_EQ(outcome.output.toStdString(), "");
     const QJsonObject saved = QJsonDocument::fromJson(folder.read("desk.json")).object();
-    EXPECT_EQ(QStringList({"ostrel-test-pattern", "other"}), saved.keys());
-    EXPECT_EQ(2, saved["other"].toObject()["controls"].toArray()[0].toObject()["value"].toInt());
+    EXPECT_EQ(saved.keys(), QStringList({"ostrel-test-pattern", "other"}));
+    EXPECT_EQ(saved["other"].toObject()["controls"].toArray()[0].toObject()["value"].toInt(), 2);
 
     outcome = run(folder.path(), CONTROLS + QStringList{"--load", "desk.json", "--json"});
-    EXPECT_EQ(0, outcome.code) << outcome.errors;
-    EXPECT_EQ(77, brightness(outcome.output)["value"].toInt());
+    EXPECT_EQ(outcome.code, 0) << outcome.errors;
+    EXPECT_EQ(brightness(outcome.output)["value"].toInt(), 77);
 }
 
 TEST(ControlsProgram, SaysWhatCouldNotBeLoadedAndSetsTheRest) {
@@ -71,11 +70,11 @@ TEST(ControlsProgram, SaysWhatCouldNotBeLoadedAndSetsTheRest) {
                "{\"id\": 9963776, \"name\": \"brightness\", \"value\": 9}]}}");
     file.close();
     Outcome outcome = run(folder.path(), CONTROLS + QStringList{"--load", "desk.json", "--json"});
-    EXPECT_EQ(9, outcome.code);
-    EXPECT_EQ("ostrel-camera: the camera has no control sparkle\n", outcome.errors);
-    EXPECT_EQ(9, brightness(outcome.output)["value"].toInt());
+    EXPECT_EQ(outcome.code, 9);
+    EXPECT_EQ(outcome.errors, "ostrel-camera: the camera has no control sparkle\n");
+    EXPECT_EQ(brightness(outcome.output)["value"].toInt(), 9);
     outcome = run(folder.path(), {"controls", "--play", "nothing.y4m"});
-    EXPECT_EQ(7, outcome.code);
+    EXPECT_EQ(outcome.code, 7);
 }
 
 TEST(ControlsProgram, RefusesInOneLine) {
@@ -103,8 +102,8 @@ TEST(ControlsProgram, RefusesInOneLine) {
     };
     for (const auto& one : cases) {
         const Outcome outcome = run("/", CONTROLS + one.arguments);
-        EXPECT_EQ(one.code, outcome.code) << one.line;
-        EXPECT_EQ(one.line, outcome.errors);
+        EXPECT_EQ(outcome.code, one.code) << one.line;
+        EXPECT_EQ(outcome.errors, one.line);
     }
 }
 

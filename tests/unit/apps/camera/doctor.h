@@ -60,10 +60,10 @@ inline const Finding& only(const Findings& findings, Verdict verdict) {
     const Finding* found = &none;
     for (const Finding& finding : findings)
         if (finding.verdict == verdict) {
-            EXPECT_EQ(&none, found) << finding.fact;
+            EXPECT_EQ(found, &none) << finding.fact;
             found = &finding;
         }
-    EXPECT_NE(&none, found) << findingsText(findings);
+    EXPECT_NE(found, &none) << findingsText(findings);
     return *found;
 }
 

@@ -17,32 +17,32 @@ TEST(DoctorOfMachines, SaysNothingOfAMachineWhereCamerasAreNoFiles) {
 }
 
 TEST(DoctorOfMachines, NoCameraAtAllIsAProblem) {
-    EXPECT_EQ("problem nodes: no camera is attached: there is no /dev/video*, and no USB device says that it "
-              "is one | plug one in; 'ostrel-camera snapshot --test-camera' works without",
-              text(checkNodes(Machine())));
+    EXPECT_EQ(text(checkNodes(Machine())),
+              "problem nodes: no camera is attached: there is no /dev/video*, and no USB device says that it "
+              "is one | plug one in; 'ostrel-camera snapshot --test-camera' works without");
 }
 
 TEST(DoctorOfMachines, AUsbCameraWithoutNodesLacksItsDriverOrItsNodesOrIsOutsideTheContainer) {
     Machine machine = machineWith({});
     machine.usb[0].driver.clear();
-    EXPECT_EQ("problem nodes: Webcam (USB port 1-3) is attached, but no driver has taken it | sudo modprobe "
-              "uvcvideo",
-              text(checkNodes(machine)));
+    EXPECT_EQ(text(checkNodes(machine)),
+              "problem nodes: Webcam (USB port 1-3) is attached, but no driver has taken it | sudo modprobe "
+              "uvcvideo");
     machine.container = true;
-    EXPECT_EQ("problem nodes: Webcam (USB port 1-3) is attached, but this container has no /dev/video* | "
-              "start the container with --device /dev/video0",
-              text(checkNodes(machine)));
+    EXPECT_EQ(text(checkNodes(machine)),
+              "problem nodes: Webcam (USB port 1-3) is attached, but this container has no /dev/video* | "
+              "start the container with --device /dev/video0");
     machine = machineWith({});
-    EXPECT_EQ("problem nodes: Webcam (USB port 1-3) has a driver, but there is no /dev/video* | sudo udevadm "
-              "trigger --subsystem-match=video4linux",
-              text(checkNodes(machine)));
+    EXPECT_EQ(text(checkNodes(machine)),
+              "problem nodes: Webcam (USB port 1-3) has a driver, but there is no /dev/video* | sudo udevadm "
+              "trigger --subsystem-match=video4linux");
 }
 
 TEST(DoctorOfMachines, NodesOfWhichNoneIsACameraAreAProblem) {
     Node node = webcam();
     node.camera.clear();
-    EXPECT_EQ("problem nodes: no camera: none of 1 video node is one | ostrel-camera list --all",
-              text(checkNodes(machineWith({node}))));
+    EXPECT_EQ(text(checkNodes(machineWith({node}))),
+              "problem nodes: no camera: none of 1 video node is one | ostrel-camera list --all");
 }
 
 TEST(DoctorOfMachines, PermissionsNameTheGroupTheLoginOrTheContainer) {
@@ -50,73 +50,73 @@ TEST(DoctorOfMachines, PermissionsNameTheGroupTheLoginOrTheContainer) {
     node.access = Node::Access::NotPermitted;
     Machine machine = machineWith({node});
     EXPECT_EQ(
+        text(checkPermissions(machine).front()),
         "problem permission: you may not open /dev/video0; the group video may | sudo usermod -aG video "
-        "\"$USER\", then log out and in again",
-        text(checkPermissions(machine).front()));
+        "\"$USER\", then log out and in again");
     machine.nodes[0].memberAfterLogin = true;
-    EXPECT_EQ("problem permission: you may not open /dev/video0: you are in the group video, but not since "
-              "before you logged in | log out and in again",
-              text(checkPermissions(machine).front()));
+    EXPECT_EQ(text(checkPermissions(machine).front()),
+              "problem permission: you may not open /dev/video0: you are in the group video, but not since "
+              "before you logged in | log out and in again");
     machine.container = true;
-    EXPECT_EQ("problem permission: you may not open /dev/video0; the group video may | start the container "
-              "with --group-add video",
-              text(checkPermissions(machine).front()));
+    EXPECT_EQ(text(checkPermissions(machine).front()),
+              "problem permission: you may not open /dev/video0; the group video may | start the container "
+              "with --group-add video");
     machine.nodes[0].group.clear();
-    EXPECT_EQ("problem permission: you may not open /dev/video0, and neither may any group | ask the "
-              "administrator of this machine for access",
-              text(checkPermissions(machine).front()));
+    EXPECT_EQ(text(checkPermissions(machine).front()),
+              "problem permission: you may not open /dev/video0, and neither may any group | ask the "
+              "administrator of this machine for access");
     machine.nodes[0].access = Node::Access::Denied;
-    EXPECT_EQ("problem permission: the container or service that this runs in may not use /dev/video0 | give "
-              "it the device: --device /dev/video0 for a container, DeviceAllow=/dev/video0 for a service",
-              text(checkPermissions(machine).front()));
-    EXPECT_EQ("", checkStart(machine, refused("No permission")).next) << "said once";
+    EXPECT_EQ(text(checkPermissions(machine).front()),
+              "problem permission: the container or service that this runs in may not use /dev/video0 | give "
+              "it the device: --device /dev/video0 for a container, DeviceAllow=/dev/video0 for a service");
+    EXPECT_EQ(checkStart(machine, refused("No permission")).next, "") << "said once";
 }
 
 TEST(DoctorOfMachines, FormatsWithoutAPictureAreNamed) {
     Node node = webcam();
     node.camera.clear();
     node.reason = cameras::unusableFormats({0x31384142}); // BA81
-    EXPECT_EQ("warning formats: Webcam (/dev/video0) offers only BA81 (raw Bayer): needs libcamera, for "
-              "example through PipeWire | v4l2-ctl -d /dev/video0 --list-formats-ext",
-              text(only(checkFormats(machineWith({node})), Verdict::Warning)));
+    EXPECT_EQ(text(only(checkFormats(machineWith({node})), Verdict::Warning)),
+              "warning formats: Webcam (/dev/video0) offers only BA81 (raw Bayer): needs libcamera, for "
+              "example through PipeWire | v4l2-ctl -d /dev/video0 --list-formats-ext");
     node.reason = cameras::unusableFormats({});
-    EXPECT_EQ(1U, checkFormats(machineWith({node})).size());
+    EXPECT_EQ(checkFormats(machineWith({node})).size(), 1U);
     node.reason = "delivers data about pictures, not pictures (metadata)";
-    EXPECT_EQ(0U, checkFormats(machineWith({node})).size());
+    EXPECT_EQ(checkFormats(machineWith({node})).size(), 0U);
 }
 
 TEST(DoctorOfMachines, PipeWireIsWellOrTheStepThatMendsItIsNamed) {
     Machine machine = machineWith({webcam()});
-    EXPECT_EQ(0U, checkPipeWire(machine).size()) << "the library was built without it";
+    EXPECT_EQ(checkPipeWire(machine).size(), 0U) << "the library was built without it";
     PipeWire& pipeWire = machine.pipeWire;
     pipeWire.where = "/run/user/1000/pipewire-0";
     pipeWire.state = PipeWire::State::NoDaemon;
-    EXPECT_EQ("ok pipewire: no daemon at /run/user/1000/pipewire-0: cameras with a video node only",
-              text(only(checkPipeWire(machine), Verdict::Ok)));
+    EXPECT_EQ(text(only(checkPipeWire(machine), Verdict::Ok)),
+              "ok pipewire: no daemon at /run/user/1000/pipewire-0: cameras with a video node only");
     pipeWire.state = PipeWire::State::NoLibrary;
-    EXPECT_EQ("warning pipewire: a daemon runs, but its library is not installed | sudo apt-get install "
-              "libpipewire-0.3-0",
-              text(only(checkPipeWire(machine), Verdict::Warning)));
+    EXPECT_EQ(text(only(checkPipeWire(machine), Verdict::Warning)),
+              "warning pipewire: a daemon runs, but its library is not installed | sudo apt-get install "
+              "libpipewire-0.3-0");
     pipeWire.state = PipeWire::State::Silent;
-    EXPECT_EQ("warning pipewire: the daemon at /run/user/1000/pipewire-0 does not answer | systemctl --user "
-              "restart pipewire",
-              text(only(checkPipeWire(machine), Verdict::Warning)));
+    EXPECT_EQ(text(only(checkPipeWire(machine), Verdict::Warning)),
+              "warning pipewire: the daemon at /run/user/1000/pipewire-0 does not answer | systemctl --user "
+              "restart pipewire");
     pipeWire.state = PipeWire::State::Connected;
     pipeWire.version = "1.4.2";
-    EXPECT_EQ("warning pipewire: PipeWire 1.4.2 runs without a session manager: no camera of it starts | "
-              "systemctl --user start wireplumber",
-              text(only(checkPipeWire(machine), Verdict::Warning)));
+    EXPECT_EQ(text(only(checkPipeWire(machine), Verdict::Warning)),
+              "warning pipewire: PipeWire 1.4.2 runs without a session manager: no camera of it starts | "
+              "systemctl --user start wireplumber");
     pipeWire.sessionManager = true;
     pipeWire.otherSources = 1;
-    EXPECT_EQ("ok pipewire: PipeWire 1.4.2 offers 0 cameras, and 1 source of other pictures",
-              text(only(checkPipeWire(machine), Verdict::Ok)));
+    EXPECT_EQ(text(only(checkPipeWire(machine), Verdict::Ok)),
+              "ok pipewire: PipeWire 1.4.2 offers 0 cameras, and 1 source of other pictures");
     pipeWire.cameras = 2;
     pipeWire.added = 1;
-    EXPECT_EQ("ok pipewire: PipeWire 1.4.2 offers 2 cameras, 1 of them without a video node",
-              text(only(checkPipeWire(machine), Verdict::Ok)));
-    EXPECT_EQ("ok nodes: 1 video node, 1 camera, 1 more through PipeWire", text(checkNodes(machine)));
+    EXPECT_EQ(text(only(checkPipeWire(machine), Verdict::Ok)),
+              "ok pipewire: PipeWire 1.4.2 offers 2 cameras, 1 of them without a video node");
+    EXPECT_EQ(text(checkNodes(machine)), "ok nodes: 1 video node, 1 camera, 1 more through PipeWire");
     machine.nodes.clear();
-    EXPECT_EQ("ok nodes: no video node; 1 camera through PipeWire", text(checkNodes(machine)));
+    EXPECT_EQ(text(checkNodes(machine)), "ok nodes: no video node; 1 camera through PipeWire");
 }
 
 TEST(DoctorOfMachines, PartsOfACameraThatPipeWireOffersAreNoWarning) {
@@ -126,15 +126,15 @@ TEST(DoctorOfMachines, PartsOfACameraThatPipeWireOffersAreNoWarning) {
     Machine machine = machineWith({node});
     machine.pipeWire.state = PipeWire::State::Connected;
     EXPECT_EQ(
+        text(only(checkControllers(machine), Verdict::Warning)),
         "warning libcamera: /dev/video0 is a part of a camera that needs libcamera, and PipeWire shows none "
         "(media controller, 1 node) | sudo apt-get install libspa-0.2-libcamera, then systemctl --user "
-        "restart wireplumber",
-        text(only(checkControllers(machine), Verdict::Warning)));
+        "restart wireplumber");
     machine.pipeWire.added = 1;
     EXPECT_EQ(
+        text(only(checkControllers(machine), Verdict::Ok)),
         "ok libcamera: /dev/video0 is a part of a camera that needs libcamera, as PipeWire offers it (media "
-        "controller, 1 node)",
-        text(only(checkControllers(machine), Verdict::Ok)));
+        "controller, 1 node)");
 }
 
 TEST(DoctorOfMachines, TheManyNodesOfAMediaControllerAreOneWarning) {
@@ -148,28 +148,28 @@ TEST(DoctorOfMachines, TheManyNodesOfAMediaControllerAreOneWarning) {
         nodes.push_back(node);
     }
     EXPECT_EQ(
+        text(only(checkControllers(machineWith(nodes)), Verdict::Warning)),
         "warning libcamera: /dev/video0 to /dev/video47 are parts of a camera that needs libcamera, for "
         "example through PipeWire (media controller, 48 nodes) | cam --list (in the package "
-        "libcamera-tools) shows whether libcamera knows it",
-        text(only(checkControllers(machineWith(nodes)), Verdict::Warning)));
-    EXPECT_EQ(0U, checkControllers(machineWith({webcam()})).size());
+        "libcamera-tools) shows whether libcamera knows it");
+    EXPECT_EQ(checkControllers(machineWith({webcam()})).size(), 0U);
 }
 
 TEST(DoctorOfMachines, AnalogInputsStandWithTheCommandThatChangesThem) {
     Machine machine = machineWith({webcam()});
-    EXPECT_EQ(0U, checkInput(machine, healthy()).size());
+    EXPECT_EQ(checkInput(machine, healthy()).size(), 0U);
     AnalogInput& input = machine.nodes[0].input;
     input.known = true;
     input.number = 1;
     input.count = 2;
     input.name = "S-Video";
     input.standard = "PAL";
-    EXPECT_EQ("ok input: input 1 (S-Video) of 2, standard PAL | v4l2-ctl -d /dev/video0 --set-input 0 "
-              "--set-standard PAL changes it, also while a program captures",
-              text(checkInput(machine, healthy()).front()));
+    EXPECT_EQ(text(checkInput(machine, healthy()).front()),
+              "ok input: input 1 (S-Video) of 2, standard PAL | v4l2-ctl -d /dev/video0 --set-input 0 "
+              "--set-standard PAL changes it, also while a program captures");
     input.noSignal = true;
-    EXPECT_EQ("input 1 (S-Video) of 2, standard PAL, without a signal",
-              only(checkInput(machine, healthy()), Verdict::Warning).fact);
+    EXPECT_EQ(only(checkInput(machine, healthy()), Verdict::Warning).fact,
+              "input 1 (S-Video) of 2, standard PAL, without a signal");
 }
 
 TEST(DoctorOfMachines, UsbCamerasAreFoundByTheirClassWithOrWithoutADriver) {
@@ -197,13 +197,13 @@ TEST(DoctorOfMachines, UsbCamerasAreFoundByTheirClassWithOrWithoutADriver) {
     QFile::link(root.filePath("drivers/uvcvideo"), root.filePath("sys/bus/usb/devices/1-3:1.0/driver"));
 
     const std::vector<UsbVideo> devices = usbVideoDevices(root.path().toStdString());
-    ASSERT_EQ(2U, devices.size());
-    EXPECT_EQ("HD Webcam", devices[0].name);
-    EXPECT_EQ("1-3", devices[0].port);
-    EXPECT_EQ("uvcvideo", devices[0].driver);
-    EXPECT_EQ("046d:0825", devices[1].name);
-    EXPECT_EQ("2-1.2", devices[1].port);
-    EXPECT_EQ("", devices[1].driver);
+    ASSERT_EQ(devices.size(), 2U);
+    EXPECT_EQ(devices[0].name, "HD Webcam");
+    EXPECT_EQ(devices[0].port, "1-3");
+    EXPECT_EQ(devices[0].driver, "uvcvideo");
+    EXPECT_EQ(devices[1].name, "046d:0825");
+    EXPECT_EQ(devices[1].port, "2-1.2");
+    EXPECT_EQ(devices[1].driver, "");
 }
 
 } // namespace ostrel::tests

@@ -28,8 +28,8 @@ protected:
 
 TEST_F(DoctorTrial, TheTestCameraIsHealthy) {
     const Findings findings = examine(LONG);
-    EXPECT_EQ(Verdict::Ok, worst(findings)) << findingsText(findings);
-    EXPECT_EQ(5U, findings.size());
+    EXPECT_EQ(worst(findings), Verdict::Ok) << findingsText(findings);
+    EXPECT_EQ(findings.size(), 5U);
 }
 
 TEST_F(DoctorTrial, EachRefusalIsAProblemOfTheStart) {
@@ -37,24 +37,24 @@ TEST_F(DoctorTrial, EachRefusalIsAProblemOfTheStart) {
          {VIRTUAL_CAMERA_FAULT_OPEN, VIRTUAL_CAMERA_FAULT_INPUT, VIRTUAL_CAMERA_FAULT_OUTPUT}) {
         camera_.setFault(fault);
         const Findings findings = examine(LONG);
-        ASSERT_EQ(1U, findings.size());
-        EXPECT_EQ(Verdict::Problem, findings[0].verdict);
-        EXPECT_EQ(0U, findings[0].fact.find("it does not start: Patient was told ")) << findings[0].fact;
+        ASSERT_EQ(findings.size(), 1U);
+        EXPECT_EQ(findings[0].verdict, Verdict::Problem);
+        EXPECT_EQ(findings[0].fact.find("it does not start: Patient was told "), 0U) << findings[0].fact;
     }
 }
 
 TEST_F(DoctorTrial, SilenceIsAProblemOfTheFrames) {
     camera_.setFault(VIRTUAL_CAMERA_FAULT_STALL);
     const Findings findings = examine(0.2);
-    ASSERT_EQ(2U, findings.size());
-    EXPECT_EQ("frames", findings[1].check);
-    EXPECT_EQ(Verdict::Problem, findings[1].verdict);
-    EXPECT_EQ("patient", findings[1].camera);
+    ASSERT_EQ(findings.size(), 2U);
+    EXPECT_EQ(findings[1].check, "frames");
+    EXPECT_EQ(findings[1].verdict, Verdict::Problem);
+    EXPECT_EQ(findings[1].camera, "patient");
 }
 
 TEST(Brightest, IsTheLargestColourWhateverTheFourthByteSays) {
-    EXPECT_EQ(20, brightestOf({16, 16, 16, 255, 18, 20, 16, 255}));
-    EXPECT_EQ(0, brightestOf({}));
+    EXPECT_EQ(brightestOf({16, 16, 16, 255, 18, 20, 16, 255}), 20);
+    EXPECT_EQ(brightestOf({}), 0);
 }
 
 } // namespace

@@ -17,7 +17,7 @@ using namespace ostrel::tests;
 void write(const Folder& folder, const QString& name, const QByteArray& bytes) {
     QFile file(folder.file(name));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    ASSERT_EQ(bytes.size(), file.write(bytes));
+    ASSERT_EQ(file.write(bytes), bytes.size());
 }
 
 QByteArray y4m(int width, int height, const QList<Bytes>& frames) {
@@ -30,8 +30,8 @@ QByteArray y4m(int width, int height, const QList<Bytes>& frames) {
 
 // Fails unless the program ended with the code and this one line.
 void expectError(int code, const std::string& line, const Outcome& outcome) {
-    EXPECT_EQ(code, outcome.code);
-    EXPECT_EQ("ostrel-camera: " + line + "\n", outcome.errors);
+    EXPECT_EQ(outcome.code, code);
+    EXPECT_EQ(outcome.errors, "ostrel-camera: " + line + "\n");
 }
 
 TEST(ConvertProgram, APngBecomesItsPixelsTopRowFirst) {
@@ -40,23 +40,23 @@ TEST(ConvertProgram, APngBecomesItsPixelsTopRowFirst) {
     const QImage image(argb.data(), 34, 18, QImage::Format_RGB32);
     ASSERT_TRUE(image.save(folder.file("a.png")));
     const Outcome outcome = run(folder.path(), {"convert", "a.png", "a.argb"});
-    EXPECT_EQ(0, outcome.code);
-    EXPECT_EQ("wrote 1 frame of 34x18 to 'a.argb'\n", outcome.errors);
-    EXPECT_EQ(toByteArray(argb), folder.read("a.argb"));
-    EXPECT_EQ(0, run(folder.path(), {"convert", "a.png", "a.rgb24"}).code);
-    EXPECT_EQ(toByteArray(flagRgb24(34, 18, false)), folder.read("a.rgb24"));
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_EQ(outcome.errors, "wrote 1 frame of 34x18 to 'a.argb'\n");
+    EXPECT_EQ(folder.read("a.argb"), toByteArray(argb));
+    EXPECT_EQ(run(folder.path(), {"convert", "a.png", "a.rgb24"}).code, 0);
+    EXPECT_EQ(folder.read("a.rgb24"), toByteArray(flagRgb24(34, 18, false)));
 }
 
 TEST(ConvertProgram, Rgb24IsReadFromEitherEnd) {
     Folder folder;
     write(folder, "up.rgb24", toByteArray(flagRgb24(16, 8, true)));
     write(folder, "down.rgb24", toByteArray(flagRgb24(16, 8, false)));
-    EXPECT_EQ(0, run(folder.path(), {"convert", "--size", "16x8", "--bottom-up", "up.rgb24", "up.png"}).code);
-    EXPECT_EQ(0, run(folder.path(), {"convert", "--size", "16x8", "down.rgb24", "down.png"}).code);
+    EXPECT_EQ(run(folder.path(), {"convert", "--size", "16x8", "--bottom-up", "up.rgb24", "up.png"}).code, 0);
+    EXPECT_EQ(run(folder.path(), {"convert", "--size", "16x8", "down.rgb24", "down.png"}).code, 0);
     const Bytes argb = flagArgb(16, 8);
     const QImage expected(argb.data(), 16, 8, QImage::Format_RGB32);
-    EXPECT_EQ(expected, QImage(folder.file("up.png")).convertToFormat(QImage::Format_RGB32));
-    EXPECT_EQ(expected, QImage(folder.file("down.png")).convertToFormat(QImage::Format_RGB32));
+    EXPECT_EQ(QImage(folder.file("up.png")).convertToFormat(QImage::Format_RGB32), expected);
+    EXPECT_EQ(QImage(folder.file("down.png")).convertToFormat(QImage::Format_RGB32), expected);
 }
 
 TEST(ConvertProgram, EveryFrameOfAY4mIsConvertedAsTheLibraryDoesIt) {
@@ -64,18 +64,18 @@ TEST(ConvertProgram, EveryFrameOfAY4mIsConvertedAsTheLibraryDoesIt) {
     const QList<Bytes> frames = {greyI420(8, 4, 16), greyI420(8, 4, 128), greyI420(8, 4, 235)};
     write(folder, "a.y4m", y4m(8, 4, frames));
     const Outcome outcome = run(folder.path(), {"convert", "-q", "a.y4m", "a.yuy2"});
-    EXPECT_EQ(0, outcome.code) << outcome.errors;
+    EXPECT_EQ(outcome.code, 0) << outcome.errors;
     QByteArray expected;
     for (const Bytes& frame : frames) {
         Bytes yuy2(64);
         ostrel::OVideoConverter::I420ToYUY2(frame.data(), yuy2.data(), 8, 4, 0);
         expected += toByteArray(yuy2);
     }
-    EXPECT_EQ(expected, folder.read("a.yuy2"));
-    EXPECT_EQ(0, run(folder.path(), {"convert", "-q", "--size", "8x4", "a.yuy2", "b.y4m"}).code);
+    EXPECT_EQ(folder.read("a.yuy2"), expected);
+    EXPECT_EQ(run(folder.path(), {"convert", "-q", "--size", "8x4", "a.yuy2", "b.y4m"}).code, 0);
     const Y4mFile back = readY4m(folder.read("b.y4m"), 8, 4);
-    ASSERT_EQ(3, back.frames.size());
-    EXPECT_EQ(toByteArray(frames[2]), back.frames[2]);
+    ASSERT_EQ(back.frames.size(), 3);
+    EXPECT_EQ(back.frames[2], toByteArray(frames[2]));
 }
 
 TEST(ConvertProgram, AY4mKeepsItsRate) {
@@ -87,19 +87,19 @@ TEST(ConvertProgram, AY4mKeepsItsRate) {
 TEST(ConvertProgram, OneFrameIsChosenByItsNumber) {
     Folder folder;
     write(folder, "a.y4m", y4m(4, 2, {greyI420(4, 2, 16), greyI420(4, 2, 235)}));
-    EXPECT_EQ(0, run(folder.path(), {"convert", "--frame", "2", "a.y4m", "a.png"}).code);
-    EXPECT_EQ(qRgb(255, 255, 255), QImage(folder.file("a.png")).pixel(0, 0));
+    EXPECT_EQ(run(folder.path(), {"convert", "--frame", "2", "a.y4m", "a.png"}).code, 0);
+    EXPECT_EQ(QImage(folder.file("a.png")).pixel(0, 0), qRgb(255, 255, 255));
     expectError(7, "there is no frame 3: the input has 2 frames",
                 run(folder.path(), {"convert", "--frame", "3", "a.y4m", "b.png"}));
-    EXPECT_EQ((QStringList{"a.png", "a.y4m"}), folder.entries());
+    EXPECT_EQ(folder.entries(), (QStringList{"a.png", "a.y4m"}));
 }
 
 TEST(ConvertProgram, ManyFramesBecomeNumberedPictures) {
     Folder folder;
     write(folder, "a.y4m", y4m(4, 2, {greyI420(4, 2, 16), greyI420(4, 2, 235)}));
-    EXPECT_EQ(0, run(folder.path(), {"convert", "a.y4m", "p-%03d.png"}).code);
-    EXPECT_EQ((QStringList{"a.y4m", "p-001.png", "p-002.png"}), folder.entries());
-    EXPECT_EQ(qRgb(255, 255, 255), QImage(folder.file("p-002.png")).pixel(3, 1));
+    EXPECT_EQ(run(folder.path(), {"convert", "a.y4m", "p-%03d.png"}).code, 0);
+    EXPECT_EQ(folder.entries(), (QStringList{"a.y4m", "p-001.png", "p-002.png"}));
+    EXPECT_EQ(QImage(folder.file("p-002.png")).pixel(3, 1), qRgb(255, 255, 255));
     expectError(2,
                 "a PNG file holds one picture: choose one with --frame, or give a numbered name such as "
                 "out-%04d.png",
@@ -130,7 +130,7 @@ TEST(ConvertProgram, AWrongLengthIsAnsweredWithTheRightOne) {
         "cannot read standard input: it has 0 bytes, but a frame of 4x2 i420 takes 12: check --size and "
         "--from",
         run(folder.path(), {"convert", "--size", "4x2", "--from", "i420", "-", "a.y4m"}));
-    EXPECT_EQ(QStringList("a.i420"), folder.entries());
+    EXPECT_EQ(folder.entries(), QStringList("a.i420"));
 }
 
 TEST(ConvertProgram, BrokenFilesAreNamedWithWhatIsWrong) {
@@ -172,11 +172,11 @@ TEST(ConvertProgram, Y4mOfOddSizesAndOtherLayoutsIsRead) {
         write(folder, "a.y4m",
               "YUV4MPEG2 W5 H3 " + QByteArray(test.colours) + "\nFRAME\n" + white +
                   QByteArray(test.chromaBytes, char(128)));
-        EXPECT_EQ(0, run(folder.path(), {"convert", "a.y4m", "a.png"}).code) << test.colours;
+        EXPECT_EQ(run(folder.path(), {"convert", "a.y4m", "a.png"}).code, 0) << test.colours;
         const QImage image(folder.file("a.png"));
-        EXPECT_EQ(QSize(5, 3), image.size());
-        EXPECT_EQ(qRgb(255, 255, 255), image.pixel(4, 2)) << test.colours;
-        EXPECT_EQ(0, run(folder.path(), {"convert", "-q", "a.y4m", "b.y4m"}).code);
+        EXPECT_EQ(image.size(), QSize(5, 3));
+        EXPECT_EQ(image.pixel(4, 2), qRgb(255, 255, 255)) << test.colours;
+        EXPECT_EQ(run(folder.path(), {"convert", "-q", "a.y4m", "b.y4m"}).code, 0);
         EXPECT_TRUE(folder.read("b.y4m").endsWith(white + QByteArray(12, char(128)))) << test.colours;
     }
 }
@@ -184,8 +184,8 @@ TEST(ConvertProgram, Y4mOfOddSizesAndOtherLayoutsIsRead) {
 TEST(ConvertProgram, FramesBeforeTheBrokenOneAreKept) {
     Folder folder;
     write(folder, "cut.y4m", y4m(4, 2, {greyI420(4, 2, 16), greyI420(4, 2, 16)}).chopped(1));
-    EXPECT_EQ(7, run(folder.path(), {"convert", "cut.y4m", "out.i420"}).code);
-    EXPECT_EQ(toByteArray(greyI420(4, 2, 16)), folder.read("out.i420"));
+    EXPECT_EQ(run(folder.path(), {"convert", "cut.y4m", "out.i420"}).code, 7);
+    EXPECT_EQ(folder.read("out.i420"), toByteArray(greyI420(4, 2, 16)));
 }
 
 TEST(ConvertProgram, ArgumentsThatDoNotGoTogetherAreExplained) {
@@ -209,7 +209,7 @@ TEST(ConvertProgram, ArgumentsThatDoNotGoTogetherAreExplained) {
                 run(path, {"convert", "a.y4m", "b"}));
     expectError(2, "--camera has no meaning here: convert and scale work on files, not on a camera",
                 run(path, {"convert", "--camera", "x", "a.y4m", "b.argb"}));
-    EXPECT_EQ((QStringList{"a.y4m", "odd.png"}), folder.entries());
+    EXPECT_EQ(folder.entries(), (QStringList{"a.y4m", "odd.png"}));
 }
 
 TEST(ScaleProgram, ScalesAsTheLibraryDoes) {
@@ -230,7 +230,7 @@ TEST(ScaleProgram, ScalesAsTheLibraryDoes) {
         Bytes expected;
         ostrel::OVideoScaler::scaleI420Frame(ostrel::VIDEO_QUALITY_SD, i420, ostrel::VIDEO_QUALITY_LD,
                                              expected, filter.method);
-        EXPECT_EQ(toByteArray(expected), outcome.output) << filter.name << outcome.errors;
+        EXPECT_EQ(outcome.output, toByteArray(expected)) << filter.name << outcome.errors;
     }
 }
 
@@ -240,11 +240,11 @@ TEST(ScaleProgram, Yuy2StaysYuy2) {
     for (std::size_t at = 0; at < yuy2.size(); ++at)
         yuy2[at] = static_cast<uint8_t>(40 + at % 150);
     write(folder, "a.yuy2", toByteArray(yuy2));
-    EXPECT_EQ(0, run(folder.path(), {"scale", "--scale", "hd", "--size", "ld", "a.yuy2", "b.yuy2"}).code);
+    EXPECT_EQ(run(folder.path(), {"scale", "--scale", "hd", "--size", "ld", "a.yuy2", "b.yuy2"}).code, 0);
     Bytes expected;
     ostrel::OVideoScaler::scaleYUY2Frame(ostrel::VIDEO_QUALITY_LD, yuy2, ostrel::VIDEO_QUALITY_HD, expected,
                                          ostrel::SCALE_METHOD_BOX);
-    EXPECT_EQ(toByteArray(expected), folder.read("b.yuy2"));
+    EXPECT_EQ(folder.read("b.yuy2"), toByteArray(expected));
 }
 
 TEST(ScaleProgram, OnlyLevelsAreScaled) {
@@ -252,7 +252,7 @@ TEST(ScaleProgram, OnlyLevelsAreScaled) {
     write(folder, "a.y4m", y4m(4, 2, {greyI420(4, 2, 16)}));
     expectError(2, "frames of 4x2 cannot be scaled: only 320x240, 640x480 and 1280x720 can",
                 run(folder.path(), {"scale", "--scale", "ld", "a.y4m", "b.y4m"}));
-    EXPECT_EQ(QStringList("a.y4m"), folder.entries());
+    EXPECT_EQ(folder.entries(), QStringList("a.y4m"));
 }
 
 } // namespace

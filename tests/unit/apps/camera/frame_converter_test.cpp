@@ -71,7 +71,7 @@ TEST(FrameConverter, EveryLayoutBecomesEveryOtherInTheRightColours) {
                 FrameConverter converter(size, from, to);
                 const Bytes result = converter.apply(plain(from, size, colour[0], colour[1], colour[2]));
                 const Bytes expected = plain(to, size, colour[0], colour[1], colour[2]);
-                ASSERT_EQ(expected.size(), result.size());
+                ASSERT_EQ(result.size(), expected.size());
                 EXPECT_LE(largestDifference(expected, result), 3)
                     << layoutName(from) << " to " << layoutName(to) << " of " << colour[0] << " " << colour[1]
                     << " " << colour[2];
@@ -107,10 +107,10 @@ TEST(FrameConverter, OddSizesKeepEveryPixel) {
         FrameConverter back(size, Layout::I420, layout);
         const Bytes frame = plain(layout, size, 10, 200, 90);
         const Bytes middle = there.apply(frame);
-        ASSERT_EQ(35U * 17 + 2 * 18 * 9, middle.size());
+        ASSERT_EQ(middle.size(), 35U * 17 + 2 * 18 * 9);
         EXPECT_LE(largestDifference(Bytes(35 * 17, plain(Layout::I420, {2, 2}, 10, 200, 90)[0]), middle), 1);
         const Bytes result = back.apply(middle);
-        ASSERT_EQ(frame.size(), result.size());
+        ASSERT_EQ(result.size(), frame.size());
         EXPECT_LE(largestDifference(frame, result), 3) << layoutName(layout);
     }
 }
@@ -119,7 +119,7 @@ TEST(FrameConverter, SameLayoutHandsTheFrameThrough) {
     for (const Layout layout : LAYOUTS) {
         FrameConverter converter({16, 8}, layout, layout);
         const Bytes frame(frameBytes(layout, {16, 8}), 77);
-        EXPECT_EQ(&frame, &converter.apply(frame));
+        EXPECT_EQ(&converter.apply(frame), &frame);
     }
 }
 
@@ -129,7 +129,7 @@ TEST(FrameConverter, KeepsItsBufferFromFrameToFrame) {
             FrameConverter converter({16, 8}, from, to);
             const Bytes frame(frameBytes(from, {16, 8}), 77);
             const uint8_t* first = converter.apply(frame).data();
-            EXPECT_EQ(first, converter.apply(frame).data()) << layoutName(from) << " to " << layoutName(to);
+            EXPECT_EQ(converter.apply(frame).data(), first) << layoutName(from) << " to " << layoutName(to);
         }
 }
 
@@ -141,7 +141,7 @@ TEST(FrameScaler, ScalesEveryPairOfLayoutsAndKeepsColoursInPlace) {
             FrameConverter back({1280, 720}, to, Layout::Argb);
             const Bytes source = there.apply(flagArgb(320, 240));
             const Bytes scaled = scaler.apply(source);
-            ASSERT_EQ(frameBytes(to, {1280, 720}), scaled.size());
+            ASSERT_EQ(scaled.size(), frameBytes(to, {1280, 720}));
             const Bytes result = back.apply(scaled);
             EXPECT_GT(result[4 * (100 * 1280 + 600) + 2], 240)
                 << layoutName(from) << " to " << layoutName(to);

@@ -51,12 +51,12 @@ TEST_F(FrameStreamTest, FramesComeOneAfterTheOtherAndNoneTwice) {
     FrameStream stream = open();
     uint32_t last = 0;
     for (int number = 0; number < 20; ++number) {
-        ASSERT_EQ(Result::Frame, stream.next(frame_, LONG));
-        EXPECT_EQ(320U * 240 * 4, frame_.pixels.data.size());
+        ASSERT_EQ(stream.next(frame_, LONG), Result::Frame);
+        EXPECT_EQ(frame_.pixels.data.size(), 320U * 240 * 4);
         EXPECT_GT(frame_.facts.number(), last);
         last = frame_.facts.number();
     }
-    EXPECT_EQ(20U, stream.figures().taken);
+    EXPECT_EQ(stream.figures().taken, 20U);
     EXPECT_GT(stream.figures().rate(), 0);
 }
 
@@ -64,70 +64,70 @@ TEST_F(FrameStreamTest, FramesTakeTurnsInTwoMemories) {
     FrameStream stream = open();
     std::set<const uint8_t*> memories;
     for (int number = 0; number < 8; ++number) {
-        ASSERT_EQ(Result::Frame, stream.next(frame_, LONG));
+        ASSERT_EQ(stream.next(frame_, LONG), Result::Frame);
         memories.insert(frame_.pixels.data.data());
     }
-    EXPECT_EQ(2U, memories.size());
+    EXPECT_EQ(memories.size(), 2U);
 }
 
 // Who polls gets no frame of such a camera; who waits gets its pictures all the same.
 TEST_F(FrameStreamTest, PaddedRowsDoNotMatter) {
     camera_.setFault(VIRTUAL_CAMERA_FAULT_PADDED_ROWS);
     FrameStream stream = open();
-    EXPECT_EQ(Result::Frame, stream.next(frame_, LONG));
-    EXPECT_EQ(320U * 240 * 4, frame_.pixels.data.size());
+    EXPECT_EQ(stream.next(frame_, LONG), Result::Frame);
+    EXPECT_EQ(frame_.pixels.data.size(), 320U * 240 * 4);
 }
 
 TEST_F(FrameStreamTest, ACameraThatDoesNotOpenIsSaidAtOnceWithItsReason) {
     camera_.setFault(VIRTUAL_CAMERA_FAULT_OPEN);
     const std::string line = failure();
-    EXPECT_EQ(0U, line.find("5: cannot use the camera 'Faulty camera': ")) << line;
+    EXPECT_EQ(line.find("5: cannot use the camera 'Faulty camera': "), 0U) << line;
     EXPECT_GT(line.size(), sizeof "5: cannot use the camera 'Faulty camera': ");
-    EXPECT_EQ(std::string::npos, line.find('\n'));
+    EXPECT_EQ(line.find('\n'), std::string::npos);
 }
 
 TEST_F(FrameStreamTest, ARefusedInputIsSaidLikewise) {
     camera_.setFault(VIRTUAL_CAMERA_FAULT_INPUT);
     const std::string line = failure();
-    EXPECT_EQ(0U, line.find("5: cannot use the camera 'Faulty camera': ")) << line;
+    EXPECT_EQ(line.find("5: cannot use the camera 'Faulty camera': "), 0U) << line;
 }
 
 TEST_F(FrameStreamTest, ARefusedOutputIsSaidLikewise) {
     camera_.setFault(VIRTUAL_CAMERA_FAULT_OUTPUT);
     const std::string line = failure();
-    EXPECT_EQ(0U, line.find("5: cannot use the camera 'Faulty camera': ")) << line;
+    EXPECT_EQ(line.find("5: cannot use the camera 'Faulty camera': "), 0U) << line;
 }
 
 TEST_F(FrameStreamTest, ACameraThatWentBeforeTheStartIsNoSuchCamera) {
     camera_.detach();
     EXPECT_EQ(
+        failure(),
         "4: the camera 'Faulty camera' has gone: plug it in again, 'ostrel-camera list' shows those that are "
-        "there",
-        failure());
+        "there");
 }
 
 TEST_F(FrameStreamTest, ASilentCameraTimesOut) {
     camera_.setFault(VIRTUAL_CAMERA_FAULT_STALL);
     FrameStream stream = open();
-    EXPECT_EQ(Result::TimedOut, stream.next(frame_, 0.1));
+    EXPECT_EQ(stream.next(frame_, 0.1), Result::TimedOut);
     EXPECT_EQ(
+        stream.timeoutReason(0.1),
         "no frame from 'Faulty camera' within 0.1 s: check its cable and privacy switch, or allow more time "
-        "with --timeout; 'ostrel-camera doctor' examines it",
-        stream.timeoutReason(0.1));
-    EXPECT_EQ(0U, stream.figures().taken);
+        "with --timeout; 'ostrel-camera doctor' examines it");
+    EXPECT_EQ(stream.figures().taken, 0U);
     camera_.setFault(VIRTUAL_CAMERA_FAULT_NONE);
-    EXPECT_EQ(Result::Frame, stream.next(frame_, LONG));
+    EXPECT_EQ(stream.next(frame_, LONG), Result::Frame);
 }
 
 TEST_F(FrameStreamTest, UnpluggingEndsTheStreamWithAReason) {
     FrameStream stream = open();
-    ASSERT_EQ(Result::Frame, stream.next(frame_, LONG));
+    ASSERT_EQ(stream.next(frame_, LONG), Result::Frame);
     camera_.detach();
     Result result = Result::Frame;
     while (result == Result::Frame)
         result = stream.next(frame_, LONG);
-    EXPECT_EQ(Result::Ended, result);
-    EXPECT_EQ(0U, stream.endReason().find("the camera 'Faulty camera' stopped: ")) << stream.endReason();
+    EXPECT_EQ(result, Result::Ended);
+    EXPECT_EQ(stream.endReason().find("the camera 'Faulty camera' stopped: "), 0U) << stream.endReason();
     EXPECT_GT(stream.endReason().size(), sizeof "the camera 'Faulty camera' stopped: ");
 }
 
@@ -135,7 +135,7 @@ TEST_F(FrameStreamTest, UnpluggingEndsTheStreamWithAReason) {
 class ResumeTest : public FrameStreamTest {
 protected:
     ResumeTest() : stream_(open()) {
-        EXPECT_EQ(Result::Frame, stream_.next(frame_, LONG));
+        EXPECT_EQ(stream_.next(frame_, LONG), Result::Frame);
         pullOut();
     }
 
@@ -144,7 +144,7 @@ protected:
         Result result = Result::Frame;
         while (result == Result::Frame)
             result = stream_.next(frame_, LONG);
-        EXPECT_EQ(Result::Ended, result);
+        EXPECT_EQ(result, Result::Ended);
     }
 
     FrameStream stream_;
@@ -156,18 +156,18 @@ TEST_F(ResumeTest, GoesOnWithTheCameraThatCameBack) {
         std::this_thread::sleep_for(std::chrono::milliseconds(200));
         camera_.attach();
     });
-    EXPECT_EQ(Result::Frame, stream_.resume(frame_, LONG));
+    EXPECT_EQ(stream_.resume(frame_, LONG), Result::Frame);
     hand.join();
-    EXPECT_EQ(before + 1, stream_.figures().taken);
-    EXPECT_EQ(Result::Frame, stream_.next(frame_, LONG));
+    EXPECT_EQ(stream_.figures().taken, before + 1);
+    EXPECT_EQ(stream_.next(frame_, LONG), Result::Frame);
     EXPECT_GE(stream_.figures().away, 0.2);
     EXPECT_GE(stream_.figures().seconds, stream_.figures().away);
     EXPECT_LT(stream_.figures().missed, 10000U);
     EXPECT_LT(stream_.lost(), 10000U);
     pullOut();
     camera_.attach();
-    EXPECT_EQ(Result::Frame, stream_.resume(frame_, LONG));
-    EXPECT_EQ(2U, stream_.figures().returns);
+    EXPECT_EQ(stream_.resume(frame_, LONG), Result::Frame);
+    EXPECT_EQ(stream_.figures().returns, 2U);
 }
 
 TEST_F(ResumeTest, TriesAgainWhileTheCameraCannotBeUsedYet) {
@@ -179,39 +179,39 @@ TEST_F(ResumeTest, TriesAgainWhileTheCameraCannotBeUsedYet) {
             std::this_thread::yield();
         camera_.setFault(VIRTUAL_CAMERA_FAULT_NONE);
     });
-    EXPECT_EQ(Result::Frame, stream_.resume(frame_, LONG));
+    EXPECT_EQ(stream_.resume(frame_, LONG), Result::Frame);
     hand.join();
 }
 
 TEST_F(ResumeTest, ACameraThatStaysAwayEndsItWithTheFirstReason) {
     const std::string reason = stream_.endReason();
-    EXPECT_EQ(Result::Ended, stream_.resume(frame_, 0.2));
-    EXPECT_EQ(reason + "; it did not come back within 0.2 s", stream_.endReason());
+    EXPECT_EQ(stream_.resume(frame_, 0.2), Result::Ended);
+    EXPECT_EQ(stream_.endReason(), reason + "; it did not come back within 0.2 s");
     EXPECT_LT(stream_.lost(), 10000U);
 }
 
 TEST_F(ResumeTest, ASignalEndsTheWaiting) {
     raise(SIGINT);
-    EXPECT_EQ(Result::Stopped, stream_.resume(frame_, 60 * LONG));
+    EXPECT_EQ(stream_.resume(frame_, 60 * LONG), Result::Stopped);
 }
 
 TEST(StreamFigures, TheRateIsThatOfTheTimeInWhichTheCameraWasThere) {
     StreamFigures figures;
     figures.taken = 61;
     figures.seconds = 12;
-    EXPECT_DOUBLE_EQ(5, figures.rate());
+    EXPECT_DOUBLE_EQ(figures.rate(), 5);
     figures.taken = 62;
     figures.returns = 1;
     figures.away = 10;
-    EXPECT_DOUBLE_EQ(30, figures.rate());
+    EXPECT_DOUBLE_EQ(figures.rate(), 30);
 }
 
 TEST_F(FrameStreamTest, ASignalEndsTheWaiting) {
     camera_.setFault(VIRTUAL_CAMERA_FAULT_STALL);
     FrameStream stream = open();
     raise(SIGINT);
-    EXPECT_EQ(Result::Stopped, stream.next(frame_, LONG));
-    EXPECT_EQ(SIGINT, stop_.signal());
+    EXPECT_EQ(stream.next(frame_, LONG), Result::Stopped);
+    EXPECT_EQ(stop_.signal(), SIGINT);
 }
 
 TEST(StopRequest, LeavesIgnoredSignalsAloneAndGivesTheOthersBack) {
@@ -221,13 +221,13 @@ TEST(StopRequest, LeavesIgnoredSignalsAloneAndGivesTheOthersBack) {
         raise(SIGHUP);
         EXPECT_FALSE(stop.raised());
         raise(SIGTERM);
-        EXPECT_EQ(SIGTERM, stop.signal());
+        EXPECT_EQ(stop.signal(), SIGTERM);
         struct sigaction second = {};
         sigaction(SIGTERM, nullptr, &second);
-        EXPECT_EQ(SIG_DFL, second.sa_handler); // the second one ends the program
+        EXPECT_EQ(second.sa_handler, SIG_DFL); // the second one ends the program
     }
-    EXPECT_EQ(SIG_IGN, std::signal(SIGHUP, SIG_DFL));
-    EXPECT_EQ(SIG_DFL, std::signal(SIGINT, SIG_DFL));
+    EXPECT_EQ(std::signal(SIGHUP, SIG_DFL), SIG_IGN);
+    EXPECT_EQ(std::signal(SIGINT, SIG_DFL), SIG_DFL);
 }
 
 } // namespace

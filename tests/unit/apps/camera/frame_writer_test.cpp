@@ -13,9 +13,9 @@ using namespace apps;
 using namespace apps::cli;
 
 TEST(FrameWriter, NumbersReplaceTheirField) {
-    EXPECT_EQ("a-0007.png", numberedPath("a-%04d.png", 7));
-    EXPECT_EQ("a12345.png", numberedPath("a%03d.png", 12345));
-    EXPECT_EQ("7%.png", numberedPath("%d%.png", 7));
+    EXPECT_EQ(numberedPath("a-%04d.png", 7), "a-0007.png");
+    EXPECT_EQ(numberedPath("a%03d.png", 12345), "a12345.png");
+    EXPECT_EQ(numberedPath("%d%.png", 7), "7%.png");
     EXPECT_FALSE(isNumberedPath("100%.png"));
     EXPECT_FALSE(isNumberedPath("%s.png"));
     EXPECT_FALSE(isNumberedPath("%00d.png"));
@@ -32,9 +32,9 @@ TEST(FrameWriter, AMeasuredRateReplacesTheStatedOne) {
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     const std::string text = file.readAll().toStdString();
-    EXPECT_EQ(0U, text.find("YUV4MPEG2 W4 H2 F25:2 Ip"));
-    EXPECT_EQ(y4mHeaderLine({4, 2}, Rate()).size() + 2 * (6 + 12), text.size());
-    EXPECT_EQ("FRAME\n" + std::string(12, 101), text.substr(text.size() - 18));
+    EXPECT_EQ(text.find("YUV4MPEG2 W4 H2 F25:2 Ip"), 0U);
+    EXPECT_EQ(text.size(), y4mHeaderLine({4, 2}, Rate()).size() + 2 * (6 + 12));
+    EXPECT_EQ(text.substr(text.size() - 18), "FRAME\n" + std::string(12, 101));
 }
 
 } // namespace ostrel::tests

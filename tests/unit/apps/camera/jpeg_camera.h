@@ -88,7 +88,7 @@ protected:
             ADD_FAILURE() << failure.what();
         }
         driver.join();
-        EXPECT_EQ(0, code);
+        EXPECT_EQ(code, 0);
         std::string said;
         for (const std::string& line : err.takeLines())
             said += line + "\n";

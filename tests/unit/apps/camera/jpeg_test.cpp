@@ -41,8 +41,8 @@ TEST(JpegEncoder, KeepsColoursAndSidesOfEverySize) {
     for (const Size& size : {Size{64, 48}, Size{33, 17}, Size{16, 9}}) {
         const QImage image =
             QImage::fromData(encoded(ostrel::tests::flagArgb(size.width, size.height), size, 95), "JPEG");
-        ASSERT_EQ(size.width, image.width());
-        ASSERT_EQ(size.height, image.height());
+        ASSERT_EQ(image.width(), size.width);
+        ASSERT_EQ(image.height(), size.height);
         const QColor top = image.pixelColor(size.width - 1, 0);
         const QColor bottom = image.pixelColor(size.width - 1, size.height - 1);
         EXPECT_GT(top.red(), bottom.red() + 50) << toString(size);
@@ -53,7 +53,7 @@ TEST(JpegEncoder, KeepsColoursAndSidesOfEverySize) {
 TEST(JpegEncoder, HoldsTheLargestPictureThatThereCanBe) {
     const Size size = {97, 53};
     const QImage image = QImage::fromData(encoded(noise(size), size, 100), "JPEG");
-    EXPECT_EQ(97, image.width());
+    EXPECT_EQ(image.width(), 97);
 }
 
 TEST(JpegEncoder, QualityIsPaidForInBytes) {
@@ -63,10 +63,10 @@ TEST(JpegEncoder, QualityIsPaidForInBytes) {
 
 TEST(JpegSize, IsWhatTheHeaderSays) {
     const QByteArray jpeg = encoded(ostrel::tests::flagArgb(48, 32), {48, 32}, 80);
-    EXPECT_EQ((Size{48, 32}), sizeIn(jpeg));
+    EXPECT_EQ(sizeIn(jpeg), (Size{48, 32}));
     QByteArray filled = jpeg; // fill bytes in front of a marker
     filled.insert(2, QByteArray(3, '\xFF'));
-    EXPECT_EQ((Size{48, 32}), sizeIn(filled));
+    EXPECT_EQ(sizeIn(filled), (Size{48, 32}));
 }
 
 TEST(JpegSize, CutOrForeignBytesHaveNone) {
@@ -83,25 +83,20 @@ TEST(Ebml, ElementsAreAsPublished) {
     const auto hex = [](const std::string& bytes) {
         return QByteArray::fromStdString(bytes).toHex().toStdString();
     };
-    EXPECT_EQ("4286"
-              "0100000000000001"
-              "01",
-              hex(ebml::number(0x4286, 1)));
-    EXPECT_EQ("d7"
-              "0100000000000002"
-              "0100",
-              hex(ebml::number(0xD7, 256)));
-    EXPECT_EQ("1f43b675"
-              "01ffffffffffffff",
-              hex(ebml::openMaster(0x1F43B675)));
-    EXPECT_EQ("4489"
-              "0100000000000008"
-              "3ff8000000000000",
-              hex(ebml::real(0x4489, 1.5)));
-    EXPECT_EQ("ec"
-              "0100000000000002"
-              "0000",
-              hex(ebml::space(11)));
+    EXPECT_EQ(hex(ebml::number(0x4286, 1)), "4286"
+                                            "0100000000000001"
+                                            "01");
+    EXPECT_EQ(hex(ebml::number(0xD7, 256)), "d7"
+                                            "0100000000000002"
+                                            "0100");
+    EXPECT_EQ(hex(ebml::openMaster(0x1F43B675)), "1f43b675"
+                                                 "01ffffffffffffff");
+    EXPECT_EQ(hex(ebml::real(0x4489, 1.5)), "4489"
+                                            "0100000000000008"
+                                            "3ff8000000000000");
+    EXPECT_EQ(hex(ebml::space(11)), "ec"
+                                    "0100000000000002"
+                                    "0000");
 }
 
 } // namespace

@@ -32,7 +32,7 @@ std::string refusal(const std::string& text) {
     try {
         parse(text);
     } catch (const Failure& failure) {
-        EXPECT_EQ(EXIT_USAGE, failure.code());
+        EXPECT_EQ(failure.code(), EXIT_USAGE);
         return failure.what();
     }
     return "accepted";
@@ -41,49 +41,49 @@ std::string refusal(const std::string& text) {
 TEST(Options, SharedOptionsStandBeforeOrBehindTheCommand) {
     EXPECT_TRUE(parsed("--test-camera snapshot").camera.testCamera);
     EXPECT_TRUE(parsed("snapshot --test-camera").camera.testCamera);
-    EXPECT_EQ("x", parsed("record --camera x").camera.camera);
-    EXPECT_EQ("x", parsed("record -c x").camera.camera);
+    EXPECT_EQ(parsed("record --camera x").camera.camera, "x");
+    EXPECT_EQ(parsed("record -c x").camera.camera, "x");
     EXPECT_TRUE(parsed("list -q").quiet);
-    EXPECT_EQ(0.5, parsed("watch --timeout 0.5").camera.timeout);
+    EXPECT_EQ(parsed("watch --timeout 0.5").camera.timeout, 0.5);
 }
 
 TEST(Options, EveryCommandIsKnown) {
-    EXPECT_EQ(Command::List, parsed("list").command);
-    EXPECT_EQ(Command::Snapshot, parsed("snapshot").command);
-    EXPECT_EQ(Command::Record, parsed("record").command);
-    EXPECT_EQ(Command::Watch, parsed("watch").command);
-    EXPECT_EQ(Command::Convert, parsed("convert a b").command);
-    EXPECT_EQ(Command::Scale, parsed("scale --scale ld a b").command);
+    EXPECT_EQ(parsed("list").command, Command::List);
+    EXPECT_EQ(parsed("snapshot").command, Command::Snapshot);
+    EXPECT_EQ(parsed("record").command, Command::Record);
+    EXPECT_EQ(parsed("watch").command, Command::Watch);
+    EXPECT_EQ(parsed("convert a b").command, Command::Convert);
+    EXPECT_EQ(parsed("scale --scale ld a b").command, Command::Scale);
 }
 
 TEST(Options, ControlsTakesSettingsAndFiles) {
     const Options options = parsed("controls -c x brightness=1 focus_auto=off --save a --load b --json");
-    EXPECT_EQ(Command::Controls, options.command);
-    EXPECT_EQ((std::vector<std::string>{"brightness=1", "focus_auto=off"}), options.controls.settings);
-    EXPECT_EQ("a", options.controls.save);
-    EXPECT_EQ("b", options.controls.load);
+    EXPECT_EQ(options.command, Command::Controls);
+    EXPECT_EQ(options.controls.settings, (std::vector<std::string>{"brightness=1", "focus_auto=off"}));
+    EXPECT_EQ(options.controls.save, "a");
+    EXPECT_EQ(options.controls.load, "b");
     EXPECT_TRUE(options.controls.json);
-    EXPECT_EQ("x", options.camera.camera);
+    EXPECT_EQ(options.camera.camera, "x");
 }
 
 TEST(Options, RecordTakesItsValues) {
     const Options options =
         parsed("record -o x.yuv --size HD -n 5 -t 1.5 --format YUY2 --scale ld --filter none "
                "--rate 30000/1001");
-    EXPECT_EQ("x.yuv", options.record.output);
-    EXPECT_EQ("1280x720", toString(options.size()));
-    EXPECT_EQ(5U, options.limit.frames.value());
-    EXPECT_EQ(1.5, options.limit.seconds.value());
+    EXPECT_EQ(options.record.output, "x.yuv");
+    EXPECT_EQ(toString(options.size()), "1280x720");
+    EXPECT_EQ(options.limit.frames.value(), 5U);
+    EXPECT_EQ(options.limit.seconds.value(), 1.5);
     EXPECT_FALSE(options.record.format->matroska);
-    EXPECT_EQ(Layout::Yuy2, options.record.format->frames.layout);
-    EXPECT_EQ(VIDEO_QUALITY_LD, options.record.scale.value());
-    EXPECT_EQ(SCALE_METHOD_NONE, options.filter);
-    EXPECT_EQ(30000U, options.record.rate->numerator);
+    EXPECT_EQ(options.record.format->frames.layout, Layout::Yuy2);
+    EXPECT_EQ(options.record.scale.value(), VIDEO_QUALITY_LD);
+    EXPECT_EQ(options.filter, SCALE_METHOD_NONE);
+    EXPECT_EQ(options.record.rate->numerator, 30000U);
 }
 
 TEST(Options, AMatroskaFileIsAskedForByNameOrBySuffix) {
     EXPECT_TRUE(parsed("record --format MKV --quality 50 -").record.format->matroska);
-    EXPECT_EQ(50, parsed("record --format MKV --quality 50 -").record.quality.value());
+    EXPECT_EQ(parsed("record --format MKV --quality 50 -").record.quality.value(), 50);
     EXPECT_TRUE(recordingKindOfPath("a/b.Mkv")->matroska);
     EXPECT_FALSE(recordingKindOfPath("a.mkv.y4m")->matroska);
     EXPECT_FALSE(recordingKindOfPath("mkv"));
@@ -91,56 +91,56 @@ TEST(Options, AMatroskaFileIsAskedForByNameOrBySuffix) {
 
 TEST(Options, AModeSaysHowLargeFramesAreUnlessASizeIsGiven) {
     for (const std::string command : {"snapshot", "record", "watch"}) {
-        EXPECT_EQ("1280x720", toString(parsed(command + " --mode MJPG:1280x720@60").size()));
-        EXPECT_EQ("320x240", toString(parsed(command + " --mode hd --size ld").size()));
-        EXPECT_EQ("640x480", toString(parsed(command + " --mode YUYV@15").size()));
+        EXPECT_EQ(toString(parsed(command + " --mode MJPG:1280x720@60").size()), "1280x720");
+        EXPECT_EQ(toString(parsed(command + " --mode hd --size ld").size()), "320x240");
+        EXPECT_EQ(toString(parsed(command + " --mode YUYV@15").size()), "640x480");
         EXPECT_FALSE(parsed(command).mode);
     }
-    EXPECT_EQ("MJPG", parsed("watch --mode MJPG").mode->format);
-    EXPECT_EQ(0U,
-              refusal("watch --mode MJPG:fast").find("--mode: 'MJPG:fast' is not a mode: FORMAT:SIZE@RATE"));
-    EXPECT_NE("accepted", refusal("list --mode hd"));
+    EXPECT_EQ(parsed("watch --mode MJPG").mode->format, "MJPG");
+    EXPECT_EQ(refusal("watch --mode MJPG:fast").find("--mode: 'MJPG:fast' is not a mode: FORMAT:SIZE@RATE"),
+              0U);
+    EXPECT_NE(refusal("list --mode hd"), "accepted");
     EXPECT_TRUE(parsed("list --modes").list.modes);
 }
 
 TEST(Options, DefaultsAreStandardSizeBoxFilterAndNoLimit) {
     const Options options = parsed("record");
-    EXPECT_EQ("640x480", toString(options.size()));
-    EXPECT_EQ(SCALE_METHOD_BOX, options.filter);
+    EXPECT_EQ(toString(options.size()), "640x480");
+    EXPECT_EQ(options.filter, SCALE_METHOD_BOX);
     EXPECT_FALSE(options.limit.frames);
     EXPECT_FALSE(options.limit.seconds);
     EXPECT_FALSE(options.limit.reconnect);
-    EXPECT_EQ(5, options.camera.timeout);
+    EXPECT_EQ(options.camera.timeout, 5);
 }
 
 TEST(Options, TheOutputMayStandWithoutItsName) {
-    EXPECT_EQ("out.png", parsed("snapshot out.png").snapshot.output);
-    EXPECT_EQ("out.png", parsed("-c x snapshot -s hd out.png").snapshot.output);
-    EXPECT_EQ("clip.y4m", parsed("record --test-camera -t 2 clip.y4m -q").record.output);
-    EXPECT_EQ("-", parsed("record -").record.output);
+    EXPECT_EQ(parsed("snapshot out.png").snapshot.output, "out.png");
+    EXPECT_EQ(parsed("-c x snapshot -s hd out.png").snapshot.output, "out.png");
+    EXPECT_EQ(parsed("record --test-camera -t 2 clip.y4m -q").record.output, "clip.y4m");
+    EXPECT_EQ(parsed("record -").record.output, "-");
 }
 
 TEST(Options, UsualWritingsOfValuesAreUnderstood) {
-    EXPECT_EQ("1280x720", toString(parsed("snapshot -s 720p").size()));
-    EXPECT_EQ("641x481", toString(parsed("snapshot --size 641x481").size()));
-    EXPECT_EQ(2, parsed("record -t 2s").limit.seconds.value());
-    EXPECT_EQ(0.5, parsed("record -t 500ms").limit.seconds.value());
-    EXPECT_EQ(90, parsed("record -t 1.5m").limit.seconds.value());
-    EXPECT_EQ(60, parsed("record --reconnect 1m").limit.reconnect.value());
-    EXPECT_EQ(0.5, parsed("watch --reconnect 0.5").limit.reconnect.value());
-    EXPECT_EQ(VIDEO_QUALITY_HD, parsed("record --scale 1280x720").record.scale.value());
-    EXPECT_EQ(VIDEO_QUALITY_HD, parsed("scale --scale 720P a b").scaleTo.value());
+    EXPECT_EQ(toString(parsed("snapshot -s 720p").size()), "1280x720");
+    EXPECT_EQ(toString(parsed("snapshot --size 641x481").size()), "641x481");
+    EXPECT_EQ(parsed("record -t 2s").limit.seconds.value(), 2);
+    EXPECT_EQ(parsed("record -t 500ms").limit.seconds.value(), 0.5);
+    EXPECT_EQ(parsed("record -t 1.5m").limit.seconds.value(), 90);
+    EXPECT_EQ(parsed("record --reconnect 1m").limit.reconnect.value(), 60);
+    EXPECT_EQ(parsed("watch --reconnect 0.5").limit.reconnect.value(), 0.5);
+    EXPECT_EQ(parsed("record --scale 1280x720").record.scale.value(), VIDEO_QUALITY_HD);
+    EXPECT_EQ(parsed("scale --scale 720P a b").scaleTo.value(), VIDEO_QUALITY_HD);
 }
 
 TEST(Options, WithoutArgumentsTheUsageIsShownAsAMistake) {
-    EXPECT_EQ(EXIT_USAGE, parse("").exitCode);
-    EXPECT_EQ(parse("--help").answer, parse("").answer);
+    EXPECT_EQ(parse("").exitCode, EXIT_USAGE);
+    EXPECT_EQ(parse("").answer, parse("--help").answer);
 }
 
 TEST(Options, HelpAndVersionHaveTheirUsualOtherNames) {
-    EXPECT_EQ(parse("snapshot --help").answer, parse("help snapshot").answer);
-    EXPECT_EQ(parse("--help").answer, parse("help").answer);
-    EXPECT_EQ(parse("--version").answer, parse("-V").answer);
+    EXPECT_EQ(parse("help snapshot").answer, parse("snapshot --help").answer);
+    EXPECT_EQ(parse("help").answer, parse("--help").answer);
+    EXPECT_EQ(parse("-V").answer, parse("--version").answer);
 }
 
 TEST(Options, MistakesAreExplainedInOneLine) {
@@ -202,15 +202,15 @@ TEST(Options, MistakesAreExplainedInOneLine) {
          "a camera"},
     };
     for (const auto& mistake : cases)
-        EXPECT_EQ(mistake.line, refusal(mistake.arguments)) << mistake.arguments;
+        EXPECT_EQ(refusal(mistake.arguments), mistake.line) << mistake.arguments;
 }
 
 TEST(Options, HelpOfEveryCommandHasUsageAndExamples) {
     for (const std::string command : {"", "list", "snapshot", "record", "watch", "convert", "scale"}) {
         const std::string help = parse(command + " --help").answer;
-        EXPECT_NE(std::string::npos, help.find("\nUsage: ostrel-camera ")) << command;
-        EXPECT_NE(std::string::npos, help.find("\nExamples:\n  ostrel-camera ")) << command;
-        EXPECT_NE(std::string::npos, help.find("\n  -h, --help ")) << command;
+        EXPECT_NE(help.find("\nUsage: ostrel-camera "), std::string::npos) << command;
+        EXPECT_NE(help.find("\nExamples:\n  ostrel-camera "), std::string::npos) << command;
+        EXPECT_NE(help.find("\n  -h, --help "), std::string::npos) << command;
         std::istringstream lines(help);
         for (std::string text; std::getline(lines, text);)
             EXPECT_LE(text.size(), 96U) << text;
@@ -220,11 +220,11 @@ TEST(Options, HelpOfEveryCommandHasUsageAndExamples) {
 TEST(Options, HelpNamesEveryExitCode) {
     const std::string help = parse("--help").answer;
     for (const std::string code : {"0", "1", "2", "3", "4", "5", "6", "7", "128+N"})
-        EXPECT_NE(std::string::npos, help.find("\n  " + code + " ")) << code;
+        EXPECT_NE(help.find("\n  " + code + " "), std::string::npos) << code;
 }
 
 TEST(Options, ConvertDoesNotOfferACamera) {
-    EXPECT_EQ(std::string::npos, parse("convert --help").answer.find("--camera"));
+    EXPECT_EQ(parse("convert --help").answer.find("--camera"), std::string::npos);
 }
 
 // The examples in the help are commands that this version understands.
@@ -234,7 +234,7 @@ TEST(Options, ExamplesInTheHelpParse) {
         bool examples = false;
         for (std::string text; std::getline(lines, text);) {
             if (examples && text.find("  ostrel-camera ") == 0) {
-                EXPECT_EQ("accepted", refusal(text.substr(16, text.find_first_of("|>") - 16))) << text;
+                EXPECT_EQ(refusal(text.substr(16, text.find_first_of("|>") - 16)), "accepted") << text;
             }
             examples = examples || text == "Examples:";
         }

@@ -21,8 +21,8 @@ TEST(OutputFile, AWholeFileAppearsOnlyWhenItIsComplete) {
     file.write("text");
     EXPECT_FALSE(folder.entries().contains("a"));
     file.commit();
-    EXPECT_EQ(QStringList("a"), folder.entries());
-    EXPECT_EQ("text", folder.read("a").toStdString());
+    EXPECT_EQ(folder.entries(), QStringList("a"));
+    EXPECT_EQ(folder.read("a").toStdString(), "text");
 }
 
 TEST(OutputFile, AWholeFileThatIsNotFinishedLeavesNothing) {
@@ -31,7 +31,7 @@ TEST(OutputFile, AWholeFileThatIsNotFinishedLeavesNothing) {
         OutputFile file(folder.file("a").toStdString(), Mode::Whole);
         file.write("text");
     }
-    EXPECT_EQ(QStringList(), folder.entries());
+    EXPECT_EQ(folder.entries(), QStringList());
 }
 
 TEST(OutputFile, ANewFileHasTheModeOfTheUsersMask) {
@@ -41,8 +41,8 @@ TEST(OutputFile, ANewFileHasTheModeOfTheUsersMask) {
     umask(before);
     file.commit();
     struct stat status = {};
-    ASSERT_EQ(0, stat(folder.file("a").toLocal8Bit().constData(), &status));
-    EXPECT_EQ(0640U, status.st_mode & 07777);
+    ASSERT_EQ(stat(folder.file("a").toLocal8Bit().constData(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, 0640U);
 }
 
 TEST(OutputFile, AStreamChangesNothingBeforeItsFirstByte) {
@@ -50,11 +50,11 @@ TEST(OutputFile, AStreamChangesNothingBeforeItsFirstByte) {
     const std::string old = folder.file("old").toStdString();
     OutputFile(old, Mode::Stream).write("old text");
     { OutputFile unused(old, Mode::Stream); }
-    EXPECT_EQ("old text", folder.read("old").toStdString());
+    EXPECT_EQ(folder.read("old").toStdString(), "old text");
     { OutputFile unused(folder.file("new").toStdString(), Mode::Stream); }
-    EXPECT_EQ(QStringList("old"), folder.entries());
+    EXPECT_EQ(folder.entries(), QStringList("old"));
     OutputFile(old, Mode::Stream).write("new");
-    EXPECT_EQ("new", folder.read("old").toStdString());
+    EXPECT_EQ(folder.read("old").toStdString(), "new");
 }
 
 TEST(OutputFile, ARegularStreamCanBeChangedAndCutAfterwards) {
@@ -64,7 +64,7 @@ TEST(OutputFile, ARegularStreamCanBeChangedAndCutAfterwards) {
     EXPECT_TRUE(file.rewrite(2, "xx"));
     EXPECT_TRUE(file.cutTo(6));
     file.commit();
-    EXPECT_EQ("01xx45", folder.read("a").toStdString());
+    EXPECT_EQ(folder.read("a").toStdString(), "01xx45");
 }
 
 TEST(OutputFile, ADeviceIsWrittenInPlaceAndNotChangedAfterwards) {
@@ -74,7 +74,7 @@ TEST(OutputFile, ADeviceIsWrittenInPlaceAndNotChangedAfterwards) {
     EXPECT_FALSE(file.cutTo(0));
     file.commit();
     struct stat status = {};
-    ASSERT_EQ(0, stat("/dev/null", &status));
+    ASSERT_EQ(stat("/dev/null", &status), 0);
     EXPECT_TRUE(S_ISCHR(status.st_mode));
 }
 
@@ -83,8 +83,8 @@ TEST(OutputFile, FailuresNameTheFileAndTheReason) {
         OutputFile("/no/such/folder/a", Mode::Whole);
         FAIL();
     } catch (const Failure& failure) {
-        EXPECT_EQ(EXIT_FILE, failure.code());
-        EXPECT_STREQ("cannot write '/no/such/folder/a': No such file or directory", failure.what());
+        EXPECT_EQ(failure.code(), EXIT_FILE);
+        EXPECT_STREQ(failure.what(), "cannot write '/no/such/folder/a': No such file or directory");
     }
 }
 

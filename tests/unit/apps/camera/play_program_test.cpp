@@ -22,7 +22,7 @@ protected:
             video += "FRAME\n" + toByteArray(greyI420(320, 240, static_cast<uint8_t>(level)));
         QFile file(folder_.file("clip.y4m"));
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        ASSERT_EQ(video.size(), file.write(video));
+        ASSERT_EQ(file.write(video), video.size());
     }
 
     // The grey of each frame of a recording.
@@ -41,48 +41,48 @@ TEST_F(PlayProgram, AFileIsACameraThatIsListedAndUsed) {
     const Outcome list = run(folder_.path(), {"list", "--play", "clip.y4m"});
     EXPECT_TRUE(list.output.contains("clip.y4m")) << list.output.toStdString();
     const Outcome outcome = run(folder_.path(), {"snapshot", "--play", "clip.y4m", "--size", "ld"});
-    EXPECT_EQ("saved 320x240 pixels from clip.y4m to 'snapshot.png'\n", outcome.errors);
+    EXPECT_EQ(outcome.errors, "saved 320x240 pixels from clip.y4m to 'snapshot.png'\n");
     const QImage image(folder_.file("snapshot.png"));
-    EXPECT_EQ(320, image.width());
+    EXPECT_EQ(image.width(), 320);
     EXPECT_TRUE(image.allGray());
 }
 
 TEST_F(PlayProgram, ItGoesOnOverAndOver) {
     const Outcome outcome =
         run(folder_.path(), {"record", "--play", "clip.y4m", "--size", "ld", "-n", "12", "-o", "a.y4m"});
-    EXPECT_EQ(0, outcome.code) << outcome.errors;
-    EXPECT_EQ(12U, levels("a.y4m").size());
+    EXPECT_EQ(outcome.code, 0) << outcome.errors;
+    EXPECT_EQ(levels("a.y4m").size(), 12U);
 }
 
 TEST_F(PlayProgram, PlayedOnceTheRecordingEndsWithTheFile) {
     const Outcome outcome =
         run(folder_.path(), {"record", "--play", "clip.y4m", "--once", "--size", "ld", "-o", "a.y4m"});
-    EXPECT_EQ(0, outcome.code) << outcome.errors;
+    EXPECT_EQ(outcome.code, 0) << outcome.errors;
     const std::vector<int> recorded = levels("a.y4m");
     ASSERT_FALSE(recorded.empty());
     EXPECT_LE(recorded.size(), LEVELS.size());
-    EXPECT_NEAR(LEVELS.back(), recorded.back(), 2);
+    EXPECT_NEAR(recorded.back(), LEVELS.back(), 2);
     EXPECT_TRUE(std::is_sorted(recorded.begin(), recorded.end()));
-    EXPECT_EQ(0, run(folder_.path(), {"watch", "--play", "clip.y4m", "--once", "--size", "ld"}).code);
+    EXPECT_EQ(run(folder_.path(), {"watch", "--play", "clip.y4m", "--once", "--size", "ld"}).code, 0);
 }
 
 TEST_F(PlayProgram, AFileThatCannotBePlayedIsNamed) {
     const Outcome gone = run(folder_.path(), {"record", "--play", "gone.y4m"});
-    EXPECT_EQ(7, gone.code);
-    EXPECT_EQ(0U, gone.errors.find("ostrel-camera: cannot play 'gone.y4m': ")) << gone.errors;
-    EXPECT_EQ(gone.errors.size() - 1, gone.errors.find('\n'));
-    EXPECT_EQ(QStringList("clip.y4m"), folder_.entries());
+    EXPECT_EQ(gone.code, 7);
+    EXPECT_EQ(gone.errors.find("ostrel-camera: cannot play 'gone.y4m': "), 0U) << gone.errors;
+    EXPECT_EQ(gone.errors.find('\n'), gone.errors.size() - 1);
+    EXPECT_EQ(folder_.entries(), QStringList("clip.y4m"));
 }
 
 TEST_F(PlayProgram, TwoAddedCamerasNeedAChoice) {
     const Outcome both = run(folder_.path(), {"snapshot", "--play", "clip.y4m", "--test-camera"});
-    EXPECT_EQ(2, both.code);
-    EXPECT_EQ("ostrel-camera: several cameras are added: say with --camera which of ostrel-test-pattern, "
+    EXPECT_EQ(both.code, 2);
+    EXPECT_EQ(both.errors,
+              "ostrel-camera: several cameras are added: say with --camera which of ostrel-test-pattern, "
               "ostrel-file "
-              "is meant\n",
-              both.errors);
+              "is meant\n");
     EXPECT_EQ(
-        0, run(folder_.path(), {"snapshot", "--play", "clip.y4m", "--test-camera", "--camera", "clip"}).code);
+        run(folder_.path(), {"snapshot", "--play", "clip.y4m", "--test-camera", "--camera", "clip"}).code, 0);
 }
 
 } // namespace

@@ -47,17 +47,17 @@ TEST_F(RecordedJpegCamera, ItsOwnPicturesGoInUntouchedEachWithItsTime) {
         }
     });
     const ostrel::tests::Video video = ostrel::tests::readVideo(file());
-    ASSERT_EQ(40U, video.times.size());
+    ASSERT_EQ(video.times.size(), 40U);
     for (std::size_t at = 0; at < 40; ++at)
-        EXPECT_NEAR(double(times[at] - times[0]) / 1e6, video.times[at], 0.001) << at;
+        EXPECT_NEAR(video.times[at], double(times[at] - times[0]) / 1e6, 0.001) << at;
     EXPECT_TRUE(sent == video.pictures) << sent.size() << " bytes, found " << video.pictures.size();
-    EXPECT_EQ("", video.errors.toStdString());
-    EXPECT_EQ(40, video.decoded);
-    EXPECT_EQ(64, video.width);
-    EXPECT_EQ(48, video.height);
+    EXPECT_EQ(video.errors.toStdString(), "");
+    EXPECT_EQ(video.decoded, 40);
+    EXPECT_EQ(video.width, 64);
+    EXPECT_EQ(video.height, 48);
     // 19 short intervals, 20 long ones, and the last picture's own.
     const double shown = (19 * 33333 + 20 * 133333) / 1e6;
-    EXPECT_NEAR(shown * 40 / 39, video.duration, 0.002);
+    EXPECT_NEAR(video.duration, shown * 40 / 39, 0.002);
 }
 
 TEST_F(RecordedJpegCamera, PicturesOfAnotherSizeAreScaledAndEncoded) {
@@ -68,16 +68,16 @@ TEST_F(RecordedJpegCamera, PicturesOfAnotherSizeAreScaledAndEncoded) {
             feed(quadrantsAsJpeg(128, 96, jpeg), 1000000 + number * 40000);
     });
     const ostrel::tests::Video video = ostrel::tests::readVideo(file());
-    EXPECT_EQ(3, video.decoded);
-    EXPECT_EQ("", video.errors.toStdString());
+    EXPECT_EQ(video.decoded, 3);
+    EXPECT_EQ(video.errors.toStdString(), "");
     const QImage image = QImage::fromData(video.pictures, "JPEG");
-    ASSERT_EQ(QSize(64, 48), image.size());
+    ASSERT_EQ(image.size(), QSize(64, 48));
     for (int quadrant = 0; quadrant < 4; ++quadrant) {
         const QColor colour = image.pixelColor(quadrant % 2 ? 48 : 16, quadrant / 2 ? 36 : 12);
         const uint8_t* const bgr = JPEG_QUADRANTS[quadrant];
-        EXPECT_NEAR(bgr[0], colour.blue(), 6) << quadrant;
-        EXPECT_NEAR(bgr[1], colour.green(), 6) << quadrant;
-        EXPECT_NEAR(bgr[2], colour.red(), 6) << quadrant;
+        EXPECT_NEAR(colour.blue(), bgr[0], 6) << quadrant;
+        EXPECT_NEAR(colour.green(), bgr[1], 6) << quadrant;
+        EXPECT_NEAR(colour.red(), bgr[2], 6) << quadrant;
     }
 }
 
@@ -90,14 +90,15 @@ TEST_F(RecordedJpegCamera, APictureThatIsNotOfTheModesSizeIsScaled) {
         feed(numbered(3), 1080000);
     });
     const ostrel::tests::Video video = ostrel::tests::readVideo(file());
-    EXPECT_EQ(3, video.decoded);
-    EXPECT_EQ("", video.errors.toStdString());
+    EXPECT_EQ(video.decoded, 3);
+    EXPECT_EQ(video.errors.toStdString(), "");
     const auto first = numbered(1);
     EXPECT_TRUE(video.pictures.startsWith(
         QByteArray(reinterpret_cast<const char*>(first.data()), static_cast<int>(first.size()))));
     const auto middle = numbered(2, 128, 96);
-    EXPECT_EQ(-1, video.pictures.indexOf(QByteArray(reinterpret_cast<const char*>(middle.data()),
-                                                    static_cast<int>(middle.size()))));
+    EXPECT_EQ(video.pictures.indexOf(
+                  QByteArray(reinterpret_cast<const char*>(middle.data()), static_cast<int>(middle.size()))),
+              -1);
     const auto last = numbered(3);
     EXPECT_TRUE(video.pictures.endsWith(
         QByteArray(reinterpret_cast<const char*>(last.data()), static_cast<int>(last.size()))));
@@ -111,9 +112,9 @@ TEST_F(RecordedJpegCamera, BytesThatAreNoPictureAreLeftOutAndCounted) {
         feed(std::vector<uint8_t>(3000, 0x55), 1040000, -1, false);
         feed(numbered(2), 1080000);
     });
-    EXPECT_EQ(2, ostrel::tests::readVideo(file()).decoded);
-    EXPECT_NE(std::string::npos, said.find("lost")) << said;
-    EXPECT_NE(std::string::npos, said.find("(1 after frame 1)")) << said;
+    EXPECT_EQ(ostrel::tests::readVideo(file()).decoded, 2);
+    EXPECT_NE(said.find("lost"), std::string::npos) << said;
+    EXPECT_NE(said.find("(1 after frame 1)"), std::string::npos) << said;
 }
 
 TEST_F(RecordedJpegCamera, FramesThatTheDriverLostAreNamed) {
@@ -125,7 +126,7 @@ TEST_F(RecordedJpegCamera, FramesThatTheDriverLostAreNamed) {
         feed(numbered(3), 1133000, 11);
         feed(numbered(4), 1200000, 13);
     });
-    EXPECT_NE(std::string::npos, said.find(", 3 lost (2 after frame 2, 1 after frame 3), to ")) << said;
+    EXPECT_NE(said.find(", 3 lost (2 after frame 2, 1 after frame 3), to "), std::string::npos) << said;
 }
 
 // A clock that steps back must not make a file that players refuse.
@@ -136,7 +137,7 @@ TEST_F(RecordedJpegCamera, TimesNeverGoBack) {
         feed(numbered(2), 9040000);
         feed(numbered(3), 2000000);
     });
-    EXPECT_EQ((std::vector<double>{0, 0.04, 0.04}), ostrel::tests::readVideo(file()).times);
+    EXPECT_EQ(ostrel::tests::readVideo(file()).times, (std::vector<double>{0, 0.04, 0.04}));
 }
 
 } // namespace

@@ -31,9 +31,9 @@ TEST(RequestRules, OnlyTheNamesOfThisMachineWithThePortAreItsOwn) {
 
 TEST(Page, TheNameOfACameraIsText) {
     const std::string page = pageHtml("</h1><script>alert('\"&')</script>\n\x1b[1m");
-    EXPECT_EQ(std::string::npos, page.find("<script>"));
-    EXPECT_NE(std::string::npos,
-              page.find("<h1>&lt;/h1&gt;&lt;script&gt;alert(&#39;&quot;&amp;&#39;)&lt;/script&gt;??[1m</h1>"))
+    EXPECT_EQ(page.find("<script>"), std::string::npos);
+    EXPECT_NE(page.find("<h1>&lt;/h1&gt;&lt;script&gt;alert(&#39;&quot;&amp;&#39;)&lt;/script&gt;??[1m</h1>"),
+              std::string::npos)
         << page;
 }
 
@@ -42,14 +42,14 @@ TEST(Page, TheStatusIsJsonWhateverTheReasonSays) {
     facts.why = "a \"quoted\" name\\ and <tags>";
     QJsonObject status =
         QJsonDocument::fromJson(QByteArray::fromStdString(statusJson(facts, {64, 48}, 5))).object();
-    EXPECT_EQ(facts.why, status["why"].toString().toStdString());
+    EXPECT_EQ(status["why"].toString().toStdString(), facts.why);
     EXPECT_FALSE(status["shown"].toBool());
     facts.shown = true;
     facts.captureTime = 1000000000;
     status =
         QJsonDocument::fromJson(QByteArray::fromStdString(statusJson(facts, {64, 48}, 1012000000))).object();
-    EXPECT_EQ(12, status["age"].toDouble());
-    EXPECT_EQ(48, status["height"].toInt());
+    EXPECT_EQ(status["age"].toDouble(), 12);
+    EXPECT_EQ(status["height"].toInt(), 48);
 }
 
 bool readable(int descriptor) {
@@ -70,15 +70,15 @@ protected:
 
 TEST_F(AudienceTest, EachSeesTheNewestOnceAndSleepsUntilTheNext) {
     const auto place = join();
-    EXPECT_EQ(Audience::Next::Later, audience.next(place, picture));
-    EXPECT_EQ(1, asleep);
+    EXPECT_EQ(audience.next(place, picture), Audience::Next::Later);
+    EXPECT_EQ(asleep, 1);
     audience.publish("one", 1, 0);
-    EXPECT_EQ(0, asleep);
+    EXPECT_EQ(asleep, 0);
     audience.publish("two", 2, 0);
-    ASSERT_EQ(Audience::Next::Picture, audience.next(place, picture));
-    EXPECT_EQ("two", picture->jpeg);
-    EXPECT_EQ(2U, picture->number);
-    EXPECT_EQ(Audience::Next::Later, audience.next(place, picture));
+    ASSERT_EQ(audience.next(place, picture), Audience::Next::Picture);
+    EXPECT_EQ(picture->jpeg, "two");
+    EXPECT_EQ(picture->number, 2U);
+    EXPECT_EQ(audience.next(place, picture), Audience::Next::Later);
     audience.leave(place);
 }
 
@@ -86,27 +86,27 @@ TEST_F(AudienceTest, WhoJoinsIsNoticedAndWhoLeavesIsGone) {
     EXPECT_FALSE(readable(audience.descriptor()));
     const auto place = join();
     EXPECT_TRUE(readable(audience.descriptor()));
-    EXPECT_EQ(1U, audience.size());
+    EXPECT_EQ(audience.size(), 1U);
     audience.settle();
     EXPECT_FALSE(readable(audience.descriptor()));
     audience.leave(place);
-    EXPECT_EQ(0U, audience.size());
+    EXPECT_EQ(audience.size(), 0U);
 }
 
 TEST_F(AudienceTest, AFailureIsTheEndForThoseWhoLookedAndANewStartForOthers) {
     const auto before = join();
-    EXPECT_EQ(Audience::Next::Later, audience.next(before, picture));
+    EXPECT_EQ(audience.next(before, picture), Audience::Next::Later);
     audience.fail("unplugged");
-    EXPECT_EQ(0, asleep);
-    EXPECT_EQ(0U, audience.size()); // the camera is not started again for those who are about to be told
-    EXPECT_EQ(Audience::Next::Over, audience.next(before, picture));
-    EXPECT_EQ("unplugged", audience.facts().why);
+    EXPECT_EQ(asleep, 0);
+    EXPECT_EQ(audience.size(), 0U); // the camera is not started again for those who are about to be told
+    EXPECT_EQ(audience.next(before, picture), Audience::Next::Over);
+    EXPECT_EQ(audience.facts().why, "unplugged");
     const auto after = join();
-    EXPECT_EQ(1U, audience.size());
-    EXPECT_EQ(Audience::Next::Later, audience.next(after, picture));
+    EXPECT_EQ(audience.size(), 1U);
+    EXPECT_EQ(audience.next(after, picture), Audience::Next::Later);
     audience.publish("back", 1, 0);
-    EXPECT_EQ(Audience::Next::Picture, audience.next(after, picture));
-    EXPECT_EQ("", audience.facts().why);
+    EXPECT_EQ(audience.next(after, picture), Audience::Next::Picture);
+    EXPECT_EQ(audience.facts().why, "");
     audience.leave(before);
     audience.leave(after);
 }
@@ -115,7 +115,7 @@ TEST_F(AudienceTest, NobodySeesAPictureOfACaptureThatHasEnded) {
     audience.publish("old", 1, 0);
     audience.clear();
     const auto place = join();
-    EXPECT_EQ(Audience::Next::Later, audience.next(place, picture));
+    EXPECT_EQ(audience.next(place, picture), Audience::Next::Later);
     EXPECT_FALSE(audience.facts().shown);
     audience.leave(place);
 }
@@ -123,11 +123,11 @@ TEST_F(AudienceTest, NobodySeesAPictureOfACaptureThatHasEnded) {
 TEST_F(AudienceTest, RepeatingWakesThoseWhoWaitWithWhatTheyHaveSeen) {
     const auto place = join();
     audience.publish("one", 1, 0);
-    ASSERT_EQ(Audience::Next::Picture, audience.next(place, picture));
-    ASSERT_EQ(Audience::Next::Later, audience.next(place, picture));
+    ASSERT_EQ(audience.next(place, picture), Audience::Next::Picture);
+    ASSERT_EQ(audience.next(place, picture), Audience::Next::Later);
     audience.repeat();
-    EXPECT_EQ(0, asleep);
-    EXPECT_EQ(Audience::Next::Picture, audience.next(place, picture));
+    EXPECT_EQ(asleep, 0);
+    EXPECT_EQ(audience.next(place, picture), Audience::Next::Picture);
     audience.leave(place);
 }
 
@@ -159,7 +159,7 @@ TEST(Audience, ManyLookWhileOthersComeAndGo) {
                 if (next == Audience::Next::Picture) {
                     EXPECT_GT(picture->number, last);
                     last = picture->number;
-                    EXPECT_EQ(std::to_string(picture->captureTime), picture->jpeg);
+                    EXPECT_EQ(picture->jpeg, std::to_string(picture->captureTime));
                 } else {
                     std::unique_lock<std::mutex> lock(mutex);
                     EXPECT_TRUE(woken.wait_for(lock, std::chrono::seconds(30), [&] { return !sleeps; }));
@@ -177,7 +177,7 @@ TEST(Audience, ManyLookWhileOthersComeAndGo) {
     audience.close();
     for (std::thread& looker : lookers)
         looker.join();
-    EXPECT_EQ(0U, audience.size());
+    EXPECT_EQ(audience.size(), 0U);
 }
 
 } // namespace

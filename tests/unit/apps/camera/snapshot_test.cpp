@@ -34,23 +34,23 @@ TEST_F(SnapshotOfJpegCamera, IsItsOwnPictureWithTheTablesThatItLeftOut) {
 
 TEST_F(SnapshotOfJpegCamera, OfAnotherSizeIsScaled) {
     plug(128, 96);
-    EXPECT_EQ(QSize(64, 48), QImage::fromData(take("a.JPEG", quadrantsAsJpeg(128, 96))).size());
+    EXPECT_EQ(QImage::fromData(take("a.JPEG", quadrantsAsJpeg(128, 96))).size(), QSize(64, 48));
 }
 
 TEST_F(SnapshotOfJpegCamera, AsAnotherKindIsDecoded) {
     plug(64, 48);
     const QByteArray file = take("a.bmp", quadrantsAsJpeg(64, 48));
     EXPECT_TRUE(file.startsWith("BM"));
-    EXPECT_EQ(QSize(64, 48), QImage::fromData(file).size());
+    EXPECT_EQ(QImage::fromData(file).size(), QSize(64, 48));
 }
 
 TEST(SeriesPath, IsNumberedOrHasATime) {
     setenv("TZ", "UTC", 1);
     tzset();
     const std::time_t time = 1795320304; // 2026-11-22 04:05:04
-    EXPECT_EQ("shot-0012.jpg", seriesPath("shot-%04d.jpg", 12, time));
-    EXPECT_EQ("shot-3.jpg", seriesPath("shot-%d.jpg", 3, time));
-    EXPECT_EQ("20261122-040504.jpg", seriesPath("%Y%m%d-%H%M%S.jpg", 12, time));
+    EXPECT_EQ(seriesPath("shot-%04d.jpg", 12, time), "shot-0012.jpg");
+    EXPECT_EQ(seriesPath("shot-%d.jpg", 3, time), "shot-3.jpg");
+    EXPECT_EQ(seriesPath("%Y%m%d-%H%M%S.jpg", 12, time), "20261122-040504.jpg");
     EXPECT_TRUE(isSeriesPath("%F.png"));
     EXPECT_TRUE(isSeriesPath("%d.png"));
     EXPECT_FALSE(isSeriesPath("snapshot.png"));

@@ -51,35 +51,35 @@ TEST(Terminal, RecordShowsAProgressBarThatEndsWithALine) {
     ostrel::tests::Folder folder;
     const TerminalOutcome outcome =
         runOnTerminal(folder.path(), {"record", "--test-camera", "--size", "ld", "-n", "45"});
-    EXPECT_EQ(0, outcome.code);
-    EXPECT_NE(std::string::npos, outcome.screen.find("\r\033[K[#")) << outcome.screen;
-    EXPECT_NE(std::string::npos, outcome.screen.find("%  "));
-    EXPECT_NE(std::string::npos, outcome.screen.find("\r\033[Krecorded 45 frames in ")) << outcome.screen;
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_NE(outcome.screen.find("\r\033[K[#"), std::string::npos) << outcome.screen;
+    EXPECT_NE(outcome.screen.find("%  "), std::string::npos);
+    EXPECT_NE(outcome.screen.find("\r\033[Krecorded 45 frames in "), std::string::npos) << outcome.screen;
 }
 
 TEST(Terminal, QuietMeansNoBar) {
     ostrel::tests::Folder folder;
     const TerminalOutcome outcome =
         runOnTerminal(folder.path(), {"record", "-q", "--test-camera", "--size", "ld", "-n", "30"});
-    EXPECT_EQ(0, outcome.code);
-    EXPECT_EQ("", outcome.screen);
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_EQ(outcome.screen, "");
 }
 
 TEST(Terminal, FramesAreNotPouredOntoTheScreen) {
-    EXPECT_EQ("ostrel-camera: video is nothing for a terminal: give a file with -o, or redirect\r\n",
-              runOnTerminal("/", {"record", "--test-camera", "-o", "-"}).screen);
-    EXPECT_EQ("ostrel-camera: a PNG picture is nothing for a terminal: give a file with -o, or redirect\r\n",
-              runOnTerminal("/", {"snapshot", "--test-camera", "-o", "-"}).screen);
-    EXPECT_EQ(2, runOnTerminal("/", {"snapshot", "--test-camera", "-o", "-"}).code);
+    EXPECT_EQ(runOnTerminal("/", {"record", "--test-camera", "-o", "-"}).screen,
+              "ostrel-camera: video is nothing for a terminal: give a file with -o, or redirect\r\n");
+    EXPECT_EQ(runOnTerminal("/", {"snapshot", "--test-camera", "-o", "-"}).screen,
+              "ostrel-camera: a PNG picture is nothing for a terminal: give a file with -o, or redirect\r\n");
+    EXPECT_EQ(runOnTerminal("/", {"snapshot", "--test-camera", "-o", "-"}).code, 2);
 }
 
 TEST(Terminal, WatchRewritesOneLine) {
     const TerminalOutcome outcome =
         runOnTerminal("/", {"watch", "-q", "--test-camera", "--size", "ld", "-n", "5"});
-    EXPECT_EQ(0, outcome.code);
-    EXPECT_EQ(0U, outcome.screen.find("\r\033[K")) << outcome.screen;
-    EXPECT_NE(std::string::npos, outcome.screen.find("  taken 5  "));
-    EXPECT_EQ(outcome.screen.size() - 1, outcome.screen.find('\n'));
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_EQ(outcome.screen.find("\r\033[K"), 0U) << outcome.screen;
+    EXPECT_NE(outcome.screen.find("  taken 5  "), std::string::npos);
+    EXPECT_EQ(outcome.screen.find('\n'), outcome.screen.size() - 1);
 }
 
 } // namespace

@@ -30,19 +30,19 @@ protected:
 TEST_F(VideoNodes, ThoseThatMayNotBeOpenedAreFoundInTheOrderOfTheirNumbers) {
     const std::vector<ClosedNode> nodes = closedVideoNodes(
         folder_.path().toStdString(), [this](const std::string& node) { return node == path("video0"); });
-    ASSERT_EQ(2U, nodes.size());
-    EXPECT_EQ(path("video2"), nodes[0].path);
-    EXPECT_EQ(path("video10"), nodes[1].path);
-    EXPECT_EQ("", nodes[0].group); // its group may not write
+    ASSERT_EQ(nodes.size(), 2U);
+    EXPECT_EQ(nodes[0].path, path("video2"));
+    EXPECT_EQ(nodes[1].path, path("video10"));
+    EXPECT_EQ(nodes[0].group, ""); // its group may not write
 }
 
 TEST_F(VideoNodes, AdviceNamesTheNodesAndTheGroupToJoin) {
-    EXPECT_EQ("no permission to use /dev/video0, /dev/video1: join the group video (sudo usermod -aG video "
+    EXPECT_EQ(permissionAdvice({{"/dev/video0", "video"}, {"/dev/video1", "video"}}),
+              "no permission to use /dev/video0, /dev/video1: join the group video (sudo usermod -aG video "
               "\"$USER\") "
-              "and log in again",
-              permissionAdvice({{"/dev/video0", "video"}, {"/dev/video1", "video"}}));
-    EXPECT_EQ("no permission to use /dev/video0: ask the administrator of this machine for access",
-              permissionAdvice({{"/dev/video0", ""}}));
+              "and log in again");
+    EXPECT_EQ(permissionAdvice({{"/dev/video0", ""}}),
+              "no permission to use /dev/video0: ask the administrator of this machine for access");
 }
 
 } // namespace ostrel::tests

@@ -34,17 +34,17 @@ TEST(VideoProgram, AMatroskaFileHoldsEveryFrameAndItsDuration) {
     Folder folder;
     const Outcome outcome =
         run(folder.path(), {"record", "--test-camera", "-t", "2.2", "-s", "ld", "clip.mkv"});
-    ASSERT_EQ(0, outcome.code) << outcome.errors;
+    ASSERT_EQ(outcome.code, 0) << outcome.errors;
     const Video video = readVideo(folder.file("clip.mkv"));
     const QByteArray said = QByteArray::fromStdString(outcome.errors);
     EXPECT_TRUE(said.contains("recorded " + QByteArray::number(video.decoded) + " frames in "))
         << said.toStdString();
     EXPECT_TRUE(said.contains(" MB), ")) << said.toStdString();
-    EXPECT_EQ("", video.errors.toStdString());
-    EXPECT_EQ(320, video.width);
-    EXPECT_EQ(240, video.height);
+    EXPECT_EQ(video.errors.toStdString(), "");
+    EXPECT_EQ(video.width, 320);
+    EXPECT_EQ(video.height, 240);
     ASSERT_GE(video.times.size(), 2U);
-    EXPECT_EQ(0, video.times.front());
+    EXPECT_EQ(video.times.front(), 0);
     EXPECT_GE(video.times.back(), 2.199);
     EXPECT_GT(video.duration, video.times.back());
     EXPECT_LT(video.duration, video.times.back() + 0.5);
@@ -54,11 +54,11 @@ TEST(VideoProgram, APipeIsGivenTheSameVideoWithoutWhatComesLater) {
     Folder folder;
     const Outcome outcome = runShell(
         folder.path(), "\"$OSTREL\" record --test-camera -q -n 40 -s ld --format mkv - | cat > piped.mkv");
-    EXPECT_EQ("", outcome.errors);
+    EXPECT_EQ(outcome.errors, "");
     const Video video = readVideo(folder.file("piped.mkv"));
-    EXPECT_EQ(40, video.decoded);
-    EXPECT_EQ("", video.errors.toStdString());
-    EXPECT_EQ(-1, video.duration);
+    EXPECT_EQ(video.decoded, 40);
+    EXPECT_EQ(video.errors.toStdString(), "");
+    EXPECT_EQ(video.duration, -1);
 }
 
 TEST(VideoProgram, PicturesAreScaledAndOfTheQualityThatIsAskedFor) {
@@ -68,21 +68,21 @@ TEST(VideoProgram, PicturesAreScaledAndOfTheQualityThatIsAskedFor) {
         const Outcome outcome =
             run(folder.path(), {"record", "--test-camera", "-n", "3", "-s", "hd", "--scale", "sd",
                                 "--quality", at ? "95" : "20", "clip.mkv"});
-        ASSERT_EQ(0, outcome.code) << outcome.errors;
+        ASSERT_EQ(outcome.code, 0) << outcome.errors;
         const Video video = readVideo(folder.file("clip.mkv"));
-        EXPECT_EQ(3, video.decoded);
-        EXPECT_EQ(640, video.width);
-        EXPECT_EQ(480, video.height);
+        EXPECT_EQ(video.decoded, 3);
+        EXPECT_EQ(video.width, 640);
+        EXPECT_EQ(video.height, 480);
         bytes[at] = video.pictures.size();
     }
     EXPECT_LT(3 * bytes[0], 2 * bytes[1]);
 }
 
 TEST(VideoProgram, WhatMeansNothingForAVideoIsRefused) {
-    EXPECT_EQ("ostrel-camera: --rate is for Y4M files: in a Matroska file each frame has its own time\n",
-              run("/", {"record", "--test-camera", "--rate", "5", "a.mkv"}).errors);
-    EXPECT_EQ("ostrel-camera: --quality is for Matroska files (.mkv): the others are not compressed\n",
-              run("/", {"record", "--test-camera", "--quality", "5", "a.y4m"}).errors);
+    EXPECT_EQ(run("/", {"record", "--test-camera", "--rate", "5", "a.mkv"}).errors,
+              "ostrel-camera: --rate is for Y4M files: in a Matroska file each frame has its own time\n");
+    EXPECT_EQ(run("/", {"record", "--test-camera", "--quality", "5", "a.y4m"}).errors,
+              "ostrel-camera: --quality is for Matroska files (.mkv): the others are not compressed\n");
 }
 
 TEST(VideoProgram, CtrlCFinishesTheFile) {
@@ -91,10 +91,10 @@ TEST(VideoProgram, CtrlCFinishesTheFile) {
     start(process, folder.path(), {"record", "--test-camera", "-s", "ld", "clip.mkv"});
     ASSERT_TRUE(grows(folder.file("clip.mkv"), 100000));
     kill(static_cast<pid_t>(process.processId()), SIGINT);
-    EXPECT_EQ(0, finish(process).code);
+    EXPECT_EQ(finish(process).code, 0);
     const Video video = readVideo(folder.file("clip.mkv"));
     EXPECT_GT(video.duration, 0);
-    EXPECT_EQ("", video.errors.toStdString());
+    EXPECT_EQ(video.errors.toStdString(), "");
 }
 
 // Ten at a time, since each has to run for a while.
@@ -128,13 +128,12 @@ TEST(VideoProgram, AFullDiskEndsItWithALineAndAFileThatPlays) {
     const Outcome outcome =
         runShell(folder.path(), "trap '' XFSZ; ulimit -f 1000; exec \"$OSTREL\" record -q "
                                 "--test-camera --size ld clip.mkv");
-    EXPECT_EQ(7, outcome.code);
+    EXPECT_EQ(outcome.code, 7);
     const Video video = readVideo(folder.file("clip.mkv"));
-    EXPECT_EQ("ostrel-camera: cannot write 'clip.mkv': File too large; it holds the " +
-                  std::to_string(video.decoded) + " frames before\n",
-              outcome.errors);
+    EXPECT_EQ(outcome.errors, "ostrel-camera: cannot write 'clip.mkv': File too large; it holds the " +
+                                  std::to_string(video.decoded) + " frames before\n");
     EXPECT_GE(video.decoded, 10);
-    EXPECT_EQ("", video.errors.toStdString());
+    EXPECT_EQ(video.errors.toStdString(), "");
     EXPECT_GT(video.duration, 0);
 }
 
@@ -151,19 +150,19 @@ TEST(VideoProgram, AFileSystemOfOneMegabyteFillsUp) {
     const Outcome outcome = runShell(
         folder.path(), inside + "\"$OSTREL\" record -q --test-camera --size ld disk/clip.mkv; code=$?; "
                                 "cp disk/clip.mkv . && exit $code'");
-    EXPECT_EQ(7, outcome.code);
+    EXPECT_EQ(outcome.code, 7);
     const Video video = readVideo(folder.file("clip.mkv"));
-    EXPECT_EQ("ostrel-camera: cannot write 'disk/clip.mkv': No space left on device; it holds the " +
-                  std::to_string(video.decoded) + " frames before\n",
-              outcome.errors);
+    EXPECT_EQ(outcome.errors,
+              "ostrel-camera: cannot write 'disk/clip.mkv': No space left on device; it holds the " +
+                  std::to_string(video.decoded) + " frames before\n");
     EXPECT_GE(video.decoded, 10);
-    EXPECT_EQ("", video.errors.toStdString());
+    EXPECT_EQ(video.errors.toStdString(), "");
 }
 
 TEST(VideoProgram, ADeviceThatIsFullLeavesALine) {
     const Outcome outcome = run("/", {"record", "-q", "--test-camera", "--format", "mkv", "/dev/full"});
-    EXPECT_EQ(7, outcome.code);
-    EXPECT_EQ("ostrel-camera: cannot write '/dev/full': No space left on device\n", outcome.errors);
+    EXPECT_EQ(outcome.code, 7);
+    EXPECT_EQ(outcome.errors, "ostrel-camera: cannot write '/dev/full': No space left on device\n");
 }
 
 } // namespace

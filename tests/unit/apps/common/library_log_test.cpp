@@ -9,7 +9,7 @@ using namespace apps;
 
 TEST(HiddenLibraryLog, TakesStandardErrorAwayAndGivesItBack) {
     int ends[2];
-    ASSERT_EQ(0, pipe(ends));
+    ASSERT_EQ(pipe(ends), 0);
     const int before = dup(STDERR_FILENO);
     dup2(ends[1], STDERR_FILENO);
     {
@@ -21,8 +21,8 @@ TEST(HiddenLibraryLog, TakesStandardErrorAwayAndGivesItBack) {
     close(before);
     close(ends[1]);
     char text[100] = {};
-    EXPECT_LT(0, read(ends[0], text, sizeof text - 1));
-    EXPECT_STREQ("mine\n", text);
+    EXPECT_GT(read(ends[0], text, sizeof text - 1), 0);
+    EXPECT_STREQ(text, "mine\n");
     close(ends[0]);
 }
 

@@ -20,7 +20,7 @@ protected:
     void SetUp() override {
         ASSERT_TRUE(virtualCamera->attach());
         camera = listed("fixture");
-        ASSERT_NE(nullptr, camera);
+        ASSERT_NE(camera, nullptr);
         ASSERT_FALSE(camera->open());
     }
     void TearDown() override {

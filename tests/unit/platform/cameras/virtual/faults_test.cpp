@@ -15,7 +15,7 @@ TEST_F(Faults, NotOpeningSaysSoAndHeals) {
     virtualCamera->setFault(VIRTUAL_CAMERA_FAULT_OPEN);
     const cameras::Error error = camera->open();
     EXPECT_TRUE(error);
-    EXPECT_EQ("Fixture was told not to open", error.text);
+    EXPECT_EQ(error.text, "Fixture was told not to open");
     EXPECT_TRUE(camera->start(WIDTH, HEIGHT, sink)) << "it is not open";
     virtualCamera->setFault(VIRTUAL_CAMERA_FAULT_NONE);
     EXPECT_FALSE(camera->open());
@@ -27,7 +27,7 @@ TEST_F(Faults, InputRefusedLetsItOpen) {
     virtualCamera->setFault(VIRTUAL_CAMERA_FAULT_INPUT);
     camera->close();
     EXPECT_FALSE(camera->open());
-    EXPECT_EQ("Fixture was told to be refused as an input", camera->admitInput().text);
+    EXPECT_EQ(camera->admitInput().text, "Fixture was told to be refused as an input");
     virtualCamera->setFault(VIRTUAL_CAMERA_FAULT_NONE);
     EXPECT_FALSE(camera->admitInput());
 }
@@ -35,9 +35,9 @@ TEST_F(Faults, InputRefusedLetsItOpen) {
 TEST_F(Faults, OutputRefusedDeliversNothing) {
     virtualCamera->setFault(VIRTUAL_CAMERA_FAULT_OUTPUT);
     EXPECT_FALSE(camera->admitInput());
-    EXPECT_EQ("Fixture was told to refuse the output", camera->start(WIDTH, HEIGHT, sink).text);
+    EXPECT_EQ(camera->start(WIDTH, HEIGHT, sink).text, "Fixture was told to refuse the output");
     camera->stop(sink);
-    EXPECT_EQ(0u, virtualCamera->framesDelivered());
+    EXPECT_EQ(virtualCamera->framesDelivered(), 0u);
     virtualCamera->setFault(VIRTUAL_CAMERA_FAULT_NONE);
     EXPECT_FALSE(camera->start(WIDTH, HEIGHT, sink));
     EXPECT_TRUE(sink->waitForFrames(1));
@@ -46,15 +46,15 @@ TEST_F(Faults, OutputRefusedDeliversNothing) {
 TEST_F(Faults, PaddedRowsShowInTheFramesThatAreMadeFromThenOn) {
     ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
     ASSERT_TRUE(sink->waitForFrames(1));
-    EXPECT_EQ(8 * 4, sink->newest()->rowBytes(8));
+    EXPECT_EQ(sink->newest()->rowBytes(8), 8 * 4);
     virtualCamera->setFault(VIRTUAL_CAMERA_FAULT_PADDED_ROWS);
     ASSERT_TRUE(sink->waitForMoreFrames(2)); // one may have been on its way
     const auto padded = sink->newest();
-    EXPECT_EQ(8 * 4 + 64, padded->rowBytes(8));
+    EXPECT_EQ(padded->rowBytes(8), 8 * 4 + 64);
     virtualCamera->setFault(VIRTUAL_CAMERA_FAULT_NONE);
     ASSERT_TRUE(sink->waitForMoreFrames(2));
-    EXPECT_EQ(8 * 4, sink->newest()->rowBytes(8));
-    EXPECT_EQ(8 * 4 + 64, padded->rowBytes(8));
+    EXPECT_EQ(sink->newest()->rowBytes(8), 8 * 4);
+    EXPECT_EQ(padded->rowBytes(8), 8 * 4 + 64);
 }
 
 TEST_F(Faults, StalledFromTheStartItDeliversOnlyOnceHealed) {
@@ -62,8 +62,8 @@ TEST_F(Faults, StalledFromTheStartItDeliversOnlyOnceHealed) {
     ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
     // At 1000 frames a second some fifty would have come.
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    EXPECT_EQ(0, sink->frames());
-    EXPECT_EQ(0u, virtualCamera->framesDelivered());
+    EXPECT_EQ(sink->frames(), 0);
+    EXPECT_EQ(virtualCamera->framesDelivered(), 0u);
     virtualCamera->setFault(VIRTUAL_CAMERA_FAULT_NONE);
     ASSERT_TRUE(sink->waitForFrames(1));
     EXPECT_TRUE(sink->ends().empty());
@@ -94,7 +94,7 @@ TEST_F(Faults, AStalledStreamStopsAtOnce) {
     virtualCamera->setFault(VIRTUAL_CAMERA_FAULT_STALL);
     ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
     camera->stop(sink);
-    EXPECT_EQ(0, sink->frames());
+    EXPECT_EQ(sink->frames(), 0);
 }
 
 TEST_F(Faults, UnpluggedItEndsTheStreamOnceWithAReason) {
@@ -102,26 +102,26 @@ TEST_F(Faults, UnpluggedItEndsTheStreamOnceWithAReason) {
     ASSERT_TRUE(sink->waitForFrames(1));
     virtualCamera->detach();
     const int arrived = sink->frames();
-    EXPECT_EQ(std::vector<std::string>{"Fixture was unplugged"}, sink->ends());
-    EXPECT_EQ("Fixture was unplugged", camera->statistics().ended);
+    EXPECT_EQ(sink->ends(), std::vector<std::string>{"Fixture was unplugged"});
+    EXPECT_EQ(camera->statistics().ended, "Fixture was unplugged");
     EXPECT_FALSE(camera->attached());
     EXPECT_TRUE(read(sink->newest()).decoded) << "the last frame stays readable";
     EXPECT_TRUE(camera->start(WIDTH, HEIGHT, std::make_shared<RecordingSink>()));
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    EXPECT_EQ(arrived, sink->frames()) << "no frame after detach() has returned";
+    EXPECT_EQ(sink->frames(), arrived) << "no frame after detach() has returned";
     camera->stop(sink);
     camera->close();
     EXPECT_TRUE(camera->open());
-    EXPECT_EQ(1u, sink->ends().size());
+    EXPECT_EQ(sink->ends().size(), 1u);
 }
 
 TEST_F(Faults, DestroyingTheClientsObjectUnplugs) {
     ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
     ASSERT_TRUE(sink->waitForFrames(1));
     virtualCamera.reset();
-    EXPECT_EQ(1u, sink->ends().size());
+    EXPECT_EQ(sink->ends().size(), 1u);
     EXPECT_TRUE(read(sink->newest()).decoded);
-    EXPECT_EQ("fixture", camera->identifier());
+    EXPECT_EQ(camera->identifier(), "fixture");
     camera->stop(sink);
     camera->close();
 }
@@ -136,8 +136,8 @@ TEST_F(Faults, UnpluggedFromInsideACallItEndsWhenTheCallReturns) {
     ASSERT_TRUE(sink->waitForEnd());
     camera->stop(sink);
     EXPECT_FALSE(endedInside);
-    EXPECT_EQ(1, sink->frames());
-    EXPECT_EQ(1u, sink->ends().size());
+    EXPECT_EQ(sink->frames(), 1);
+    EXPECT_EQ(sink->ends().size(), 1u);
 }
 
 TEST_F(Faults, ASinkMayStopAndCloseWhenItIsToldTheEnd) {
@@ -151,7 +151,7 @@ TEST_F(Faults, ASinkMayStopAndCloseWhenItIsToldTheEnd) {
     ASSERT_TRUE(sink->waitForFrames(1));
     virtualCamera->detach(); // does not wait for whoever closes the camera meanwhile
     EXPECT_TRUE(sink->waitUntil([&] { return closed.load(); }));
-    EXPECT_EQ(1u, sink->ends().size());
+    EXPECT_EQ(sink->ends().size(), 1u);
 }
 
 } // namespace

@@ -43,7 +43,7 @@ protected:
 
     // Attaches and opens.
     std::shared_ptr<cameras::Camera> use(OVideoFileCamera& camera) {
-        EXPECT_EQ(QString(), camera.error());
+        EXPECT_EQ(camera.error(), QString());
         EXPECT_TRUE(camera.attach());
         const auto found = listed("file");
         EXPECT_FALSE(found->open());
@@ -74,17 +74,17 @@ std::string patternFile(int width, int height, uint32_t frames, const std::strin
 
 TEST_F(FileCamera, TellsTheFilesSizeAndRate) {
     const auto camera = play(write("a.y4m", patternFile(160, 120, 1, "30000:1001")));
-    EXPECT_EQ(QString(), camera->error());
-    EXPECT_EQ(160, camera->width());
-    EXPECT_EQ(120, camera->height());
-    EXPECT_DOUBLE_EQ(30000.0 / 1001, camera->framesPerSecond());
+    EXPECT_EQ(camera->error(), QString());
+    EXPECT_EQ(camera->width(), 160);
+    EXPECT_EQ(camera->height(), 120);
+    EXPECT_DOUBLE_EQ(camera->framesPerSecond(), 30000.0 / 1001);
     const auto used = use(*camera);
     ASSERT_FALSE(used->start(320, 240, sink));
     const cameras::StreamStatistics figures = used->statistics();
-    EXPECT_EQ("I420", figures.granted.format);
-    EXPECT_EQ(160, figures.granted.size.width);
-    EXPECT_EQ(120, figures.granted.size.height);
-    EXPECT_DOUBLE_EQ(30000.0 / 1001, figures.granted.rate());
+    EXPECT_EQ(figures.granted.format, "I420");
+    EXPECT_EQ(figures.granted.size.width, 160);
+    EXPECT_EQ(figures.granted.size.height, 120);
+    EXPECT_DOUBLE_EQ(figures.granted.rate(), 30000.0 / 1001);
     used->stop(sink);
 }
 
@@ -96,7 +96,7 @@ TEST_F(FileCamera, PlaysItsFramesInOrderOnceAndTheLastStays) {
     sink->onFrame = [&](const RecordingSink::FramePointer& frame) {
         const Reading reading = read(frame, 320, 240);
         ASSERT_TRUE(reading.decoded);
-        ASSERT_EQ(1000 + reading.counter, reading.clock);
+        ASSERT_EQ(reading.clock, 1000 + reading.counter);
         counters.push_back(reading.counter);
         sawLast = reading.counter == 12;
     };
@@ -105,11 +105,11 @@ TEST_F(FileCamera, PlaysItsFramesInOrderOnceAndTheLastStays) {
     std::this_thread::sleep_for(std::chrono::milliseconds(30)); // six frames' time
     used->stop(sink);
     EXPECT_TRUE(std::is_sorted(counters.begin(), counters.end()));
-    EXPECT_EQ(12u, counters.back());
+    EXPECT_EQ(counters.back(), 12u);
     const cameras::StreamStatistics figures = used->statistics();
-    EXPECT_EQ(12u, figures.delivered + figures.skipped);
+    EXPECT_EQ(figures.delivered + figures.skipped, 12u);
     EXPECT_TRUE(sink->ends().empty()) << "the camera has not gone";
-    EXPECT_EQ(12u, read(sink->newest()).counter) << "still there";
+    EXPECT_EQ(read(sink->newest()).counter, 12u) << "still there";
 }
 
 TEST_F(FileCamera, LoopsWithoutAnEnd) {
@@ -139,7 +139,7 @@ TEST_F(FileCamera, EachStreamBeginsAtTheBeginning) {
         ASSERT_FALSE(used->start(160, 120, fresh));
         ASSERT_TRUE(fresh->waitForFrames(1));
         used->stop(fresh);
-        EXPECT_EQ(1u, read(fresh->newest()).counter);
+        EXPECT_EQ(read(fresh->newest()).counter, 1u);
     }
 }
 
@@ -157,7 +157,7 @@ TEST_F(FileCamera, ReadsAFrameOnlyWhenItIsTaken) {
     file.seekp(static_cast<std::streamoff>(header));
     file << other.substr(header + 8 * frameBytes, frameBytes);
     file.close();
-    EXPECT_EQ(9u, read(sink->newest()).counter);
+    EXPECT_EQ(read(sink->newest()).counter, 9u);
     used->stop(sink);
 }
 
@@ -167,12 +167,12 @@ TEST_F(FileCamera, AFileCutWhileItPlaysGivesNoFrameAndNoCrash) {
     const auto used = use(*camera);
     ASSERT_FALSE(used->start(160, 120, sink));
     ASSERT_TRUE(sink->waitForFrames(1));
-    ASSERT_EQ(0, ::truncate(path.c_str(), 100));
+    ASSERT_EQ(::truncate(path.c_str(), 100), 0);
     ASSERT_TRUE(sink->waitForEnd());
-    EXPECT_EQ("File found no further frame in its file: it is damaged, or was changed", sink->ends().front());
+    EXPECT_EQ(sink->ends().front(), "File found no further frame in its file: it is damaged, or was changed");
     EXPECT_FALSE(read(sink->newest()).converted);
-    EXPECT_EQ(0u, camera->framesTaken());
-    EXPECT_EQ(sink->ends().front(), used->start(160, 120, std::make_shared<RecordingSink>()).text)
+    EXPECT_EQ(camera->framesTaken(), 0u);
+    EXPECT_EQ(used->start(160, 120, std::make_shared<RecordingSink>()).text, sink->ends().front())
         << "whoever joins now hears why";
     EXPECT_TRUE(used->attached());
     used->stop(sink);
@@ -189,7 +189,7 @@ TEST_F(FileCamera, AHeldFrameOutlivesStopCloseAndTheFilesName) {
     used.reset();
     camera.reset();
     ::unlink(path.c_str());
-    EXPECT_EQ(1u, read(sink->newest()).counter);
+    EXPECT_EQ(read(sink->newest()).counter, 1u);
 }
 
 TEST_F(FileCamera, NoDescriptorStaysOpenForACameraThatNobodyUses) {
@@ -201,15 +201,15 @@ TEST_F(FileCamera, NoDescriptorStaysOpenForACameraThatNobodyUses) {
     };
     const int before = descriptors();
     const auto camera = play(write("a.y4m", patternFile(160, 120, 1, "30:1")));
-    EXPECT_EQ(before, descriptors());
+    EXPECT_EQ(descriptors(), before);
     const auto used = use(*camera);
     ASSERT_FALSE(used->start(160, 120, sink));
-    EXPECT_EQ(before + 2, descriptors()) << "the file, and what wakes the thread";
+    EXPECT_EQ(descriptors(), before + 2) << "the file, and what wakes the thread";
     ASSERT_TRUE(sink->waitForFrames(1));
     used->stop(sink);
     used->close();
     sink.reset();
-    EXPECT_EQ(before, descriptors());
+    EXPECT_EQ(descriptors(), before);
 }
 
 TEST_F(FileCamera, SaysWhatIsWrongAndDoesNotOpen) {
@@ -224,30 +224,30 @@ TEST_F(FileCamera, SaysWhatIsWrongAndDoesNotOpen) {
     };
     for (const auto& test : CASES) {
         const auto camera = play(test.path);
-        EXPECT_EQ(QString::fromStdString(test.says), camera->error());
-        EXPECT_EQ(0, camera->width());
-        EXPECT_EQ(0, camera->height());
-        EXPECT_EQ(0, camera->framesPerSecond());
+        EXPECT_EQ(camera->error(), QString::fromStdString(test.says));
+        EXPECT_EQ(camera->width(), 0);
+        EXPECT_EQ(camera->height(), 0);
+        EXPECT_EQ(camera->framesPerSecond(), 0);
         ASSERT_TRUE(camera->attach());
-        EXPECT_EQ(test.says, listed("file")->open().text);
+        EXPECT_EQ(listed("file")->open().text, test.says);
         EXPECT_TRUE(listed("file")->start(320, 240, sink));
     }
 }
 
 TEST_F(FileCamera, ANamedPipeIsRefusedAndNotWaitedFor) {
     const std::string path = folder + "/pipe";
-    ASSERT_EQ(0, ::mkfifo(path.c_str(), 0600));
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
     files.push_back(path);
-    EXPECT_EQ(QString::fromStdString(path + ": not a regular file"), play(path)->error());
+    EXPECT_EQ(play(path)->error(), QString::fromStdString(path + ": not a regular file"));
 }
 
 TEST_F(FileCamera, AFileThatHasGoneSinceIsAnErrorAtOpening) {
     const std::string path = write("a.y4m", patternFile(160, 120, 1, "30:1"));
     const auto camera = play(path);
-    EXPECT_EQ(QString(), camera->error());
+    EXPECT_EQ(camera->error(), QString());
     ASSERT_TRUE(camera->attach());
-    ASSERT_EQ(0, ::unlink(path.c_str()));
-    EXPECT_EQ(path + ": No such file or directory", listed("file")->open().text);
+    ASSERT_EQ(::unlink(path.c_str()), 0);
+    EXPECT_EQ(listed("file")->open().text, path + ": No such file or directory");
 }
 
 TEST_F(FileCamera, PlaysOddSizes) {
@@ -257,7 +257,7 @@ TEST_F(FileCamera, PlaysOddSizes) {
     ASSERT_TRUE(sink->waitForFrames(1));
     Bgra got(320, 240);
     ASSERT_TRUE(sink->newest()->convert(got.bytes.data(), 320, 240, got.stride));
-    EXPECT_NEAR((128 - 16) * 255 / 219, got.at(319, 239)[1], 3);
+    EXPECT_NEAR(got.at(319, 239)[1], (128 - 16) * 255 / 219, 3);
     used->stop(sink);
 }
 
@@ -266,17 +266,17 @@ TEST_F(FileCamera, CanBeToldToFail) {
     camera->setFault(VIRTUAL_CAMERA_FAULT_OPEN);
     ASSERT_TRUE(camera->attach());
     const auto used = listed("file");
-    EXPECT_EQ("File was told not to open", used->open().text);
+    EXPECT_EQ(used->open().text, "File was told not to open");
     camera->setFault(VIRTUAL_CAMERA_FAULT_STALL);
     ASSERT_FALSE(used->open());
     ASSERT_FALSE(used->start(160, 120, sink));
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    EXPECT_EQ(0, sink->frames());
+    EXPECT_EQ(sink->frames(), 0);
     camera->setFault(VIRTUAL_CAMERA_FAULT_PADDED_ROWS);
     ASSERT_TRUE(sink->waitForFrames(1));
-    EXPECT_EQ(8 * 4 + 64, sink->newest()->rowBytes(8));
+    EXPECT_EQ(sink->newest()->rowBytes(8), 8 * 4 + 64);
     camera->detach();
-    EXPECT_EQ(1u, sink->ends().size());
+    EXPECT_EQ(sink->ends().size(), 1u);
 }
 
 } // namespace

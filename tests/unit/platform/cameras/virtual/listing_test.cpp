@@ -22,7 +22,7 @@ int listedTimes(const std::string& identifier) {
 TEST(VirtualListing, NoCameraIsListedBeforeItIsAttached) {
     OVideoTestPatternCamera camera(text("pattern-1"), text("Pattern"));
     EXPECT_FALSE(camera.isAttached());
-    EXPECT_EQ(nullptr, listed("pattern-1"));
+    EXPECT_EQ(listed("pattern-1"), nullptr);
 }
 
 TEST(VirtualListing, AttachedItIsListedWithItsNameInUtf8) {
@@ -30,11 +30,11 @@ TEST(VirtualListing, AttachedItIsListedWithItsNameInUtf8) {
     EXPECT_TRUE(camera.attach());
     EXPECT_TRUE(camera.isAttached());
     const auto found = listed("camera ~1");
-    ASSERT_NE(nullptr, found);
-    EXPECT_EQ("Testbild \xC3\xBC", found->displayName());
+    ASSERT_NE(found, nullptr);
+    EXPECT_EQ(found->displayName(), "Testbild \xC3\xBC");
     EXPECT_TRUE(found->attached());
-    EXPECT_EQ(text("camera ~1"), camera.uniqueID());
-    EXPECT_EQ(text("Testbild \xC3\xBC"), camera.name());
+    EXPECT_EQ(camera.uniqueID(), text("camera ~1"));
+    EXPECT_EQ(camera.name(), text("Testbild \xC3\xBC"));
 }
 
 // Captures carry identifiers as ASCII: such a camera would be listed, but no capture would find it.
@@ -45,8 +45,8 @@ TEST(VirtualListing, AnIdentifierBeyondPrintableAsciiIsRefused) {
         OVideoTestPatternCamera camera(identifier, text("Name"));
         EXPECT_FALSE(camera.attach()) << identifier.toUtf8().constData();
         EXPECT_FALSE(camera.isAttached());
-        EXPECT_EQ(identifier, camera.uniqueID());
-        EXPECT_EQ(0, listedTimes(identifier.toUtf8().constData()));
+        EXPECT_EQ(camera.uniqueID(), identifier);
+        EXPECT_EQ(listedTimes(identifier.toUtf8().constData()), 0);
     }
 }
 
@@ -54,7 +54,7 @@ TEST(VirtualListing, ASecondAttachIsRefusedAndChangesNothing) {
     OVideoTestPatternCamera camera(text("pattern-1"), text("Pattern"));
     ASSERT_TRUE(camera.attach());
     EXPECT_FALSE(camera.attach());
-    EXPECT_EQ(1, listedTimes("pattern-1"));
+    EXPECT_EQ(listedTimes("pattern-1"), 1);
     EXPECT_TRUE(camera.isAttached());
 }
 
@@ -64,10 +64,10 @@ TEST(VirtualListing, TheIdentifierOfAnotherAttachedCameraIsRefused) {
     ASSERT_TRUE(first.attach());
     EXPECT_FALSE(second.attach());
     EXPECT_FALSE(second.isAttached());
-    EXPECT_EQ(1, listedTimes("pattern-1"));
+    EXPECT_EQ(listedTimes("pattern-1"), 1);
     first.detach();
     EXPECT_TRUE(second.attach());
-    EXPECT_EQ("Second", listed("pattern-1")->displayName());
+    EXPECT_EQ(listed("pattern-1")->displayName(), "Second");
 }
 
 TEST(VirtualListing, AnEmptyIdentifierIsRefused) {
@@ -78,8 +78,8 @@ TEST(VirtualListing, AnEmptyIdentifierIsRefused) {
 TEST(VirtualListing, AnEmptyNameBecomesTheIdentifier) {
     OVideoTestPatternCamera camera(text("pattern-1"), QString());
     ASSERT_TRUE(camera.attach());
-    EXPECT_EQ(text("pattern-1"), camera.name());
-    EXPECT_EQ("pattern-1", listed("pattern-1")->displayName());
+    EXPECT_EQ(camera.name(), text("pattern-1"));
+    EXPECT_EQ(listed("pattern-1")->displayName(), "pattern-1");
 }
 
 TEST(VirtualListing, CamerasAreListedInTheOrderOfTheirAttaching) {
@@ -90,7 +90,7 @@ TEST(VirtualListing, CamerasAreListedInTheOrderOfTheirAttaching) {
     for (const auto& camera : cameras::attachedCameras())
         if (camera->identifier().compare(0, 6, "order-") == 0)
             order.push_back(camera->identifier());
-    EXPECT_EQ((std::vector<std::string>{"order-b", "order-a"}), order);
+    EXPECT_EQ(order, (std::vector<std::string>{"order-b", "order-a"}));
 }
 
 TEST(VirtualListing, DetachingTakesItOutAndIsHarmlessTwice) {
@@ -101,7 +101,7 @@ TEST(VirtualListing, DetachingTakesItOutAndIsHarmlessTwice) {
     camera.detach();
     camera.detach();
     EXPECT_FALSE(camera.isAttached());
-    EXPECT_EQ(nullptr, listed("pattern-1"));
+    EXPECT_EQ(listed("pattern-1"), nullptr);
     EXPECT_FALSE(before->attached());
     EXPECT_TRUE(before->open());
 }
@@ -113,7 +113,7 @@ TEST(VirtualListing, AttachedAgainItIsACameraLikeNew) {
     camera.detach();
     ASSERT_TRUE(camera.attach());
     const auto after = listed("pattern-1");
-    EXPECT_NE(before, after);
+    EXPECT_NE(after, before);
     EXPECT_FALSE(before->attached());
     EXPECT_TRUE(after->attached());
     ASSERT_FALSE(after->open());
@@ -129,7 +129,7 @@ TEST(VirtualListing, DestroyingTheObjectDetaches) {
         OVideoTestPatternCamera camera(text("pattern-1"), text("Pattern"));
         ASSERT_TRUE(camera.attach());
     }
-    EXPECT_EQ(nullptr, listed("pattern-1"));
+    EXPECT_EQ(listed("pattern-1"), nullptr);
 }
 
 TEST(VirtualListing, ThreadsMayAttachAndDetachAtOnce) {
@@ -144,7 +144,7 @@ TEST(VirtualListing, ThreadsMayAttachAndDetachAtOnce) {
     std::thread other(work);
     work();
     other.join();
-    EXPECT_EQ(0, listedTimes("pattern-1"));
+    EXPECT_EQ(listedTimes("pattern-1"), 0);
 }
 
 } // namespace

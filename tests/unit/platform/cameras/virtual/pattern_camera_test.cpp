@@ -62,30 +62,30 @@ TEST_F(PatternCamera, ANewStreamCountsFromTheBeginningAgain) {
 TEST_F(PatternCamera, DrawsNothingUntilAFrameIsTaken) {
     ASSERT_FALSE(camera->start(WIDTH, HEIGHT, sink));
     ASSERT_TRUE(sink->waitForFrames(10));
-    EXPECT_EQ(0u, virtualCamera->framesTaken());
+    EXPECT_EQ(virtualCamera->framesTaken(), 0u);
     EXPECT_GE(virtualCamera->framesDelivered(), 10u);
     EXPECT_TRUE(read(sink->newest()).decoded);
-    EXPECT_EQ(1u, virtualCamera->framesTaken());
+    EXPECT_EQ(virtualCamera->framesTaken(), 1u);
     EXPECT_TRUE(read(sink->newest(), 640, 480).decoded);
-    EXPECT_EQ(2u, virtualCamera->framesTaken());
+    EXPECT_EQ(virtualCamera->framesTaken(), 2u);
     camera->stop(sink);
     const cameras::StreamStatistics figures = camera->statistics();
-    EXPECT_EQ(2u, figures.taken);
-    EXPECT_EQ(virtualCamera->framesDelivered(), figures.delivered);
-    EXPECT_EQ(static_cast<uint64_t>(sink->frames()), figures.delivered);
+    EXPECT_EQ(figures.taken, 2u);
+    EXPECT_EQ(figures.delivered, virtualCamera->framesDelivered());
+    EXPECT_EQ(figures.delivered, static_cast<uint64_t>(sink->frames()));
 }
 
 TEST_F(PatternCamera, SaysWhatItRunsAt) {
-    EXPECT_EQ("", camera->statistics().granted.format) << "no stream yet";
+    EXPECT_EQ(camera->statistics().granted.format, "") << "no stream yet";
     ASSERT_FALSE(camera->start(1280, 720, sink));
     const cameras::StreamStatistics figures = camera->statistics();
-    EXPECT_EQ("BGRA", figures.granted.format);
-    EXPECT_EQ(WIDTH, figures.granted.size.width);
-    EXPECT_EQ(HEIGHT, figures.granted.size.height);
-    EXPECT_EQ(1000.0, figures.granted.rate());
-    EXPECT_EQ("", figures.ended);
+    EXPECT_EQ(figures.granted.format, "BGRA");
+    EXPECT_EQ(figures.granted.size.width, WIDTH);
+    EXPECT_EQ(figures.granted.size.height, HEIGHT);
+    EXPECT_EQ(figures.granted.rate(), 1000.0);
+    EXPECT_EQ(figures.ended, "");
     camera->stop(sink);
-    EXPECT_EQ("BGRA", camera->statistics().granted.format) << "the figures stay after the stop";
+    EXPECT_EQ(camera->statistics().granted.format, "BGRA") << "the figures stay after the stop";
 }
 
 TEST_F(PatternCamera, FramesHeldStayConvertibleAfterStopCloseAndDetach) {
@@ -98,7 +98,7 @@ TEST_F(PatternCamera, FramesHeldStayConvertibleAfterStopCloseAndDetach) {
     const Reading first = read(sink->newest()), again = read(sink->newest(), 1280, 720);
     EXPECT_TRUE(first.decoded);
     EXPECT_TRUE(again.decoded);
-    EXPECT_EQ(first.counter, again.counter);
+    EXPECT_EQ(again.counter, first.counter);
 }
 
 TEST_F(PatternCamera, NoFrameComesBeforeItIsDue) {
@@ -158,21 +158,21 @@ cameras::StreamStatistics granted(int width, int height, double rate) {
 }
 
 TEST(PatternCameraLimits, SizesAreClampedAndMadeEven) {
-    EXPECT_EQ(16, granted(0, 0, 30).granted.size.width);
-    EXPECT_EQ(16, granted(-5, std::numeric_limits<int>::min(), 30).granted.size.height);
-    EXPECT_EQ(8192, granted(9000, 16, 30).granted.size.width);
-    EXPECT_EQ(8192, granted(16, std::numeric_limits<int>::max(), 30).granted.size.height);
-    EXPECT_EQ(320, granted(321, 16, 30).granted.size.width);
-    EXPECT_EQ(16, granted(17, 16, 30).granted.size.width);
+    EXPECT_EQ(granted(0, 0, 30).granted.size.width, 16);
+    EXPECT_EQ(granted(-5, std::numeric_limits<int>::min(), 30).granted.size.height, 16);
+    EXPECT_EQ(granted(9000, 16, 30).granted.size.width, 8192);
+    EXPECT_EQ(granted(16, std::numeric_limits<int>::max(), 30).granted.size.height, 8192);
+    EXPECT_EQ(granted(321, 16, 30).granted.size.width, 320);
+    EXPECT_EQ(granted(17, 16, 30).granted.size.width, 16);
 }
 
 TEST(PatternCameraLimits, RatesAreClamped) {
-    EXPECT_EQ(1000, granted(320, 240, 1e9).granted.rate());
-    EXPECT_EQ(1000, granted(320, 240, std::numeric_limits<double>::infinity()).granted.rate());
-    EXPECT_EQ(0.001, granted(320, 240, 0).granted.rate());
-    EXPECT_EQ(0.001, granted(320, 240, -30).granted.rate());
-    EXPECT_EQ(0.001, granted(320, 240, std::nan("")).granted.rate());
-    EXPECT_EQ(29.97, granted(320, 240, 29.97).granted.rate());
+    EXPECT_EQ(granted(320, 240, 1e9).granted.rate(), 1000);
+    EXPECT_EQ(granted(320, 240, std::numeric_limits<double>::infinity()).granted.rate(), 1000);
+    EXPECT_EQ(granted(320, 240, 0).granted.rate(), 0.001);
+    EXPECT_EQ(granted(320, 240, -30).granted.rate(), 0.001);
+    EXPECT_EQ(granted(320, 240, std::nan("")).granted.rate(), 0.001);
+    EXPECT_EQ(granted(320, 240, 29.97).granted.rate(), 29.97);
 }
 
 // "640x480 at 60" of a stream with this wish; the reason where it is refused.
@@ -242,11 +242,11 @@ TEST(FrameSchedule, TheNewestFrameIsTheLastOneThatIsDue) {
     for (const double rate : {0.001, 1.0, 24.0, 29.97, 30.0, 59.94, 999.0, 1000.0}) {
         const cameras::FrameSchedule schedule(123456789, rate);
         for (uint64_t frame = 0; frame < 3000; ++frame) {
-            ASSERT_EQ(frame, schedule.newest(schedule.due(frame), 0)) << rate;
-            ASSERT_EQ(frame, schedule.newest(schedule.due(frame + 1) - 1, 0)) << rate;
-            ASSERT_EQ(frame + 5, schedule.newest(schedule.due(frame), frame + 5)) << "never one before";
+            ASSERT_EQ(schedule.newest(schedule.due(frame), 0), frame) << rate;
+            ASSERT_EQ(schedule.newest(schedule.due(frame + 1) - 1, 0), frame) << rate;
+            ASSERT_EQ(schedule.newest(schedule.due(frame), frame + 5), frame + 5) << "never one before";
         }
-        EXPECT_EQ(0u, schedule.newest(0, 0)) << "before the start";
+        EXPECT_EQ(schedule.newest(0, 0), 0u) << "before the start";
     }
 }
 

@@ -26,15 +26,15 @@ const int SIZES[][2] = {{160, 120},  {161, 121},   {176, 144},  {320, 180}, {320
 void expectReads(const Bgra& picture, uint32_t counter, uint32_t clock) {
     uint32_t readCounter = ~counter, readClock = ~clock;
     ASSERT_TRUE(decode(picture, readCounter, readClock)) << picture.width << " x " << picture.height;
-    EXPECT_EQ(counter, readCounter);
-    EXPECT_EQ(clock, readClock);
+    EXPECT_EQ(readCounter, counter);
+    EXPECT_EQ(readClock, clock);
 }
 
 void expectRefused(const Bgra& picture, const char* what) {
     uint32_t counter = 77, clock = 88;
     EXPECT_FALSE(decode(picture, counter, clock)) << what;
-    EXPECT_EQ(77u, counter) << what;
-    EXPECT_EQ(88u, clock) << what;
+    EXPECT_EQ(counter, 77u) << what;
+    EXPECT_EQ(clock, 88u) << what;
 }
 
 TEST(PatternCode, ReadsBackEveryStampAtNativeSizes) {
@@ -62,10 +62,12 @@ TEST(PatternCode, ReadsBackThroughI420AtAnySize) {
         Bgra picture = pattern(1280, 720, 0xDEADBEEFu, 0x01234567u, size[0], size[1]);
         const int w = picture.width, h = picture.height, half = (w + 1) / 2;
         std::vector<uint8_t> y(static_cast<size_t>(w) * static_cast<size_t>(h)), u(y.size()), v(y.size());
-        ASSERT_EQ(0, libyuv::ARGBToI420(picture.bytes.data(), picture.stride, y.data(), w, u.data(), half,
-                                        v.data(), half, w, h));
-        ASSERT_EQ(0, libyuv::I420ToARGB(y.data(), w, u.data(), half, v.data(), half, picture.bytes.data(),
-                                        picture.stride, w, h));
+        ASSERT_EQ(libyuv::ARGBToI420(picture.bytes.data(), picture.stride, y.data(), w, u.data(), half,
+                                     v.data(), half, w, h),
+                  0);
+        ASSERT_EQ(libyuv::I420ToARGB(y.data(), w, u.data(), half, v.data(), half, picture.bytes.data(),
+                                     picture.stride, w, h),
+                  0);
         expectReads(picture, 0xDEADBEEFu, 0x01234567u);
     }
 }
@@ -214,8 +216,8 @@ TEST(PatternCode, RefusesArgumentsThatAreNoPicture) {
     EXPECT_FALSE(decodes(p, 320, 240, 0));
     EXPECT_FALSE(decodes(p, 320, 240, -1280));
     EXPECT_FALSE(decodes(p, 1, 1, 4));
-    EXPECT_EQ(77u, counter);
-    EXPECT_EQ(88u, clock);
+    EXPECT_EQ(counter, 77u);
+    EXPECT_EQ(clock, 88u);
 }
 
 } // namespace

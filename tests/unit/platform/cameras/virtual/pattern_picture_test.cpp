@@ -22,10 +22,10 @@ const Named BARS[] = {{"white", 255, 255, 255}, {"yellow", 255, 255, 0},  {"cyan
 void expectBars(const Bgra& picture, int tolerance) {
     for (int bar = 0; bar < 8; ++bar) {
         const uint8_t* p = picture.at((2 * bar + 1) * picture.width / 16, picture.height * 2 / 5);
-        EXPECT_NEAR(BARS[bar].blue, p[0], tolerance) << BARS[bar].name;
-        EXPECT_NEAR(BARS[bar].green, p[1], tolerance) << BARS[bar].name;
-        EXPECT_NEAR(BARS[bar].red, p[2], tolerance) << BARS[bar].name;
-        EXPECT_EQ(255, p[3]);
+        EXPECT_NEAR(p[0], BARS[bar].blue, tolerance) << BARS[bar].name;
+        EXPECT_NEAR(p[1], BARS[bar].green, tolerance) << BARS[bar].name;
+        EXPECT_NEAR(p[2], BARS[bar].red, tolerance) << BARS[bar].name;
+        EXPECT_EQ(p[3], 255);
     }
 }
 
@@ -49,7 +49,7 @@ TEST(PatternPicture, IsOpaqueEverywhereAtAnySize) {
         ASSERT_FALSE(picture.bytes.empty());
         for (int y = 0; y < picture.height; ++y)
             for (int x = 0; x < picture.width; ++x)
-                ASSERT_EQ(255, picture.at(x, y)[3]) << x << ", " << y;
+                ASSERT_EQ(picture.at(x, y)[3], 255) << x << ", " << y;
     }
 }
 
@@ -61,7 +61,7 @@ TEST(PatternPicture, WritesNothingBehindItsRows) {
             painter.paint({1, 2}, picture.bytes.data(), picture.width, picture.height, picture.stride));
         for (int y = 0; y < picture.height; ++y)
             for (int i = 0; i < 24; ++i)
-                ASSERT_EQ(0xCD, *(picture.at(picture.width, y) + i)) << "row " << y;
+                ASSERT_EQ(*(picture.at(picture.width, y) + i), 0xCD) << "row " << y;
     }
 }
 
@@ -97,8 +97,8 @@ TEST(PatternPicture, TheMarkGoesFromTheLeftToTheRight) {
         ASSERT_GT(left, last);
         last = left;
     }
-    EXPECT_EQ(640 - 640 / 20, last);
-    EXPECT_EQ(0, markLeft(pattern(640, 480, 240, 0)));
+    EXPECT_EQ(last, 640 - 640 / 20);
+    EXPECT_EQ(markLeft(pattern(640, 480, 240, 0)), 0);
 }
 
 TEST(PatternPicture, IsNotSymmetricInTheSignThatSaysTop) {
@@ -121,13 +121,13 @@ TEST(PatternPicture, DrawsTheSmallestAndOddShapes) {
 
 TEST(PatternPicture, AllocatesNothingInTheSteadyState) {
     ostrel::cameras::PatternPainter painter(320, 240);
-    EXPECT_EQ(0u, painter.allocations()) << "nothing before the first frame is taken";
+    EXPECT_EQ(painter.allocations(), 0u) << "nothing before the first frame is taken";
     Bgra same(320, 240), other(200, 100);
     for (uint32_t i = 0; i < 100; ++i) {
         ASSERT_TRUE(painter.paint({i, i}, same.bytes.data(), same.width, same.height, same.stride));
         ASSERT_TRUE(painter.paint({i, i}, other.bytes.data(), other.width, other.height, other.stride));
     }
-    EXPECT_EQ(3u, painter.allocations()) << "the standing part, a picture to scale from and its colours";
+    EXPECT_EQ(painter.allocations(), 3u) << "the standing part, a picture to scale from and its colours";
 }
 
 TEST(PatternPicture, IsDrawnByTwoThreadsAtOnce) {

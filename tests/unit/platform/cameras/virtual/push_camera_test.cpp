@@ -18,7 +18,7 @@ protected:
     void SetUp() override {
         ASSERT_TRUE(pushed.attach());
         camera = listed("pushed");
-        ASSERT_NE(nullptr, camera);
+        ASSERT_NE(camera, nullptr);
         ASSERT_FALSE(camera->open());
     }
     void TearDown() override { camera->close(); }
@@ -49,8 +49,8 @@ TEST_F(PushCamera, RefusesFramesThatNobodyCaptures) {
     EXPECT_TRUE(push(picture));
     camera->stop(sink);
     EXPECT_FALSE(push(picture)) << "stopped";
-    EXPECT_EQ(1, sink->frames());
-    EXPECT_EQ(1u, pushed.framesDelivered());
+    EXPECT_EQ(sink->frames(), 1);
+    EXPECT_EQ(pushed.framesDelivered(), 1u);
     pushed.detach();
     EXPECT_FALSE(push(picture)) << "detached";
 }
@@ -60,10 +60,10 @@ TEST_F(PushCamera, DeliversOnTheCallersThread) {
     sink->onFrame = [&](const RecordingSink::FramePointer&) { on = std::this_thread::get_id(); };
     ASSERT_FALSE(camera->start(8, 8, sink));
     ASSERT_TRUE(push(noise(8, 8)));
-    EXPECT_EQ(std::this_thread::get_id(), on);
+    EXPECT_EQ(on, std::this_thread::get_id());
     std::thread other([&] {
         ASSERT_TRUE(push(noise(8, 8)));
-        EXPECT_EQ(std::this_thread::get_id(), on);
+        EXPECT_EQ(on, std::this_thread::get_id());
     });
     other.join();
 }
@@ -80,7 +80,7 @@ TEST_F(PushCamera, CopiesThePictureByteForByteAndMakesItOpaque) {
         for (int y = 0; y < 21; ++y)
             for (int x = 0; x < 37; ++x) {
                 ASSERT_TRUE(std::equal(original.at(x, y), original.at(x, y) + 3, got.at(x, y)));
-                ASSERT_EQ(255, got.at(x, y)[3]);
+                ASSERT_EQ(got.at(x, y)[3], 255);
             }
     }
 }
@@ -92,10 +92,10 @@ TEST_F(PushCamera, ScalesToWhatEachCaptureAsksFor) {
     ASSERT_TRUE(push(pattern(640, 480, 42, 43)));
     const Reading small = read(sink->newest(), 320, 240), large = read(second->newest(), 1280, 720);
     EXPECT_TRUE(small.decoded && large.decoded);
-    EXPECT_EQ(42u, small.counter);
-    EXPECT_EQ(43u, large.clock);
-    EXPECT_EQ(1u, pushed.framesDelivered());
-    EXPECT_EQ(2u, pushed.framesTaken());
+    EXPECT_EQ(small.counter, 42u);
+    EXPECT_EQ(large.clock, 43u);
+    EXPECT_EQ(pushed.framesDelivered(), 1u);
+    EXPECT_EQ(pushed.framesTaken(), 2u);
 }
 
 TEST_F(PushCamera, WhiteStaysWhiteAtEverySize) {
@@ -112,7 +112,7 @@ TEST_F(PushCamera, WhiteStaysWhiteAtEverySize) {
         const auto expectWhite = [&] {
             Bgra got(size.first, size.second);
             ASSERT_TRUE(sink->newest()->convert(got.bytes.data(), got.width, got.height, got.stride));
-            EXPECT_EQ(std::vector<uint8_t>(got.bytes.size(), 255), got.bytes) << got.width;
+            EXPECT_EQ(got.bytes, std::vector<uint8_t>(got.bytes.size(), 255)) << got.width;
         };
         ASSERT_TRUE(push(white));
         expectWhite();
@@ -126,10 +126,10 @@ TEST_F(PushCamera, TakesAnotherSizeWithEachFrame) {
     uint32_t counter = 0;
     for (const auto& size : {std::pair<int, int>(160, 120), {1280, 720}, {320, 240}, {640, 360}}) {
         ASSERT_TRUE(push(pattern(size.first, size.second, ++counter, 7)));
-        EXPECT_EQ(size.first, camera->statistics().granted.size.width);
-        EXPECT_EQ(counter, read(sink->newest()).counter);
+        EXPECT_EQ(camera->statistics().granted.size.width, size.first);
+        EXPECT_EQ(read(sink->newest()).counter, counter);
     }
-    EXPECT_EQ("BGRA", camera->statistics().granted.format);
+    EXPECT_EQ(camera->statistics().granted.format, "BGRA");
 }
 
 // 4 x 4, one colour for each quarter: Y, U and V of BT.601 with limited range, from its definition.
@@ -145,10 +145,10 @@ TEST_F(PushCamera, TakesI420) {
     for (int quarter = 0; quarter < 4; ++quarter) {
         const uint8_t* p = got.at(quarter % 2 * 3, quarter / 2 * 3);
         for (int c = 0; c < 3; ++c)
-            EXPECT_NEAR(expected[quarter][c], p[c], 3) << "quarter " << quarter << ", byte " << c;
-        EXPECT_EQ(255, p[3]);
+            EXPECT_NEAR(p[c], expected[quarter][c], 3) << "quarter " << quarter << ", byte " << c;
+        EXPECT_EQ(p[3], 255);
     }
-    EXPECT_EQ("I420", camera->statistics().granted.format);
+    EXPECT_EQ(camera->statistics().granted.format, "I420");
 }
 
 TEST_F(PushCamera, TakesI420OfOddSizes) {
@@ -160,7 +160,7 @@ TEST_F(PushCamera, TakesI420OfOddSizes) {
         Bgra got(size.first, size.second);
         ASSERT_TRUE(sink->newest()->convert(got.bytes.data(), got.width, got.height, got.stride));
         for (int c = 0; c < 3; ++c)
-            EXPECT_NEAR(255, got.at(got.width - 1, got.height - 1)[c], 3);
+            EXPECT_NEAR(got.at(got.width - 1, got.height - 1)[c], 255, 3);
     }
 }
 
@@ -179,8 +179,8 @@ TEST_F(PushCamera, RefusesArgumentsThatAreNoPicture) {
     }
     for (const int stride : {31, 0, -32, least})
         EXPECT_FALSE(pushed.push(p, 8, 8, stride)) << stride;
-    EXPECT_EQ(0, sink->frames());
-    EXPECT_EQ(0u, pushed.framesDelivered());
+    EXPECT_EQ(sink->frames(), 0);
+    EXPECT_EQ(pushed.framesDelivered(), 0u);
 }
 
 TEST_F(PushCamera, StalledItRefusesAndHealedItGoesOn) {
@@ -189,14 +189,14 @@ TEST_F(PushCamera, StalledItRefusesAndHealedItGoesOn) {
     EXPECT_FALSE(push(noise(8, 8)));
     pushed.setFault(VIRTUAL_CAMERA_FAULT_NONE);
     EXPECT_TRUE(push(noise(8, 8)));
-    EXPECT_EQ(1, sink->frames());
+    EXPECT_EQ(sink->frames(), 1);
 }
 
 TEST_F(PushCamera, PaddedRowsShowInTheNextFrame) {
     ASSERT_FALSE(camera->start(8, 8, sink));
     pushed.setFault(VIRTUAL_CAMERA_FAULT_PADDED_ROWS);
     ASSERT_TRUE(push(noise(8, 8)));
-    EXPECT_EQ(8 * 4 + 64, sink->newest()->rowBytes(8));
+    EXPECT_EQ(sink->newest()->rowBytes(8), 8 * 4 + 64);
 }
 
 TEST_F(PushCamera, APushFromInsideTheDeliveryIsRefused) {
@@ -205,15 +205,15 @@ TEST_F(PushCamera, APushFromInsideTheDeliveryIsRefused) {
     ASSERT_FALSE(camera->start(8, 8, sink));
     EXPECT_TRUE(push(noise(8, 8)));
     EXPECT_FALSE(inner);
-    EXPECT_EQ(1, sink->frames());
+    EXPECT_EQ(sink->frames(), 1);
 }
 
 TEST_F(PushCamera, DetachingTellsTheCaptureAndKeepsTheLastFrame) {
     ASSERT_FALSE(camera->start(320, 240, sink));
     ASSERT_TRUE(push(pattern(320, 240, 9, 10)));
     pushed.detach();
-    EXPECT_EQ(std::vector<std::string>{"Pushed was unplugged"}, sink->ends());
-    EXPECT_EQ(9u, read(sink->newest()).counter);
+    EXPECT_EQ(sink->ends(), std::vector<std::string>{"Pushed was unplugged"});
+    EXPECT_EQ(read(sink->newest()).counter, 9u);
 }
 
 TEST_F(PushCamera, DetachingFromInsideTheDeliveryEndsWhenItReturns) {
@@ -223,7 +223,7 @@ TEST_F(PushCamera, DetachingFromInsideTheDeliveryEndsWhenItReturns) {
     };
     ASSERT_FALSE(camera->start(8, 8, sink));
     EXPECT_TRUE(push(noise(8, 8)));
-    EXPECT_EQ(1u, sink->ends().size());
+    EXPECT_EQ(sink->ends().size(), 1u);
     EXPECT_FALSE(push(noise(8, 8)));
 }
 
@@ -235,7 +235,7 @@ TEST_F(PushCamera, StopAndCloseFromInsideTheDelivery) {
     ASSERT_FALSE(camera->start(8, 8, sink));
     EXPECT_TRUE(push(noise(8, 8)));
     EXPECT_FALSE(push(noise(8, 8)));
-    EXPECT_EQ(1, sink->frames());
+    EXPECT_EQ(sink->frames(), 1);
 }
 
 TEST_F(PushCamera, ThreadsMayPushWhileOthersStartAndStop) {
@@ -252,12 +252,12 @@ TEST_F(PushCamera, ThreadsMayPushWhileOthersStartAndStop) {
         ASSERT_FALSE(camera->start(160, 120, fresh));
         if (i % 4 == 0) {
             ASSERT_TRUE(fresh->waitForFrames(1));
-            EXPECT_EQ(11u, read(fresh->newest()).counter);
+            EXPECT_EQ(read(fresh->newest()).counter, 11u);
         }
         camera->stop(fresh);
         const int arrived = fresh->frames();
         std::this_thread::yield();
-        ASSERT_EQ(arrived, fresh->frames());
+        ASSERT_EQ(fresh->frames(), arrived);
     }
     done = true;
     for (std::thread& pusher : pushers)

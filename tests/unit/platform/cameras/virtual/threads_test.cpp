@@ -37,7 +37,7 @@ TEST_F(Threads, ASecondSinkJoinsTheRunningPicturesAndStartsNoneOfItsOwn) {
     camera->stop(second);
     const int stopped = second->frames();
     ASSERT_TRUE(sink->waitForMoreFrames(10));
-    EXPECT_EQ(stopped, second->frames());
+    EXPECT_EQ(second->frames(), stopped);
     camera->stop(sink);
 }
 

@@ -23,51 +23,51 @@ std::string complaint(const std::string& header) {
 Y4mFormat formatOf(const std::string& header) {
     const Memory memory(header + "\nFRAME\n" + std::string(4096, 'x'));
     Y4mReader reader;
-    EXPECT_EQ("", reader.open(memory)) << header;
+    EXPECT_EQ(reader.open(memory), "") << header;
     return reader.format();
 }
 
 TEST(Y4mHeader, GivesSizeAndRate) {
     const Y4mFormat format = formatOf("YUV4MPEG2 W32 H16 F30000:1001 Ip A1:1 C420jpeg");
-    EXPECT_EQ(32, format.layout.width);
-    EXPECT_EQ(16, format.layout.height);
-    EXPECT_DOUBLE_EQ(30000.0 / 1001, format.framesPerSecond);
-    EXPECT_EQ(32u * 16 * 3 / 2, format.layout.bytes());
+    EXPECT_EQ(format.layout.width, 32);
+    EXPECT_EQ(format.layout.height, 16);
+    EXPECT_DOUBLE_EQ(format.framesPerSecond, 30000.0 / 1001);
+    EXPECT_EQ(format.layout.bytes(), 32u * 16 * 3 / 2);
 }
 
 TEST(Y4mHeader, TakesEveryLayoutOfEightBits) {
     for (const char* layout : {"C420", "C420jpeg", "C420mpeg2", "C420paldv"})
-        EXPECT_EQ(Chroma::Halved, formatOf(std::string("YUV4MPEG2 W4 H4 F30:1 ") + layout).layout.chroma)
+        EXPECT_EQ(formatOf(std::string("YUV4MPEG2 W4 H4 F30:1 ") + layout).layout.chroma, Chroma::Halved)
             << layout;
-    EXPECT_EQ(Chroma::HalvedColumns, formatOf("YUV4MPEG2 W4 H4 F30:1 C422").layout.chroma);
-    EXPECT_EQ(Chroma::Full, formatOf("YUV4MPEG2 W4 H4 F30:1 C444").layout.chroma);
-    EXPECT_EQ(Chroma::None, formatOf("YUV4MPEG2 W4 H4 F30:1 Cmono").layout.chroma);
-    EXPECT_EQ(Chroma::Halved, formatOf("YUV4MPEG2 W4 H4 F30:1").layout.chroma) << "C420 when it is not said";
+    EXPECT_EQ(formatOf("YUV4MPEG2 W4 H4 F30:1 C422").layout.chroma, Chroma::HalvedColumns);
+    EXPECT_EQ(formatOf("YUV4MPEG2 W4 H4 F30:1 C444").layout.chroma, Chroma::Full);
+    EXPECT_EQ(formatOf("YUV4MPEG2 W4 H4 F30:1 Cmono").layout.chroma, Chroma::None);
+    EXPECT_EQ(formatOf("YUV4MPEG2 W4 H4 F30:1").layout.chroma, Chroma::Halved) << "C420 when it is not said";
 }
 
 TEST(Y4mHeader, RoundsTheChromaOfOddSizesUp) {
-    EXPECT_EQ(5u * 3 + 2 * 3 * 2, formatOf("YUV4MPEG2 W5 H3 F30:1 C420").layout.bytes());
-    EXPECT_EQ(5u * 3 + 2 * 3 * 3, formatOf("YUV4MPEG2 W5 H3 F30:1 C422").layout.bytes());
-    EXPECT_EQ(5u * 3 * 3, formatOf("YUV4MPEG2 W5 H3 F30:1 C444").layout.bytes());
-    EXPECT_EQ(5u * 3, formatOf("YUV4MPEG2 W5 H3 F30:1 Cmono").layout.bytes());
-    EXPECT_EQ(3u, formatOf("YUV4MPEG2 W1 H1 F30:1 C420").layout.bytes());
+    EXPECT_EQ(formatOf("YUV4MPEG2 W5 H3 F30:1 C420").layout.bytes(), 5u * 3 + 2 * 3 * 2);
+    EXPECT_EQ(formatOf("YUV4MPEG2 W5 H3 F30:1 C422").layout.bytes(), 5u * 3 + 2 * 3 * 3);
+    EXPECT_EQ(formatOf("YUV4MPEG2 W5 H3 F30:1 C444").layout.bytes(), 5u * 3 * 3);
+    EXPECT_EQ(formatOf("YUV4MPEG2 W5 H3 F30:1 Cmono").layout.bytes(), 5u * 3);
+    EXPECT_EQ(formatOf("YUV4MPEG2 W1 H1 F30:1 C420").layout.bytes(), 3u);
 }
 
 TEST(Y4mHeader, TagsComeInAnyOrderAndUnknownOnesAreNoHarm) {
     const Y4mFormat format =
         formatOf("YUV4MPEG2 It XYSCSS=420JPEG A128:117 C444 XCOLORRANGE=LIMITED H6 Qnew F50:1  W8 ");
-    EXPECT_EQ(8, format.layout.width);
-    EXPECT_EQ(6, format.layout.height);
-    EXPECT_EQ(50, format.framesPerSecond);
+    EXPECT_EQ(format.layout.width, 8);
+    EXPECT_EQ(format.layout.height, 6);
+    EXPECT_EQ(format.framesPerSecond, 50);
     EXPECT_FALSE(format.layout.fullRange);
     EXPECT_TRUE(formatOf("YUV4MPEG2 W8 H6 F50:1 XCOLORRANGE=FULL").layout.fullRange);
     for (const char* interlacing : {"Ip", "It", "Ib", "Im", "I?"})
-        EXPECT_EQ("", complaint(std::string("YUV4MPEG2 W8 H6 F50:1 ") + interlacing));
+        EXPECT_EQ(complaint(std::string("YUV4MPEG2 W8 H6 F50:1 ") + interlacing), "");
 }
 
 TEST(Y4mHeader, AnUnknownRateIs25) {
-    EXPECT_EQ(25, formatOf("YUV4MPEG2 W8 H6").framesPerSecond);
-    EXPECT_EQ(25, formatOf("YUV4MPEG2 W8 H6 F0:0").framesPerSecond);
+    EXPECT_EQ(formatOf("YUV4MPEG2 W8 H6").framesPerSecond, 25);
+    EXPECT_EQ(formatOf("YUV4MPEG2 W8 H6 F0:0").framesPerSecond, 25);
 }
 
 TEST(Y4mHeader, SaysInOneLineWhatIsWrong) {
@@ -100,7 +100,7 @@ TEST(Y4mHeader, SaysInOneLineWhatIsWrong) {
          "the pixel layout \"C?[2J\" is not one of C420, C422, C444 and Cmono with 8 bits"},
     };
     for (const auto& test : CASES) {
-        EXPECT_EQ(test.says, complaint(test.header)) << test.header;
+        EXPECT_EQ(complaint(test.header), test.says) << test.header;
     }
 }
 
@@ -109,41 +109,41 @@ TEST(Y4mHeader, TellsCutFilesApart) {
         const Memory memory(bytes);
         Y4mReader reader;
         const std::string result = reader.open(memory);
-        EXPECT_EQ(0, reader.format().layout.width);
-        EXPECT_EQ(0, reader.format().framesPerSecond);
+        EXPECT_EQ(reader.format().layout.width, 0);
+        EXPECT_EQ(reader.format().framesPerSecond, 0);
         return result;
     };
     const std::string header = "YUV4MPEG2 W4 H4 F30:1\n";
-    EXPECT_EQ("it is empty", says(""));
-    EXPECT_EQ("it ends within its header", says("YUV4"));
-    EXPECT_EQ("it ends within its header", says("YUV4MPEG2 W4 H4 F30:1"));
-    EXPECT_EQ("the header has more than 4096 bytes", says("YUV4MPEG2 X" + std::string(5000, 'x')));
-    EXPECT_EQ("it has no whole frame", says(header));
-    EXPECT_EQ("it has no whole frame", says(header + "FRA"));
-    EXPECT_EQ("it has no whole frame", says(header + "FRAME"));
-    EXPECT_EQ("it has no whole frame", says(header + "FRAME\n" + std::string(23, 'x')));
-    EXPECT_EQ("no FRAME line behind the header", says(header + "GRAME\n" + std::string(24, 'x')));
-    EXPECT_EQ("no FRAME line behind the header", says(header + "FRAMES\n" + std::string(24, 'x')));
-    EXPECT_EQ("no FRAME line behind the header", says(header + "FRAME " + std::string(300, 'x') + "\n"));
+    EXPECT_EQ(says(""), "it is empty");
+    EXPECT_EQ(says("YUV4"), "it ends within its header");
+    EXPECT_EQ(says("YUV4MPEG2 W4 H4 F30:1"), "it ends within its header");
+    EXPECT_EQ(says("YUV4MPEG2 X" + std::string(5000, 'x')), "the header has more than 4096 bytes");
+    EXPECT_EQ(says(header), "it has no whole frame");
+    EXPECT_EQ(says(header + "FRA"), "it has no whole frame");
+    EXPECT_EQ(says(header + "FRAME"), "it has no whole frame");
+    EXPECT_EQ(says(header + "FRAME\n" + std::string(23, 'x')), "it has no whole frame");
+    EXPECT_EQ(says(header + "GRAME\n" + std::string(24, 'x')), "no FRAME line behind the header");
+    EXPECT_EQ(says(header + "FRAMES\n" + std::string(24, 'x')), "no FRAME line behind the header");
+    EXPECT_EQ(says(header + "FRAME " + std::string(300, 'x') + "\n"), "no FRAME line behind the header");
 }
 
 TEST(Y4mHeader, AFailingDiskIsAnErrorAsWell) {
     Memory memory("YUV4MPEG2 W4 H4 F30:1\n" + frame(24, 'a'));
     Y4mReader reader;
-    ASSERT_EQ("", reader.open(memory));
+    ASSERT_EQ(reader.open(memory), "");
     memory.failing = true;
     uint64_t position = reader.firstFrame(), planes = 0;
-    EXPECT_EQ(Y4mReader::Found::Broken, reader.next(position, planes));
+    EXPECT_EQ(reader.next(position, planes), Y4mReader::Found::Broken);
     uint8_t bytes[24];
     EXPECT_FALSE(reader.readPlanes(22, bytes));
-    EXPECT_EQ("it cannot be read", reader.open(memory));
+    EXPECT_EQ(reader.open(memory), "it cannot be read");
 }
 
 // The first byte of each frame in the order in which they are played, '.' for the end, '!' for a broken one.
 std::string played(const std::string& bytes, bool loop, size_t steps) {
     const Memory memory(bytes);
     Y4mReader reader;
-    EXPECT_EQ("", reader.open(memory));
+    EXPECT_EQ(reader.open(memory), "");
     Y4mPlayer player(reader, loop);
     std::string result;
     while (result.size() < steps) {
@@ -152,7 +152,7 @@ std::string played(const std::string& bytes, bool loop, size_t steps) {
             return result + (step == Y4mPlayer::Step::Finished ? "." : "!");
         std::vector<uint8_t> planes(reader.format().layout.bytes());
         EXPECT_TRUE(reader.readPlanes(player.at(), planes.data()));
-        EXPECT_EQ(planes.front(), planes.back());
+        EXPECT_EQ(planes.back(), planes.front());
         result += static_cast<char>(planes.front());
     }
     return result;
@@ -162,39 +162,39 @@ const std::string HEADER = "YUV4MPEG2 W4 H4 F30:1\n";
 const std::string ABC = HEADER + frame(24, 'a') + frame(24, 'b', " Ip XNOTE=1") + frame(24, 'c', " ");
 
 TEST(Y4mFrames, ComeInOrderAndStopAtTheEnd) {
-    EXPECT_EQ("abc.", played(ABC, false, 10));
+    EXPECT_EQ(played(ABC, false, 10), "abc.");
 }
 
 TEST(Y4mFrames, LoopToTheFirst) {
-    EXPECT_EQ("abcabcabca", played(ABC, true, 10));
-    EXPECT_EQ("aaa", played(HEADER + frame(24, 'a'), true, 3));
+    EXPECT_EQ(played(ABC, true, 10), "abcabcabca");
+    EXPECT_EQ(played(HEADER + frame(24, 'a'), true, 3), "aaa");
 }
 
 TEST(Y4mFrames, ACutLastFrameIsLeftOut) {
     for (size_t cut = 1; cut < 24 + 7; ++cut) {
         const std::string bytes = ABC.substr(0, ABC.size() - cut);
-        EXPECT_EQ("ab.", played(bytes, false, 10)) << cut;
-        EXPECT_EQ("ababab", played(bytes, true, 6)) << cut;
+        EXPECT_EQ(played(bytes, false, 10), "ab.") << cut;
+        EXPECT_EQ(played(bytes, true, 6), "ababab") << cut;
     }
 }
 
 TEST(Y4mFrames, RubbishBetweenFramesIsBroken) {
-    EXPECT_EQ("a!", played(HEADER + frame(24, 'a') + "rubbish" + frame(24, 'b'), false, 10));
-    EXPECT_EQ("a!", played(HEADER + frame(25, 'a') + frame(24, 'b'), true, 10));
+    EXPECT_EQ(played(HEADER + frame(24, 'a') + "rubbish" + frame(24, 'b'), false, 10), "a!");
+    EXPECT_EQ(played(HEADER + frame(25, 'a') + frame(24, 'b'), true, 10), "a!");
 }
 
 TEST(Y4mFrames, AFileThatIsCutWhileItPlaysEndsOrBreaks) {
     Memory memory(ABC);
     Y4mReader reader;
-    ASSERT_EQ("", reader.open(memory));
+    ASSERT_EQ(reader.open(memory), "");
     Y4mPlayer looping(reader, true), once(reader, false);
-    ASSERT_EQ(Y4mPlayer::Step::Frame, looping.step());
-    ASSERT_EQ(Y4mPlayer::Step::Frame, once.step());
+    ASSERT_EQ(looping.step(), Y4mPlayer::Step::Frame);
+    ASSERT_EQ(once.step(), Y4mPlayer::Step::Frame);
     memory.bytes.resize(HEADER.size() + 10);
     std::vector<uint8_t> planes(24);
     EXPECT_FALSE(reader.readPlanes(once.at(), planes.data()));
-    EXPECT_EQ(Y4mPlayer::Step::Finished, once.step());
-    EXPECT_EQ(Y4mPlayer::Step::Broken, looping.step()) << "no endless search for a first frame";
+    EXPECT_EQ(once.step(), Y4mPlayer::Step::Finished);
+    EXPECT_EQ(looping.step(), Y4mPlayer::Step::Broken) << "no endless search for a first frame";
 }
 
 TEST(Y4mFrames, NoMutationOfAFileDoesHarm) {
@@ -207,7 +207,7 @@ TEST(Y4mFrames, NoMutationOfAFileDoesHarm) {
         memory.bytes.resize(memory.bytes.size() - random() % 3 * (random() % memory.bytes.size()) / 2);
         Y4mReader reader;
         const std::string wrong = reader.open(memory);
-        EXPECT_EQ(std::string::npos, wrong.find('\n'));
+        EXPECT_EQ(wrong.find('\n'), std::string::npos);
         if (!wrong.empty())
             continue;
         ++opened;

@@ -66,7 +66,7 @@ TEST(YuvPicture, HasTheColoursOfBt601InEveryLayoutAlsoAtOddSizes) {
             for (const auto& size : {std::pair<int, int>(16, 8), {17, 9}, {1, 1}, {3, 2}, {64, 5}}) {
                 const YuvLayout layout = layoutOf(chroma, size.first, size.second, fullRange);
                 const std::vector<uint8_t> planes = planesOf(layout);
-                ASSERT_EQ(layout.bytes(), planes.size());
+                ASSERT_EQ(planes.size(), layout.bytes());
                 Bgra got(size.first, size.second, 12);
                 ASSERT_TRUE(draw(layout, planes, pool, got));
                 for (int y = 0; y < got.height; ++y)
@@ -79,10 +79,10 @@ TEST(YuvPicture, HasTheColoursOfBt601InEveryLayoutAlsoAtOddSizes) {
                                   grey ? 128 : 108 + cx % 8 * 5, grey ? 128 : 110 + cy % 8 * 4, fullRange,
                                   bgr);
                         for (int c = 0; c < 3; ++c)
-                            ASSERT_NEAR(bgr[c], got.at(x, y)[c], 3) << layout.code() << " " << x << ", " << y;
-                        ASSERT_EQ(255, got.at(x, y)[3]);
+                            ASSERT_NEAR(got.at(x, y)[c], bgr[c], 3) << layout.code() << " " << x << ", " << y;
+                        ASSERT_EQ(got.at(x, y)[3], 255);
                     }
-                EXPECT_EQ(0xCD, *got.at(got.width, 0)) << "the padding is left alone";
+                EXPECT_EQ(*got.at(got.width, 0), 0xCD) << "the padding is left alone";
             }
 }
 
@@ -96,14 +96,14 @@ TEST(YuvPicture, ScalesFromEveryLayout) {
             for (const auto& size : {std::pair<int, int>(66, 42), {10, 10}, {1, 1}, {320, 240}}) {
                 Bgra got(size.first, size.second);
                 ASSERT_TRUE(draw(layout, planes, pool, got));
-                EXPECT_EQ(std::vector<uint8_t>(got.bytes.size(), 255), got.bytes) << layout.code();
+                EXPECT_EQ(got.bytes, std::vector<uint8_t>(got.bytes.size(), 255)) << layout.code();
             }
         }
     };
     drawAll();
     const uint64_t allocations = pool.allocations();
     drawAll();
-    EXPECT_EQ(allocations, pool.allocations());
+    EXPECT_EQ(pool.allocations(), allocations);
 }
 
 TEST(YuvPicture, KeepsItsColoursInTheirPlacesWhenItIsScaled) {
@@ -128,7 +128,7 @@ TEST(YuvPicture, KeepsItsColoursInTheirPlacesWhenItIsScaled) {
                     reference(128, right ? 170 : 90, below ? 170 : 90, false, bgr);
                     const uint8_t* const p = got.at(right ? got.width - 1 : 0, below ? got.height - 1 : 0);
                     for (int c = 0; c < 3; ++c)
-                        EXPECT_NEAR(bgr[c], p[c], 3) << layout.code() << " " << size.first << right << below;
+                        EXPECT_NEAR(p[c], bgr[c], 3) << layout.code() << " " << size.first << right << below;
                 }
         }
     }
