@@ -1,68 +1,39 @@
 #include "platform/cameras/sink_list.h"
 
+#include "support/recording_sink.h"
+
 #include <atomic>
-#include <chrono>
-#include <functional>
 #include <gtest/gtest.h>
 #include <thread>
 
 namespace ostrel::tests {
 
-using cameras::CameraFrame;
 using cameras::Error;
-using cameras::FrameSink;
 using cameras::SinkList;
-
-namespace {
-
-class Listener : public FrameSink {
-public:
-    void frameArrived(const std::shared_ptr<CameraFrame>&) override {
-        ++frames;
-        if (onFrame)
-            onFrame();
-    }
-    void streamEnded(const Error& why) override {
-        ++ends;
-        reason = why.text;
-    }
-    std::atomic<int> frames{0};
-    std::atomic<int> ends{0};
-    std::string reason;
-    std::function<void()> onFrame;
-};
-
-// Until the condition holds; a test that waits in vain fails by its own checks.
-template <typename Condition>
-void await(Condition condition) {
-    for (int i = 0; i < 20000 && !condition(); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-}
-
-} // namespace
+using support::RecordingSink;
 
 TEST(SinkList, EverySinkHearsEveryFrameAndTheEnd) {
     SinkList list;
-    const auto a = std::make_shared<Listener>();
-    const auto b = std::make_shared<Listener>();
+    const auto a = std::make_shared<RecordingSink>();
+    const auto b = std::make_shared<RecordingSink>();
     list.add(a);
     list.add(b);
     list.deliver(nullptr);
     list.deliver(nullptr);
     list.end(Error("unplugged"));
-    EXPECT_EQ(a->frames, 2);
-    EXPECT_EQ(b->frames, 2);
-    EXPECT_EQ(a->ends, 1);
-    EXPECT_EQ(b->reason, "unplugged");
+    EXPECT_EQ(a->frames(), 2);
+    EXPECT_EQ(b->frames(), 2);
+    EXPECT_EQ(a->ends(), std::vector<std::string>{"unplugged"});
+    EXPECT_EQ(b->ends(), std::vector<std::string>{"unplugged"});
 }
 
 TEST(SinkList, ASinkAddedTwiceHearsEachFrameOnce) {
     SinkList list;
-    const auto a = std::make_shared<Listener>();
+    const auto a = std::make_shared<RecordingSink>();
     list.add(a);
     list.add(a);
     list.deliver(nullptr);
-    EXPECT_EQ(a->frames, 1);
+    EXPECT_EQ(a->frames(), 1);
     EXPECT_TRUE(list.remove(a));
     EXPECT_TRUE(list.empty());
     EXPECT_FALSE(list.remove(a));
@@ -70,27 +41,29 @@ TEST(SinkList, ASinkAddedTwiceHearsEachFrameOnce) {
 
 TEST(SinkList, ARemovedSinkHearsNothingMore) {
     SinkList list;
-    const auto a = std::make_shared<Listener>();
+    const auto a = std::make_shared<RecordingSink>();
     list.add(a);
     list.remove(a);
     list.deliver(nullptr);
     list.end(Error("over"));
-    EXPECT_EQ(a->frames, 0);
-    EXPECT_EQ(a->ends, 0);
+    EXPECT_EQ(a->frames(), 0);
+    EXPECT_TRUE(a->ends().empty());
 }
 
 TEST(SinkList, RemovalWaitsForTheCallInProgress) {
     SinkList list;
-    const auto a = std::make_shared<Listener>();
-    std::atomic<bool> release{false}, left{false};
-    a->onFrame = [&] {
-        await([&] { return release.load(); });
+    const auto a = std::make_shared<RecordingSink>();
+    support::Gate gate;
+    gate.shut();
+    std::atomic<bool> left{false};
+    a->onFrame = [&](const RecordingSink::FramePointer&) {
+        gate.pass();
         left = true;
     };
     list.add(a);
     std::thread deliverer([&] { list.deliver(nullptr); });
-    await([&] { return a->frames == 1; });
-    std::thread releaser([&] { release = true; });
+    gate.awaitArrivals(1);
+    std::thread releaser([&] { gate.open(); });
     EXPECT_TRUE(list.remove(a));
     EXPECT_TRUE(left);
     releaser.join();
@@ -99,54 +72,55 @@ TEST(SinkList, RemovalWaitsForTheCallInProgress) {
 
 TEST(SinkList, RemovalDoesNotWaitForACallOfAnotherSink) {
     SinkList list;
-    const auto slow = std::make_shared<Listener>();
-    const auto other = std::make_shared<Listener>();
-    std::atomic<bool> release{false};
-    slow->onFrame = [&] { await([&] { return release.load(); }); };
+    const auto slow = std::make_shared<RecordingSink>();
+    const auto other = std::make_shared<RecordingSink>();
+    support::Gate gate;
+    gate.shut();
+    slow->onFrame = [&](const RecordingSink::FramePointer&) { gate.pass(); };
     list.add(slow);
     list.add(other);
     std::thread deliverer([&] { list.deliver(nullptr); });
-    await([&] { return slow->frames == 1; });
+    gate.awaitArrivals(1);
     EXPECT_TRUE(list.remove(other)); // would hang here
-    release = true;
+    gate.open();
     deliverer.join();
-    EXPECT_EQ(other->frames, 0);
+    EXPECT_EQ(other->frames(), 0);
 }
 
 TEST(SinkList, ASinkMayRemoveItselfAndTheOthersFromInsideItsCall) {
     SinkList list;
-    const auto a = std::make_shared<Listener>();
-    const auto b = std::make_shared<Listener>();
-    a->onFrame = [&] {
+    const auto a = std::make_shared<RecordingSink>();
+    const auto b = std::make_shared<RecordingSink>();
+    a->onFrame = [&](const RecordingSink::FramePointer&) {
         list.remove(b);
         list.remove(a);
     };
     list.add(a);
     list.add(b);
     list.deliver(nullptr);
-    EXPECT_EQ(a->frames, 1);
-    EXPECT_EQ(b->frames, 0);
+    EXPECT_EQ(a->frames(), 1);
+    EXPECT_EQ(b->frames(), 0);
     EXPECT_TRUE(list.empty());
 }
 
 TEST(SinkList, ASinkAddedFromInsideACallHearsTheNextFrame) {
     SinkList list;
-    const auto a = std::make_shared<Listener>();
-    const auto late = std::make_shared<Listener>();
-    a->onFrame = [&] { list.add(late); };
+    const auto a = std::make_shared<RecordingSink>();
+    const auto late = std::make_shared<RecordingSink>();
+    a->onFrame = [&](const RecordingSink::FramePointer&) { list.add(late); };
     list.add(a);
     list.deliver(nullptr);
-    EXPECT_EQ(late->frames, 0);
+    EXPECT_EQ(late->frames(), 0);
     list.deliver(nullptr);
-    EXPECT_EQ(late->frames, 1);
+    EXPECT_EQ(late->frames(), 1);
 }
 
 TEST(SinkList, TwoThreadsDoNotDeliverAtOnce) {
     SinkList list;
-    const auto a = std::make_shared<Listener>();
+    const auto a = std::make_shared<RecordingSink>();
     std::atomic<int> inside{0};
     std::atomic<bool> overlapped{false};
-    a->onFrame = [&] {
+    a->onFrame = [&](const RecordingSink::FramePointer&) {
         if (++inside != 1)
             overlapped = true;
         std::this_thread::yield();
@@ -160,7 +134,7 @@ TEST(SinkList, TwoThreadsDoNotDeliverAtOnce) {
     std::thread first(deliverMany), second(deliverMany);
     first.join();
     second.join();
-    EXPECT_EQ(a->frames, 4000);
+    EXPECT_EQ(a->frames(), 4000);
     EXPECT_FALSE(overlapped);
 }
 
@@ -172,9 +146,9 @@ TEST(SinkList, NoCallComesAfterARemovalHoweverFastTheDelivery) {
             list.deliver(nullptr);
     });
     for (int i = 0; i < 2000; ++i) {
-        const auto a = std::make_shared<Listener>();
+        const auto a = std::make_shared<RecordingSink>();
         std::atomic<bool> removed{false}, late{false};
-        a->onFrame = [&] {
+        a->onFrame = [&](const RecordingSink::FramePointer&) {
             if (removed)
                 late = true;
         };

@@ -185,21 +185,15 @@ TEST_P(Life, FramesHeldStayConvertibleAfterStopAndCloseAndTheCamerasEnd) {
 
 // A sink that has no memory loses the frame; neither the camera nor another sink does.
 TEST_P(Life, ASinkWithoutMemoryCostsTheOthersNoFrame) {
-    struct PoorSink : cameras::FrameSink {
-        std::atomic<int> frames{0};
-        void frameArrived(const std::shared_ptr<cameras::CameraFrame>&) override {
-            ++frames;
-            throw std::bad_alloc();
-        }
-        void streamEnded(const Error&) override { throw std::bad_alloc(); }
-    };
     if (std::string(GetParam().name) == "Push")
         return; // the exception is the pushing client's own, see test_failure
-    const auto poor = std::make_shared<PoorSink>();
+    const auto poor = std::make_shared<RecordingSink>();
+    poor->onFrame = [](const auto&) { throw std::bad_alloc(); };
+    poor->onEnd = [] { throw std::bad_alloc(); };
     ASSERT_EQ(start(poor).text, "");
     ASSERT_EQ(start(sink).text, "");
     ASSERT_TRUE(sink->waitForFrames(20)); // more than there are buffers
-    EXPECT_GE(poor->frames, 20);
+    EXPECT_GE(poor->frames(), 20);
     kind->unplug();
     EXPECT_TRUE(sink->waitForEnd()) << "told after the poor one";
     camera->stop(poor);

@@ -150,12 +150,9 @@ TEST_F(V4l2CameraTest, ASecondSinkJoinsTheRunningStream) {
 }
 
 TEST_F(V4l2CameraTest, WithoutMemoryToCallASinkAFrameIsLostAndTheCaptureGoesOn) {
-    struct PoorSink : cameras::FrameSink {
-        void frameArrived(const std::shared_ptr<cameras::CameraFrame>&) override { throw std::bad_alloc(); }
-        void streamEnded(const cameras::Error&) override {}
-    };
     start();
-    const auto poor = std::make_shared<PoorSink>();
+    const auto poor = std::make_shared<RecordingSink>();
+    poor->onFrame = [](const auto&) { throw std::bad_alloc(); };
     ASSERT_FALSE(camera->start(64, 48, poor));
     for (uint8_t number = 1; number <= 20; ++number) { // more than there are buffers
         ASSERT_TRUE(kernel->feed(path, grey(number)));
