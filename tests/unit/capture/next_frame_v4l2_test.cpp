@@ -27,10 +27,8 @@ protected:
     Capture capturing(uint32_t fourcc, int width = 16, int height = 8) {
         device.formats = {raw(fourcc, {only(width, height)})};
         kernel->plug(path, device);
-        cameras::v4l2::NodeFacts facts;
-        facts.path = path;
         discovery->remove(path);
-        discovery->add(facts);
+        discovery->add(path);
         const auto provider = cameras::v4l2::makeProvider(kernel, discovery);
         machine.has(provider);
         const std::string identifier = provider->list().at(0)->identifier();
@@ -216,9 +214,7 @@ protected:
     QString plugged(const std::vector<FormatScript>& formats) {
         device.formats = formats;
         kernel->plug(path, device);
-        cameras::v4l2::NodeFacts facts;
-        facts.path = path;
-        discovery->add(facts);
+        discovery->add(path);
         machine.has(cameras::v4l2::makeProvider(kernel, discovery));
         const QMap<QString, QString> listed = videoDevices();
         identifier = listed.isEmpty() ? QString() : listed.keys().at(0);

@@ -27,31 +27,29 @@ namespace ostrel::tests {
 
 // A picture of its own for each number: without the tables, as most cameras send it.
 inline std::vector<uint8_t> numbered(int number, int width = 64, int height = 48) {
-    ostrel::support::JpegOptions options;
+    support::JpegOptions options;
     options.tables = false;
-    return ostrel::support::encodeJpeg(width, height, options, [&](int x, int y) {
+    return support::encodeJpeg(width, height, options, [&](int x, int y) {
         return std::array<uint8_t, 3>{uint8_t(x * 4), uint8_t(y * 4), uint8_t(number * 7)};
     });
 }
 
-class JpegCameraTest : public ostrel::support::CameraTest {
+class JpegCameraTest : public support::CameraTest {
 protected:
     static constexpr int HANG_MS = 60000;
 
     JpegCameraTest() {
         device.timestamps = V4L2_BUF_FLAG_TIMESTAMP_MONOTONIC;
         options.quiet = true;
-        options.captureSize = ostrel::apps::Size{64, 48};
+        options.captureSize = apps::Size{64, 48};
         options.camera.timeout = HANG_MS / 1000.0;
     }
 
     void plug(int width, int height) {
-        device.formats = {ostrel::support::raw(V4L2_PIX_FMT_MJPEG, {ostrel::support::only(width, height)})};
+        device.formats = {support::raw(V4L2_PIX_FMT_MJPEG, {support::only(width, height)})};
         kernel->plug(path, device);
-        ostrel::cameras::v4l2::NodeFacts facts;
-        facts.path = path;
-        discovery->add(facts);
-        machine.has(ostrel::cameras::v4l2::makeProvider(kernel, discovery));
+        discovery->add(path);
+        machine.has(cameras::v4l2::makeProvider(kernel, discovery));
     }
 
     // Waits for what must come.
@@ -65,7 +63,7 @@ protected:
 
     void feed(const std::vector<uint8_t>& jpeg, int64_t microseconds, int sequence = -1) {
         await([&] { return kernel->isStreaming(path); });
-        ostrel::support::FrameScript frame;
+        support::FrameScript frame;
         frame.bytes = jpeg;
         frame.sequence = sequence;
         frame.time.tv_sec = microseconds / 1000000;
@@ -73,18 +71,18 @@ protected:
         EXPECT_TRUE(kernel->feed(path, frame));
     }
 
-    using Command = int (*)(const ostrel::apps::cli::Options&, const ostrel::apps::cli::Context&);
+    using Command = int (*)(const apps::cli::Options&, const apps::cli::Context&);
 
     // Runs it beside the camera, and answers what it says.
     std::string run(Command command, const std::function<void()>& camera) {
         std::thread driver(camera);
-        ostrel::apps::cli::Messages messages;
+        apps::cli::Messages messages;
         messages.setQuiet(options.quiet);
-        const ostrel::apps::cli::StopRequest stop;
+        const apps::cli::StopRequest stop;
         int code = -1;
         try {
             code = command(options, {messages, stop});
-        } catch (const ostrel::apps::Failure& failure) {
+        } catch (const apps::Failure& failure) {
             ADD_FAILURE() << failure.what();
         }
         driver.join();
@@ -96,12 +94,10 @@ protected:
     }
 
     const std::string path = "/dev/video0";
-    std::shared_ptr<ostrel::support::ScriptedKernel> kernel =
-        std::make_shared<ostrel::support::ScriptedKernel>();
-    std::shared_ptr<ostrel::support::ScriptedDiscovery> discovery =
-        std::make_shared<ostrel::support::ScriptedDiscovery>();
-    ostrel::support::DeviceScript device;
-    ostrel::apps::cli::Options options;
+    std::shared_ptr<support::ScriptedKernel> kernel = std::make_shared<support::ScriptedKernel>();
+    std::shared_ptr<support::ScriptedDiscovery> discovery = std::make_shared<support::ScriptedDiscovery>();
+    support::DeviceScript device;
+    apps::cli::Options options;
     Folder folder;
 };
 

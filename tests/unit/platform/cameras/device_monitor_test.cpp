@@ -62,10 +62,7 @@ protected:
         device.formats.push_back(support::raw(V4L2_PIX_FMT_YUYV, {support::only(640, 480)}));
         device.busInfo = path;
         kernel->plug(path, device);
-        cameras::v4l2::NodeFacts facts;
-        facts.path = path;
-        facts.name = "Webcam";
-        discovery->add(facts);
+        discovery->add(path, "Webcam");
     }
     void unplug(const std::string& path) {
         discovery->remove(path);

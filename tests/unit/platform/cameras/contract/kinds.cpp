@@ -87,10 +87,7 @@ public:
         device.period = PERIOD;
         device.picture = std::make_shared<std::vector<uint8_t>>(64 * 48, uint8_t(77));
         kernel_->plug(PATH, device);
-        cameras::v4l2::NodeFacts facts;
-        facts.path = PATH;
-        facts.name = "Camera";
-        discovery_->add(facts);
+        discovery_->add(PATH, "Camera");
         plugged_ = true;
         // While another thread's listing asks the node what it is, this one goes on without it.
         std::vector<std::shared_ptr<cameras::Camera>> listed = cameras::attachedCameras();

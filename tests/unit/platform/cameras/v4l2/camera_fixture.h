@@ -29,10 +29,8 @@ protected:
 
     void plug() {
         kernel->plug(path, device);
-        cameras::v4l2::NodeFacts facts;
-        facts.path = path;
         discovery->remove(path);
-        discovery->add(facts);
+        discovery->add(path);
         camera = cameras::v4l2::makeCamera(kernel, discovery, discovery->nodes().back(), "identifier",
                                            "HD Webcam");
     }

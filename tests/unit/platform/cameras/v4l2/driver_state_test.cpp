@@ -58,9 +58,7 @@ TEST_F(DriverStateTest, ADriverThatKeepsThePictureWhereItIsStillCaptures) {
 TEST_F(DriverStateTest, ACameraWhoseDeviceLeftIsNotListedForItsNode) {
     const auto provider = cameras::v4l2::makeProvider(kernel, discovery);
     kernel->plug(path, device);
-    cameras::v4l2::NodeFacts facts;
-    facts.path = path;
-    discovery->add(facts);
+    discovery->add(path);
     ASSERT_EQ(provider->list().size(), 1u);
     const auto listed = provider->list().front();
     ASSERT_FALSE(listed->open());

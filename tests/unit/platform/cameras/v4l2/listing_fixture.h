@@ -26,9 +26,7 @@ protected:
     // A node of which only its place in /dev is known.
     void addBare(const std::string& path, const DeviceScript& device) {
         kernel->plug(path, device);
-        cameras::v4l2::NodeFacts facts;
-        facts.path = path;
-        discovery->add(facts);
+        discovery->add(path);
     }
     static cameras::v4l2::NodeFacts described(const std::string& path, const std::string& capabilities,
                                               const std::string& port) {

@@ -164,9 +164,7 @@ TEST_F(ListingTest, AReplugGivesANewObjectUnderTheSameIdentifier) {
 }
 
 TEST_F(ListingTest, SurvivesNodesThatVanishMeanwhile) {
-    NodeFacts facts;
-    facts.path = "/dev/video9"; // not in the kernel any more
-    discovery->add(facts);
+    discovery->add("/dev/video9"); // not in the kernel any more
     addBare("/dev/video0", camera());
     kernel->failNext(VIDIOC_QUERYCAP, ENODEV);
     EXPECT_EQ(identifiers(), List());

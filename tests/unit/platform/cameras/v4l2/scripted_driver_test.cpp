@@ -389,15 +389,13 @@ TEST_F(ScriptedDriverTest, MisuseAndLeaksAreSeen) {
 
 TEST(ScriptedDiscovery, GivesANodeAnotherGenerationEachTimeItAppears) {
     ScriptedDiscovery discovery;
-    cameras::v4l2::NodeFacts facts;
-    facts.path = PATH;
-    discovery.add(facts);
+    discovery.add(PATH);
     const std::string first = discovery.generation(PATH);
     EXPECT_NE(first, "");
     discovery.remove(PATH);
     EXPECT_TRUE(discovery.nodes().empty());
     EXPECT_EQ(discovery.generation(PATH), "");
-    discovery.add(facts);
+    discovery.add(PATH);
     EXPECT_NE(discovery.generation(PATH), first);
     EXPECT_EQ(discovery.nodes().size(), 1u);
 }
