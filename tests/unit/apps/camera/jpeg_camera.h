@@ -13,14 +13,10 @@
 #include "support/v4l2/scripted_discovery.h"
 #include "support/v4l2/scripted_kernel.h"
 
-#include <QtCore/QElapsedTimer>
-#include <QtCore/QFileInfo>
-
 #include <functional>
 #include <memory>
 #include <string>
 #include <thread>
-#include <unistd.h>
 #include <vector>
 
 namespace ostrel::tests {
@@ -36,13 +32,11 @@ inline std::vector<uint8_t> numbered(int number, int width = 64, int height = 48
 
 class JpegCameraTest : public support::CameraTest {
 protected:
-    static constexpr int HANG_MS = 60000;
-
     JpegCameraTest() {
         device.timestamps = V4L2_BUF_FLAG_TIMESTAMP_MONOTONIC;
         options.quiet = true;
         options.captureSize = apps::Size{64, 48};
-        options.camera.timeout = HANG_MS / 1000.0;
+        options.camera.timeout = static_cast<double>(support::HANG.count());
     }
 
     void plug(int width, int height) {
@@ -52,17 +46,8 @@ protected:
         machine.has(cameras::v4l2::makeProvider(kernel, discovery));
     }
 
-    // Waits for what must come.
-    static void await(const std::function<bool()>& there) {
-        QElapsedTimer time;
-        time.start();
-        while (!there() && time.elapsed() < HANG_MS)
-            usleep(1000);
-        EXPECT_TRUE(there());
-    }
-
     void feed(const std::vector<uint8_t>& jpeg, int64_t microseconds, int sequence = -1) {
-        await([&] { return kernel->isStreaming(path); });
+        EXPECT_TRUE(support::comesTrue([&] { return kernel->isStreaming(path); }));
         support::FrameScript frame;
         frame.bytes = jpeg;
         frame.sequence = sequence;

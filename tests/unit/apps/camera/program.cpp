@@ -1,7 +1,10 @@
 #include "program.h"
 
+#include "support/gate.h"
+
 #include <QtCore/QDir>
 #include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 #include <QtCore/QProcessEnvironment>
 
 namespace ostrel::tests {
@@ -57,6 +60,10 @@ Outcome runShell(const QString& folder, const QString& script) {
 QByteArray readFile(const QString& path) {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool grows(const QString& path, qint64 bytes) {
+    return support::comesTrue([&] { return QFileInfo(path).size() >= bytes; });
 }
 
 QStringList Folder::entries() const {

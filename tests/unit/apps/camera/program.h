@@ -29,6 +29,8 @@ void start(QProcess& process, const QString& folder, const QStringList& argument
 Outcome finish(QProcess& process);
 
 QByteArray readFile(const QString& path);
+// Waits until the file has so many bytes; false when it never has.
+bool grows(const QString& path, qint64 bytes);
 
 // A picture or a video in a folder that goes away with the test.
 class Folder {

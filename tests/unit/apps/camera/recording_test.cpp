@@ -2,14 +2,16 @@
 #include "jpeg_camera.h"
 #include "video.h"
 
+#include <QtCore/QFileInfo>
 #include <QtGui/QImage>
 
 namespace {
 
+using namespace ostrel;
 using namespace ostrel::support;
-using ostrel::tests::numbered;
+using namespace ostrel::tests;
 
-class RecordedJpegCamera : public ostrel::tests::JpegCameraTest {
+class RecordedJpegCamera : public JpegCameraTest {
 protected:
     RecordedJpegCamera() { options.record.output = file().toStdString(); }
 
@@ -21,14 +23,14 @@ protected:
         const qint64 before = QFileInfo(file()).size();
         JpegCameraTest::feed(jpeg, microseconds, sequence);
         if (written)
-            await([&] { return QFileInfo(file()).size() >= before + 200; });
+            EXPECT_TRUE(grows(file(), before + 200));
         else
             EXPECT_TRUE(kernel->waitUntilIdle(path));
     }
 
     std::string record(uint64_t frames, const std::function<void()>& camera) {
         options.limit.frames = frames;
-        return run(ostrel::apps::cli::runRecord, camera);
+        return run(apps::cli::runRecord, camera);
     }
 };
 
@@ -46,7 +48,7 @@ TEST_F(RecordedJpegCamera, ItsOwnPicturesGoInUntouchedEachWithItsTime) {
             feed(jpeg, times[static_cast<std::size_t>(number)]);
         }
     });
-    const ostrel::tests::Video video = ostrel::tests::readVideo(file());
+    const Video video = readVideo(file());
     ASSERT_EQ(video.times.size(), 40U);
     for (std::size_t at = 0; at < 40; ++at)
         EXPECT_NEAR(video.times[at], double(times[at] - times[0]) / 1e6, 0.001) << at;
@@ -67,7 +69,7 @@ TEST_F(RecordedJpegCamera, PicturesOfAnotherSizeAreScaledAndEncoded) {
         for (int number = 0; number < 3; ++number)
             feed(quadrantsAsJpeg(128, 96, jpeg), 1000000 + number * 40000);
     });
-    const ostrel::tests::Video video = ostrel::tests::readVideo(file());
+    const Video video = readVideo(file());
     EXPECT_EQ(video.decoded, 3);
     EXPECT_EQ(video.errors.toStdString(), "");
     const QImage image = QImage::fromData(video.pictures, "JPEG");
@@ -89,7 +91,7 @@ TEST_F(RecordedJpegCamera, APictureThatIsNotOfTheModesSizeIsScaled) {
         feed(numbered(2, 128, 96), 1040000);
         feed(numbered(3), 1080000);
     });
-    const ostrel::tests::Video video = ostrel::tests::readVideo(file());
+    const Video video = readVideo(file());
     EXPECT_EQ(video.decoded, 3);
     EXPECT_EQ(video.errors.toStdString(), "");
     const auto first = numbered(1);
@@ -112,7 +114,7 @@ TEST_F(RecordedJpegCamera, BytesThatAreNoPictureAreLeftOutAndCounted) {
         feed(std::vector<uint8_t>(3000, 0x55), 1040000, -1, false);
         feed(numbered(2), 1080000);
     });
-    EXPECT_EQ(ostrel::tests::readVideo(file()).decoded, 2);
+    EXPECT_EQ(readVideo(file()).decoded, 2);
     EXPECT_NE(said.find("lost"), std::string::npos) << said;
     EXPECT_NE(said.find("(1 after frame 1)"), std::string::npos) << said;
 }
@@ -137,7 +139,7 @@ TEST_F(RecordedJpegCamera, TimesNeverGoBack) {
         feed(numbered(2), 9040000);
         feed(numbered(3), 2000000);
     });
-    EXPECT_EQ(ostrel::tests::readVideo(file()).times, (std::vector<double>{0, 0.04, 0.04}));
+    EXPECT_EQ(readVideo(file()).times, (std::vector<double>{0, 0.04, 0.04}));
 }
 
 } // namespace

@@ -10,10 +10,12 @@
 
 namespace {
 
+using namespace ostrel;
 using namespace ostrel::support;
+using namespace ostrel::tests;
 using namespace ostrel::apps::cli;
 
-class SnapshotOfJpegCamera : public ostrel::tests::JpegCameraTest {
+class SnapshotOfJpegCamera : public JpegCameraTest {
 protected:
     QByteArray take(const QString& name, const std::vector<uint8_t>& picture) {
         options.snapshot.output = folder.file(name).toStdString();

@@ -5,10 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QtCore/QElapsedTimer>
-#include <QtCore/QFileInfo>
-#include <QtCore/QThread>
-
 #include <csignal>
 #include <iostream>
 #include <memory>
@@ -19,16 +15,6 @@
 namespace {
 
 using namespace ostrel::tests;
-
-const int HANG_MS = 60000;
-
-bool grows(const QString& path, qint64 bytes) {
-    QElapsedTimer time;
-    time.start();
-    while (QFileInfo(path).size() < bytes && time.elapsed() < HANG_MS)
-        QThread::msleep(2);
-    return QFileInfo(path).size() >= bytes;
-}
 
 TEST(VideoProgram, AMatroskaFileHoldsEveryFrameAndItsDuration) {
     Folder folder;

@@ -27,7 +27,7 @@ protected:
         return capture;
     }
     static bool polled(OVideoCaptureUnix& capture, VideoFrame& frame) {
-        return becomes([&] {
+        return comesTrue([&] {
             frame.data.clear();
             capture.selfVideoFrame(frame);
             return !frame.data.empty();
@@ -64,7 +64,7 @@ TEST_F(AvCapture, TwoCapturesShareTheCameraEachInItsSize) {
     expectFrame(frame, 320, 240);
     ASSERT_TRUE(polled(*large, frame));
     expectFrame(frame, 1280, 720);
-    EXPECT_TRUE(becomes([&] {
+    EXPECT_TRUE(comesTrue([&] {
         OVideoStatistics figures;
         return videoStatistics(QString::fromLatin1("A"), figures) && figures.grantedWidth == 1280;
     }));
@@ -91,7 +91,7 @@ TEST_F(AvCapture, DeniedPermissionIsTheCamerasReason) {
     standin::plug(device);
     standin::setAuthorization(2);
     const Capture capture = started(320, 240);
-    EXPECT_TRUE(becomes([] {
+    EXPECT_TRUE(comesTrue([] {
         return OVideoCameraState(QString::fromLatin1("A"))
             .whyNoFrames()
             .contains(QString::fromLatin1("System Settings"));
@@ -116,7 +116,7 @@ TEST_F(AvCapture, PluggedInAgainItIsTheSameDeviceToTheClient) {
     VideoFrame frame;
     ASSERT_TRUE(polled(*capture, frame));
     standin::unplug("A");
-    EXPECT_TRUE(becomes([] { return videoDevices().isEmpty(); }));
+    EXPECT_TRUE(comesTrue([] { return videoDevices().isEmpty(); }));
     standin::plug(device);
     EXPECT_EQ(videoDevices().size(), 1);
     capture.clear();

@@ -7,16 +7,15 @@
 #include "support/avfoundation/standin.h"
 #include "support/recording_sink.h"
 
-#include <chrono>
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace ostrel::tests {
 
 namespace standin = support::avfoundation;
+using support::comesTrue;
 using support::RecordingSink;
 
 inline standin::Format format(int width, int height, double rate = 30) {
@@ -25,18 +24,6 @@ inline standin::Format format(int width, int height, double rate = 30) {
     one.height = height;
     one.rate = rate;
     return one;
-}
-
-// Comes true in the end.
-template <typename Condition>
-bool becomes(Condition condition) {
-    const auto until = std::chrono::steady_clock::now() + support::HANG;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > until)
-            return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return true;
 }
 
 class AvFoundationTest : public testing::Test {

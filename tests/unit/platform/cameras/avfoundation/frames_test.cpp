@@ -85,7 +85,7 @@ TEST_F(AvFrames, WhoFallsBehindGetsTheNewestAndTheRestIsCounted) {
     std::atomic<bool> first{true};
     sink->onFrame = [&](const RecordingSink::FramePointer&) {
         if (first.exchange(false)) {
-            EXPECT_TRUE(becomes([&] { return camera->statistics().skipped >= 3; }));
+            EXPECT_TRUE(comesTrue([&] { return camera->statistics().skipped >= 3; }));
         }
     };
     open();

@@ -80,13 +80,13 @@ TEST_F(AvInterruption, IsSaidAndNoStallAndOverWhenTheSystemSaysSo) {
     cameras::StallWatch::leastPause = 1000000;
     standin::interruptSession("A", true);
     standin::setTrouble(Trouble::Silence);
-    EXPECT_TRUE(becomes([&] { return stalled().find("interrupted") != std::string::npos; }));
+    EXPECT_TRUE(comesTrue([&] { return stalled().find("interrupted") != std::string::npos; }));
     std::this_thread::sleep_for(std::chrono::milliseconds(1300)); // longer than a wait for a frame
     EXPECT_EQ(camera->statistics().restarts, 0u);
     cameras::StallWatch::leastPause = 60 * NANOSECONDS_PER_SECOND;
     standin::interruptSession("A", false);
     standin::setTrouble(Trouble::None);
-    EXPECT_TRUE(becomes([&] { return stalled().empty(); }));
+    EXPECT_TRUE(comesTrue([&] { return stalled().empty(); }));
     EXPECT_TRUE(sink->waitForMoreFrames(1));
 }
 
@@ -96,11 +96,11 @@ TEST_F(AvInterruption, SilenceWithoutAWordIsAStallAndTheSessionIsStartedAgain) {
     ASSERT_EQ(start().text, "");
     ASSERT_TRUE(sink->waitForFrames(1));
     standin::setTrouble(Trouble::Silence);
-    EXPECT_TRUE(becomes([&] { return camera->statistics().restarts >= 1; }));
+    EXPECT_TRUE(comesTrue([&] { return camera->statistics().restarts >= 1; }));
     EXPECT_NE(stalled(), "");
     standin::setTrouble(Trouble::None);
     EXPECT_TRUE(sink->waitForMoreFrames(1));
-    EXPECT_TRUE(becomes([&] { return stalled().empty(); }));
+    EXPECT_TRUE(comesTrue([&] { return stalled().empty(); }));
 }
 
 TEST_F(AvInterruption, WhatTheSystemSaysOfAFailureIsTheReasonOfTheEnd) {
@@ -139,7 +139,7 @@ TEST_F(AvInterruption, UnpluggedUnnoticedItStallsUntilAListingNotices) {
     ASSERT_TRUE(sink->waitForFrames(1));
     standin::freezeList();
     standin::unplug("A");
-    EXPECT_TRUE(becomes([&] { return !stalled().empty() || !sink->ends().empty(); }));
+    EXPECT_TRUE(comesTrue([&] { return !stalled().empty() || !sink->ends().empty(); }));
     EXPECT_TRUE(provider->list().empty());
     EXPECT_TRUE(sink->waitForEnd());
     EXPECT_FALSE(camera->attached());

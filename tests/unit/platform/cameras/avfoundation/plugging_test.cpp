@@ -80,7 +80,7 @@ TEST_F(AvPlugging, OnAnotherThreadWhatTheMainLoopNoticesIsWaitedFor) {
         EXPECT_EQ(next(monitor), List{"+A"});
         EXPECT_EQ(standin::loopTurns(), 1) << "which was the main thread's";
     });
-    EXPECT_TRUE(becomes([&] { return watches.load(); }));
+    EXPECT_TRUE(comesTrue([&] { return watches.load(); }));
     plug("A");
     provider->list();
     other.join();

@@ -8,14 +8,14 @@
 #include "support/pipewire/session.h"
 #include "support/recording_sink.h"
 
-#include <chrono>
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace ostrel::tests {
+
+using support::comesTrue;
 
 class PipeWireTest : public ::testing::Test {
 protected:
@@ -53,17 +53,6 @@ protected:
         if (const cameras::Error refused = camera->open())
             return refused;
         return camera->start(width, height, sink);
-    }
-    // Waits until it holds; false after a minute.
-    template <typename Condition>
-    static bool comesTrue(Condition condition) {
-        const auto limit = std::chrono::steady_clock::now() + support::HANG;
-        while (!condition()) {
-            if (std::chrono::steady_clock::now() > limit)
-                return false;
-            std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        }
-        return true;
     }
 };
 

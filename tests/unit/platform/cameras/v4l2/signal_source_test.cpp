@@ -1,9 +1,7 @@
 // Receivers, such as those of HDMI: what comes in decides the size, and changes when it likes.
 #include "unit/platform/cameras/v4l2/camera_fixture.h"
 
-#include <chrono>
 #include <linux/videodev2.h>
-#include <thread>
 
 namespace ostrel::tests {
 
@@ -27,12 +25,10 @@ protected:
         const int before = sink->frames();
         FrameScript frame;
         frame.bytes.assign(static_cast<size_t>(size.width * size.height), value);
-        const auto end = std::chrono::steady_clock::now() + HANG;
-        while (!(camera->statistics().granted.size == size && kernel->isStreaming(path) &&
-                 kernel->feed(path, frame))) {
-            ASSERT_LT(std::chrono::steady_clock::now(), end) << camera->statistics().granted.size.width;
-            std::this_thread::yield();
-        }
+        ASSERT_TRUE(comesTrue([&] {
+            return camera->statistics().granted.size == size && kernel->isStreaming(path) &&
+                   kernel->feed(path, frame);
+        })) << camera->statistics().granted.size.width;
         ASSERT_TRUE(sink->waitForFrames(before + 1));
         EXPECT_EQ(brightness(sink->newest()), value);
     }

@@ -13,18 +13,15 @@ class Threads : public PatternFixture {};
 
 // Waits for it, as a thread that was joined is still listed for a moment.
 bool becomesTheNumberOfDeliveryThreads(int expected) {
-    const auto limit = std::chrono::steady_clock::now() + support::HANG;
-    for (int count = -1; count != expected;) {
-        if (std::chrono::steady_clock::now() > limit)
-            return false;
-        count = 0;
+    return support::comesTrue([&] {
+        int count = 0;
         for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
             std::string name;
             std::getline(std::ifstream(task.path() / "comm"), name);
             count += name == "ostrel-virtual";
         }
-    }
-    return true;
+        return count == expected;
+    });
 }
 
 TEST_F(Threads, ASecondSinkJoinsTheRunningPicturesAndStartsNoneOfItsOwn) {
