@@ -49,6 +49,7 @@ std::string PipeWireSession::missing() {
 
 PipeWireSession::PipeWireSession() {
     Remote::timeout = 30000000000; // a busy machine must not look like a silent daemon
+    Remote::leftOutFor = 500000000;
     std::string name = (std::filesystem::temp_directory_path() / "ostrel-pipewire-XXXXXX").string();
     folder_ = ::mkdtemp(&name[0]);
     for (const char* variable : {"PIPEWIRE_REMOTE", "PIPEWIRE_RUNTIME_DIR", "PIPEWIRE_NODE", "PIPEWIRE_PROPS",
