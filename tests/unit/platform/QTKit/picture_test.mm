@@ -6,15 +6,9 @@ using support::Rig;
 
 namespace {
 
-class Pictures : public support::FrameworkTest {
+class Pictures : public support::OpenDeviceTest {
 protected:
-    Pictures() : camera(attach("camera")), opened(device("camera")) { EXPECT_TRUE([opened open:NULL]); }
-    ~Pictures() override { [opened close]; }
-
     int conversions() const { return camera->frames().conversions; }
-
-    const std::shared_ptr<support::ScriptedCamera> camera;
-    QTCaptureDevice* const opened;
 };
 
 } // namespace

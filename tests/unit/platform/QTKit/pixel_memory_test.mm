@@ -42,18 +42,7 @@ void operator delete[](void* memory, std::size_t) noexcept {
 using namespace ostrel;
 using support::Rig;
 
-namespace {
-
-class PixelMemory : public support::FrameworkTest {
-protected:
-    PixelMemory() : camera(attach("camera")), opened(device("camera")) { EXPECT_TRUE([opened open:NULL]); }
-    ~PixelMemory() override { [opened close]; }
-
-    const std::shared_ptr<support::ScriptedCamera> camera;
-    QTCaptureDevice* const opened;
-};
-
-} // namespace
+using PixelMemory = support::OpenDeviceTest;
 
 TEST_F(PixelMemory, IsNotAllocatedOnceACaptureRunsSteadily) {
     Rig rig(opened, WIDTH, HEIGHT);

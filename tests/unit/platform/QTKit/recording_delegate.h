@@ -53,6 +53,16 @@ private:
     NSAutoreleasePool* pool_;
 };
 
+// One camera, open from the start.
+class OpenDeviceTest : public FrameworkTest {
+protected:
+    OpenDeviceTest() : camera(attach("camera")), opened(device("camera")) { EXPECT_TRUE([opened open:NULL]); }
+    ~OpenDeviceTest() override { [opened close]; }
+
+    const std::shared_ptr<ScriptedCamera> camera;
+    QTCaptureDevice* const opened;
+};
+
 // One open camera with a session, an output of the given size and a delegate; closed at the end.
 class Rig {
 public:

@@ -3,19 +3,7 @@
 using namespace ostrel;
 using support::Rig;
 
-namespace {
-
-// Sessions on one camera, open from the start.
-class Sessions : public support::FrameworkTest {
-protected:
-    Sessions() : camera(attach("camera")), opened(device("camera")) { EXPECT_TRUE([opened open:NULL]); }
-    ~Sessions() override { [opened close]; }
-
-    const std::shared_ptr<support::ScriptedCamera> camera;
-    QTCaptureDevice* const opened;
-};
-
-} // namespace
+using Sessions = support::OpenDeviceTest;
 
 TEST_F(Sessions, DeliverEachFrameOnceStarted) {
     Rig rig(opened, 16, 8);

@@ -6,18 +6,7 @@ using support::Feeder;
 using support::Gate;
 using support::Rig;
 
-namespace {
-
-class Stopping : public support::FrameworkTest {
-protected:
-    Stopping() : camera(attach("camera")), opened(device("camera")) { EXPECT_TRUE([opened open:NULL]); }
-    ~Stopping() override { [opened close]; }
-
-    const std::shared_ptr<support::ScriptedCamera> camera;
-    QTCaptureDevice* const opened;
-};
-
-} // namespace
+using Stopping = support::OpenDeviceTest;
 
 TEST_F(Stopping, WaitsForTheCallInProgress) {
     Rig rig(opened, 16, 8);

@@ -8,13 +8,6 @@ using namespace cameras;
 
 namespace {
 
-Size size(int width, int height) {
-    Size s;
-    s.width = width;
-    s.height = height;
-    return s;
-}
-
 Interval rate(uint32_t numerator, uint32_t denominator) { // frames a second, as a fraction
     Interval i;
     i.numerator = denominator;
@@ -29,7 +22,7 @@ const int RAW = 22, JPEG = 300; // of decoding
 
 Candidate mode(int width, int height, Interval interval, int cost = RAW) {
     Candidate c;
-    c.size = size(width, height);
+    c.size = Size(width, height);
     c.interval = interval;
     c.cost = cost;
     return c;
@@ -44,69 +37,69 @@ struct Choice {
 
 const Choice CHOICES[] = {
     {"raw where it is as fast as compressed",
-     size(640, 480),
+     Size(640, 480),
      {mode(640, 480, k30, JPEG), mode(640, 480, k30)},
      1},
     {"compressed where raw is slower",
-     size(1280, 720),
+     Size(1280, 720),
      {mode(1280, 720, k10), mode(1280, 720, k30, JPEG)},
      1},
     {"more than thirty a second count as thirty",
-     size(640, 480),
+     Size(640, 480),
      {mode(640, 480, k60, JPEG), mode(640, 480, k30)},
      1},
     {"the rate of NTSC counts as thirty",
-     size(640, 480),
+     Size(640, 480),
      {mode(640, 480, k30, JPEG), mode(640, 480, NTSC)},
      1},
     {"the native size before the cost of decoding",
-     size(640, 480),
+     Size(640, 480),
      {mode(800, 600, k30), mode(640, 480, k30, JPEG)},
      1},
     {"the rate before the native size",
-     size(1280, 720),
+     Size(1280, 720),
      {mode(1280, 720, k10), mode(1920, 1080, k30, JPEG)},
      1},
-    {"the rate before the aspect", size(640, 480), {mode(800, 600, k10), mode(848, 480, k30)}, 1},
+    {"the rate before the aspect", Size(640, 480), {mode(800, 600, k10), mode(848, 480, k30)}, 1},
     {"the next larger size where the native one is missing",
-     size(640, 480),
+     Size(640, 480),
      {mode(320, 240, k30), mode(1600, 1200, k30), mode(800, 600, k30), mode(640, 360, k30)},
      2},
-    {"the same aspect before fewer pixels", size(640, 480), {mode(848, 480, k30), mode(800, 600, k30)}, 1},
-    {"the same aspect of a larger request", size(960, 720), {mode(1280, 720, k30), mode(1280, 960, k30)}, 1},
+    {"the same aspect before fewer pixels", Size(640, 480), {mode(848, 480, k30), mode(800, 600, k30)}, 1},
+    {"the same aspect of a larger request", Size(960, 720), {mode(1280, 720, k30), mode(1280, 960, k30)}, 1},
     {"the same aspect of a small request",
-     size(320, 240),
+     Size(320, 240),
      {mode(424, 240, k30), mode(352, 288, k30), mode(640, 480, k30)},
      2},
     {"the native size where it is on offer",
-     size(320, 240),
+     Size(320, 240),
      {mode(424, 240, k30), mode(352, 288, k30), mode(640, 480, k30), mode(320, 240, k30)},
      3},
     {"the same aspect before the cost of decoding",
-     size(640, 480),
+     Size(640, 480),
      {mode(848, 480, k30), mode(800, 600, k30, JPEG)},
      1},
     {"sides that cameras round have the aspect that is meant",
-     size(640, 360),
+     Size(640, 360),
      {mode(848, 480, k30), mode(1280, 720, k30), mode(640, 480, k30)},
      0},
     {"fewer pixels where no aspect is the same",
-     size(640, 480),
+     Size(640, 480),
      {mode(1280, 720, k30), mode(848, 480, k30)},
      1},
     {"the largest size where none is large enough",
-     size(1280, 720),
+     Size(1280, 720),
      {mode(320, 240, k30), mode(640, 480, k15), mode(352, 288, k30)},
      1},
     {"an untold rate is better than a low one",
-     size(640, 480),
+     Size(640, 480),
      {mode(640, 480, k15), mode(640, 480, UNTOLD)},
      1},
     {"a rate that is told and enough is better than an untold one",
-     size(640, 480),
+     Size(640, 480),
      {mode(640, 480, UNTOLD), mode(640, 480, k30, JPEG)},
      1},
-    {"the driver's order between equals", size(640, 480), {mode(640, 480, k30), mode(640, 480, k30)}, 0},
+    {"the driver's order between equals", Size(640, 480), {mode(640, 480, k30), mode(640, 480, k30)}, 0},
 };
 
 SizeRange range(Size least, Size most, Size step) {
@@ -149,24 +142,24 @@ TEST(FrameInterval, OfARangeIsThirtyWhereTheRangeHasIt) {
 }
 
 TEST(SizeRange, ContainsTheRequestOrIsBroughtNearIt) {
-    const SizeRange steps = range(size(160, 120), size(1920, 1080), size(16, 8));
-    EXPECT_EQ(fit(steps, size(640, 480)), size(640, 480));
-    EXPECT_EQ(fit(steps, size(641, 481)), size(656, 488));
-    EXPECT_EQ(fit(steps, size(100, 100)), size(160, 120));
-    EXPECT_EQ(fit(steps, size(4000, 3000)), size(1920, 1080));
-    EXPECT_EQ(fit(steps, size(4000, 480)), size(1920, 480));
+    const SizeRange steps = range(Size(160, 120), Size(1920, 1080), Size(16, 8));
+    EXPECT_EQ(fit(steps, Size(640, 480)), Size(640, 480));
+    EXPECT_EQ(fit(steps, Size(641, 481)), Size(656, 488));
+    EXPECT_EQ(fit(steps, Size(100, 100)), Size(160, 120));
+    EXPECT_EQ(fit(steps, Size(4000, 3000)), Size(1920, 1080));
+    EXPECT_EQ(fit(steps, Size(4000, 480)), Size(1920, 480));
 }
 
 TEST(SizeRange, NeverStepsBeyondItsEnd) {
-    EXPECT_EQ(fit(range(size(16, 16), size(100, 100), size(32, 32)), size(90, 99)), size(100, 100));
+    EXPECT_EQ(fit(range(Size(16, 16), Size(100, 100), Size(32, 32)), Size(90, 99)), Size(100, 100));
 }
 
 TEST(SizeRange, AStepOfZeroIsTakenForOne) {
-    EXPECT_EQ(fit(range(size(2, 2), size(4096, 4096), size(0, 0)), size(640, 480)), size(640, 480));
+    EXPECT_EQ(fit(range(Size(2, 2), Size(4096, 4096), Size(0, 0)), Size(640, 480)), Size(640, 480));
 }
 
 TEST(SizeRange, OfOneSizeIsThatSize) {
-    EXPECT_EQ(fit(range(size(640, 480), size(640, 480), size(1, 1)), size(320, 240)), size(640, 480));
+    EXPECT_EQ(fit(range(Size(640, 480), Size(640, 480), Size(1, 1)), Size(320, 240)), Size(640, 480));
 }
 
 } // namespace ostrel::tests

@@ -9,16 +9,9 @@ using cameras::Size;
 
 namespace {
 
-Size sizeOf(int width, int height) {
-    Size size;
-    size.width = width;
-    size.height = height;
-    return size;
-}
-
 class SignalSourceTest : public V4l2CameraTest {
 protected:
-    SignalSourceTest() { device.incoming = sizeOf(64, 48); }
+    SignalSourceTest() { device.incoming = Size(64, 48); }
 
     // The stream runs in this size, and a picture of it arrives.
     void expectPictures(const Size& size, uint8_t value) {
@@ -38,21 +31,21 @@ protected:
 
 TEST_F(SignalSourceTest, IsTakenOverBeforeTheFormatIsChosen) {
     plug();
-    kernel->changeSource(path, sizeOf(32, 24)); // while nobody listens
+    kernel->changeSource(path, Size(32, 24)); // while nobody listens
     ASSERT_FALSE(camera->open());
     ASSERT_FALSE(camera->start(64, 48, sink));
-    expectPictures(sizeOf(32, 24), 7);
+    expectPictures(Size(32, 24), 7);
     EXPECT_EQ(kernel->calls(VIDIOC_STREAMON), 1);
 }
 
 TEST_F(SignalSourceTest, ThatChangesIsFollowedByTheRunningStream) {
     start();
-    expectPictures(sizeOf(64, 48), 1);
+    expectPictures(Size(64, 48), 1);
     const auto held = sink->newest();
-    kernel->changeSource(path, sizeOf(128, 96));
-    expectPictures(sizeOf(128, 96), 2);
-    kernel->changeSource(path, sizeOf(32, 24));
-    expectPictures(sizeOf(32, 24), 3);
+    kernel->changeSource(path, Size(128, 96));
+    expectPictures(Size(128, 96), 2);
+    kernel->changeSource(path, Size(32, 24));
+    expectPictures(Size(32, 24), 3);
     EXPECT_EQ(brightness(held), 1);
     EXPECT_TRUE(sink->ends().empty());
     EXPECT_EQ(camera->statistics().restarts, 0u); // it has not stalled
@@ -60,11 +53,11 @@ TEST_F(SignalSourceTest, ThatChangesIsFollowedByTheRunningStream) {
 
 TEST_F(SignalSourceTest, ThatGoesAwayIsWaitedFor) {
     start();
-    expectPictures(sizeOf(64, 48), 1);
-    kernel->changeSource(path, sizeOf(0, 0));
+    expectPictures(Size(64, 48), 1);
+    kernel->changeSource(path, Size(0, 0));
     ASSERT_TRUE(kernel->waitUntilIdle(path));
-    kernel->changeSource(path, sizeOf(32, 24));
-    expectPictures(sizeOf(32, 24), 2);
+    kernel->changeSource(path, Size(32, 24));
+    expectPictures(Size(32, 24), 2);
     EXPECT_TRUE(sink->ends().empty());
 }
 
@@ -72,10 +65,10 @@ TEST_F(SignalSourceTest, IsNoReasonToStartForEverWhereTheDriverTellsOfTheTimings
     CallRule rule;
     rule.call = VIDIOC_S_DV_TIMINGS;
     rule.times = FOREVER;
-    rule.before = [this] { kernel->changeSource(path, sizeOf(64, 48)); };
+    rule.before = [this] { kernel->changeSource(path, Size(64, 48)); };
     kernel->script().add(rule);
     start();
-    expectPictures(sizeOf(64, 48), 5);
+    expectPictures(Size(64, 48), 5);
     EXPECT_EQ(kernel->calls(VIDIOC_STREAMON), 1);
 }
 
