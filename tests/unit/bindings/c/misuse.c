@@ -90,6 +90,8 @@ static void numbers_that_mean_nothing(ostrel_handle capture, ostrel_handle push)
     REFUSED(OSTREL_BAD_ARGUMENT,
             ostrel_convert(OSTREL_BGRA, pixels, all, OSTREL_I420, pixels, all, WIDTH + 1, HEIGHT, WHY));
     REFUSED(OSTREL_BAD_ARGUMENT,
+            ostrel_convert(OSTREL_BGRA, pixels, all, OSTREL_I420, pixels, all, WIDTH, HEIGHT - 1, WHY));
+    REFUSED(OSTREL_BAD_ARGUMENT,
             ostrel_convert(OSTREL_GREY, pixels, all, OSTREL_I420, pixels, all, WIDTH, HEIGHT, WHY));
     REFUSED(OSTREL_BAD_ARGUMENT,
             ostrel_convert(OSTREL_BGRA, pixels, 10, OSTREL_I420, pixels, all, WIDTH, HEIGHT, WHY));
@@ -257,9 +259,10 @@ static void everything_at_once(void) {
 
 static void extensions(ostrel_handle capture) {
     size_t count;
-    ostrel_handle list, monitor;
+    ostrel_handle camera, list, monitor;
     const uint32_t control = 1;
     const int64_t value = 1;
+    int64_t item;
     ostrel_mode_info mode = {sizeof mode, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, ""};
     ostrel_control_info info = {sizeof info, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, "", ""};
     REFUSED(OSTREL_BAD_ARGUMENT, ostrel_details("misused", NULL, WHY));
@@ -274,6 +277,10 @@ static void extensions(ostrel_handle capture) {
     REFUSED(OSTREL_BAD_ARGUMENT, ostrel_request_mode("misused", &mode, WHY));
     REFUSED(OSTREL_BAD_ARGUMENT, ostrel_requested_mode("misused", &mode, WHY));
     REFUSED(OSTREL_BAD_ARGUMENT, ostrel_controls("misused", NULL, NULL, WHY));
+    CHECK(ostrel_test_camera("pattern", "Has controls", 64, 48, 30, &camera, WHY) == OSTREL_OK);
+    CHECK(ostrel_controls("pattern", &list, &count, WHY) == OSTREL_OK && count > 0);
+    REFUSED(OSTREL_NOTHING, ostrel_control_item(list, 0, 0, &item, NULL, 0, WHY)); /* it is no menu */
+    CHECK(ostrel_close(list, WHY) == OSTREL_OK && ostrel_close(camera, WHY) == OSTREL_OK);
     CHECK(ostrel_controls("no such camera", &list, &count, WHY) == OSTREL_OK && count == 0 && why[0]);
     REFUSED(OSTREL_NOTHING, ostrel_control_at(list, 0, &info, WHY));
     mode.size = sizeof mode;

@@ -75,6 +75,17 @@ TEST_F(Pictures, BrokenOneWithoutAGoodOneBeforeHasNoBaseAddress) {
     EXPECT_EQ(conversions(), 1);
 }
 
+TEST_F(Pictures, BrokenOneDoesNotShowOneWithOtherRows) {
+    Rig rig(opened, 16, 8);
+    rig.run();
+    camera->deliver(1);
+    EXPECT_EQ(rig.newestNumber(), 1);
+    camera->padRows(12);
+    camera->breakPictures(true);
+    camera->deliver(2);
+    EXPECT_NE(CVPixelBufferLockBaseAddress(rig.seen.newest, 0), kCVReturnSuccess);
+}
+
 TEST_F(Pictures, PaddingOfACameraStandsBehindEachRow) {
     camera->padRows(12);
     Rig rig(opened, 16, 8);

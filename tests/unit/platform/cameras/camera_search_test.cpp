@@ -67,6 +67,9 @@ TEST_F(CameraSearchTest, IgnoresLetterCaseOnlyWhereNoIdentifierIsExactlyTheText)
     EXPECT_EQ(why("CAM"), "\"CAM\" fits several cameras: 1 (Cam), 2 (cam)");
     cameras.pop_back();
     EXPECT_EQ(find("cAM"), "Cam");
+    cameras = {{"@A-Z[", "1"}};
+    EXPECT_EQ(find("@a-z["), "@A-Z[");
+    EXPECT_EQ(find("`a-z{"), ""); // no letters, though as far apart
 }
 
 TEST_F(CameraSearchTest, FindsTheIdentifierOfTheFirstRelease) {
