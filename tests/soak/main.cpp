@@ -20,8 +20,8 @@
 
 namespace {
 
-using ostrel::testing_support::ProcessFigures;
-using ostrel::testing_support::processFigures;
+using ostrel::support::ProcessFigures;
+using ostrel::support::processFigures;
 using soak::Station;
 using soak::Totals;
 

@@ -15,8 +15,8 @@
 
 namespace {
 
-using ostrel::testing_support::processFigures;
-using ostrel::testing_support::ProcessFigures;
+using ostrel::support::processFigures;
+using ostrel::support::ProcessFigures;
 
 struct Options {
     int seconds = 20;

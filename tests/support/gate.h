@@ -1,4 +1,4 @@
-// A door that holds threads back until a test opens it.
+// Waiting: a door that holds threads back until a test opens it, and for what comes true by itself.
 #ifndef OSTREL_TESTS_SUPPORT_GATE_H
 #define OSTREL_TESTS_SUPPORT_GATE_H
 
@@ -7,11 +7,24 @@
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
+#include <thread>
 
 namespace ostrel::support {
 
 // Only a hang is ever waited out for so long.
 constexpr std::chrono::seconds HANG{60};
+
+// Asks again and again until it holds; false when it never does.
+template <typename Condition>
+bool comesTrue(Condition condition) {
+    const auto limit = std::chrono::steady_clock::now() + HANG;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > limit)
+            return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}
 
 // Thread-safe. Open at first.
 class Gate {

@@ -7,8 +7,7 @@
 #include <string>
 #include <unistd.h>
 
-namespace ostrel {
-namespace testing_support {
+namespace ostrel::support {
 
 namespace {
 
@@ -45,5 +44,4 @@ ProcessFigures processFigures() {
     return figures;
 }
 
-} // namespace testing_support
-} // namespace ostrel
+} // namespace ostrel::support

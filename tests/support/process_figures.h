@@ -4,8 +4,7 @@
 
 #include <cstddef>
 
-namespace ostrel {
-namespace testing_support {
+namespace ostrel::support {
 
 struct ProcessFigures {
     size_t threads = 0;
@@ -18,7 +17,6 @@ struct ProcessFigures {
 
 ProcessFigures processFigures();
 
-} // namespace testing_support
-} // namespace ostrel
+} // namespace ostrel::support
 
 #endif

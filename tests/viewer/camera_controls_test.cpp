@@ -1,7 +1,7 @@
 // The column with the camera's own controls: what it shows, sets and follows.
 #include "apps/viewer/camera_controls.h"
 #include "apps/viewer/control_editor.h"
-#include "unit/v4l2/controls_fixture.h"
+#include "unit/platform/cameras/v4l2/controls_fixture.h"
 
 #include <QtTest/QTest>
 #include <QtWidgets/QCheckBox>

@@ -27,7 +27,7 @@ int Remote::ask(Connection& connection) {
         return ETIMEDOUT;
     const int error = connection.settle(monotonicNanoseconds() + timeout);
     if (error == ETIMEDOUT) {
-        silentUntil_ = monotonicNanoseconds() + LEFT_OUT_FOR;
+        silentUntil_ = monotonicNanoseconds() + leftOutFor;
         changes_.raise();
     }
     return error;

@@ -21,9 +21,9 @@ namespace pipewire {
 // be made anew.
 class Remote {
 public:
-    // How long a daemon is waited for, and for how long it is left out when it did not answer. Nanoseconds.
-    inline static std::atomic<int64_t> timeout{100000000}; // changed by tests alone
-    static constexpr int64_t LEFT_OUT_FOR = 5000000000;
+    // How long a daemon is waited for, and for how long it is left out when it did not answer. Nanoseconds;
+    // changed by tests alone.
+    inline static std::atomic<int64_t> timeout{100000000}, leftOutFor{5000000000};
 
     using Load = const Library* (*)();
 

@@ -2,12 +2,10 @@
 
 #include "support/gate.h"
 
-#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <thread>
 #include <unistd.h>
 
 namespace ostrel::support {
@@ -25,12 +23,8 @@ using cameras::pipewire::Remote;
 
 template <typename Condition>
 void await(const std::string& what, Condition condition) {
-    const auto limit = std::chrono::steady_clock::now() + HANG;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > limit)
-            hung(what);
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
+    if (!comesTrue(condition))
+        hung(what);
 }
 
 // From 0.5 on there are profiles, before that configuration files.
@@ -55,6 +49,7 @@ std::string PipeWireSession::missing() {
 
 PipeWireSession::PipeWireSession() {
     Remote::timeout = 30000000000; // a busy machine must not look like a silent daemon
+    Remote::leftOutFor = 500000000;
     std::string name = (std::filesystem::temp_directory_path() / "ostrel-pipewire-XXXXXX").string();
     folder_ = ::mkdtemp(&name[0]);
     for (const char* variable : {"PIPEWIRE_REMOTE", "PIPEWIRE_RUNTIME_DIR", "PIPEWIRE_NODE", "PIPEWIRE_PROPS",

@@ -39,6 +39,13 @@ public:
         nodes_.push_back(node);
         tell();
     }
+    // One of which only its place in /dev is known, and the name that sysfs has for it.
+    void add(const std::string& path, const std::string& name = std::string()) {
+        cameras::v4l2::NodeFacts node;
+        node.path = path;
+        node.name = name;
+        add(node);
+    }
     void remove(const std::string& path) {
         std::lock_guard<std::mutex> lock(mutex_);
         nodes_.erase(std::remove_if(nodes_.begin(), nodes_.end(),

@@ -5,8 +5,7 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 namespace {
 
@@ -51,5 +50,4 @@ TEST(Wake, ProgramsThatAreStartedDoNotInheritIt) {
     EXPECT_TRUE(::fcntl(wake.descriptor(), F_GETFD) & FD_CLOEXEC);
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

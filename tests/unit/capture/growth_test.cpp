@@ -32,10 +32,8 @@ int descriptors() {
 
 // Threads that have ended may be listed for another moment.
 int threadsOnceSettled(int expected) {
-    const auto end = std::chrono::steady_clock::now() + support::HANG;
-    int count;
-    while ((count = entriesOf("/proc/self/task")) > expected && std::chrono::steady_clock::now() < end)
-        std::this_thread::yield();
+    int count = 0;
+    support::comesTrue([&] { return (count = entriesOf("/proc/self/task")) <= expected; });
     return count;
 }
 

@@ -27,10 +27,8 @@ protected:
     Capture capturing(uint32_t fourcc, int width = 16, int height = 8) {
         device.formats = {raw(fourcc, {only(width, height)})};
         kernel->plug(path, device);
-        cameras::v4l2::NodeFacts facts;
-        facts.path = path;
         discovery->remove(path);
-        discovery->add(facts);
+        discovery->add(path);
         const auto provider = cameras::v4l2::makeProvider(kernel, discovery);
         machine.has(provider);
         const std::string identifier = provider->list().at(0)->identifier();
@@ -54,10 +52,12 @@ TEST_F(NextV4l2Frame, SaysWhenTheDriverCapturedItAndUnderWhichNumber) {
     const struct {
         uint32_t flags;
         OVideoFrameFacts::TimeSource source;
+        long microseconds;
     } kinds[] = {{V4L2_BUF_FLAG_TIMESTAMP_MONOTONIC | V4L2_BUF_FLAG_TSTAMP_SRC_SOE,
-                  OVideoFrameFacts::START_OF_EXPOSURE},
-                 {V4L2_BUF_FLAG_TIMESTAMP_MONOTONIC, OVideoFrameFacts::END_OF_FRAME},
-                 {V4L2_BUF_FLAG_TIMESTAMP_COPY, OVideoFrameFacts::ARRIVAL}};
+                  OVideoFrameFacts::START_OF_EXPOSURE, 345678},
+                 {V4L2_BUF_FLAG_TIMESTAMP_MONOTONIC, OVideoFrameFacts::END_OF_FRAME, 345678},
+                 {V4L2_BUF_FLAG_TIMESTAMP_MONOTONIC, OVideoFrameFacts::ARRIVAL, 1000000}, // is no time
+                 {V4L2_BUF_FLAG_TIMESTAMP_COPY, OVideoFrameFacts::ARRIVAL, 345678}};
     for (const auto& kind : kinds) {
         device.timestamps = kind.flags;
         const Capture capture = capturing(V4L2_PIX_FMT_GREY);
@@ -65,7 +65,7 @@ TEST_F(NextV4l2Frame, SaysWhenTheDriverCapturedItAndUnderWhichNumber) {
         FrameScript frame = numbered(16 * 8);
         frame.sequence = 41;
         frame.time.tv_sec = 12;
-        frame.time.tv_usec = 345678;
+        frame.time.tv_usec = kind.microseconds;
         const int64_t before = monotonicNanoseconds();
         ASSERT_TRUE(kernel->feed(path, frame));
         VideoFrame shown;
@@ -216,9 +216,7 @@ protected:
     QString plugged(const std::vector<FormatScript>& formats) {
         device.formats = formats;
         kernel->plug(path, device);
-        cameras::v4l2::NodeFacts facts;
-        facts.path = path;
-        discovery->add(facts);
+        discovery->add(path);
         machine.has(cameras::v4l2::makeProvider(kernel, discovery));
         const QMap<QString, QString> listed = videoDevices();
         identifier = listed.isEmpty() ? QString() : listed.keys().at(0);

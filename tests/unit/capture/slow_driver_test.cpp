@@ -51,9 +51,7 @@ protected:
         device.formats = {raw(V4L2_PIX_FMT_GREY, {only(16, 8)})};
         device.busInfo = busInfo;
         kernel->plug(path, device);
-        cameras::v4l2::NodeFacts facts;
-        facts.path = path;
-        discovery->add(facts);
+        discovery->add(path);
     }
     template <typename Call>
     static void atOnce(const char* what, Call call) {

@@ -1,13 +1,12 @@
 // Every kind of camera, with memory running out at each step of its life.
-#include "unit/cameras/contract/kinds.h"
 #include "unit/failure/failing_allocations.h"
+#include "unit/platform/cameras/contract/kinds.h"
 
 #include "support/gate.h"
 
 #include <memory>
 
-namespace ostrel {
-namespace tests {
+namespace ostrel::tests {
 
 using support::RecordingSink;
 
@@ -94,5 +93,4 @@ TEST_P(WithoutMemory, TheEndIsToldAllTheSame) {
     }
 }
 
-} // namespace tests
-} // namespace ostrel
+} // namespace ostrel::tests

@@ -152,12 +152,11 @@ extern "C" int munmap(void* block, std::size_t length) noexcept {
 
 namespace ostrel::tests {
 
-Leftovers::Leftovers() : threads_(testing_support::processFigures().threads), blocks_(g_live) {}
+Leftovers::Leftovers() : threads_(support::processFigures().threads), blocks_(g_live) {}
 
 long Leftovers::blocks() const {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (testing_support::processFigures().threads > threads_ &&
-           std::chrono::steady_clock::now() < deadline)
+    while (support::processFigures().threads > threads_ && std::chrono::steady_clock::now() < deadline)
         std::this_thread::yield();
     return g_live - blocks_;
 }

@@ -9,7 +9,7 @@
 
 #include <tuple>
 
-using namespace frames;
+using namespace ostrel::tests;
 using ostrel::OVideoConverter;
 
 namespace {

@@ -8,7 +8,7 @@
 #include <functional>
 #include <math.h>
 
-using namespace frames;
+using namespace ostrel::tests;
 using ostrel::OVideoConverter;
 
 namespace {

@@ -8,7 +8,7 @@
 
 #include <thread>
 
-using namespace frames;
+using namespace ostrel::tests;
 using ostrel::OVideoConverter;
 
 namespace {

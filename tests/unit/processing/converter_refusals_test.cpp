@@ -7,7 +7,7 @@
 
 #include <limits.h>
 
-using namespace frames;
+using namespace ostrel::tests;
 using ostrel::OVideoConverter;
 
 namespace {

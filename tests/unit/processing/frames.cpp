@@ -4,7 +4,7 @@
 #include <math.h>
 #include <sstream>
 
-namespace frames {
+namespace ostrel::tests {
 
 std::ostream& operator<<(std::ostream& out, const Size& size) {
     return out << size.width << "x" << size.height;
@@ -231,4 +231,4 @@ std::string difference(Rgb actual, Rgb expected, double tolerance) {
     return text.str();
 }
 
-} // namespace frames
+} // namespace ostrel::tests

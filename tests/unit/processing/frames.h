@@ -1,6 +1,6 @@
 // Frames, destinations between guard bytes and reference arithmetic for the tests of conversion and scaling.
-#ifndef OSTREL_TESTS_FRAMES_H
-#define OSTREL_TESTS_FRAMES_H
+#ifndef OSTREL_TESTS_UNIT_PROCESSING_FRAMES_H
+#define OSTREL_TESTS_UNIT_PROCESSING_FRAMES_H
 
 #include <array>
 #include <ostream>
@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace frames {
+namespace ostrel::tests {
 
 typedef std::vector<uint8_t> Bytes;
 
@@ -99,6 +99,6 @@ Rgb argbPixel(const Bytes& frame, Size size, int x, int y);
 std::string difference(Pixel actual, Rgb expected, double tolerance);
 std::string difference(Rgb actual, Rgb expected, double tolerance);
 
-} // namespace frames
+} // namespace ostrel::tests
 
 #endif

@@ -9,7 +9,7 @@
 #include <limits.h>
 #include <sys/resource.h>
 
-using namespace frames;
+using namespace ostrel::tests;
 using namespace ostrel;
 
 namespace {

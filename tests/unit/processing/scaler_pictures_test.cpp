@@ -9,7 +9,7 @@
 #include <set>
 #include <stdlib.h>
 
-using namespace frames;
+using namespace ostrel::tests;
 using namespace ostrel;
 
 namespace {

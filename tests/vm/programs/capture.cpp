@@ -11,8 +11,7 @@
 #include <iostream>
 #include <thread>
 
-namespace ostrel {
-namespace vm {
+namespace ostrel::vm {
 
 bool waitUntil(const std::function<bool()>& condition, int seconds) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
@@ -129,5 +128,4 @@ bool stopsWithin(int limit, const QString& camera, const std::function<void(bool
     return false;
 }
 
-} // namespace vm
-} // namespace ostrel
+} // namespace ostrel::vm

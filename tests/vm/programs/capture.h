@@ -10,8 +10,7 @@
 #include <functional>
 #include <string>
 
-namespace ostrel {
-namespace vm {
+namespace ostrel::vm {
 
 // Asks again until the condition holds. False after a bound that only ends a hang: everything in the emulated
 // machine is slow, and some of it runs beside other work.
@@ -70,7 +69,6 @@ private:
 // for a time to run out, never is.
 bool stopsWithin(int limit, const QString& camera, const std::function<void(bool frames)>& setFrames);
 
-} // namespace vm
-} // namespace ostrel
+} // namespace ostrel::vm
 
 #endif

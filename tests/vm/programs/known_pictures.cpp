@@ -3,8 +3,7 @@
 #include <cstdlib>
 #include <ostream>
 
-namespace ostrel {
-namespace vm {
+namespace ostrel::vm {
 
 namespace {
 
@@ -96,5 +95,4 @@ testing::AssertionResult showsStripes(const VideoFrame& frame) {
     return result;
 }
 
-} // namespace vm
-} // namespace ostrel
+} // namespace ostrel::vm

@@ -6,8 +6,7 @@
 
 #include <gtest/gtest.h>
 
-namespace ostrel {
-namespace vm {
+namespace ostrel::vm {
 
 // What 8-bit luma and chroma of limited range round off, and what a JPEG encoder takes away. The nearest
 // mistakes (the other matrix, the other range) are off by 12 and more in some of the colours.
@@ -21,7 +20,6 @@ testing::AssertionResult showsColorBars(const VideoFrame& frame, int tolerance =
 // blue from top to bottom. Where the white mark is at that moment does not matter.
 testing::AssertionResult showsStripes(const VideoFrame& frame);
 
-} // namespace vm
-} // namespace ostrel
+} // namespace ostrel::vm
 
 #endif

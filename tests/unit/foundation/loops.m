@@ -1,7 +1,0 @@
-#import "unit/foundation/loops.h"
-
-void visitEach(id<NSFastEnumeration> collection, Visitor visitor, void* context) {
-    id object;
-    for (object in (id)collection)
-        visitor(object, context);
-}
