@@ -10,10 +10,10 @@ namespace ostrel::support {
 
 namespace {
 
-const size_t PAGE = 4096;
-
+// 16 KiB on some machines; a mapping begins with one.
 size_t wholePages(size_t bytes) {
-    return std::max((bytes + PAGE - 1) / PAGE * PAGE, PAGE);
+    const auto page = static_cast<size_t>(::sysconf(_SC_PAGESIZE));
+    return std::max((bytes + page - 1) / page * page, page);
 }
 
 unsigned takeFirst(std::vector<unsigned>& indices) {

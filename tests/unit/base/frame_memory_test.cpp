@@ -49,14 +49,21 @@ bool largePagesWanted(uintptr_t address) {
     return false;
 }
 
-bool kernelHasLargePages() {
-    return ::access("/sys/kernel/mm/transparent_hugepage", F_OK) == 0;
+// Tried, since an emulator of the processor may keep the advice to itself.
+bool systemTakesTheAdvice() {
+    void* const block = ::mmap(nullptr, LARGE_PAGE, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANON, -1, 0);
+    if (block == MAP_FAILED)
+        return false;
+    ::madvise(block, LARGE_PAGE, MADV_HUGEPAGE);
+    const bool taken = largePagesWanted(reinterpret_cast<uintptr_t>(block));
+    ::munmap(block, LARGE_PAGE);
+    return taken;
 }
 
 bool isMapped(uintptr_t address) {
     unsigned char resident = 0;
-    const uintptr_t page = address / 4096 * 4096;
-    return ::mincore(reinterpret_cast<void*>(page), 1, &resident) == 0;
+    const auto page = static_cast<uintptr_t>(::sysconf(_SC_PAGESIZE));
+    return ::mincore(reinterpret_cast<void*>(address / page * page), 1, &resident) == 0;
 }
 
 } // namespace
@@ -77,12 +84,13 @@ TEST(FrameMemory, OfASmallFrameLeavesThePagesAlone) {
     EXPECT_FALSE(largePagesWanted(addressOf(memory)));
 }
 
-TEST(FrameMemory, OfALargeFrameLiesInLargePagesWhereTheKernelHasThem) {
+TEST(FrameMemory, OfALargeFrameLiesInLargePagesWhereTheSystemHasThem) {
+    const bool expected = systemTakesTheAdvice();
     for (size_t bytes : {FrameMemory::LARGE + 0, PICTURE}) {
         const FrameMemory memory(bytes);
         EXPECT_EQ(addressOf(memory) % LARGE_PAGE, 0u);
-        EXPECT_EQ(largePagesWanted(addressOf(memory)), kernelHasLargePages()) << bytes;
-        EXPECT_EQ(largePagesWanted(addressOf(memory) + bytes - 1), kernelHasLargePages()) << bytes;
+        EXPECT_EQ(largePagesWanted(addressOf(memory)), expected) << bytes;
+        EXPECT_EQ(largePagesWanted(addressOf(memory) + bytes - 1), expected) << bytes;
     }
 }
 
@@ -108,11 +116,12 @@ TEST(FrameMemory, ReplacedGoesBackAtOnce) {
 }
 
 TEST(FrameMemory, LeavesNoAdviceOnMemoryOfOthers) {
+    const size_t before = wantedInLargePages().size(); // an emulator's own
     for (size_t bytes = 1000; bytes < 20 * LARGE_PAGE; bytes = bytes * 3 / 2) {
         const FrameMemory first(bytes);
         const FrameMemory second(bytes);
     }
-    EXPECT_EQ(wantedInLargePages().size(), 0u);
+    EXPECT_EQ(wantedInLargePages().size(), before);
 }
 
 TEST(FrameMemory, ThatThereIsNotThrows) {
