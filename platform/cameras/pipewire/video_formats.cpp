@@ -136,6 +136,12 @@ Interval intervalOf(const spa_fraction& rate) {
     return interval;
 }
 
+// PipeWire itself tells of a V4L2 driver's steps the largest size in their place, which leads nowhere. What
+// has to be guessed is even, as most pictures with shared chroma are.
+int stepOf(int told, int least, int most) {
+    return told > 0 && told <= most - least ? told : 2;
+}
+
 std::vector<SizeRange> sizesOf(const spa_pod* format) {
     const auto told = values<spa_rectangle>(format, SPA_FORMAT_VIDEO_size, SPA_TYPE_Rectangle);
     std::vector<SizeRange> sizes;
@@ -143,8 +149,11 @@ std::vector<SizeRange> sizesOf(const spa_pod* format) {
         SizeRange range;
         range.least = sizeOf(told.all[0]);
         range.most = sizeOf(told.all[1]);
-        if (told.all.size() > 2)
-            range.step = sizeOf(told.all[2]);
+        if (told.all.size() > 2) {
+            const Size step = sizeOf(told.all[2]);
+            range.step = Size(stepOf(step.width, range.least.width, range.most.width),
+                              stepOf(step.height, range.least.height, range.most.height));
+        }
         sizes.push_back(range);
         return sizes;
     }

@@ -50,6 +50,21 @@ unplug_webcam() {
     rm /tmp/webcam-orders
 }
 
+# Without the descriptor that the webcam takes for its cable.
+start_udev() {
+    /lib/systemd/systemd-udevd --daemon 7>&-
+    wait_until 120 test -S /run/udev/control || { echo "udev does not start"; exit 1; }
+}
+
+# in_own_dev NODES COMMAND... - runs it where /dev holds nothing but these nodes and what every program needs, as in a
+# container.
+in_own_dev() {
+    # shellcheck disable=SC2016 # expanded in there
+    OWN_DEV="/dev/null /dev/zero /dev/random /dev/urandom $1" unshare -m sh -c '
+        mkdir -p /tmp/dev && mount -t tmpfs none /tmp/dev && cp -a $OWN_DEV /tmp/dev && mount --bind /tmp/dev /dev &&
+        exec "$@"' "$@"
+}
+
 # v4l2loopback is built by setup.sh, which goes on without it where it does not build.
 have_loopback() {
     modinfo v4l2loopback >/dev/null 2>&1

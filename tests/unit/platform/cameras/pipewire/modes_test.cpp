@@ -1,12 +1,14 @@
 // What a node offers, and a mode of the program's choice.
 #include "unit/platform/cameras/pipewire/pipewire_test.h"
 
+#include "platform/cameras/pipewire/video_formats.h"
 #include "platform/cameras/wishes.h"
 
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <fstream>
+#include <spa/pod/builder.h>
 #include <unistd.h>
 
 namespace ostrel::tests {
@@ -180,6 +182,39 @@ TEST_F(PipeWireModes, ARawFormatWithoutAPictureIsHadAsItIs) {
     size_t bytes = 0;
     sink->newest()->show([&](const cameras::pixels::Picture& picture) { bytes = picture.planes[0].bytes; });
     EXPECT_EQ(bytes, 64u * 8 * 48);
+}
+
+// The size that is asked for where a camera offers those from 16x16 to 16384x8640 in such a step.
+cameras::Size chosenOf(const spa_rectangle& step, int width, int height) {
+    const spa_rectangle least = {16, 16}, most = {16384, 8640};
+    uint8_t memory[1024];
+    spa_pod_builder builder = SPA_POD_BUILDER_INIT(memory, sizeof memory);
+    spa_pod_frame object, choice;
+    spa_pod_builder_push_object(&builder, &object, SPA_TYPE_OBJECT_Format, SPA_PARAM_EnumFormat);
+    spa_pod_builder_add(&builder, SPA_FORMAT_mediaType, SPA_POD_Id(SPA_MEDIA_TYPE_video),
+                        SPA_FORMAT_mediaSubtype, SPA_POD_Id(SPA_MEDIA_SUBTYPE_raw), SPA_FORMAT_VIDEO_format,
+                        SPA_POD_Id(SPA_VIDEO_FORMAT_YUY2), 0);
+    spa_pod_builder_prop(&builder, SPA_FORMAT_VIDEO_size, 0);
+    spa_pod_builder_push_choice(&builder, &choice, SPA_CHOICE_Step, 0);
+    for (const spa_rectangle& one : {least, least, most, step})
+        spa_pod_builder_rectangle(&builder, one.width, one.height);
+    spa_pod_builder_pop(&builder, &choice);
+    std::vector<cameras::pipewire::Offer> offers;
+    cameras::pipewire::addOffers(static_cast<const spa_pod*>(spa_pod_builder_pop(&builder, &object)), offers);
+    cameras::Request request;
+    request.size = cameras::Size(width, height);
+    const auto candidates = cameras::pipewire::candidates(offers, request, false);
+    EXPECT_EQ(candidates.size(), 1u);
+    return candidates.empty() ? cameras::Size() : candidates.front().size;
+}
+
+// The ranges of capture cards, whose largest picture would take all memory.
+TEST(PipeWireSteps, OneThatLeadsNowhereIsNotBelieved) {
+    EXPECT_EQ(chosenOf({16, 8}, 100, 100), cameras::Size(112, 104)) << "as it is told";
+    EXPECT_EQ(chosenOf({16384, 8640}, 640, 480), cameras::Size(640, 480)) << "the largest size";
+    EXPECT_EQ(chosenOf({16384, 8640}, 641, 479), cameras::Size(642, 480));
+    EXPECT_EQ(chosenOf({0, 0}, 640, 480), cameras::Size(640, 480));
+    EXPECT_EQ(chosenOf({0x80000000u, 0xFFFFFFFFu}, 640, 480), cameras::Size(640, 480));
 }
 
 } // namespace ostrel::tests
