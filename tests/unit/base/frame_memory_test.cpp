@@ -125,8 +125,9 @@ TEST(FrameMemory, LeavesNoAdviceOnMemoryOfOthers) {
 }
 
 TEST(FrameMemory, ThatThereIsNotThrows) {
-    for (size_t bytes : {std::numeric_limits<size_t>::max(), std::numeric_limits<size_t>::max() - LARGE_PAGE,
-                         std::numeric_limits<size_t>::max() / 2})
+    for (size_t bytes :
+         {std::numeric_limits<size_t>::max(), std::numeric_limits<size_t>::max() - LARGE_PAGE,
+          std::numeric_limits<size_t>::max() - LARGE_PAGE / 2, std::numeric_limits<size_t>::max() / 2})
         EXPECT_THROW(FrameMemory memory(bytes), std::bad_alloc) << bytes;
 }
 

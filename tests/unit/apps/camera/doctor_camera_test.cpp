@@ -117,7 +117,9 @@ TEST(DoctorOfCameras, SharesOfLostAndDroppedFramesAreJudged) {
     EXPECT_EQ(text(only(checkStream(trial), Verdict::Warning)),
               "warning broken: 10 % of the frames do not arrive whole: 4 lost, 2 (damaged 2) dropped of 60 "
               "frames | ostrel-camera watch -c 'usb-1-at-x' --duration 60, with another cable or port");
-    trial.wasted = 30;
+    trial.wasted = 12;
+    EXPECT_EQ(worst(checkStream(trial)), Verdict::Warning) << "a fifth";
+    trial.wasted = 13;
     EXPECT_EQ(only(checkStream(trial), Verdict::Problem).check, "broken");
 }
 
