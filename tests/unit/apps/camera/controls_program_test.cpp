@@ -79,10 +79,10 @@ TEST(ControlsProgram, SaysWhatCouldNotBeLoadedAndSetsTheRest) {
 
 TEST(ControlsProgram, SavesToAndLoadsFromStandardStreams) {
     Outcome outcome = run("/", CONTROLS + QStringList{"brightness=77", "--save", "-"});
-    EXPECT_EQ(0, outcome.code) << outcome.errors;
+    EXPECT_EQ(outcome.code, 0) << outcome.errors;
     outcome = run("/", CONTROLS + QStringList{"--load", "-", "--json"}, outcome.output);
-    EXPECT_EQ(0, outcome.code) << outcome.errors;
-    EXPECT_EQ(77, brightness(outcome.output)["value"].toInt());
+    EXPECT_EQ(outcome.code, 0) << outcome.errors;
+    EXPECT_EQ(brightness(outcome.output)["value"].toInt(), 77);
 }
 
 TEST(ControlsProgram, SavesWhereThereIsNothingToKeep) {
@@ -91,18 +91,18 @@ TEST(ControlsProgram, SavesWhereThereIsNothingToKeep) {
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     file.close();
     Outcome outcome = run(folder.path(), CONTROLS + QStringList{"--save", "empty"});
-    EXPECT_EQ(0, outcome.code) << outcome.errors;
+    EXPECT_EQ(outcome.code, 0) << outcome.errors;
     EXPECT_TRUE(folder.read("empty").contains("ostrel-test-pattern"));
     outcome = run(folder.path(), CONTROLS + QStringList{"--save", "/dev/full"});
-    EXPECT_EQ(7, outcome.code);
-    EXPECT_EQ("ostrel-camera: cannot write '/dev/full': No space left on device\n", outcome.errors);
+    EXPECT_EQ(outcome.code, 7);
+    EXPECT_EQ(outcome.errors, "ostrel-camera: cannot write '/dev/full': No space left on device\n");
 }
 
 TEST(ControlsProgram, ReadsNoFileWithoutEnd) {
     const Outcome outcome = run("/", CONTROLS + QStringList{"--load", "/dev/zero"});
-    EXPECT_EQ(7, outcome.code);
-    EXPECT_EQ("ostrel-camera: '/dev/zero' is no file that 'ostrel-camera controls --save' has written\n",
-              outcome.errors);
+    EXPECT_EQ(outcome.code, 7);
+    EXPECT_EQ(outcome.errors,
+              "ostrel-camera: '/dev/zero' is no file that 'ostrel-camera controls --save' has written\n");
 }
 
 TEST(ControlsProgram, RefusesInOneLine) {

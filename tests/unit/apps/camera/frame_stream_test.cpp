@@ -217,10 +217,10 @@ TEST_F(FrameStreamTest, ASignalEndsTheWaiting) {
 TEST(StopRequest, WaitsForADescriptorASignalOrTheTime) {
     const StopRequest stop;
     int pipe[2];
-    ASSERT_EQ(0, ::pipe(pipe));
+    ASSERT_EQ(::pipe(pipe), 0);
     EXPECT_FALSE(stop.wait(pipe[0], Clock::now()));
     EXPECT_FALSE(stop.wait(-1, Clock::now() + std::chrono::milliseconds(1)));
-    ASSERT_EQ(1, write(pipe[1], "x", 1));
+    ASSERT_EQ(write(pipe[1], "x", 1), 1);
     EXPECT_TRUE(stop.wait(pipe[0], Clock::time_point::max()));
     std::thread other([] { raise(SIGTERM); });
     EXPECT_TRUE(stop.wait(-1, Clock::now() + std::chrono::seconds(60)));

@@ -72,10 +72,9 @@ TEST_F(PlayProgram, WhatIsBeingPlayedIsNotRecordedOver) {
     for (const QStringList& output : {QStringList{"clip.y4m"}, QStringList()}) {
         const Outcome outcome = run(
             folder_.path(), QStringList{"record", "--play", "clip.y4m", "--size", "ld", "-n", "2"} + output);
-        EXPECT_EQ(2, outcome.code);
-        EXPECT_EQ("ostrel-camera: '" + output.value(0, "recording.y4m").toStdString() +
-                      "' is being played: record to another file\n",
-                  outcome.errors);
+        EXPECT_EQ(outcome.code, 2);
+        EXPECT_EQ(outcome.errors, "ostrel-camera: '" + output.value(0, "recording.y4m").toStdString() +
+                                      "' is being played: record to another file\n");
     }
     EXPECT_EQ(before, folder_.read("clip.y4m"));
 }
