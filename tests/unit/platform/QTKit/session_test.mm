@@ -1,6 +1,7 @@
-#import "recording_delegate.h"
-
+// Before the headers of GNUstep, of which Qt 5's cannot be read.
 #include <ostrel/virtual_camera.h>
+
+#import "recording_delegate.h"
 
 using namespace ostrel;
 using support::Rig;
