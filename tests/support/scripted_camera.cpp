@@ -37,8 +37,8 @@ void ScriptedCamera::unplug() {
     sinks_.end(cameras::Error("unplugged"));
 }
 
-void ScriptedCamera::deliver(uint32_t number) {
-    sinks_.deliver(std::make_shared<NumberedFrame>(number, padding_, broken_, log_));
+bool ScriptedCamera::deliver(uint32_t number) {
+    return sinks_.deliver(std::make_shared<NumberedFrame>(number, padding_, broken_, log_));
 }
 
 std::vector<std::pair<int, int>> ScriptedCamera::sizesStarted() const {

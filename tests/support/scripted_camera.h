@@ -60,8 +60,8 @@ public:
     Gate& opening() { return opening_; } // open() passes here
     void unplug();
 
-    // One frame to every started sink.
-    void deliver(uint32_t number);
+    // One frame to every started sink. False when none of them listens.
+    bool deliver(uint32_t number);
 
     // What happened.
     int opens() const { return opens_; }

@@ -55,6 +55,17 @@ TEST_F(PushCamera, RefusesFramesThatNobodyCaptures) {
     EXPECT_FALSE(push(picture)) << "detached";
 }
 
+// As while a capture is being started: who pushes once must not wait in vain for that frame.
+TEST_F(PushCamera, RefusesFramesThatAreHeldBack) {
+    struct HeldBack : RecordingSink {
+        bool listens() const override { return false; }
+    };
+    ASSERT_FALSE(camera->start(8, 8, std::make_shared<HeldBack>()));
+    EXPECT_FALSE(push(noise(8, 8)));
+    ASSERT_FALSE(camera->start(8, 8, sink));
+    EXPECT_TRUE(push(noise(8, 8)));
+}
+
 TEST_F(PushCamera, DeliversOnTheCallersThread) {
     std::thread::id on;
     sink->onFrame = [&](const RecordingSink::FramePointer&) { on = std::this_thread::get_id(); };
