@@ -8,6 +8,7 @@
 #include <dlfcn.h>
 #include <exception>
 #include <memory>
+#include <stdexcept>
 #include <sys/resource.h>
 
 namespace bench {
@@ -93,6 +94,8 @@ int runPeer(const char* name, int argc, char** argv, Peer* (*open)(const Request
             noteAge(*peer, request, ages);
         }
         const Usage after;
+        if (fresh == 0)
+            throw std::runtime_error("no frame while it was measured");
         std::printf("{\"kind\": \"peer\", \"contender\": \"%s\", \"camera\": \"%s %dx%d\", \"frames\": %d, "
                     "\"microseconds\": %.1f, \"user\": %.1f, \"system\": %.1f, \"page_faults\": %.2f, "
                     "\"middle_byte\": %d, \"ages\": [%s]}\n",
