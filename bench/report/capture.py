@@ -135,7 +135,7 @@ def ages(results, folder):
     with open(os.path.join(folder, "capture-ages.svg"), "w", encoding="utf-8") as file:
         file.write(histogram(f"Age of a frame when the program has it, {shown} at 30 Hz",
                              [(name, cameras[shown][name]) for name in names if name in cameras[shown]],
-                             0.5, "milliseconds since the driver had the frame"))
+                             0.1, "milliseconds since the driver had the frame"))
     return table(["median age, ms"] + names,
                  [[camera] + [f"{statistics.median(values[name]):.2f}" if name in values else "-" for name in names]
                   for camera, values in cameras.items()])

@@ -36,7 +36,7 @@ def bars(title, groups, series, unit="", reference=1.0):
         legend.append(f'<rect x="{x}" y="32" width="10" height="10" fill="{colour}"/>'
                       f'<text x="{x + 14}" y="41">{escape(name)}</text>')
         x += 30 + 8 * len(name)
-    total = LABEL + WIDTH + 70
+    total = max(LABEL + WIDTH + 70, x)
     return (f'<svg xmlns="http://www.w3.org/2000/svg" width="{total}" height="{y + 10}" '
             f'viewBox="0 0 {total} {y + 10}">\n'
             '<style>text{font:12px sans-serif;fill:#222}.n{font-size:9px}.t{font-size:14px;font-weight:bold}</style>\n'
