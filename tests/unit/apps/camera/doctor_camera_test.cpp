@@ -111,6 +111,11 @@ TEST(DoctorOfCameras, SharesOfLostAndDroppedFramesAreJudged) {
     trial.wasted = 2;
     trial.statistics.dropped["damaged"] = 2;
     EXPECT_EQ(worst(checkStream(trial)), Verdict::Ok) << "cameras may spoil a frame while they start";
+    trial.wasted = 3;
+    trial.arrived = 149;
+    EXPECT_EQ(worst(checkStream(trial)), Verdict::Ok) << "a fiftieth";
+    trial.arrived = 148;
+    EXPECT_EQ(worst(checkStream(trial)), Verdict::Warning);
     trial.wasted = 6;
     trial.arrived = 59;
     trial.statistics.lost = 4;
