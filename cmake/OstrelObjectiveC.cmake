@@ -64,6 +64,7 @@ target_compile_options(ostrel_foundation INTERFACE
   "$<$<COMPILE_LANGUAGE:OBJCXX>:-fobjc-call-cxx-cdtors>")
 
 if(OSTREL_FOUNDATION STREQUAL "own")
+  target_compile_definitions(ostrel_foundation INTERFACE OSTREL_OWN_FOUNDATION)
   target_include_directories(ostrel_foundation INTERFACE "${PROJECT_SOURCE_DIR}/platform/Foundation/include" "${PROJECT_SOURCE_DIR}/include")
   target_link_libraries(ostrel_foundation INTERFACE $<TARGET_OBJECTS:ostrel_own_foundation>)
 elseif(OSTREL_FOUNDATION STREQUAL "gnustep")

@@ -1,5 +1,6 @@
 #include "devices/platform_listing.h"
 
+#include "base/autorelease_scope.h"
 #include "base/fast_enumeration.h"
 #include "base/text.h"
 
@@ -12,22 +13,10 @@ namespace ostrel {
 
 namespace {
 
-// A pool of one's own, since the caller's thread may have none.
-class OwnPool {
-public:
-    OwnPool() : m_pool([[NSAutoreleasePool alloc] init]) {}
-    ~OwnPool() { [m_pool release]; }
-
-private:
-    OwnPool(const OwnPool&);
-    OwnPool& operator=(const OwnPool&);
-    NSAutoreleasePool* m_pool;
-};
-
 // Foundation sets its classes up when they are first used, and not everywhere safely so when two threads do
 // that at once, as they may when they list cameras as their first calls.
 void useFoundationOnce() {
-    const OwnPool pool;
+    const AutoreleaseScope pool;
     [NSMutableArray array];
 }
 
@@ -37,7 +26,7 @@ std::vector<std::pair<std::string, std::string>> platformCameras() {
     std::vector<std::pair<std::string, std::string>> cameras;
     static std::once_flag used;
     std::call_once(used, useFoundationOnce);
-    const OwnPool pool;
+    const AutoreleaseScope pool;
     forEachObject([QTCaptureDevice inputDevicesWithMediaType:QTMediaTypeVideo], [&cameras](id device) {
         const std::string identifier = requiredText([[device uniqueID] UTF8String]);
         const std::string name = requiredText([[device localizedDisplayName] UTF8String]);

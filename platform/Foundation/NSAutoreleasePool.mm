@@ -1,5 +1,6 @@
 #import <Foundation/Foundation.h>
 
+#include "base/autorelease_scope.h"
 #include "platform/Foundation/failure.h"
 
 #import <objc/runtime.h>
@@ -7,20 +8,42 @@
 #include <pthread.h>
 #include <vector>
 
+using ostrel::AutoreleaseScope;
 using ostrel::foundation::misuse;
+
+namespace ostrel {
+
+struct ThreadsPools {
+    NSAutoreleasePool* innermost = nil;
+    std::vector<id> objects;           // of all its pools, the outermost pool's first
+    AutoreleaseScope* scope = nullptr; // the innermost
+
+    void leave(AutoreleaseScope& left) {
+        releaseWithin(left.outerPool_);
+        scope = left.outerScope_;
+    }
+    // For an object that is being autoreleased.
+    void makePoolOfScope() {
+        if (scope && innermost == scope->outerPool_)
+            [[NSAutoreleasePool alloc] init];
+    }
+    // Nil: all there are.
+    void releaseWithin(NSAutoreleasePool* outer) {
+        while (innermost && innermost != outer)
+            [innermost release];
+    }
+};
+
+} // namespace ostrel
 
 namespace {
 
-struct Thread {
-    NSAutoreleasePool* innermost = nil;
-    std::vector<id> objects; // of all its pools, the outermost pool's first
-};
+using Thread = ostrel::ThreadsPools;
 
 thread_local Thread* t_thread = nullptr;
 
 void endThread(void*) {
-    while (t_thread->innermost)
-        [t_thread->innermost release];
+    t_thread->releaseWithin(nil);
     delete t_thread;
     t_thread = nullptr;
 }
@@ -41,14 +64,23 @@ Thread& thisThread() {
 
 } // namespace
 
+AutoreleaseScope::AutoreleaseScope() : outerPool_(thisThread().innermost), outerScope_(thisThread().scope) {
+    thisThread().scope = this;
+}
+
+AutoreleaseScope::~AutoreleaseScope() {
+    thisThread().leave(*this);
+}
+
 @implementation NSAutoreleasePool
 
 + (void)addObject:(id)object {
+    const ostrel::foundation::ReleasedOnException guard{object};
     Thread& thread = thisThread();
+    thread.makePoolOfScope();
     if (!thread.innermost)
         return NSLog(@"%p of class %s leaks: autoreleased with no pool in place", object,
                      object_getClassName(object));
-    const ostrel::foundation::ReleasedOnException guard{object};
     thread.objects.push_back(object);
 }
 

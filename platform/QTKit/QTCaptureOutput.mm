@@ -1,5 +1,6 @@
 #import <QTKit/QTCaptureOutput.h>
 
+#include "base/autorelease_scope.h"
 #include "platform/QTKit/output_state.h"
 
 @interface QTCaptureDecompressedVideoOutput (OstrelPrivate)
@@ -22,13 +23,11 @@ void readNumber(NSDictionary* attributes, CFStringRef key, uint32_t& number) {
 
 ostrel::FrameRequest ostrel::requestOf(QTCaptureDecompressedVideoOutput* output) {
     FrameRequest request;
-    // The caller may be on a thread that has no pool.
-    NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
+    const AutoreleaseScope pool;
     NSDictionary* attributes = [output pixelBufferAttributes];
     readNumber(attributes, kCVPixelBufferWidthKey, request.width);
     readNumber(attributes, kCVPixelBufferHeightKey, request.height);
     readNumber(attributes, kCVPixelBufferPixelFormatTypeKey, request.format);
-    [pool release];
     return request;
 }
 

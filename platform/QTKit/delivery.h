@@ -21,7 +21,7 @@ class Delivery : public cameras::FrameSink, public std::enable_shared_from_this<
 public:
     // The output is not retained: the session keeps it for as long as the delivery.
     Delivery(std::shared_ptr<OpenCamera> camera, QTCaptureDecompressedVideoOutput* output)
-        : output_(output), camera_(std::move(camera)) {}
+        : output_(output), settings_(stateOf(output)), camera_(std::move(camera)) {}
 
     cameras::Error start();
     // Lets frames through to the delegate, unless it was stopped.
@@ -47,6 +47,7 @@ private:
     void callDelegate(const std::shared_ptr<cameras::CameraFrame>& frame);
 
     QTCaptureDecompressedVideoOutput* const output_;
+    const QTCaptureOutputState& settings_; // the output's
     std::atomic<int> state_{HELD_BACK};
     std::mutex mutex_;
     std::shared_ptr<OpenCamera> camera_; // null once it was stopped

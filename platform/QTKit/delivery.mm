@@ -1,9 +1,8 @@
 #include "platform/QTKit/delivery.h"
 
+#include "base/autorelease_scope.h"
 #include "base/limits.h"
 #include "base/monotonic_clock.h"
-
-#include <new>
 
 namespace ostrel {
 
@@ -34,7 +33,7 @@ cameras::Error Delivery::start() {
         return cameras::Error();
     pictures_ = std::make_shared<PictureMaker>(width, height);
     pool_ = std::make_shared<cameras::pixels::PixelPool>();
-    slot_ = FrameSlot::of(stateOf(output_).delegate.load(std::memory_order_acquire));
+    slot_ = FrameSlot::of(settings_.delegate.load(std::memory_order_acquire));
     if (!slot_->admit(shared_from_this())) {
         state_.store(STOPPED);
         return cameras::Error();
@@ -70,7 +69,7 @@ std::shared_ptr<OpenCamera> Delivery::camera() {
 }
 
 bool Delivery::tooSoon() {
-    const double interval = stateOf(output_).minimumInterval.load(std::memory_order_relaxed);
+    const double interval = settings_.minimumInterval.load(std::memory_order_relaxed);
     if (interval <= 0)
         return false;
     const double now = static_cast<double>(monotonicNanoseconds()) * 1e-9;
@@ -94,28 +93,19 @@ void Delivery::frameArrived(const std::shared_ptr<cameras::CameraFrame>& frame) 
 }
 
 void Delivery::callDelegate(const std::shared_ptr<cameras::CameraFrame>& frame) {
-    id delegate = stateOf(output_).delegate.load(std::memory_order_acquire);
+    id delegate = settings_.delegate.load(std::memory_order_acquire);
     if (!delegate || state_.load() != RUNNING)
         return;
-    NSAutoreleasePool* pool = nil;
-    CVPixelBufferRef buffer = nullptr;
-    std::shared_ptr<SlotFrame> slotted;
-    try {
-        pool = [[NSAutoreleasePool alloc] init];
-        slotted = std::make_shared<SlotFrame>(frame, static_cast<int>(request_.width),
-                                              static_cast<int>(request_.height), pool_);
-        if (frame->hasPicture())
-            buffer = pictures_->makeBuffer(frame, slotted->polled());
-    } catch (const std::bad_alloc&) {
-        [pool release];
-        return; // a frame lost for want of memory; the next one may do better
-    }
-    if (buffer)
+    const auto slotted = std::make_shared<SlotFrame>(frame, static_cast<int>(request_.width),
+                                                     static_cast<int>(request_.height), pool_);
+    if (frame->hasPicture()) {
+        const AutoreleaseScope pool;
+        const CVPixelBufferRef buffer = pictures_->makeBuffer(frame, slotted->polled());
+        if (!buffer)
+            return; // a broken one, and none before it that could be shown
         [delegate captureOutput:output_ didOutputVideoFrame:buffer withSampleBuffer:nil fromConnection:nil];
-    [pool release];
-    if (!buffer && frame->hasPicture())
-        return; // a broken one, and none before it that could be shown
-    CVBufferRelease(buffer);
+        CVBufferRelease(buffer);
+    }
     slot_->put(slotted);
 }
 

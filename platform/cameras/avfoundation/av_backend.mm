@@ -1,5 +1,6 @@
 #include "platform/cameras/avfoundation/av_backend.h"
 
+#include "base/autorelease_scope.h"
 #include "base/monotonic_clock.h"
 #include "platform/cameras/avfoundation/guard.h"
 #include "platform/cameras/messages.h"
@@ -23,7 +24,7 @@ AvBackend::AvBackend(AVCaptureDevice* device, std::string where)
     : device_([device retain]), where_(std::move(where)) {}
 
 bool AvBackend::attached() const {
-    const Pool pool;
+    const AutoreleaseScope pool;
     return [device_.get() isConnected];
 }
 
@@ -56,7 +57,7 @@ Error AvBackend::failed(const std::string& what, const std::string& why) const {
 
 // This is what makes the system ask the user, if it ever does.
 Error AvBackend::open() {
-    const Pool pool;
+    const AutoreleaseScope pool;
     if (Error why = refused())
         return why;
     NSError* error = nil;
@@ -72,18 +73,18 @@ Error AvBackend::open() {
 }
 
 void AvBackend::close() {
-    const Pool pool;
+    const AutoreleaseScope pool;
     input_.reset();
 }
 
 Error AvBackend::modes(NativeModes& modes) {
-    const Pool pool;
+    const AutoreleaseScope pool;
     addModes(device_.get(), modes);
     return Error();
 }
 
 Error AvBackend::start(const Request& request, const std::shared_ptr<Outlet>& outlet) {
-    const Pool pool;
+    const AutoreleaseScope pool;
     if (Error why = refused())
         return why;
     const std::vector<Offer> offers = offersFor(request, device_.get());
@@ -114,7 +115,7 @@ void AvBackend::stop() {
 }
 
 bool AvBackend::canServeBetter(const Request& request) {
-    const Pool pool;
+    const AutoreleaseScope pool;
     const Size running = figures_->granted().size;
     for (const Offer& offer : offersFor(request, device_.get())) {
         const Size& size = offer.candidate.size;
@@ -125,7 +126,7 @@ bool AvBackend::canServeBetter(const Request& request) {
 }
 
 Error AvBackend::next(const StopSignal& stop, Arrival& arrival) {
-    const Pool pool;
+    const AutoreleaseScope pool;
     pollfd descriptors[2] = {{inbox_->descriptor(), POLLIN, 0}, {stop.descriptor(), POLLIN, 0}};
     const int ready = ::poll(descriptors, 2, TIMEOUT_MILLISECONDS);
     if (stop.raised())

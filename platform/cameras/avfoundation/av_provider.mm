@@ -1,5 +1,6 @@
 #include "platform/cameras/avfoundation/av_provider.h"
 
+#include "base/autorelease_scope.h"
 #include "base/fast_enumeration.h"
 #include "platform/cameras/avfoundation/av_backend.h"
 #include "platform/cameras/avfoundation/device_watch.h"
@@ -63,7 +64,7 @@ private:
 
 // A device that has been disconnected never comes back: what is plugged in again is another object.
 std::vector<std::shared_ptr<Camera>> AvProvider::list() {
-    const Pool pool;
+    const AutoreleaseScope pool;
     turnIdleMainLoop();
     NSArray* const devices = attachedDevices();
     std::vector<std::shared_ptr<Camera>> cameras;

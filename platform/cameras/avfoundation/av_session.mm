@@ -1,5 +1,6 @@
 #include "platform/cameras/avfoundation/av_session.h"
 
+#include "base/autorelease_scope.h"
 #include "platform/cameras/avfoundation/guard.h"
 
 namespace ostrel {
@@ -25,7 +26,7 @@ AvSession::AvSession(AVCaptureDevice* device, AVCaptureDeviceInput* input)
       output_([[AVCaptureVideoDataOutput alloc] init]) {}
 
 AvSession::~AvSession() {
-    const Pool pool;
+    const AutoreleaseScope pool;
     if (!receiver_)
         return;
     inbox_->shut();

@@ -1,5 +1,6 @@
 #include "platform/cameras/avfoundation/device_watch.h"
 
+#include "base/autorelease_scope.h"
 #include "base/wake_descriptor.h"
 #include "platform/cameras/avfoundation/main_loop.h"
 #include "platform/cameras/avfoundation/owned.h"
@@ -58,13 +59,13 @@ namespace {
 class DeviceWatch : public ChangeWatch {
 public:
     DeviceWatch() {
-        const Pool pool;
+        const AutoreleaseScope pool;
         [observer_.get() observe];
         complete_ = set_.add(told_->descriptor());
         complete_ = set_.add(turns_.descriptor()) && complete_;
     }
     ~DeviceWatch() override {
-        const Pool pool;
+        const AutoreleaseScope pool;
         [observer_.get() stopObserving];
     }
     DeviceWatch(const DeviceWatch&) = delete;
@@ -73,7 +74,7 @@ public:
     int descriptor() const override { return complete_ ? set_.descriptor() : -1; }
 
     bool changed() override {
-        const Pool pool;
+        const AutoreleaseScope pool;
         if (turns_.clear())
             turnIdleMainLoop();
         turns_.switchOn(isIdleMainThread());

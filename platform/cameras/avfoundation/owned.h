@@ -28,18 +28,6 @@ private:
     Object* object_;
 };
 
-// For threads that may have none. Bound to its scope.
-class Pool {
-public:
-    Pool() : pool_([[NSAutoreleasePool alloc] init]) {}
-    ~Pool() { [pool_ drain]; }
-    Pool(const Pool&) = delete;
-    Pool& operator=(const Pool&) = delete;
-
-private:
-    NSAutoreleasePool* const pool_;
-};
-
 } // namespace avfoundation
 } // namespace cameras
 } // namespace ostrel

@@ -1,6 +1,6 @@
 #include "platform/cameras/avfoundation/permission.h"
 
-#include "platform/cameras/avfoundation/owned.h"
+#include "base/autorelease_scope.h"
 
 #import <AVFoundation/AVFoundation.h>
 
@@ -9,7 +9,7 @@ namespace cameras {
 namespace avfoundation {
 
 Permission cameraPermission() {
-    const Pool pool;
+    const AutoreleaseScope pool;
     switch ([AVCaptureDevice authorizationStatusForMediaType:AVMediaTypeVideo]) {
     case AVAuthorizationStatusNotDetermined:
         return Permission::Unanswered;

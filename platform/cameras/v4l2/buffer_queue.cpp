@@ -62,7 +62,10 @@ struct KernelBuffer {
 
 BufferQueue::BufferQueue(const std::shared_ptr<VideoNode>& node, const Granted& granted,
                          const std::shared_ptr<Figures>& figures)
-    : node_(node), granted_(granted), figures_(figures), pool_(std::make_shared<pixels::PixelPool>()) {}
+    : node_(node), granted_(granted), figures_(figures), pool_(std::make_shared<pixels::PixelPool>()) {
+    common_.format = pixels::fourccText(granted_.fourcc);
+    common_.size = granted_.size;
+}
 
 BufferQueue::~BufferQueue() {
     close();
@@ -240,13 +243,11 @@ pixels::Picture BufferQueue::picture(const Filled& filled) const {
 }
 
 FrameFacts BufferQueue::factsOf(const Filled& filled) const {
-    FrameFacts facts;
+    FrameFacts facts = common_;
     facts.sequence = filled.sequence;
     facts.time = filled.time != 0 ? filled.time : monotonicNanoseconds();
     if (filled.time != 0)
         facts.source = filled.startOfExposure ? TimeSource::StartOfExposure : TimeSource::EndOfFrame;
-    facts.format = pixels::fourccText(granted_.fourcc);
-    facts.size = granted_.size;
     return facts;
 }
 

@@ -87,6 +87,7 @@ private:
     mutable std::mutex mutex_;
     std::shared_ptr<VideoNode> node_; // null once closed
     const Granted granted_;
+    FrameFacts common_; // what the facts of all frames have in common
     const std::shared_ptr<Figures> figures_;
     const std::shared_ptr<pixels::PixelPool> pool_;
     std::vector<Buffer> buffers_;

@@ -1,5 +1,7 @@
 #import "unit/platform/Foundation/counted.h"
 
+#include "base/autorelease_scope.h"
+
 #include <memory>
 #include <vector>
 
@@ -160,3 +162,72 @@ TEST_F(FoundationPool, CannotBeRetainedOrAutoreleased) {
     EXPECT_DEATH(doWrong([] { [newPool() retain]; }), "retain");
     EXPECT_DEATH(doWrong([] { [newPool() autorelease]; }), "autorelease");
 }
+
+TEST_F(FoundationPool, OfAScopeTakesWhatIsAutoreleasedThere) {
+    counted(); // in the test's own pool
+    {
+        const ostrel::AutoreleaseScope scope;
+        counted();
+        counted();
+        EXPECT_EQ(g_living, 3);
+    }
+    EXPECT_EQ(g_living, 1);
+    counted();
+    EXPECT_EQ(g_living, 2);
+}
+
+TEST_F(FoundationPool, OfAScopeServesAThreadThatHasNone) {
+    testing::internal::CaptureStderr();
+    std::thread([] {
+        const ostrel::AutoreleaseScope scope;
+        counted();
+    }).join();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(g_living, 0);
+}
+
+TEST_F(FoundationPool, OfAnInnerScopeLeavesTheOuterOnesObjectsAlone) {
+    {
+        const ostrel::AutoreleaseScope outer;
+        {
+            const ostrel::AutoreleaseScope first;
+            counted();
+        }
+        EXPECT_EQ(g_living, 0);
+        counted();
+        {
+            const ostrel::AutoreleaseScope second;
+            counted();
+            EXPECT_EQ(g_living, 2);
+        }
+        EXPECT_EQ(g_living, 1);
+    }
+    EXPECT_EQ(g_living, 0);
+}
+
+TEST_F(FoundationPool, OfAScopeStillTakesObjectsAfterAPoolWithinIt) {
+    {
+        const ostrel::AutoreleaseScope scope;
+        NSAutoreleasePool* const within = newPool();
+        counted();
+        [within drain];
+        EXPECT_EQ(g_living, 0);
+        counted();
+    }
+    EXPECT_EQ(g_living, 0);
+}
+
+#ifndef GNUSTEP // see above
+TEST_F(FoundationPool, OfAScopeTakesPoolsAlongThatWereLeftInIt) {
+    {
+        const ostrel::AutoreleaseScope scope;
+        counted();
+        newPool();
+        counted();
+        newPool();
+    }
+    EXPECT_EQ(g_living, 0);
+    counted(); // in the test's own pool
+    EXPECT_EQ(g_living, 1);
+}
+#endif
