@@ -116,8 +116,8 @@ void MatroskaFile::writeHead() {
 
 void MatroskaFile::write(const uint8_t* jpeg, std::size_t bytes, int64_t captureTime) {
     const bool first = pictures_ == 0;
-    const int64_t time = first ? captureTime : std::max(captureTime, lastTime_);
-    const int64_t ticks = first ? 0 : (time - firstTime_ + TICK / 2) / TICK;
+    const int64_t passed = first ? 0 : (captureTime - firstTime_ + TICK / 2) / TICK;
+    const int64_t ticks = first ? 0 : std::max(passed, lastTicks_ + 1);
     const uint64_t before = file_.written();
     const std::size_t clustersBefore = clusters_.size();
     try {
@@ -137,8 +137,8 @@ void MatroskaFile::write(const uint8_t* jpeg, std::size_t bytes, int64_t capture
         throw Failure(failure.code(), failure.what() + kept(before));
     }
     clusters_.back().end = file_.written();
-    firstTime_ = first ? time : firstTime_;
-    lastTime_ = time;
+    firstTime_ = first ? captureTime : firstTime_;
+    lastTicks_ = ticks;
     ++pictures_;
 }
 
@@ -189,9 +189,8 @@ void MatroskaFile::writeCues() {
 void MatroskaFile::writeDuration() {
     if (pictures_ < 2)
         return;
-    const double shown = static_cast<double>(lastTime_ - firstTime_);
-    const double ticks = (shown + shown / static_cast<double>(pictures_ - 1)) / TICK;
-    file_.rewrite(duration_, durationElement(ticks));
+    const double shown = static_cast<double>(lastTicks_);
+    file_.rewrite(duration_, durationElement(shown + shown / static_cast<double>(pictures_ - 1)));
 }
 
 void MatroskaFile::finish() {

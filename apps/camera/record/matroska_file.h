@@ -18,8 +18,9 @@ public:
     // Throws as OutputFile does.
     MatroskaFile(const std::string& path, const Size& size);
 
-    // captureTime: nanoseconds from any beginning on; one that lies before the last is taken for that. Throws
-    // a Failure when the picture cannot be written; the file then ends with the one before.
+    // captureTime: nanoseconds from any beginning on; the file's own times are in milliseconds, each at least
+    // one after the last, as players expect. Throws a Failure when the picture cannot be written; the file
+    // then ends with the one before.
     void write(const uint8_t* jpeg, std::size_t bytes, int64_t captureTime);
     // Adds what makes seeking quick and states the duration, in a regular file. A Failure says what could not
     // be written; the file can be played all the same.
@@ -52,7 +53,7 @@ private:
     bool open_ = false; // the last of them
     uint64_t pictures_ = 0;
     int64_t firstTime_ = 0; // nanoseconds
-    int64_t lastTime_ = 0;
+    int64_t lastTicks_ = 0;
 };
 
 } // namespace ostrel::apps::cli

@@ -131,15 +131,19 @@ TEST_F(RecordedJpegCamera, FramesThatTheDriverLostAreNamed) {
     EXPECT_NE(said.find(", 3 lost (2 after frame 2, 1 after frame 3), to "), std::string::npos) << said;
 }
 
-// A clock that steps back must not make a file that players refuse.
-TEST_F(RecordedJpegCamera, TimesNeverGoBack) {
+// Neither a clock that steps back nor frames that come all at once make a file that players refuse.
+TEST_F(RecordedJpegCamera, TimesNeverStandStillOrGoBack) {
     plug(64, 48);
-    record(3, [&] {
+    record(5, [&] {
         feed(numbered(1), 9000000);
         feed(numbered(2), 9040000);
         feed(numbered(3), 2000000);
+        feed(numbered(4), 9041200);
+        feed(numbered(5), 9042600);
     });
-    EXPECT_EQ(readVideo(file()).times, (std::vector<double>{0, 0.04, 0.04}));
+    const Video video = readVideo(file());
+    EXPECT_EQ(video.times, (std::vector<double>{0, 0.04, 0.041, 0.042, 0.043}));
+    EXPECT_EQ(video.errors.toStdString(), "");
 }
 
 } // namespace
