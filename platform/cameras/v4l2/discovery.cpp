@@ -8,8 +8,9 @@
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
+#include <dirent.h>
 #include <map>
+#include <memory>
 #include <set>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
@@ -34,10 +35,6 @@ int numberOf(const std::string& name) {
                      [](char c) { return c >= '0' && c <= '9'; }))
         return -1;
     return std::atoi(name.c_str() + prefix.size());
-}
-
-std::string baseName(const std::string& path) {
-    return path.substr(path.rfind('/') + 1);
 }
 
 // Nothing where the path leads to no device.
@@ -110,13 +107,11 @@ void readDevice(udev_device* node, NodeFacts& facts) {
 // The files with the names of video nodes, by their numbers.
 std::map<int, std::string> nodesIn(const std::string& folder) {
     std::map<int, std::string> paths;
-    std::error_code unreadable; // then there are none
-    std::filesystem::directory_iterator entry(folder, unreadable);
-    for (; entry != std::filesystem::directory_iterator(); entry.increment(unreadable)) {
-        const std::string path = entry->path().string();
-        if (numberOf(baseName(path)) >= 0)
-            paths[numberOf(baseName(path))] = path;
-    }
+    // Not the standard library's iterator: without memory that ends the program.
+    const std::unique_ptr<DIR, int (*)(DIR*)> entries(::opendir(folder.c_str()), ::closedir);
+    while (const dirent* entry = entries ? ::readdir(entries.get()) : nullptr)
+        if (numberOf(entry->d_name) >= 0)
+            paths[numberOf(entry->d_name)] = folder + '/' + entry->d_name;
     return paths;
 }
 

@@ -2,7 +2,11 @@
 
 #include <ostrel/devices.h>
 
+#include "platform/cameras/v4l2/discovery.h"
 #include "support/camera_test.h"
+
+#include <filesystem>
+#include <unistd.h>
 
 using namespace ostrel;
 using namespace ostrel::tests;
@@ -110,4 +114,15 @@ TEST_F(ListingWithoutMemory, ADeviceRecordKeepsWhatItHadWhenAFormatCannotBeAdded
     });
     // A format is a block of its own in Qt 5. In Qt 6 the list is one, taken inside of Qt.
     EXPECT_EQ(failures, QT_VERSION < QT_VERSION_CHECK(6, 0, 0) ? 1 : 0);
+}
+
+TEST(DiscoveryWithoutMemory, VideoNodes) {
+    const std::string folder = testing::TempDir() + "nodes" + std::to_string(::getpid());
+    std::filesystem::create_directory(folder);
+    std::filesystem::create_symlink("/dev/null", folder + "/video0"); // devices that every machine has
+    std::filesystem::create_symlink("/dev/zero", folder + "/video1");
+    const auto discovery = cameras::v4l2::makeDiscovery(folder);
+    EXPECT_EQ(discovery->nodes().size(), 2U);
+    EXPECT_GE(failEachInTurn([&](int n) { return runFailingAt(n, [&] { discovery->nodes(); }); }), 4);
+    std::filesystem::remove_all(folder);
 }
