@@ -12,13 +12,14 @@ Client::Client(const std::string& identifier, int width, int height)
     capture_->startCapture(identifier.c_str(), width, height);
 }
 
-bool Client::waitForFirstFrame() {
+bool Client::waitForFrame(uint32_t number) {
     const int64_t until = monotonicNow() + 10000000000;
-    while (frame_.data.empty() && monotonicNow() < until) {
+    const auto there = [&] { return !frame_.data.empty() && frame_.frameNumber >= number; };
+    while (!there() && monotonicNow() < until) {
         sleepUntil(monotonicNow() + 200000);
         poll();
     }
-    return !frame_.data.empty();
+    return there();
 }
 
 const ostrel::VideoFrame& Client::poll() {

@@ -15,8 +15,9 @@ class Client {
 public:
     Client(const std::string& identifier, int width, int height);
 
-    // Asks again and again until there is a first frame; false when none comes within ten seconds.
-    bool waitForFirstFrame();
+    // Asks again and again until there is a frame of this number or a later one; false when none comes within
+    // ten seconds.
+    bool waitForFrame(uint32_t number);
     // The newest frame, into a record that is kept.
     const ostrel::VideoFrame& poll();
 

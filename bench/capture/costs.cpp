@@ -198,7 +198,7 @@ bool measure(const Layout& layout, const Size& size, int rounds) {
             return false;
         const QuietErrors quiet;
         Client client(identifierOf(0), size.width, size.height);
-        if (!client.waitForFirstFrame())
+        if (!client.waitForFrame(1))
             return false;
         for (const Habit& habit : HABITS)
             runHabit(client, *kernel, model, habit, contest[habit.name]);

@@ -57,7 +57,7 @@ bool capture(int cameras, int rounds) {
     for (int i = 0; i < cameras; ++i)
         clients.emplace_back(identifierOf(i), model().width, model().height);
     for (Client& client : clients)
-        if (!client.waitForFirstFrame())
+        if (!client.waitForFrame(1))
             return false;
     std::vector<double> costs;
     for (int round = 0; round < rounds; ++round) {

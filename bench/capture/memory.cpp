@@ -46,7 +46,7 @@ bool capture(const std::string& cameras, int seconds) {
     for (int i = 0; i < CAMERAS; ++i)
         clients.emplace_back(identifierOf(i), SIZES[i % SIZE_COUNT].width, SIZES[i % SIZE_COUNT].height);
     for (Client& client : clients)
-        if (!client.waitForFirstFrame())
+        if (!client.waitForFrame(1))
             return false;
     const int rounds = RATE * seconds;
     const int64_t began = ostrel::monotonicNanoseconds();

@@ -66,7 +66,9 @@ public:
     explicit Polled(const bench::Request& request)
         : Library(request), interval_(1000000000 / request.rate),
           client_(bench::identifierOf(0), request.width, request.height) {
-        if (!client_.waitForFirstFrame())
+        // The first frames of a camera may be further apart than the others, and the polls are to be between
+        // two.
+        if (!client_.waitForFrame(5))
             throw std::runtime_error("no frame");
         frame_ = &client_.poll();
         last_ = frame_->frameNumber;
