@@ -196,7 +196,7 @@ TEST_F(NextFrame, StartWithoutADescriptorOrAThreadIsRefused) {
     pthread_attr_t usual, huge;
     ASSERT_EQ(::pthread_getattr_default_np(&usual), 0);
     ::pthread_attr_init(&huge);
-    ASSERT_EQ(::pthread_attr_setstacksize(&huge, size_t(1) << 46), 0);
+    ASSERT_EQ(::pthread_attr_setstacksize(&huge, size_t(1) << 62), 0);
     ASSERT_EQ(::pthread_setattr_default_np(&huge), 0);
     const Capture alone = started("camera");
     ASSERT_EQ(::pthread_setattr_default_np(&usual), 0);
