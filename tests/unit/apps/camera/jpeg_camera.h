@@ -47,7 +47,6 @@ protected:
     }
 
     void feed(const std::vector<uint8_t>& jpeg, int64_t microseconds, int sequence = -1) {
-        EXPECT_TRUE(support::comesTrue([&] { return kernel->isStreaming(path); }));
         support::FrameScript frame;
         frame.bytes = jpeg;
         frame.sequence = sequence;
@@ -60,7 +59,15 @@ protected:
 
     // Runs it beside the camera, and answers what it says.
     std::string run(Command command, const std::function<void()>& camera) {
-        std::thread driver(camera);
+        std::string said;
+        std::thread driver([&] {
+            // A frame that comes before the session runs is nobody's.
+            EXPECT_TRUE(support::comesTrue([&] {
+                said += whatIsNew();
+                return said.find(">>> session stopped") != std::string::npos; // which means that it runs
+            }));
+            camera();
+        });
         apps::cli::Messages messages;
         messages.setQuiet(options.quiet);
         const apps::cli::StopRequest stop;
@@ -72,10 +79,7 @@ protected:
         }
         driver.join();
         EXPECT_EQ(code, 0);
-        std::string said;
-        for (const std::string& line : err.takeLines())
-            said += line + "\n";
-        return said;
+        return said + whatIsNew();
     }
 
     const std::string path = "/dev/video0";
@@ -84,6 +88,14 @@ protected:
     support::DeviceScript device;
     apps::cli::Options options;
     Folder folder;
+
+private:
+    std::string whatIsNew() {
+        std::string text;
+        for (const std::string& line : err.takeLines())
+            text += line + "\n";
+        return text;
+    }
 };
 
 } // namespace ostrel::tests
