@@ -1,5 +1,7 @@
 #include "support/process_figures.h"
 
+#include "support/gate.h"
+
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -42,6 +44,10 @@ ProcessFigures processFigures() {
     figures.heapBytes = heap.uordblks + heap.hblkhd;
     figures.residentBytes = residentBytes();
     return figures;
+}
+
+bool threadsComeDownTo(size_t most) {
+    return comesTrue([most] { return entriesOf("/proc/self/task") <= most; });
 }
 
 } // namespace ostrel::support

@@ -17,6 +17,10 @@ struct ProcessFigures {
 
 ProcessFigures processFigures();
 
+// Waits until there are no more threads than that: one that was joined may be in the kernel's list for a
+// moment.
+bool threadsComeDownTo(size_t most);
+
 } // namespace ostrel::support
 
 #endif

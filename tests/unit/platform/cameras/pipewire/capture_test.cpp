@@ -257,7 +257,7 @@ TEST_F(PipeWireCapture, AThousandStartsLeaveNothingBehind) {
     run(OSTREL_TEST_TIMES);
     const auto after = support::processFigures();
     EXPECT_EQ(after.descriptors, before.descriptors);
-    EXPECT_EQ(after.threads, before.threads);
+    EXPECT_TRUE(support::threadsComeDownTo(before.threads));
     EXPECT_EQ(after.sharedMappings, before.sharedMappings);
     EXPECT_LT(after.heapBytes, before.heapBytes + OSTREL_TEST_TIMES * 500); // libpipewire keeps some
 }

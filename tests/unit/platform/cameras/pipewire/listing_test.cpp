@@ -151,7 +151,7 @@ TEST_F(PipeWireListing, AThousandListingsLeaveNothingBehind) {
         ASSERT_EQ(provider->list().size(), 1u);
     const auto after = support::processFigures();
     EXPECT_EQ(after.descriptors, before.descriptors);
-    EXPECT_EQ(after.threads, before.threads);
+    EXPECT_TRUE(support::threadsComeDownTo(before.threads));
     // The last connection may be about to end.
     EXPECT_TRUE(comesTrue([&before] {
         return support::processFigures().heapBytes < before.heapBytes + OSTREL_TEST_TIMES * 32;
