@@ -55,12 +55,14 @@ function(ostrel_add_test name)
   if(NOT ARG_LABELS)
     set(ARG_LABELS unit)
   endif()
-  # Programs of another machine are not run while they are built.
+  # Programs of another machine are not run while they are built, and an emulator takes ten times as long.
   if(CMAKE_CROSSCOMPILING)
     set(_discovery PRE_TEST)
+    set(_timeout 600)
   else()
     set(_discovery POST_BUILD)
+    set(_timeout 120)
   endif()
   gtest_discover_tests(${name} DISCOVERY_MODE ${_discovery} TEST_PREFIX "${OSTREL_TEST_PREFIX}${name}." DISCOVERY_TIMEOUT 60
-    PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT 120)
+    PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT ${_timeout})
 endfunction()
