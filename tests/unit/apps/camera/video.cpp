@@ -41,8 +41,9 @@ Video readVideo(const QString& path) {
             video.duration = values.value(1).toDouble();
     }
     video.pictures = ask("ffmpeg", {"-v", "error", "-i", path, "-c", "copy", "-f", "mjpeg", "-"}).output;
-    const Answer decoding = ask(
-        "ffmpeg", {"-v", "error", "-progress", "-", "-i", path, "-vsync", "passthrough", "-f", "null", "-"});
+    // In the times of a rate that it guesses two frames may have the same.
+    const Answer decoding = ask("ffmpeg", {"-v", "error", "-progress", "-", "-i", path, "-vsync",
+                                           "passthrough", "-enc_time_base", "-1", "-f", "null", "-"});
     video.errors = decoding.errors;
     const QByteArray last = decoding.output.mid(decoding.output.lastIndexOf("frame="));
     video.decoded = last.mid(6, last.indexOf('\n') - 6).trimmed().toInt();
