@@ -1,5 +1,7 @@
 #include "platform/cameras/pipewire/capture_stream.h"
 
+#include "base/monotonic_clock.h"
+
 #include <cerrno>
 #include <chrono>
 #include <cstdlib>
@@ -16,6 +18,9 @@ namespace {
 const int WANTED_BUFFERS = 5;
 const int FEWEST_BUFFERS = 2;
 const int MOST_BUFFERS = 16;
+
+// How long a daemon that says nothing holds up a stop, in nanoseconds.
+const int64_t MOST_FOR_A_STOP = 100000000;
 
 } // namespace
 
@@ -37,20 +42,23 @@ CaptureStream::CaptureStream(std::shared_ptr<Connection> connection, uint32_t no
 CaptureStream::~CaptureStream() {
     buffers_->close();
     const Library& library = connection_->library();
-    const Connection::Lock loop(*connection_);
-    connection_->remove(this);
-    if (!stream_)
-        return;
-    const uint32_t own = library.pw_stream_get_node_id(stream_);
-    // While the loop runs: it waits for the callback in progress on the data thread.
-    library.pw_stream_destroy(stream_);
-    if (!link_)
-        return;
-    library.pw_proxy_destroy(link_);
+    uint32_t own = SPA_ID_INVALID;
+    {
+        const Connection::Lock loop(*connection_);
+        connection_->remove(this);
+        if (!stream_)
+            return;
+        own = library.pw_stream_get_node_id(stream_);
+        // While the loop runs: it waits for the callback in progress on the data thread.
+        library.pw_stream_destroy(stream_);
+        if (!link_)
+            return;
+        library.pw_proxy_destroy(link_);
+    }
     // Buffers on their way to or from a consumer that leaves are lost to the camera until it gets new ones.
     // The session manager sees to that after some seconds, and a few starts before then would leave it
     // without any.
-    connection_->suspend(node_, own);
+    connection_->suspend(node_, own, monotonicNanoseconds() + MOST_FOR_A_STOP);
 }
 
 int CaptureStream::begin(const Candidate& picture, const ModeWish& wish) {

@@ -419,20 +419,24 @@ int Connection::ask(const std::string& serial, int64_t deadline, std::vector<Off
     return error;
 }
 
-void Connection::suspend(uint32_t node, uint32_t consumer) {
-    pw_proxy* proxy = nullptr;
+void Connection::suspend(uint32_t node, uint32_t consumer, int64_t deadline) noexcept {
     {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        const auto found = nodes_.find(node);
-        const bool inUse = std::any_of(links_.begin(), links_.end(), [&](const auto& link) {
-            return link.second.from == node && link.second.to != consumer;
-        });
-        if (over_ || found == nodes_.end() || inUse)
-            return;
-        proxy = found->second->proxy;
+        const Lock loop(*this); // so that the node stays
+        pw_proxy* proxy = nullptr;
+        {
+            const std::lock_guard<std::mutex> lock(mutex_);
+            const auto found = nodes_.find(node);
+            const bool inUse = std::any_of(links_.begin(), links_.end(), [&](const auto& link) {
+                return link.second.from == node && link.second.to != consumer;
+            });
+            if (over_ || found == nodes_.end() || inUse)
+                return;
+            proxy = found->second->proxy;
+        }
+        const spa_command command = SPA_NODE_COMMAND_INIT(SPA_NODE_COMMAND_Suspend);
+        pw_node_send_command(reinterpret_cast<pw_node*>(proxy), &command);
     }
-    const spa_command command = SPA_NODE_COMMAND_INIT(SPA_NODE_COMMAND_Suspend);
-    pw_node_send_command(reinterpret_cast<pw_node*>(proxy), &command);
+    guarded([&] { roundTrip(deadline); });
 }
 
 int Connection::consumers(uint32_t node) const {

@@ -59,6 +59,9 @@ public:
     int ask(const std::string& serial, int64_t deadline, std::vector<Offer>& offers);
     // How many other programs and streams get this node's pictures at present.
     int consumers(uint32_t node) const;
+    // Has the node let go of its buffers and its hardware, unless it has consumers besides the one given.
+    // Waits until the daemon has heard it, since what is still to be sent is lost with the connection.
+    void suspend(uint32_t node, uint32_t consumer, int64_t deadline) noexcept;
 
     const Library& library() const { return library_; }
 
@@ -78,8 +81,6 @@ public:
     };
     pw_core* core() { return core_; }
     pw_proxy* bind(uint32_t id, const char* type, uint32_t version);
-    // Has the node let go of its buffers and its hardware, unless it has consumers besides the one given.
-    void suspend(uint32_t node, uint32_t consumer);
     void add(Watcher* watcher) { watchers_.insert(watcher); }
     void remove(Watcher* watcher) { watchers_.erase(watcher); }
 

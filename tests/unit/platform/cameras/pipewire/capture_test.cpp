@@ -240,6 +240,19 @@ TEST_F(PipeWireCapture, StartsThatFollowEachOtherAtOnceAllHaveFrames) {
     }
 }
 
+// Each capture leaves buffers on their way; a camera that still had the old ones would have fewer each time.
+TEST_F(PipeWireCapture, TheCameraHasNewBuffersForEachCapture) {
+    PipeWireCamera one("one", {"sizes=64x48", "rates=200"});
+    for (int i = 1; i <= 20; ++i) {
+        sink = std::make_shared<RecordingSink>();
+        ASSERT_EQ(start("one", 64, 48).text, "") << i;
+        ASSERT_TRUE(sink->waitForFrames(2)) << i;
+        camera->close();
+        camera.reset(); // with the connection
+        ASSERT_TRUE(comesTrue([&] { return one.program().linesOf("granted 64x48 at 200") == i; })) << i;
+    }
+}
+
 TEST_F(PipeWireCapture, AThousandStartsLeaveNothingBehind) {
     const PipeWireCamera one("one", {"sizes=64x48", "rates=200"});
     const auto run = [&](int times) {
